@@ -1,0 +1,15 @@
+# Every library the project stands on.
+find_package(PkgConfig REQUIRED)
+find_package(Threads REQUIRED)
+pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
+pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib)
+pkg_check_modules(DVDREAD REQUIRED IMPORTED_TARGET dvdread)
+find_package(pugixml REQUIRED)
+
+# iniparser ships no pkg-config file in Debian 12.
+find_path(INIPARSER_INCLUDE_DIR iniparser.h PATH_SUFFIXES iniparser REQUIRED)
+find_library(INIPARSER_LIBRARY iniparser REQUIRED)
+add_library(iniparser::iniparser UNKNOWN IMPORTED)
+set_target_properties(iniparser::iniparser PROPERTIES
+  IMPORTED_LOCATION "${INIPARSER_LIBRARY}"
+  INTERFACE_INCLUDE_DIRECTORIES "${INIPARSER_INCLUDE_DIR}")

@@ -1,0 +1,19 @@
+# Compiler settings shared by every target, as the interface library kolum::options.
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+
+add_library(kolum_options INTERFACE)
+add_library(kolum::options ALIAS kolum_options)
+target_compile_features(kolum_options INTERFACE cxx_std_20 c_std_11)
+target_compile_definitions(kolum_options INTERFACE _FILE_OFFSET_BITS=64)
+target_compile_options(kolum_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wconversion -Wshadow
+  $<$<BOOL:${KOLUM_WARNINGS_AS_ERRORS}>:-Werror>)
+target_include_directories(kolum_options INTERFACE
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
+
+if(KOLUM_SANITIZE)
+  target_compile_options(kolum_options INTERFACE
+    -fsanitize=${KOLUM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(kolum_options INTERFACE -fsanitize=${KOLUM_SANITIZE})
+endif()

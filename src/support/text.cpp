@@ -1,0 +1,36 @@
+#include "support/text.h"
+
+#include <algorithm>
+#include <cstring>
+
+namespace kolum {
+
+namespace {
+
+constexpr char lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+}  // namespace
+
+std::string joinPath(std::string_view folder, std::string_view name) {
+  std::string path(folder.substr(0, kPathSize - 1));
+  path += name.substr(0, kPathSize - 1 - path.size());
+  return path;
+}
+
+void copyText(char* out, std::size_t size, std::string_view text) {
+  const std::size_t length = std::min(text.size(), size - 1);
+  std::memcpy(out, text.data(), length);
+  out[length] = '\0';
+}
+
+bool equalsIgnoringCase(std::string_view a, std::string_view b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](char x, char y) { return lower(x) == lower(y); });
+}
+
+bool endsWithIgnoringCase(std::string_view text, std::string_view ending) {
+  return text.size() >= ending.size() &&
+         equalsIgnoringCase(text.substr(text.size() - ending.size()), ending);
+}
+
+}  // namespace kolum

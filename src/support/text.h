@@ -1,0 +1,31 @@
+// Bounded text: what every family needs to fill the caller's buffers.
+#ifndef KOLUM_SUPPORT_TEXT_H
+#define KOLUM_SUPPORT_TEXT_H
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+
+namespace kolum {
+
+// Size of every path buffer, with the terminator.
+inline constexpr std::size_t kPathSize = 1024;
+
+// FOLDER followed by NAME, nothing inserted, cut to what a path buffer holds.
+std::string joinPath(std::string_view folder, std::string_view name);
+
+// Copies TEXT into OUT (SIZE bytes, at least 1), cut to fit, always terminated.
+void copyText(char* out, std::size_t size, std::string_view text);
+
+template <std::size_t kSize>
+void copyText(char (&out)[kSize], std::string_view text) {
+  copyText(out, kSize, text);
+}
+
+// Comparisons that take only ASCII letters as having case, whatever the locale.
+bool equalsIgnoringCase(std::string_view a, std::string_view b);
+bool endsWithIgnoringCase(std::string_view text, std::string_view ending);
+
+}  // namespace kolum
+
+#endif

@@ -1,0 +1,31 @@
+// A fresh folder of a test's own, removed with everything in it at the end.
+#ifndef KOLUM_TESTS_SUPPORT_TEMP_DIR_H
+#define KOLUM_TESTS_SUPPORT_TEMP_DIR_H
+
+#include <filesystem>
+#include <string>
+#include <string_view>
+
+namespace kolum::test {
+
+class TempDir {
+ public:
+  TempDir();
+  ~TempDir();
+  TempDir(const TempDir&) = delete;
+  TempDir& operator=(const TempDir&) = delete;
+
+  // The folder's path with a closing "/", as the library's entry points take folders.
+  std::string folder() const { return path_.string() + "/"; }
+  std::string path(std::string_view name) const { return folder() + std::string(name); }
+
+  // Writes a file (parent folders are made) and returns its path.
+  std::string write(std::string_view name, std::string_view content) const;
+
+ private:
+  std::filesystem::path path_;
+};
+
+}  // namespace kolum::test
+
+#endif
