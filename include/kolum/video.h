@@ -1,0 +1,186 @@
+/*
+ * Video: the video record and its probe, the flat entry points, disc folders, MP4 boxes and the
+ * quick stream queries.
+ *
+ * Every function may be called from any thread. Paths are bytes, not text: any byte but NUL may
+ * occur in them. A folder is named with its closing "/"; folder and name together make the path, of
+ * which at most 1023 characters count.
+ */
+#ifndef KOLUM_VIDEO_H
+#define KOLUM_VIDEO_H
+
+#include <stdint.h>
+
+#include <kolum/export.h>
+
+KOLUM_C_BEGIN
+
+/*
+ * What the video probe finds out about a file. The caller clears it before the call: the probe
+ * clears only the text fields and creationYear, and a number it finds no value for keeps what the
+ * caller put there. Some fields are asked for by presets: the four aspect fields are written only
+ * when all four are non-zero on entry.
+ */
+typedef struct videoObject_st {
+  char yearMonth[8];            /* creation year and month, "2015-06" */
+  char creationDate[12];        /* creation date, "2015-06-07" */
+  int creationYear;             /* set from the QuickTime creation date only, else 0 */
+  char mimeType[96];            /* "video/mp4"; empty when nothing is known */
+  char dlnaProfile[128];        /* DLNA media format profile; empty when there is none */
+  int duration;                 /* whole seconds */
+  int width;                    /* pixels, of the largest video stream */
+  int height;                   /* pixels */
+  unsigned int videoBitRate;    /* bit/s; 0 when unknown */
+  unsigned int sampleRate;      /* Hz, of the chosen audio stream */
+  unsigned int bitsPerSample;   /* bits per coded sample */
+  unsigned int channels;        /* audio channels */
+  unsigned int playException;   /* PLAY_EXCEPTION_*, else untouched */
+  unsigned int containerFormat; /* FORMAT_* in the low 16 bits, MPEG4_* in the high 16 */
+  int videoCodec;               /* CODEC_ID_* */
+  int videoProfile;             /* PROFILE_* */
+  int videoLevel;               /* FFmpeg's level number, -99 unknown */
+  int audioCodec;               /* CODEC_ID_* */
+  int audioProfile;             /* PROFILE_* */
+  unsigned int audioClass;      /* audio class for DLNA naming, 0 none (docs/dlna.md) */
+  int audioLevel;               /* FFmpeg's level number, -99 unknown */
+  unsigned int audioBitRate;    /* bit/s; 0 when unknown */
+  int64_t creationTime;         /* seconds since 1970 */
+  unsigned int orientation;     /* 3 turned by 180 degrees, 6 by 270, 8 by 90, else untouched */
+  unsigned int subtitleCount;   /* subtitle streams of DVD and Blu-ray folders, else 0 */
+  unsigned int is360;           /* 1 for equirectangular video, else untouched */
+  unsigned int bitRate;         /* bit/s of the whole file */
+  double frameRate;             /* frames per second */
+  int sampleAspectNum;          /* shape of a pixel; see above */
+  int sampleAspectDen;
+  int displayAspectNum; /* shape of the picture, in lowest terms */
+  int displayAspectDen;
+  char contentIdentifier[64]; /* QuickTime content identifier, of ".mov" files only */
+} videoObject_st;
+
+/*
+ * The four quick stream queries. Each returns 0 on success and 1 on failure (null path or output,
+ * no such file, not a media file, no streams), the output then untouched.
+ */
+
+/*
+ * The rotation of the first video stream in degrees, as stored (90, 180, 270, but any number may
+ * stand there). Success leaves DEGREES untouched when the stream stores none, so preset it with 0.
+ * A file without a video stream, and a path longer than 1023 characters, is a failure.
+ */
+KOLUM_EXPORT unsigned int GetVideoRotationDegree(const char* folder, const char* fileName,
+                                                 unsigned int* degrees);
+
+/* ISPROTECTED becomes 1 when a stream is marked as encrypted ("drmi", "drms"), else 0. */
+KOLUM_EXPORT unsigned int GetDRMProtectedInfo(const char* path, unsigned int* isProtected);
+
+/* The number of audio streams. */
+KOLUM_EXPORT unsigned int GetAudioTrack(const char* path, unsigned int* count);
+
+/* The number of subtitle streams. */
+KOLUM_EXPORT unsigned int GetSubtitleTrack(const char* path, unsigned int* count);
+
+/*
+ * Tells the MPEG transport packets of a file by its first 576 bytes: PACKETSIZE receives 188, 192
+ * (packets that carry a time stamp in front) or 0 (no transport stream). Returns 1 when the packets
+ * are 192 bytes long and a time stamp is not zero, else 0. A file that cannot be opened or is
+ * shorter also returns 1, with the system's reason on standard error and PACKETSIZE untouched.
+ */
+KOLUM_EXPORT int ProbeTsPacketSize(const char* path, unsigned int* packetSize);
+
+/*
+ * Finds the largest regular file of a folder whose suffix begins with EXT (".m2ts"; letter case
+ * does not count); of equal ones the entry that the folder lists last. DIR is a buffer of 1024
+ * bytes: the folder with its closing "/" on entry, the file's path on return, or empty when there
+ * is none, the folder cannot be read, or the path would not fit.
+ */
+KOLUM_EXPORT void get_maxsizefilename(char* dir, const char* ext);
+
+/*
+ * The MPEG-4 sub-format of a file by its major brand and box order. SUBFORMAT receives an MPEG4_*
+ * code, 0 for a brand that is not known. Returns 0 when a brand was read, else 1 with SUBFORMAT 0:
+ * SUBFORMAT is null (nothing is touched then), the file cannot be read, is shorter than 64 bytes,
+ * or carries no "ftyp" in them.
+ */
+KOLUM_EXPORT int GetMp4SubFormat(const char* path, unsigned int* subFormat);
+
+/*
+ * Whether the "moov" box stands last among a file's top-level boxes. Returns 0 when it does not
+ * (players can start at once), 1 when it does or a box of unknown type was met, 2 when the file
+ * cannot be read.
+ */
+KOLUM_EXPORT int CheckMp4MoovAtEnd(const char* path);
+
+/*
+ * The flat probes: as GetVideoMetadata1 with a record, each value in a variable of its own. All
+ * return 0 on success and 1 on failure. A null output is skipped; outputs not reached keep what the
+ * caller put there, except these presets: orientation 1, subtitleMode 16, subtitleCount 0, is360 0.
+ * Text outputs are buffers of the sizes of the record's fields: mimeType 96 bytes, dlnaProfile 128,
+ * yearMonth 8, creationDate 12.
+ *
+ * What differs from the record: disc images are mounted and their main title is probed; subtitle
+ * streams are counted for every file, and subtitleMode drops to 0 for a file (no disc) that has
+ * one; creationTime becomes 0 when the stream tells none; QuickTime's own entries are not read.
+ */
+
+/*
+ * The flat probe with every output. AUDIOSTREAMINDEX counts the audio streams only; an index that
+ * does not exist means the first. The four aspect outputs are written only when all are given.
+ */
+KOLUM_EXPORT unsigned int GetVideoMetadata3(
+    const char* folder, const char* fileName, int* width, int* height, int* bitRate,
+    int* videoBitRate, int* audioBitRate, int* sampleRate, int* bitsPerSample, int* channels,
+    int* duration, int* playException, char* mimeType, char* dlnaProfile, int* containerFormat,
+    int* videoCodec, int* videoProfile, int* videoLevel, int* audioCodec, int* audioProfile,
+    int* audioLevel, int* orientation, int* subtitleMode, int* subtitleCount, char* yearMonth,
+    char* creationDate, int64_t* creationTime, int audioStreamIndex, double* frameRate,
+    int* sampleAspectNum, int* sampleAspectDen, int* displayAspectNum, int* displayAspectDen,
+    int* is360);
+
+/* GetVideoMetadata3 without subtitleCount and is360. */
+KOLUM_EXPORT unsigned int GetVideoMetadata2(
+    const char* folder, const char* fileName, int* width, int* height, int* bitRate,
+    int* videoBitRate, int* audioBitRate, int* sampleRate, int* bitsPerSample, int* channels,
+    int* duration, int* playException, char* mimeType, char* dlnaProfile, int* containerFormat,
+    int* videoCodec, int* videoProfile, int* videoLevel, int* audioCodec, int* audioProfile,
+    int* audioLevel, int* orientation, int* subtitleMode, char* yearMonth, char* creationDate,
+    int64_t* creationTime, int audioStreamIndex, double* frameRate, int* sampleAspectNum,
+    int* sampleAspectDen, int* displayAspectNum, int* displayAspectDen);
+
+/* GetVideoMetadata2 for the first audio stream, without frame rate and aspect. */
+KOLUM_EXPORT unsigned int GetVideoMetadata(const char* folder, const char* fileName, int* width,
+                                           int* height, int* bitRate, int* videoBitRate,
+                                           int* audioBitRate, int* sampleRate, int* bitsPerSample,
+                                           int* channels, int* duration, int* playException,
+                                           char* mimeType, char* dlnaProfile, int* containerFormat,
+                                           int* videoCodec, int* videoProfile, int* videoLevel,
+                                           int* audioCodec, int* audioProfile, int* audioLevel,
+                                           int* orientation, int* subtitleMode, char* yearMonth,
+                                           char* creationDate, int64_t* creationTime);
+
+KOLUM_C_END
+
+#ifdef __cplusplus
+
+/*
+ * Probes a video file, a DVD folder (FILENAME "VIDEO_TS.IFO"), a Blu-ray folder ("index.bdmv") or a
+ * disc image ("*.iso": mounted and told apart only) into RECORD. AUDIOSTREAMINDEX counts the audio
+ * streams only; an index that does not exist means the first. Returns 0 on success. Returns 1 when
+ * an argument is null (RECORD is untouched then), the file does not exist or is no media, holds no
+ * video stream or one of an unknown codec, or a disc has no main title; fields filled before the
+ * failure stay filled.
+ */
+KOLUM_EXPORT unsigned int GetVideoMetadata1(const char* folder, const char* fileName,
+                                            videoObject_st* record, int audioStreamIndex);
+
+/* GetVideoMetadata3 for the first audio stream, without frame rate and aspect. */
+KOLUM_EXPORT unsigned int GetVideoMetadata1(
+    const char* folder, const char* fileName, int* width, int* height, int* bitRate,
+    int* videoBitRate, int* audioBitRate, int* sampleRate, int* bitsPerSample, int* channels,
+    int* duration, int* playException, char* mimeType, char* dlnaProfile, int* containerFormat,
+    int* videoCodec, int* videoProfile, int* videoLevel, int* audioCodec, int* audioProfile,
+    int* audioLevel, int* orientation, int* subtitleMode, int* subtitleCount, char* yearMonth,
+    char* creationDate, int64_t* creationTime, int* is360);
+
+#endif
+
+#endif

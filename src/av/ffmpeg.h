@@ -1,0 +1,67 @@
+// The one door to FFmpeg: its headers, and all that differs between its releases.
+//
+// Built and tried with libavformat 58 to 61. Each difference is a small function under a name of
+// our own; the release that brought the change stands beside it.
+#ifndef KOLUM_AV_FFMPEG_H
+#define KOLUM_AV_FFMPEG_H
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/avutil.h>
+#include <libavutil/dict.h>
+#include <libavutil/display.h>
+#include <libavutil/mathematics.h>
+#include <libavutil/rational.h>
+#include <libavutil/spherical.h>
+}
+
+#include <cstddef>
+#include <cstdint>
+
+namespace kolum::av::release {
+
+// Formats register by themselves since 58.9.
+inline void registerFormats() {
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
+  av_register_all();
+#endif
+}
+
+// Channel layouts became a structure of their own in 59.24.
+inline int channels(const AVCodecParameters& parameters) {
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(59, 24, 100)
+  return parameters.channels;
+#else
+  return parameters.ch_layout.nb_channels;
+#endif
+}
+
+struct SideData {
+  AVPacketSideDataType type;
+  const std::uint8_t* data;
+  std::size_t size;
+};
+
+// Side data moved from the stream to its codec parameters in 60.15.
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(60, 15, 100)
+inline int sideDataCount(const AVStream& stream) {
+  return stream.nb_side_data;
+}
+inline SideData sideData(const AVStream& stream, int index) {
+  const AVPacketSideData& entry = stream.side_data[index];
+  return {entry.type, entry.data, static_cast<std::size_t>(entry.size)};
+}
+#else
+inline int sideDataCount(const AVStream& stream) {
+  return stream.codecpar->nb_coded_side_data;
+}
+inline SideData sideData(const AVStream& stream, int index) {
+  const AVPacketSideData& entry = stream.codecpar->coded_side_data[index];
+  return {entry.type, entry.data, entry.size};
+}
+#endif
+
+}  // namespace kolum::av::release
+
+#endif

@@ -1,0 +1,151 @@
+// An opened media file and its streams, as the families see them: no FFmpeg type, no difference
+// between FFmpeg's releases.
+#ifndef KOLUM_AV_INPUT_H
+#define KOLUM_AV_INPUT_H
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <span>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "av/classic_codecs.h"
+
+struct AVFormatContext;
+struct AVStream;
+
+namespace kolum::av {
+
+enum class MediaType { kVideo, kAudio, kSubtitle, kOther };
+
+struct Rational {
+  int num = 0;
+  int den = 0;
+  bool operator==(const Rational&) const = default;
+};
+
+// FFmpeg's mark of an unknown time stamp or duration.
+inline constexpr std::int64_t kNoTimestamp = INT64_MIN;
+
+// The unit of container durations: a second has this many.
+inline constexpr std::int64_t kTimeBase = 1'000'000;
+
+// Short names of the demuxers that rules ask for.
+inline constexpr std::string_view kDemuxerMp4 = "mov,mp4,m4a,3gp,3g2,mj2";
+inline constexpr std::string_view kDemuxerAsf = "asf";
+inline constexpr std::string_view kDemuxerAvi = "avi";
+inline constexpr std::string_view kDemuxerFlv = "flv";
+inline constexpr std::string_view kDemuxerMatroska = "matroska,webm";
+inline constexpr std::string_view kDemuxerMpegPs = "mpeg";
+inline constexpr std::string_view kDemuxerMpegTs = "mpegts";
+inline constexpr std::string_view kDemuxerRm = "rm";
+
+// Makes FFmpeg's demuxers known; costs nothing with releases that need no such call.
+void registerFormats();
+
+// A view of one stream; valid as long as the Input it came from.
+class Stream {
+ public:
+  Stream(AVFormatContext* context, AVStream* stream) : context_(context), stream_(stream) {}
+
+  MediaType type() const;
+  int index() const;
+  // The demuxer's stream id, such as the PID in a transport stream.
+  int id() const;
+
+  // The frozen codec number of "av/classic_codecs.h"; kUnknownCodec for later codecs.
+  int classicCodec() const;
+  // The four-character tag, first character in the lowest byte; 0 when there is none.
+  std::uint32_t codecTag() const;
+  // The tag as text; characters that cannot be printed come as "[n]".
+  std::string codecTagText() const;
+  std::span<const std::uint8_t> extraData() const;
+
+  // FFmpeg's numbers; -99 when unknown.
+  int profile() const;
+  int level() const;
+
+  // Bits per second; 0 when unknown.
+  std::int64_t bitRate() const;
+
+  int width() const;
+  int height() const;
+  // FFmpeg's pixel or sample format number.
+  int format() const;
+
+  int sampleRate() const;
+  int channels() const;
+  int bitsPerCodedSample() const;
+
+  Rational timeBase() const;
+  // The lowest frame rate in which all time stamps can be told exactly.
+  Rational realFrameRate() const;
+  std::int64_t startTime() const;
+
+  // FFmpeg's guess from container and stream.
+  Rational sampleAspect() const;
+
+  // True when the stream says that its pictures map a whole sphere (equirectangular projection).
+  bool isEquirectangular() const;
+
+  // The value of the metadata entry with this key (letter case does not count).
+  std::optional<std::string> tag(const char* key) const;
+
+  // Degrees as text: the "rotate" entry, or for MP4 and QuickTime what its display matrix means.
+  std::optional<std::string> rotate() const;
+
+  AVStream* raw() const { return stream_; }
+
+ private:
+  AVFormatContext* context_;
+  AVStream* stream_;
+};
+
+// An opened input; closed on destruction.
+class Input {
+ public:
+  // Opens a file, or a URL that names no file here. Empty when FFmpeg cannot open it, and for
+  // folders, pipes and other things that are no file: opening a pipe would wait for its writer.
+  static std::optional<Input> open(const char* path);
+
+  // Reads packets until the streams are known as far as FFmpeg gets.
+  void readStreamInfo();
+
+  std::string_view demuxer() const;
+  std::int64_t bitRate() const;
+  // In kTimeBase; not positive when unknown.
+  std::int64_t duration() const;
+
+  const std::vector<Stream>& streams() const { return streams_; }
+
+  // The first container metadata entry whose key begins with PREFIX (letter case does not count).
+  std::optional<std::string> tagWithPrefix(const char* prefix) const;
+  // Every container metadata entry, key and value, in order.
+  std::vector<std::pair<std::string, std::string>> tags() const;
+
+  AVFormatContext* raw() const { return context_.get(); }
+
+ private:
+  struct Closer {
+    void operator()(AVFormatContext* context) const;
+  };
+
+  explicit Input(AVFormatContext* context);
+  void listStreams();
+
+  std::unique_ptr<AVFormatContext, Closer> context_;
+  std::vector<Stream> streams_;
+};
+
+// NUM / DEN in lowest terms, neither above MAX; as close as that allows.
+Rational reduce(std::int64_t num, std::int64_t den, std::int64_t max);
+
+// The time base of a stream that a caller handed in.
+Rational timeBase(const AVStream& stream);
+
+}  // namespace kolum::av
+
+#endif

@@ -1,0 +1,59 @@
+#include "av/packets.h"
+
+#include <new>
+
+#include "av/ffmpeg.h"
+
+namespace kolum::av {
+
+void Packet::Deleter::operator()(AVPacket* packet) const {
+  av_packet_free(&packet);
+}
+
+Packet::Packet() : packet_(av_packet_alloc()) {
+  if (packet_ == nullptr) throw std::bad_alloc();
+}
+
+bool Packet::readFrom(const Input& input) {
+  av_packet_unref(packet_.get());
+  return av_read_frame(input.raw(), packet_.get()) >= 0;
+}
+
+int Packet::streamIndex() const {
+  return packet_->stream_index;
+}
+std::int64_t Packet::pts() const {
+  return packet_->pts;
+}
+bool Packet::isKeyFrame() const {
+  return (packet_->flags & AV_PKT_FLAG_KEY) != 0;
+}
+
+bool seek(const Input& input, const Stream& stream, std::int64_t timestamp) {
+  return av_seek_frame(input.raw(), stream.index(), timestamp, 0) >= 0;
+}
+
+void Decoder::Deleter::operator()(AVCodecContext* context) const {
+  avcodec_free_context(&context);
+}
+
+bool Decoder::existsFor(const Stream& stream) {
+  return avcodec_find_decoder(stream.raw()->codecpar->codec_id) != nullptr;
+}
+
+std::optional<Decoder> Decoder::open(const Stream& stream) {
+  const AVCodec* codec = avcodec_find_decoder(stream.raw()->codecpar->codec_id);
+  if (codec == nullptr) return std::nullopt;
+  AVCodecContext* context = avcodec_alloc_context3(codec);
+  if (context == nullptr) return std::nullopt;
+  Decoder decoder(context);
+  if (avcodec_parameters_to_context(context, stream.raw()->codecpar) < 0) return std::nullopt;
+  if (avcodec_open2(context, codec, nullptr) < 0) return std::nullopt;
+  return decoder;
+}
+
+void Decoder::flush() {
+  avcodec_flush_buffers(context_.get());
+}
+
+}  // namespace kolum::av
