@@ -1,1 +1,116 @@
-int main() { return 0; }
+// kolum: the library's functions on the command line.
+#include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <memory>
+#include <new>
+#include <vector>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "text.h"
+
+namespace {
+
+using namespace kolum::tool;
+
+enum ExitStatus { kAllDone = 0, kSomeFailed = 1, kUsage = 2 };
+
+struct CommonOptions {
+  bool json = false;
+  bool debug = false;
+};
+
+struct DefinedCommand {
+  const CLI::App* parser;
+  Action action;
+};
+
+void addCommonOptions(CLI::App& parser, CommonOptions& options) {
+  parser.add_flag("--json", options.json, "Prints one JSON object a line");
+  parser.add_flag("--debug", options.debug, "Shows the library's debug lines on standard error");
+}
+
+std::vector<DefinedCommand> defineCommands(CLI::App& app, CommonOptions& options) {
+  std::vector<DefinedCommand> defined;
+  for (const Command& command : commands()) {
+    CLI::App& parser = *app.add_subcommand(command.name, command.summary);
+    defined.push_back({&parser, command.define(parser)});
+    addCommonOptions(parser, options);
+  }
+  return defined;
+}
+
+// The library's debug lines: hidden unless asked for. Sanitizers report on descriptor 2.
+void routeLibrary(const Channels& channels, bool debug) {
+  if (debug) setenv("KO_LOG_LEVEL", "7", 0);
+#ifdef KOLUM_SANITIZED
+  const bool show = true;
+#else
+  const bool show = std::getenv("KO_LOG_LEVEL") != nullptr;
+#endif
+  if (show) {
+    channels.showLibrary();
+  } else {
+    channels.muteLibrary();
+  }
+}
+
+int usage(const Channels& channels, const std::string& reason) {
+  channels.writeMessage("kolum: " + printable(reason) + "; see kolum --help\n");
+  return kUsage;
+}
+
+int run(const Channels& channels, int argc, char** argv) {
+  CLI::App app("Tells what is in media files, and speaks to the media library around them.",
+               "kolum");
+  CommonOptions options;
+  addCommonOptions(app, options);
+  app.set_version_flag("--version", "kolum " KOLUM_VERSION);
+  app.require_subcommand(1);
+  app.footer(
+      "\"kolum COMMAND --help\" tells more about a command.\n"
+      "Exit status: 0 all done, 1 something failed, 2 wrong usage.");
+  const std::vector<DefinedCommand> defined = defineCommands(app, options);
+
+  try {
+    app.parse(protectedArguments(argc, argv));
+  } catch (const CLI::CallForVersion& version) {
+    channels.writeResults(std::string(version.what()) + "\n");
+    return kAllDone;
+  } catch (const CLI::Success&) {
+    std::ostringstream help;
+    app.exit(CLI::CallForHelp(), help, help);
+    channels.writeResults(help.str());
+    return kAllDone;
+  } catch (const CLI::ParseError& error) {
+    return usage(channels, error.what());
+  }
+
+  routeLibrary(channels, options.debug);
+  Context context(channels, options.json);
+  for (const DefinedCommand& command : defined) {
+    if (command.parser->parsed()) command.action(context);
+  }
+  return context.failed() ? kSomeFailed : kAllDone;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  const Channels channels;
+  try {
+    return run(channels, argc, argv);
+  } catch (const UsageError& error) {
+    return usage(channels, error.what());
+  } catch (const OutputError& error) {
+    if (!error.readerLeft()) {
+      channels.writeMessage(std::string("kolum: cannot write the results: ") + error.what() + "\n");
+    }
+  } catch (const std::bad_alloc&) {
+    channels.writeMessage("kolum: out of memory\n");
+  } catch (const std::exception& error) {
+    channels.writeMessage("kolum: " + printable(error.what()) + "\n");
+  }
+  return kSomeFailed;
+}

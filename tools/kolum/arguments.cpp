@@ -1,0 +1,130 @@
+#include "arguments.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <string_view>
+
+namespace kolum::tool {
+
+namespace {
+
+constexpr char kMark = '\x01';
+constexpr std::size_t kListLimit = std::size_t{256} << 20;
+
+bool wouldBeMisread(std::string_view argument) {
+  return argument == "++" || argument == "%%" || argument.starts_with('[') ||
+         argument.starts_with('{') || argument.starts_with(kMark);
+}
+
+std::string unmarked(const std::string& argument) {
+  return argument.starts_with(kMark) ? argument.substr(1) : argument;
+}
+
+// False with errno set; a list beyond the limit is refused.
+bool readList(int descriptor, std::string& content) {
+  char buffer[65536];
+  for (;;) {
+    const ssize_t length = read(descriptor, buffer, sizeof buffer);
+    if (length < 0 && errno == EINTR) continue;
+    if (length <= 0) return length == 0;
+    content.append(buffer, static_cast<std::size_t>(length));
+    if (content.size() > kListLimit) {
+      errno = EFBIG;
+      return false;
+    }
+  }
+}
+
+// One NUL anywhere makes NUL the separator, else it is the newline; empty names are no names.
+void splitList(std::string_view content, std::vector<std::string>& names) {
+  const char separator = content.find('\0') != std::string_view::npos ? '\0' : '\n';
+  while (!content.empty()) {
+    const std::size_t end = std::min(content.find(separator), content.size());
+    if (end > 0) names.emplace_back(content.substr(0, end));
+    content.remove_prefix(std::min(end + 1, content.size()));
+  }
+}
+
+void appendList(Context& context, const std::string& listFile, std::vector<std::string>& names) {
+  const bool standardInput = listFile == "-";
+  const int descriptor =
+      standardInput ? context.channels.input() : open(listFile.c_str(), O_RDONLY | O_CLOEXEC);
+  std::string content;
+  if (descriptor < 0 || !readList(descriptor, content)) {
+    const int reason = standardInput && descriptor < 0 ? EBADF : errno;
+    context.fail(standardInput ? "standard input" : listFile, std::strerror(reason));
+  } else {
+    splitList(content, names);
+  }
+  if (!standardInput && descriptor >= 0) close(descriptor);
+}
+
+}  // namespace
+
+std::vector<std::string> protectedArguments(int argc, char** argv) {
+  std::vector<std::string> arguments;
+  bool operandsOnly = false;
+  for (int i = 1; i < argc; ++i) {
+    std::string argument = argv[i];
+    if (!operandsOnly && argument == "--") {
+      operandsOnly = true;
+      continue;
+    }
+    if (operandsOnly || wouldBeMisread(argument)) argument.insert(argument.begin(), kMark);
+    arguments.push_back(std::move(argument));
+  }
+  std::reverse(arguments.begin(), arguments.end());
+  return arguments;
+}
+
+CLI::Option* addText(CLI::App& command, const std::string& name, std::string& value,
+                     const std::string& description) {
+  const auto take = [&value](const CLI::results_t& results) {
+    value = unmarked(results.back());
+    return true;
+  };
+  return command.add_option(name, take, description)->type_name("");
+}
+
+CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<std::string>& values,
+                      const std::string& description) {
+  const auto take = [&values](const CLI::results_t& results) {
+    values.clear();
+    for (const std::string& result : results) values.push_back(unmarked(result));
+    return true;
+  };
+  return command.add_option(name, take, description)->expected(-1)->type_name("");
+}
+
+void addFileArguments(CLI::App& command, FileArguments& arguments) {
+  addTexts(command, "FILE", arguments.operands,
+           "Files; \"-\" reads their names from standard input. Names after \"--\" may begin with "
+           "\"-\"");
+  addText(
+      command, "--files-from", arguments.listFile,
+      "Reads file names from LIST (\"-\" for standard input), separated by NUL characters when it "
+      "holds one, else by newlines")
+      ->type_name("LIST");
+}
+
+std::vector<std::string> fileNames(Context& context, const FileArguments& arguments) {
+  if (arguments.operands.empty() && arguments.listFile.empty())
+    throw UsageError("FILE is required");
+  std::vector<std::string> names;
+  for (const std::string& operand : arguments.operands) {
+    if (operand == "-") {
+      appendList(context, operand, names);
+    } else {
+      names.push_back(operand);
+    }
+  }
+  if (!arguments.listFile.empty()) appendList(context, arguments.listFile, names);
+  return names;
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,43 @@
+// Operands of the command line. File names are any bytes, so nothing in them may mean anything to
+// the parser: "[a]", "++" and whatever follows "--" reach the commands as they were given.
+#ifndef KOLUM_TOOL_ARGUMENTS_H
+#define KOLUM_TOOL_ARGUMENTS_H
+
+#include <string>
+#include <vector>
+
+#include "context.h"
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace kolum::tool {
+
+// The arguments in the parser's own (reversed) order, those that it would misread marked.
+std::vector<std::string> protectedArguments(int argc, char** argv);
+
+// An option or operand that takes one text, or operands that take any number; the marks are removed
+// again. Use these for every text, whether it names a file or not.
+CLI::Option* addText(CLI::App& command, const std::string& name, std::string& value,
+                     const std::string& description);
+CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<std::string>& values,
+                      const std::string& description);
+
+// The "FILE..." operands with --files-from, as every command over files takes them.
+struct FileArguments {
+  std::vector<std::string> operands;
+  std::string listFile;
+};
+
+void addFileArguments(CLI::App& command, FileArguments& arguments);
+
+// All names in order: the operands, "-" replaced by the list on standard input, then the list of
+// --files-from. A list that cannot be read is reported. Throws UsageError when no name was asked
+// for.
+std::vector<std::string> fileNames(Context& context, const FileArguments& arguments);
+
+}  // namespace kolum::tool
+
+#endif

@@ -1,0 +1,50 @@
+// What every command gets: where results and messages go, and what the command line said for all.
+#ifndef KOLUM_TOOL_CONTEXT_H
+#define KOLUM_TOOL_CONTEXT_H
+
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+#include "channels.h"
+#include "output.h"
+
+namespace kolum::tool {
+
+// Arguments that no parser rule catches: ends the tool with status 2.
+class UsageError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+class Context {
+ public:
+  Context(const Channels& ownChannels, bool asJson)
+      : json(asJson), channels(ownChannels), printer(ownChannels, asJson) {}
+
+  // "kolum: NAME: REASON" on standard error; the tool goes on and ends with status 1. Without a
+  // name the reason stands alone.
+  void fail(std::string_view name, std::string_view reason);
+  bool failed() const { return failed_; }
+
+  // Hands the library the folder of its external tools: the stand-ins beside a kolum that runs from
+  // the build tree, else the installed default. Call it before anything that needs such a tool or
+  // the notification channels; repeated calls do nothing. False (reported) when the library
+  // refuses.
+  bool initLibrary();
+
+  const bool json;
+  const Channels& channels;
+  Printer printer;
+
+ private:
+  bool failed_ = false;
+};
+
+// The folder of the stand-in tools in the build tree with its closing "/", empty when there is
+// none.
+std::string standInFolder();
+
+}  // namespace kolum::tool
+
+#endif

@@ -1,0 +1,166 @@
+#include "text.h"
+
+#include <algorithm>
+#include <array>
+#include <cstdio>
+#include <ctime>
+
+namespace kolum::tool {
+
+namespace {
+
+// One character at the start of a text: its code point and length in bytes; length 0 when the bytes
+// there are no UTF-8 (overlong forms, surrogates and numbers beyond Unicode included).
+struct Character {
+  char32_t code;
+  std::size_t length;
+};
+
+Character firstCharacter(std::string_view text) {
+  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
+  const unsigned char lead = byte(0);
+  if (lead < 0x80) return {lead, 1};
+  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
+  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return {0, 0};
+  char32_t code = lead & (0xFFU >> (length + 1));
+  for (std::size_t i = 1; i < length; ++i) {
+    if ((byte(i) & 0xC0) != 0x80) return {0, 0};
+    code = code << 6 | (byte(i) & 0x3F);
+  }
+  constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
+  const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
+  if (code < kSmallest[length] || code > 0x10FFFF || surrogate) return {0, 0};
+  return {code, length};
+}
+
+struct Range {
+  char32_t first;
+  char32_t last;
+};
+
+// Characters that move the cursor, give the terminal orders, break lines or reorder the text.
+constexpr Range kUnsafe[] = {
+    {0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C}, {0x200B, 0x200F},
+    {0x2028, 0x202E}, {0x2060, 0x2069}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB},
+};
+
+bool isUnsafe(char32_t code) {
+  return std::any_of(std::begin(kUnsafe), std::end(kUnsafe),
+                     [&](const Range& range) { return code >= range.first && code <= range.last; });
+}
+
+std::string formatted(const char* format, unsigned value) {
+  char buffer[16];
+  std::snprintf(buffer, sizeof buffer, format, value);
+  return buffer;
+}
+
+std::string escaped(char32_t code) {
+  switch (code) {
+    case '\n':
+      return "\\n";
+    case '\r':
+      return "\\r";
+    case '\t':
+      return "\\t";
+    default:
+      break;
+  }
+  return formatted(code < 0x80 ? "\\x%02x" : "\\u%04x", static_cast<unsigned>(code));
+}
+
+}  // namespace
+
+bool isUtf8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const Character character = firstCharacter(bytes);
+    if (character.length == 0) return false;
+    bytes.remove_prefix(character.length);
+  }
+  return true;
+}
+
+std::string printable(std::string_view bytes) {
+  std::string out;
+  while (!bytes.empty()) {
+    const Character character = firstCharacter(bytes);
+    if (character.length == 0) {
+      out += formatted("\\x%02x", static_cast<unsigned char>(bytes[0]));
+    } else if (character.code == '\\') {
+      out += "\\\\";
+    } else if (isUnsafe(character.code)) {
+      out += escaped(character.code);
+    } else {
+      out += bytes.substr(0, character.length);
+    }
+    bytes.remove_prefix(std::max<std::size_t>(character.length, 1));
+  }
+  return out;
+}
+
+std::string percentEncoded(std::string_view bytes) {
+  constexpr std::string_view kPlain = "-._~/";
+  std::string out;
+  for (const char c : bytes) {
+    const bool alphanumeric =
+        (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+    if (alphanumeric || kPlain.find(c) != std::string_view::npos) {
+      out += c;
+    } else {
+      out += formatted("%%%02X", static_cast<unsigned char>(c));
+    }
+  }
+  return out;
+}
+
+std::string durationText(std::int64_t seconds) {
+  const std::int64_t hours = seconds / 3600;
+  const std::int64_t minutes = seconds / 60 % 60;
+  std::string text;
+  if (hours > 0) text += std::to_string(hours) + " h ";
+  if (hours > 0 || minutes > 0) text += std::to_string(minutes) + " min ";
+  return text + std::to_string(seconds % 60) + " s";
+}
+
+std::string decimalText(double value, int digits) {
+  char buffer[400];
+  std::snprintf(buffer, sizeof buffer, "%.*f", digits, value);
+  std::string text = buffer;
+  if (text.find('.') == std::string::npos) return text;
+  text.erase(text.find_last_not_of('0') + 1);
+  if (text.back() == '.') text.pop_back();
+  return text;
+}
+
+std::string bitRateText(std::uint64_t bitsPerSecond) {
+  const auto value = static_cast<double>(bitsPerSecond);
+  if (bitsPerSecond >= 1000000) return decimalText(value / 1e6, 2) + " Mbit/s";
+  if (bitsPerSecond >= 1000) return decimalText(value / 1e3, 1) + " kbit/s";
+  return std::to_string(bitsPerSecond) + " bit/s";
+}
+
+std::string frequencyText(std::uint64_t hertz) {
+  const auto value = static_cast<double>(hertz);
+  if (hertz >= 1000000) return decimalText(value / 1e6, 4) + " MHz";
+  if (hertz >= 1000) return decimalText(value / 1e3, 3) + " kHz";
+  return std::to_string(hertz) + " Hz";
+}
+
+std::string hexText(std::uint64_t value) {
+  char buffer[24];
+  std::snprintf(buffer, sizeof buffer, "0x%llX", static_cast<unsigned long long>(value));
+  return buffer;
+}
+
+std::string dateText(std::int64_t secondsSince1970) {
+  const std::time_t time = secondsSince1970;
+  std::tm fields = {};
+  char buffer[64];
+  if (gmtime_r(&time, &fields) == nullptr ||
+      std::strftime(buffer, sizeof buffer, "%Y-%m-%d %H:%M:%S UTC", &fields) == 0) {
+    return std::to_string(secondsSince1970) + " seconds since 1970";
+  }
+  return buffer;
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,29 @@
+// Text for people: bytes made safe for a terminal, numbers with their units.
+#ifndef KOLUM_TOOL_TEXT_H
+#define KOLUM_TOOL_TEXT_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+namespace kolum::tool {
+
+bool isUtf8(std::string_view bytes);
+
+// BYTES as a terminal may show them: invalid bytes as \xff, control characters (C1 and those that
+// turn the writing direction included) as \n, \x1b or \u202e, and the backslash itself doubled.
+std::string printable(std::string_view bytes);
+
+// BYTES with everything but letters, digits and "-._~/" written as %FF.
+std::string percentEncoded(std::string_view bytes);
+
+std::string durationText(std::int64_t seconds);        // "1 h 2 min 5 s"
+std::string bitRateText(std::uint64_t bitsPerSecond);  // "1.25 Mbit/s"
+std::string frequencyText(std::uint64_t hertz);        // "44.1 kHz"
+std::string decimalText(double value, int digits);     // at most DIGITS decimals: "29.97", "25"
+std::string hexText(std::uint64_t value);              // "0x15002"
+std::string dateText(std::int64_t secondsSince1970);   // "2015-06-07 08:09:10 UTC"
+
+}  // namespace kolum::tool
+
+#endif
