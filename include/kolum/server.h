@@ -1,0 +1,92 @@
+/*
+ * Commands to the media-library server, and their layout on the wire.
+ *
+ * One command is one connection to the server's socket file: one request, one answer, then it is
+ * closed. Any number of threads and processes may send at the same time. docs/server-protocol.md
+ * tells the whole story.
+ */
+#ifndef KOLUM_SERVER_H
+#define KOLUM_SERVER_H
+
+#include <kolum/export.h>
+
+KOLUM_C_BEGIN
+
+/* Names of the server's status numbers 0 to 4: "idle", "busy", "stop", "pause", "sleep". */
+KOLUM_EXPORT extern const char* kLumServerStatusName[5];
+
+KOLUM_C_END
+
+#ifdef __cplusplus
+
+#include <cstddef>
+#include <cstdint>
+
+namespace MediaLibrary::LUM {
+
+/*
+ * The layout of requests and answers: offsets and sizes in bytes. Numbers are 64-bit in host byte
+ * order, little-endian on the target.
+ */
+namespace wire {
+
+inline constexpr char kSocketPath[] = "/tmp/.mllumsocket.xxx"; /* the ".xxx" is part of the name */
+inline constexpr std::size_t kBufferSize = 4096;               /* what either end holds */
+inline constexpr long kTimeOutSeconds = 30; /* the client's, for each direction */
+
+/* Request: command code (signed), length of the payload (unsigned), payload. */
+inline constexpr std::size_t kRequestCommandOffset = 0;
+inline constexpr std::size_t kRequestLengthOffset = 8;
+inline constexpr std::size_t kRequestPayloadOffset = 16;
+inline constexpr std::size_t kRequestPayloadMax = kBufferSize - kRequestPayloadOffset;
+
+/* Answer: result code (signed), length of the text (unsigned; not 0 says that there is one), eight
+   reserved bytes, text with its terminator. The text stands eight bytes further on than a request's
+   payload: wanted, both ends of the link count on it. */
+inline constexpr std::size_t kAnswerResultOffset = 0;
+inline constexpr std::size_t kAnswerLengthOffset = 8;
+inline constexpr std::size_t kAnswerReservedOffset = 16;
+inline constexpr std::size_t kAnswerTextOffset = 24;
+inline constexpr std::size_t kAnswerReadMax = kBufferSize - 1; /* keeps the text terminated */
+inline constexpr std::size_t kAnswerTextMax = kAnswerReadMax - kAnswerTextOffset;
+
+inline constexpr std::int64_t kResultSuccess = 1;
+
+}  // namespace wire
+
+/* A server's answer. Zero it before the call. */
+struct SocketResp_t {
+  std::int64_t result; /* the server's result code, 1 for success */
+  std::uint64_t
+      length; /* the length that the server gave for its text, taken on trust; 0: no text */
+  char* data; /* the text, terminated, set only when length is not 0: release with free() */
+};
+
+}  // namespace MediaLibrary::LUM
+
+/*
+ * Sends COMMAND with the LEN bytes at DATA (at most 4080) and reads the answer into RESP. Without
+ * DATA, LEN zero bytes follow a request that gives its length as 0.
+ *
+ * The write and the read may each take up to 30 seconds. The answer is what one read brings, so a
+ * server sends it in one piece. data in RESP always has room for the longest text, 4071 bytes, and
+ * its terminator; a length beyond that is a lie of the server.
+ *
+ * Returns 0 when the server answered with result 1. Returns 1 for every other outcome: nobody
+ * listens, writing or reading failed, another result, a null RESP, LEN too large, out of memory.
+ * RESP is filled whenever an answer was read, also when 1 is returned (a connection closed without
+ * an answer reads as result 0), and is left alone otherwise; data stays untouched when no text
+ * came.
+ */
+KOLUM_EXPORT int sendCommand(MediaLibrary::LUM::SocketResp_t* resp, int command, const char* data,
+                             unsigned long len) noexcept;
+
+/*
+ * Sends COMMAND with two numbers, each as signed 64-bit: VALUE1, then VALUE2. Returns 0 when the
+ * server answered with result 1, 3 otherwise. An answer text is dropped.
+ */
+KOLUM_EXPORT int sendActionToLumServer(int command, int value1, int value2) noexcept;
+
+#endif
+
+#endif

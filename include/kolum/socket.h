@@ -1,0 +1,113 @@
+/*
+ * One local (AF_UNIX) stream socket, for both ends of the link to the media-library server.
+ *
+ *   client: Open, Connect, then Write and Read as needed, Close (or destruction)
+ *   server: Open, Bind, Listen, then Accept in a loop
+ *
+ * The class frames nothing: a Read or a Write is one system call, so short counts are the caller's
+ * to handle. What went wrong in the last operation can be asked for with getErrorCode (the class's
+ * own code) and getErrno (the system's). Every failure is also logged, except those of the
+ * destructor. Nothing throws.
+ *
+ * An object belongs to one thread at a time; separate objects are independent.
+ */
+#ifndef KOLUM_SOCKET_H
+#define KOLUM_SOCKET_H
+
+#include <kolum/export.h>
+
+#ifdef __cplusplus
+
+#include <sys/un.h>
+
+#include <string>
+
+namespace MediaLibrary::LUM {
+
+class KOLUM_EXPORT UnixSocket {
+ public:
+  /* No socket yet. */
+  UnixSocket() noexcept;
+
+  /* Takes over FD, a descriptor that is connected already (Accept makes its results this way). */
+  explicit UnixSocket(int fd) noexcept;
+
+  /* Closes the descriptor if it is above 0, silently. The socket file of a server stays. */
+  ~UnixSocket();
+
+  UnixSocket(const UnixSocket&) = delete;
+  UnixSocket& operator=(const UnixSocket&) = delete;
+
+  /* The system's errno kept by the last failing operation, 0 when there is none. A failed Read or
+     Write keeps none. An Accept that succeeded after an interruption leaves EINTR. */
+  int getErrno() noexcept;
+
+  /* The code of the last operation: 0 success, 2 invalid argument, 3 socket() failed, 4 bind()
+     failed, 5 listen() failed, 6 accept() failed, 7 connect() failed, 8 setting a time-out failed,
+     9 no socket to read or write or read()/write() failed, 10 an old socket file could not be
+     removed, 11 close() failed. A successful Close leaves the code as it was. */
+  int getErrorCode() noexcept;
+
+  /* Sets both error values to 0; every operation but Close begins with it. */
+  void resetErrorCodes() noexcept;
+
+  /* True when connected, accepted or listening, with a descriptor above 0. */
+  bool isValid() noexcept;
+
+  /* Creates the socket and notes SOCKETPATH for Bind and Connect, of which the address holds at
+     most 107 bytes: a longer path is cut there without notice. Touches no file. An object that is
+     open already loses its earlier descriptor without closing it. Returns 0; 2 when the path is
+     empty (nothing changes); 3 when there is no socket to be had. */
+  int Open(std::string socketPath) noexcept;
+
+  /* Binds to the path of Open, after removing what exists there, and opens the socket file to every
+     user (mode 0777; when that fails it is only logged).
+     Returns 0; 10 when the old file could not be removed; 4 when bind() failed. */
+  int Bind() noexcept;
+
+  /* Listens with room for BACKLOG waiting connections (at least 1).
+     Returns 0; 2 for a smaller BACKLOG; 5 when listen() failed. */
+  int Listen(int backlog) noexcept;
+
+  /* Waits, without bound, for the next connection; interruptions by signals do not end the wait.
+     Returns the connection, which the caller deletes, or null: accept() failed (code 6), or memory
+     ran out (code 0; the accepted descriptor is then left open). */
+  UnixSocket* Accept() noexcept;
+
+  /* Connects to the path of Open. SEC seconds and USEC microseconds (below 1,000,000), none
+     negative, bound every later read and write; both 0 means no bound. Connecting itself is bounded
+     only by what the system does for local sockets.
+     Returns 0; 2 for a negative time; 8 when the bound could not be set; 7 when connect() failed.
+   */
+  int Connect(long sec, long usec) noexcept;
+
+  /* Reads at most LEN bytes into BUF, which holds LEN bytes and is zeroed first, with one read().
+     Returns the count, 0 when the peer has closed; negative when there is no socket (BUF is then
+     untouched) or the read failed or took too long (code 9). */
+  int Read(void* buf, unsigned long len) noexcept;
+
+  /* Writes the LEN bytes at BUF with one system call. A peer that has closed is a failure, never a
+     SIGPIPE.
+     Returns the count, which may be less than LEN; negative as for Read. BUF is only read. */
+  int Write(void* buf, unsigned long len) noexcept;
+
+  /* Closes the descriptor; without one (descriptor 0 counts as none) nothing is done.
+     Returns 0, or 1 when close() failed (code 11; descriptor and state stay). */
+  int Close() noexcept;
+
+ private:
+  friend struct UnixSocketFields; /* how tests look at the fields */
+
+  sockaddr_un m_sockAddr;   /* filled by Open, handed on whole */
+  int m_socketFd;           /* -1: none */
+  int m_errno;              /* see getErrno */
+  int m_errorCode;          /* see getErrorCode */
+  int m_state;              /* 0 none or closed, 1 connected, 2 accepted, 3 listening */
+  std::string m_socketPath; /* as given to Open, uncut */
+};
+
+}  // namespace MediaLibrary::LUM
+
+#endif
+
+#endif
