@@ -1,0 +1,147 @@
+#include "video/disc.h"
+
+#include <dirent.h>
+#include <kolum/datetime.h>
+#include <kolum/host.h>
+#include <kolum/identifiers.h>
+#include <kolum/video.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
+#include <vector>
+
+#include "support/text.h"
+
+namespace kolum::video {
+
+namespace {
+
+constexpr std::string_view kStreamSuffix = ".m2ts";
+
+struct DirectoryCloser {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+using Directory = std::unique_ptr<DIR, DirectoryCloser>;
+
+bool hasSuffix(std::string_view name, std::string_view extension) {
+  const std::size_t dot = name.rfind('.');
+  // A longer suffix that begins with the extension counts too; hosts rely on it.
+  return dot != std::string_view::npos &&
+         equalsIgnoringCase(name.substr(dot, extension.size()), extension);
+}
+
+std::optional<std::int64_t> regularFileSize(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0) {
+    // Hosts' log filters know this line by its number.
+    std::fprintf(stderr, "[%s:%d] ", "MediaInfo", 1594);
+    std::perror("stat");
+    return std::nullopt;
+  }
+  if (!S_ISREG(status.st_mode)) return std::nullopt;
+  return status.st_size;
+}
+
+std::optional<MainTitle> dvdTitle(const std::string& folder, std::uint32_t containerFormat) {
+  char path[kPathSize] = {};
+  MainTitle title;
+  if (DVDGetMainVTSNo(folder.c_str(), path, sizeof path, 0, &title.size, 0) != 0)
+    return std::nullopt;
+  title.path = path;
+  title.containerFormat = containerFormat;
+  return title;
+}
+
+std::optional<MainTitle> blurayTitle(const std::string& streamFolder,
+                                     std::uint32_t containerFormat) {
+  auto path = largestFile(streamFolder, kStreamSuffix);
+  if (!path) return std::nullopt;
+  return MainTitle{.path = std::move(*path), .containerFormat = containerFormat};
+}
+
+// PATH as one word of a shell command.
+std::string shellWord(const std::string& path) {
+  // The host rewrites in place and needs up to three bytes for one.
+  std::vector<char> word(path.size() * 3 + 1);
+  copyText(word.data(), word.size(), path);
+  StringConvert2SystemCmdFilename(word.data());
+  return word.data();
+}
+
+int shell(const std::string& command) {
+  return std::system(command.c_str());
+}
+
+}  // namespace
+
+Source sourceOf(std::string_view fileName) {
+  if (fileName == "VIDEO_TS.IFO") return Source::kDvdFolder;
+  if (fileName == "index.bdmv") return Source::kBlurayFolder;
+  if (endsWithIgnoringCase(fileName, ".iso")) return Source::kImage;
+  return Source::kFile;
+}
+
+std::optional<MainTitle> dvdFolderTitle(const std::string& folder) {
+  return dvdTitle(folder, FORMAT_DVDIFO);
+}
+
+std::optional<MainTitle> blurayFolderTitle(const std::string& folder) {
+  return blurayTitle(joinPath(folder, "STREAM/"), FORMAT_BDBDMV);
+}
+
+std::optional<MainTitle> imageTitle(const std::string& mountFolder) {
+  if (auto title = dvdTitle(mountFolder, FORMAT_DVDISO)) return title;
+  return blurayTitle(joinPath(mountFolder, "BDMV/STREAM/"), FORMAT_BDISO);
+}
+
+std::optional<std::string> largestFile(const std::string& folder, std::string_view extension) {
+  const Directory directory(opendir(folder.c_str()));
+  if (directory == nullptr) return std::nullopt;
+
+  std::optional<std::string> largest;
+  std::int64_t largestSize = 0;
+  while (const dirent* entry = readdir(directory.get())) {
+    if (!hasSuffix(entry->d_name, extension)) continue;
+    std::string path = folder + entry->d_name;
+    // A path that no path buffer holds could not be handed on whole.
+    if (path.size() >= kPathSize) continue;
+    const auto size = regularFileSize(path);
+    if (!size || *size < largestSize) continue;
+    largestSize = *size;
+    largest = std::move(path);
+  }
+  return largest;
+}
+
+std::unique_ptr<MountedImage> MountedImage::mount(const std::string& imagePath,
+                                                  MountFolderFailure onFolderFailure) {
+  constexpr mode_t kOwnerOnly = 0600;
+  std::string folder =
+      "/tmp/Media_mount_" + std::to_string(static_cast<int>(getUniqueNumer())) + "/";
+  if (mkdir(folder.c_str(), kOwnerOnly) != 0 && onFolderFailure == MountFolderFailure::kGiveUp)
+    return nullptr;
+  if (shell("mount -o loop,ro " + shellWord(imagePath) + " " + folder) != 0) {
+    rmdir(folder.c_str());
+    return nullptr;
+  }
+  return std::unique_ptr<MountedImage>(new MountedImage(std::move(folder)));
+}
+
+MountedImage::~MountedImage() {
+  shell("umount " + folder_);
+  // Never a recursive removal: what is still mounted is not ours to delete.
+  rmdir(folder_.c_str());
+}
+
+}  // namespace kolum::video
+
+void get_maxsizefilename(char* dir, const char* ext) {
+  if (dir == nullptr) return;
+  const std::string folder = dir;
+  dir[0] = '\0';
+  if (ext == nullptr) return;
+  if (const auto path = kolum::video::largestFile(folder, ext))
+    kolum::copyText(dir, kolum::kPathSize, *path);
+}
