@@ -1,0 +1,281 @@
+#include "video/disc.h"
+
+#include <gtest/gtest.h>
+#include <kolum/identifiers.h>
+#include <kolum/video.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <set>
+
+#include "support/descriptors.h"
+#include "support/disc_media.h"
+#include "support/temp_dir.h"
+#include "support/text.h"
+
+namespace kolum::video {
+
+namespace {
+
+using namespace kolum::test;
+
+std::set<std::string> mountFolders() {
+  std::set<std::string> found;
+  for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
+    if (entry.path().filename().string().starts_with("Media_mount_")) found.insert(entry.path());
+  return found;
+}
+
+bool isMounted(const std::string& folder) {
+  std::ifstream mounts("/proc/self/mounts");
+  const std::string name = folder.substr(0, folder.size() - 1);
+  for (std::string line; std::getline(mounts, line);)
+    if (line.find(" " + name + " ") != std::string::npos) return true;
+  return false;
+}
+
+// The exported function on a buffer of the promised size; the bytes behind it must stay as they
+// are.
+std::string largest(const std::string& folder, const char* extension) {
+  struct {
+    char path[kPathSize];
+    char guard[16];
+  } buffer = {};
+  std::memset(buffer.guard, '#', sizeof buffer.guard);
+  copyText(buffer.path, folder);
+  get_maxsizefilename(buffer.path, extension);
+  EXPECT_EQ(std::string(buffer.guard, sizeof buffer.guard), std::string(16, '#'));
+  return buffer.path;
+}
+
+TEST(SourceOf, IsToldByTheNameAlone) {
+  struct Row {
+    const char* name;
+    Source expected;
+  };
+  const Row rows[] = {
+      {"VIDEO_TS.IFO", Source::kDvdFolder},
+      {"video_ts.ifo", Source::kFile},
+      {"Video_TS.IFO", Source::kFile},
+      {"XVIDEO_TS.IFO", Source::kFile},
+      {"index.bdmv", Source::kBlurayFolder},
+      {"INDEX.BDMV", Source::kFile},
+      {"movie.iso", Source::kImage},
+      {"MOVIE.ISO", Source::kImage},
+      {"movie.IsO", Source::kImage},
+      {".iso", Source::kImage},
+      {"iso", Source::kFile},
+      {"so", Source::kFile},
+      {"", Source::kFile},
+      {"movie.iso.mp4", Source::kFile},
+  };
+  for (const Row& row : rows) EXPECT_EQ(sourceOf(row.name), row.expected) << row.name;
+}
+
+TEST(LargestFile, IsFoundBySize) {
+  const TempDir folder;
+  folder.write("small.m2ts", "x");
+  const std::string large = folder.write("large.m2ts", "xxx");
+  folder.write("middle.m2ts", "xx");
+  folder.write("larger.ts", "xxxx");
+  EXPECT_EQ(largest(folder.folder(), ".m2ts"), large);
+}
+
+TEST(LargestFile, MatchesSuffixesWhateverTheLetterCase) {
+  const TempDir folder;
+  const std::string upper = folder.write("00001.M2TS", "x");
+  EXPECT_EQ(largest(folder.folder(), ".m2ts"), upper);
+}
+
+TEST(LargestFile, MatchesLongerSuffixesOnPurpose) {
+  const TempDir folder;
+  const std::string longer = folder.write("00001.m2tsx", "xx");
+  folder.write("00002.m2ts", "x");
+  folder.write("00003.m2t", "xxx");
+  folder.write("m2ts", "xxx");
+  EXPECT_EQ(largest(folder.folder(), ".m2ts"), longer);
+}
+
+TEST(LargestFile, TakesTheLaterOfEqualOnesInTheFoldersOwnOrder) {
+  const TempDir folder;
+  for (const char* name : {"b.m2ts", "a.m2ts", "d.m2ts", "c.m2ts"}) folder.write(name, "same");
+  std::string last;
+  for (const auto& entry : std::filesystem::directory_iterator(folder.folder()))
+    last = entry.path().string();
+  EXPECT_EQ(std::filesystem::path(largest(folder.folder(), ".m2ts")).filename(),
+            std::filesystem::path(last).filename());
+}
+
+TEST(LargestFile, MayBeEmpty) {
+  const TempDir folder;
+  const std::string empty = folder.write("empty.m2ts", "");
+  EXPECT_EQ(largest(folder.folder(), ".m2ts"), empty);
+}
+
+TEST(LargestFile, SkipsWhatIsNoRegularFile) {
+  const TempDir folder;
+  std::filesystem::create_directory(folder.path("folder.m2ts"));
+  ASSERT_EQ(mkfifo(folder.path("pipe.m2ts").c_str(), 0600), 0);
+  std::filesystem::create_symlink("nowhere", folder.path("dangling.m2ts"));
+  EXPECT_EQ(largest(folder.folder(), ".m2ts"), "");
+}
+
+TEST(LargestFile, ReportsEntriesWithoutStatusOnStandardError) {
+  const TempDir folder;
+  std::filesystem::create_symlink("nowhere", folder.path("dangling.m2ts"));
+  testing::internal::CaptureStderr();
+  largest(folder.folder(), ".m2ts");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "[MediaInfo:1594] stat: No such file or directory\n");
+}
+
+TEST(LargestFile, LeavesTheBufferEmptyWithoutAMatch) {
+  const TempDir folder;
+  folder.write("movie.mp4", "x");
+  EXPECT_EQ(largest(folder.folder(), ".m2ts"), "");
+  EXPECT_EQ(largest(folder.path("missing/"), ".m2ts"), "");
+  EXPECT_EQ(largest("", ".m2ts"), "");
+}
+
+TEST(LargestFile, NeverWritesBeyondAPathBuffer) {
+  const TempDir folder;
+  // A folder whose path fits, with a file whose path does not.
+  std::string deep = folder.folder();
+  while (deep.size() + 201 < kPathSize - 60) deep += std::string(200, 'd') + "/";
+  std::filesystem::create_directories(deep);
+  std::ofstream(deep + std::string(250, 'n') + ".m2ts") << "long";
+  EXPECT_EQ(largest(deep, ".m2ts"), "");
+  std::ofstream(deep + "short.m2ts") << "s";
+  EXPECT_EQ(largest(deep, ".m2ts"), deep + "short.m2ts");
+}
+
+TEST(LargestFile, AllowsNullArguments) {
+  get_maxsizefilename(nullptr, ".m2ts");
+  char buffer[kPathSize] = "/tmp/";
+  get_maxsizefilename(buffer, nullptr);
+  EXPECT_STREQ(buffer, "");
+}
+
+TEST(LargestFile, LeavesNoDescriptorOpen) {
+  const TempDir folder;
+  folder.write("movie.m2ts", "x");
+  const int before = openDescriptorCount();
+  largest(folder.folder(), ".m2ts");
+  largest(folder.path("missing/"), ".m2ts");
+  EXPECT_EQ(openDescriptorCount(), before);
+}
+
+TEST(DvdFolder, LeadsToItsMainTitle) {
+  const auto title = dvdFolderTitle(dvdFolder());
+  ASSERT_TRUE(title.has_value());
+  EXPECT_TRUE(title->path.ends_with("VTS_02_1.VOB")) << title->path;
+  EXPECT_EQ(title->containerFormat, static_cast<unsigned>(FORMAT_DVDIFO));
+  EXPECT_EQ(title->size, static_cast<long long>(std::filesystem::file_size(title->path)));
+}
+
+TEST(DvdFolder, WithoutATitleIsAFailure) {
+  const TempDir folder;
+  EXPECT_FALSE(dvdFolderTitle(folder.folder()).has_value());
+}
+
+TEST(BlurayFolder, LeadsToTheLargestStreamFile) {
+  const auto title = blurayFolderTitle(blurayFolder());
+  ASSERT_TRUE(title.has_value());
+  EXPECT_TRUE(std::filesystem::exists(title->path));
+  EXPECT_NE(title->path.find("/STREAM/"), std::string::npos);
+  EXPECT_EQ(title->containerFormat, static_cast<unsigned>(FORMAT_BDBDMV));
+  EXPECT_EQ(title->size, 0);
+}
+
+TEST(BlurayFolder, WithoutStreamFilesIsAFailure) {
+  const TempDir folder;
+  folder.write("STREAM/readme.txt", "x");
+  EXPECT_FALSE(blurayFolderTitle(folder.folder()).has_value());
+}
+
+class Image : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
+    before_ = mountFolders();
+  }
+  void TearDown() override { EXPECT_EQ(mountFolders(), before_); }
+
+  static std::unique_ptr<MountedImage> mount(const std::string& path) {
+    return MountedImage::mount(path, MountFolderFailure::kGiveUp);
+  }
+
+  std::set<std::string> before_;
+};
+
+using MountedImageTest = Image;
+
+TEST_F(MountedImageTest, IsUnmountedAndItsFolderRemovedAtTheEnd) {
+  const std::string image =
+      discImage(std::filesystem::path(dvdFolder()).parent_path().parent_path(), "dvd.iso");
+  std::string folder;
+  {
+    const auto mounted = mount(image);
+    ASSERT_NE(mounted, nullptr);
+    folder = mounted->folder();
+    EXPECT_TRUE(folder.starts_with("/tmp/Media_mount_")) << folder;
+    EXPECT_TRUE(isMounted(folder));
+    const auto title = imageTitle(folder);
+    ASSERT_TRUE(title.has_value());
+    EXPECT_EQ(title->containerFormat, static_cast<unsigned>(FORMAT_DVDISO));
+    EXPECT_TRUE(title->path.ends_with("VTS_02_1.VOB")) << title->path;
+  }
+  EXPECT_FALSE(isMounted(folder));
+}
+
+TEST_F(MountedImageTest, OfABlurayLeadsToItsLargestStreamFile) {
+  const std::string image =
+      discImage(std::filesystem::path(blurayFolder()).parent_path().parent_path(), "bluray.iso");
+  const auto mounted = mount(image);
+  ASSERT_NE(mounted, nullptr);
+  const auto title = imageTitle(mounted->folder());
+  ASSERT_TRUE(title.has_value());
+  EXPECT_EQ(title->containerFormat, static_cast<unsigned>(FORMAT_BDISO));
+}
+
+TEST_F(MountedImageTest, IsRefusedWhenItHoldsNoFileSystem) {
+  const TempDir folder;
+  EXPECT_EQ(mount(folder.write("broken.iso", std::string(100'000, 'x'))), nullptr);
+  EXPECT_EQ(mount(folder.write("empty.iso", "")), nullptr);
+  EXPECT_EQ(mount(folder.path("missing.iso")), nullptr);
+}
+
+TEST_F(MountedImageTest, KeepsNamesFromReachingTheShell) {
+  const TempDir folder;
+  const std::string image =
+      discImage(std::filesystem::path(dvdFolder()).parent_path().parent_path(), "dvd.iso");
+  for (const char* name : {"with blank.iso", "quote'.iso", "double\".iso", "semi;touch x.iso",
+                           "$(touch x).iso", "`touch x`.iso", "new\nline.iso", "back\\slash.iso",
+                           "-ostrange.iso", "\xFF\xFE.iso", "star*.iso"}) {
+    SCOPED_TRACE(name);
+    std::filesystem::create_symlink(image, folder.path(name));
+    EXPECT_NE(mount(folder.path(name)), nullptr);
+  }
+}
+
+TEST_F(MountedImageTest, GivesUpOrGoesOnWhenItsFolderExists) {
+  // Mount folders are numbered by the clock; all numbers of the next seconds are taken.
+  const std::string image =
+      discImage(std::filesystem::path(dvdFolder()).parent_path().parent_path(), "dvd.iso");
+  const auto now = std::time(nullptr);
+  std::vector<std::string> taken;
+  for (std::time_t n = now; n < now + 20; ++n) {
+    taken.push_back("/tmp/Media_mount_" + std::to_string(n));
+    std::filesystem::create_directory(taken.back());
+  }
+  EXPECT_EQ(mount(image), nullptr);
+  EXPECT_NE(MountedImage::mount(image, MountFolderFailure::kIgnore), nullptr);
+  for (const std::string& folder : taken) std::filesystem::remove(folder);
+}
+
+}  // namespace
+
+}  // namespace kolum::video

@@ -1,0 +1,266 @@
+#include <gtest/gtest.h>
+#include <kolum/identifiers.h>
+#include <kolum/video.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "support/descriptors.h"
+#include "support/mp4_builder.h"
+#include "support/temp_dir.h"
+
+using namespace kolum::test;
+
+namespace {
+
+constexpr unsigned kPattern = 0xABABABAB;
+
+const std::string kMoov = box("moov", std::string(40, 'm'));
+const std::string kMdat = box("mdat", std::string(40, 'd'));
+
+// A file type box with two compatible brands, so that any two boxes after it make 64 bytes.
+std::string fileType(const std::string& brand) {
+  return box("ftyp", brand + std::string(4, '\0') + "isomiso2");
+}
+
+class Mp4Boxes : public ::testing::Test {
+ protected:
+  std::string file(const std::string& content) { return folder_.write("movie.mp4", content); }
+
+  // The sub-format of a file with this content, which must have one.
+  unsigned subFormat(const std::string& content) {
+    unsigned value = kPattern;
+    EXPECT_EQ(GetMp4SubFormat(file(content).c_str(), &value), 0);
+    return value;
+  }
+
+  int moovAtEnd(const std::string& content) { return CheckMp4MoovAtEnd(file(content).c_str()); }
+
+  TempDir folder_;
+};
+
+using GetMp4SubFormatTest = Mp4Boxes;
+using CheckMp4MoovAtEndTest = Mp4Boxes;
+
+TEST_F(GetMp4SubFormatTest, TellsEveryBrandByItsFirstCharacters) {
+  struct Row {
+    const char* brand;
+    unsigned moovFirst;
+    unsigned moovLast;
+  };
+  const Row rows[] = {
+      {"M4A ", MPEG4_M4A, MPEG4_M4A},
+      {"M4AB", MPEG4_M4A, MPEG4_M4A},
+      {"M4V ", MPEG4_M4V, MPEG4_M4V},
+      {"MSNV", MPEG4_MSNV, MPEG4_MSNV},
+      {"MSNX", 0, 0},
+      {"M4B ", 0, 0},
+      {"mp41", MPEG4_MP4_FASTSTART, MPEG4_MP4},
+      {"mp42", MPEG4_MP4_FASTSTART, MPEG4_MP4},
+      {"mjp2", MPEG4_MJP2, MPEG4_MJP2},
+      {"mmp4", 0, 0},
+      {"qt  ", MPEG4_MOV_FASTSTART, MPEG4_MOV},
+      {"qtxx", MPEG4_MOV_FASTSTART, MPEG4_MOV},
+      {"isom", MPEG4_ISOM, MPEG4_ISOM},
+      {"iso2", 0, 0},
+      {"3g2a", MPEG4_3G2, MPEG4_3G2},
+      {"3gp5", MPEG4_3GP, MPEG4_3GP},
+      {"avc1", 0, 0},
+      {"MP42", 0, 0},
+      {std::string_view("\0\0\0\0", 4).data(), 0, 0},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.brand);
+    const std::string brand(row.brand, 4);
+    EXPECT_EQ(subFormat(fileType(brand) + kMoov + kMdat), row.moovFirst);
+    EXPECT_EQ(subFormat(fileType(brand) + kMdat + kMoov), row.moovLast);
+  }
+}
+
+TEST_F(GetMp4SubFormatTest, NeverReportsIsomAsFastStart) {
+  EXPECT_EQ(subFormat(fileType("isom") + kMoov + kMdat), static_cast<unsigned>(MPEG4_ISOM));
+}
+
+TEST_F(GetMp4SubFormatTest, TakesAnUnknownBoxForNotFastStart) {
+  EXPECT_EQ(subFormat(fileType("qt  ") + box("meta", std::string(30, 'x')) + kMoov + kMdat),
+            static_cast<unsigned>(MPEG4_MOV));
+}
+
+TEST_F(GetMp4SubFormatTest, FoldsAnUnreadableWalkIntoNotFastStart) {
+  // The brand can be read, but the box says that it is longer than the file.
+  std::string content = fileType("mp42") + kMoov + kMdat;
+  content[2] = '\x7F';
+  EXPECT_EQ(subFormat(content), static_cast<unsigned>(MPEG4_MP4));
+}
+
+TEST_F(GetMp4SubFormatTest, RefusesAFileShorterThan64BytesEvenWithABrand) {
+  const std::string content = (fileType("mp42") + kMoov).substr(0, 63);
+  unsigned value = kPattern;
+  EXPECT_EQ(GetMp4SubFormat(file(content).c_str(), &value), 1);
+  EXPECT_EQ(value, 0U);
+}
+
+TEST_F(GetMp4SubFormatTest, AcceptsAFileOfExactly64Bytes) {
+  EXPECT_EQ(subFormat(box("ftyp", "M4V " + std::string(52, '\0'))),
+            static_cast<unsigned>(MPEG4_M4V));
+}
+
+TEST_F(GetMp4SubFormatTest, FindsTheBrandUpToTheLastPlaceWhereItIsWhole) {
+  const auto at = [](std::size_t position) {
+    std::string content(80, 'x');
+    content.replace(position, 8, "ftypM4A ");
+    return content;
+  };
+  EXPECT_EQ(subFormat(at(0)), static_cast<unsigned>(MPEG4_M4A));
+  EXPECT_EQ(subFormat(at(55)), static_cast<unsigned>(MPEG4_M4A));
+  unsigned value = kPattern;
+  EXPECT_EQ(GetMp4SubFormat(file(at(56)).c_str(), &value), 1);
+  EXPECT_EQ(value, 0U);
+}
+
+TEST_F(GetMp4SubFormatTest, TakesTheFirstOfSeveralFileTypes) {
+  EXPECT_EQ(subFormat("ftypM4A ftypM4V " + std::string(64, 'x')), static_cast<unsigned>(MPEG4_M4A));
+}
+
+TEST_F(GetMp4SubFormatTest, RefusesANullResultWithoutTouchingTheFile) {
+  EXPECT_EQ(GetMp4SubFormat("/nonexistent/movie.mp4", nullptr), 1);
+  EXPECT_EQ(GetMp4SubFormat(file(fileType("mp42") + kMoov + kMdat).c_str(), nullptr), 1);
+}
+
+TEST_F(GetMp4SubFormatTest, RefusesWhatIsNoReadableFile) {
+  ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0600), 0);
+  const std::string paths[] = {folder_.path("missing.mp4"), folder_.folder(),
+                               folder_.path("pipe"),        folder_.write("empty.mp4", ""),
+                               std::string(100'000, 'x'),   ""};
+  for (const std::string& path : paths) {
+    SCOPED_TRACE(path.substr(0, 80));
+    unsigned value = kPattern;
+    EXPECT_EQ(GetMp4SubFormat(path.c_str(), &value), 1);
+    EXPECT_EQ(value, 0U);
+  }
+  unsigned value = kPattern;
+  EXPECT_EQ(GetMp4SubFormat(nullptr, &value), 1);
+  EXPECT_EQ(value, 0U);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, TellsTheLastBox) {
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMoov + kMdat), 0);
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + kMoov), 1);
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + kMoov + box("free", "")), 0);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, StepsOverEveryKnownBox) {
+  for (const char* type :
+       {"free", "junk", "mdat", "moov", "pnot", "skip", "wide", "PICT", "uuid"}) {
+    SCOPED_TRACE(type);
+    EXPECT_EQ(moovAtEnd(fileType("mp42") + box(type, "body") + kMdat), 0);
+    EXPECT_EQ(moovAtEnd(fileType("mp42") + box(type, "body") + kMoov), 1);
+  }
+}
+
+TEST_F(CheckMp4MoovAtEndTest, EndsAtOnceAtABoxOfUnknownType) {
+  for (const char* type : {"meta", "moof", "sidx", "Moov", "free\1"}) {
+    SCOPED_TRACE(type);
+    const std::string unknown = box(std::string(type).substr(std::string(type).size() - 4), "body");
+    EXPECT_EQ(moovAtEnd(fileType("mp42") + unknown + kMdat), 1);
+  }
+}
+
+TEST_F(CheckMp4MoovAtEndTest, StepsOverA64BitSize) {
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + largeBox("mdat", std::string(100, 'd')) + kMoov), 1);
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMoov + largeBox("mdat", std::string(100, 'd'))), 0);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, FindsMoovBehindMoreThanFourGibibytes) {
+  // A sparse file: the walk seeks over the body and reads headers only.
+  constexpr std::int64_t kBody = 5LL << 30;
+  std::string header = largeBox("mdat", "");
+  for (int i = 0; i < 8; ++i)
+    header[8 + static_cast<std::size_t>(i)] =
+        static_cast<char>((kBody + 16) >> (56 - 8 * i) & 0xFF);
+  const std::string path = file(fileType("mp42") + header);
+  const auto end = static_cast<std::int64_t>(std::filesystem::file_size(path)) + kBody;
+  std::filesystem::resize_file(path, static_cast<std::uintmax_t>(end));
+  FILE* out = fopen(path.c_str(), "ab");
+  ASSERT_NE(out, nullptr);
+  fwrite(kMoov.data(), 1, kMoov.size(), out);
+  fclose(out);
+  EXPECT_EQ(CheckMp4MoovAtEnd(path.c_str()), 1);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, EndsAtABoxOfSizeZeroWithTheVerdictOfItsType) {
+  const auto openEnded = [](const std::string& type) {
+    return std::string(4, '\0') + type + std::string(64, 'x');
+  };
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMoov + openEnded("mdat")), 0);
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + openEnded("moov")), 1);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, EndsAtASizeThatHoldsNoHeader) {
+  for (char size = 2; size < 8; ++size) {
+    SCOPED_TRACE(static_cast<int>(size));
+    const std::string tiny = std::string(3, '\0') + size + "moov";
+    EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + tiny + kMdat), 1);
+  }
+}
+
+TEST_F(CheckMp4MoovAtEndTest, EndsAtATruncatedHeader) {
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMoov + kMdat + "\x01\x02\x03"), 0);
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + kMoov + "\x01\x02\x03"), 1);
+  // A 64-bit size that is cut off ends the walk as well.
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + std::string("\0\0\0\1moov\0\0", 10)), 1);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, IsNotLedInCirclesByHostileSizes) {
+  // Sizes that as signed numbers point backwards, to the box itself and beyond.
+  for (const std::uint64_t size : {~0ULL - 7, ~0ULL - 23, 1ULL << 63, ~0ULL, 0ULL, 7ULL, 8ULL}) {
+    SCOPED_TRACE(size);
+    std::string hostile = largeBox("mdat", "");
+    for (int i = 0; i < 8; ++i)
+      hostile[8 + static_cast<std::size_t>(i)] = static_cast<char>(size >> (56 - 8 * i) & 0xFF);
+    const int verdict = moovAtEnd(fileType("mp42") + hostile + kMoov);
+    EXPECT_GE(verdict, 0);
+    EXPECT_LE(verdict, 2);
+  }
+}
+
+TEST_F(CheckMp4MoovAtEndTest, ReportsAFileTypeBoxThatCannotBeReadWhole) {
+  std::string content = fileType("mp42") + kMoov + kMdat;
+  content[0] = '\x7F';
+  EXPECT_EQ(moovAtEnd(content), 2);
+  EXPECT_EQ(moovAtEnd(fileType("mp42").substr(0, 20)), 2);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, TakesAnotherTruncatedBoxAsItStands) {
+  // Only the file type box is read whole; the others are stepped over, past the end if need be.
+  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + kMoov.substr(0, 20)), 1);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, ReportsFilesThatCannotBeOpened) {
+  EXPECT_EQ(CheckMp4MoovAtEnd(folder_.path("missing.mp4").c_str()), 2);
+  EXPECT_EQ(CheckMp4MoovAtEnd(nullptr), 2);
+  EXPECT_EQ(CheckMp4MoovAtEnd(std::string(100'000, 'x').c_str()), 2);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, CallsAnEmptyFileFastStart) {
+  // No box, so the last one read was not "moov".
+  EXPECT_EQ(moovAtEnd(""), 0);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, DoesNotWaitForAPipe) {
+  ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0600), 0);
+  EXPECT_EQ(CheckMp4MoovAtEnd(folder_.path("pipe").c_str()), 0);
+}
+
+TEST_F(CheckMp4MoovAtEndTest, LeavesNoDescriptorOpen) {
+  const int before = openDescriptorCount();
+  moovAtEnd(fileType("mp42") + kMoov + kMdat);
+  moovAtEnd(fileType("mp42").substr(0, 20));
+  moovAtEnd(fileType("mp42") + box("meta", ""));
+  CheckMp4MoovAtEnd(folder_.path("missing").c_str());
+  EXPECT_EQ(openDescriptorCount(), before);
+}
+
+}  // namespace
