@@ -1,17 +1,57 @@
 #include <kolum/host.h>
+#include <unistd.h>
 
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 
-// A message is shown when KO_LOG_LEVEL is at least its level.
+namespace {
+
+constexpr const char* kColourReset = "\x1b[0m";
+
+bool isShown(int level) {
+  const char* wanted = std::getenv("KO_LOG_LEVEL");
+  return wanted != nullptr && std::atoi(wanted) >= level;
+}
+
+std::string formatted(const char* format, std::va_list arguments) {
+  std::va_list again;
+  va_copy(again, arguments);
+  const int length = std::vsnprintf(nullptr, 0, format, again);
+  va_end(again);
+  if (length <= 0) return {};
+  std::string text(static_cast<std::size_t>(length) + 1, '\0');
+  std::vsnprintf(text.data(), text.size(), format, arguments);
+  text.pop_back();
+  return text;
+}
+
+// One line whatever the threads: a single write that other writers cannot cut in two.
+void writeLine(std::string text, const char* colour, const char* source, int line,
+               const char* function) {
+  while (!text.empty() && text.back() == '\n') text.pop_back();
+  std::string out = colour != nullptr ? colour : "";
+  out.append("[").append(source != nullptr ? source : "");
+  out.append(":").append(std::to_string(line));
+  out.append(" ").append(function != nullptr ? function : "").append("] ").append(text);
+  if (colour != nullptr) out += kColourReset;
+  out += '\n';
+  // There is nobody to tell when standard error itself fails.
+  [[maybe_unused]] const auto written = write(STDERR_FILENO, out.data(), out.size());
+}
+
+}  // namespace
+
 void koDebugUtilWrapperPrint(int level, const char* colour, const char* source, int line,
                              const char* function, const char* format, ...) {
-  const char* wanted = std::getenv("KO_LOG_LEVEL");
-  if (wanted == nullptr || std::atoi(wanted) < level) return;
-  std::fprintf(stderr, "%s[%s:%d:%s] ", colour != nullptr ? colour : "", source, line, function);
-  va_list arguments;
+  if (format == nullptr || !isShown(level)) return;
+  std::va_list arguments;
   va_start(arguments, format);
-  std::vfprintf(stderr, format, arguments);
+  try {
+    writeLine(formatted(format, arguments), colour, source, line, function);
+  } catch (...) {
+    // A message that does not fit in memory is lost; the program goes on.
+  }
   va_end(arguments);
 }

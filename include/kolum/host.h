@@ -19,34 +19,45 @@ KOLUM_C_BEGIN
 /*
  * The host's debug log. LEVEL runs from 0 to 7 (libkolum always passes 5); COLOUR is a terminal
  * escape that colours the line, or null; SOURCE, LINE and FUNCTION name the place; FORMAT is
- * printf's. None of the pointers is kept.
+ * printf's. None of the pointers is kept. The stand-in writes one line to standard error when the
+ * environment variable KO_LOG_LEVEL is at least LEVEL (unset counts as 0).
  */
 KOLUM_EXPORT void koDebugUtilWrapperPrint(int level, const char* colour, const char* source,
                                           int line, const char* function, const char* format, ...)
     __attribute__((format(printf, 6, 7)));
 
 /*
- * Runs ARGV[0] with the null-terminated argument list ARGV, without a shell. WAIT is the host's;
- * both 0 and 1 wait for the program here. Returns its exit status, or -1 when it could not be
- * started or was ended by a signal.
+ * Runs ARGV[0] (looked up in PATH when it holds no "/") with the null-terminated argument list
+ * ARGV, without a shell, and waits for it. The meaning of WAIT is the host's: libkolum passes 0 and
+ * 1 and expects the program to have ended in both cases. Returns its exit status (0 to 255), or -1
+ * when ARGV is null or empty or the program could not be started or was ended by a signal.
  */
 KOLUM_EXPORT int KoUtil_ExecSync(const char** argv, int wait);
 
-/* Non-zero when PATH exists, whatever it is. */
+/* Non-zero when PATH exists, whatever it is; a link that leads nowhere does not. */
 KOLUM_EXPORT int KoUtil_IsFileExist(const char* path);
 
 /* Non-zero when PATH exists and is a folder. */
 KOLUM_EXPORT int isFolderExist(const char* path);
 
-/* Creates the folder PATH. Returns 0 on success. */
+/*
+ * Creates the folder PATH and every missing folder above it, with the process's default mode.
+ * Returns 0 when the folder exists afterwards, else -1.
+ */
 KOLUM_EXPORT int komkdir(const char* path);
 
-/* Removes the file or the whole folder tree PATH. Returns 0 on success. */
+/*
+ * Removes the file or the whole folder tree PATH; links are removed, never followed. Returns 0 on
+ * success, -1 when something could not be removed or PATH does not exist.
+ */
 KOLUM_EXPORT int koremove2(const char* path);
 
 /*
- * Writes the lower-case, file-name-safe form of the SRCLENGTH bytes at SRC into DST, which holds
- * DSTSIZE bytes with the terminator. Returns -1 on failure.
+ * Writes the lower-case, file-name-safe form of the text at SRC (at most SRCLENGTH bytes, UTF-8)
+ * into DST, which holds DSTSIZE bytes with the terminator: letters of all scripts in lower case;
+ * control characters, "/", other characters that file systems or quoted shell words cannot hold,
+ * and bytes that are no UTF-8 as "_"; cut between characters to fit. Returns 0, or -1 when an
+ * argument is null, there is no text, or DSTSIZE holds no character; DST is untouched then.
  */
 KOLUM_EXPORT int StringConvert2LowerFileString(const char* src, int srcLength, char* dst,
                                                int dstSize);
@@ -59,19 +70,23 @@ KOLUM_EXPORT void StringConvert2SystemCmdFilename(char* path);
 
 /*
  * The main title of the DVD structure in FOLDER (the folder of the IFO files or its parent; a
- * closing "/" is allowed). Writes the path of the title's first video file into PATHOUT (PATHOUTSIZE
- * bytes with the terminator) and the size in bytes of all its video files into TITLESIZE (may be
- * null). libkolum passes 0 for both reserved arguments. Returns 0 on success, non-zero when no title
- * is found, both outputs then untouched.
+ * closing "/" is allowed). Writes the path of the title's first video file into PATHOUT
+ * (PATHOUTSIZE bytes with the terminator) and the size in bytes of all its video files into
+ * TITLESIZE (may be null). libkolum passes 0 for both reserved arguments. Returns 0 on success,
+ * non-zero when no title is found, both outputs then untouched.
  */
 KOLUM_EXPORT int DVDGetMainVTSNo(const char* folder, char* pathOut, int pathOutSize, int reserved1,
                                  long long* titleSize, int reserved2);
 
-/* Non-zero when YEAR is a leap year of the Gregorian calendar. */
+/* Non-zero when YEAR is a leap year of the Gregorian calendar, carried back before its beginning.
+ */
 KOLUM_EXPORT int IsLeapYear(int year);
 
 #ifdef __cplusplus
-/* Puts the data volume's mount path, without a closing "/", into DIR; empty when unknown. */
+/*
+ * Puts the data volume's mount path, without a closing "/", into DIR; empty when unknown. The
+ * stand-in takes it from the environment variable KO_DATA_DIR.
+ */
 KOLUM_EXPORT void KoUtil_GetDataDir(std::string& dir);
 #endif
 

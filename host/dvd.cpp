@@ -1,0 +1,147 @@
+#include <dirent.h>
+#include <dvdread/dvd_reader.h>
+#include <dvdread/ifo_read.h>
+#include <kolum/host.h>
+#include <strings.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstring>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+
+namespace {
+
+constexpr const char* kVideoFolder = "VIDEO_TS";
+
+struct DirectoryCloser {
+  void operator()(DIR* directory) const { closedir(directory); }
+};
+struct DiscCloser {
+  void operator()(dvd_reader_t* disc) const { DVDClose(disc); }
+};
+struct IfoCloser {
+  void operator()(ifo_handle_t* ifo) const { ifoClose(ifo); }
+};
+using Directory = std::unique_ptr<DIR, DirectoryCloser>;
+using Disc = std::unique_ptr<dvd_reader_t, DiscCloser>;
+using Ifo = std::unique_ptr<ifo_handle_t, IfoCloser>;
+
+// The video files of one title set.
+struct TitleSet {
+  std::string firstFile;
+  int firstPart = 0;
+  long long size = 0;
+};
+using TitleSets = std::map<int, TitleSet>;
+
+// "VTS_nn_p.VOB" in any case, p from 1; part 0 is the menu.
+std::optional<std::pair<int, int>> titleAndPart(const char* name) {
+  constexpr std::size_t kNameLength = 12;
+  int title = 0;
+  int part = 0;
+  if (std::strlen(name) != kNameLength || strncasecmp(name, "VTS_", 4) != 0 ||
+      strcasecmp(name + 8, ".VOB") != 0) {
+    return std::nullopt;
+  }
+  int used = 0;
+  if (std::sscanf(name + 4, "%2d_%1d%n", &title, &part, &used) != 2 || used != 4)
+    return std::nullopt;
+  if (title < 1 || part < 1) return std::nullopt;
+  return std::pair(title, part);
+}
+
+// FOLDER, or the VIDEO_TS folder in it, with a closing "/".
+std::string videoFolder(std::string folder) {
+  if (folder.empty() || folder.back() != '/') folder += '/';
+  const Directory directory(opendir(folder.c_str()));
+  if (directory == nullptr) return folder;
+  while (const dirent* entry = readdir(directory.get()))
+    if (strcasecmp(entry->d_name, kVideoFolder) == 0) return folder + entry->d_name + "/";
+  return folder;
+}
+
+TitleSets readTitleSets(const std::string& folder) {
+  TitleSets sets;
+  const Directory directory(opendir(folder.c_str()));
+  if (directory == nullptr) return sets;
+  while (const dirent* entry = readdir(directory.get())) {
+    const auto numbers = titleAndPart(entry->d_name);
+    if (!numbers) continue;
+    struct stat status = {};
+    const std::string path = folder + entry->d_name;
+    if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0)
+      continue;
+    TitleSet& set = sets[numbers->first];
+    set.size += status.st_size;
+    if (set.firstFile.empty() || numbers->second < set.firstPart) {
+      set.firstFile = path;
+      set.firstPart = numbers->second;
+    }
+  }
+  return sets;
+}
+
+// Seconds of a program chain's playback time, which is in packed decimal digits.
+long seconds(const dvd_time_t& time) {
+  const auto decimal = [](unsigned packed) { return (packed >> 4) * 10L + (packed & 0xF); };
+  return decimal(time.hour) * 3600 + decimal(time.minute) * 60 + decimal(time.second);
+}
+
+// The longest program chain of a title set; 0 when its IFO file tells none.
+long longestPlayback(dvd_reader_t* disc, int titleSet) {
+  const Ifo ifo(ifoOpenVTSI(disc, titleSet));
+  if (ifo == nullptr || ifoRead_PGCIT(ifo.get()) == 0 || ifo->vts_pgcit == nullptr) return 0;
+  const pgcit_t& chains = *ifo->vts_pgcit;
+  long longest = 0;
+  for (int i = 0; i < chains.nr_of_pgci_srp; ++i) {
+    const pgc_t* chain = chains.pgci_srp[i].pgc;
+    if (chain != nullptr) longest = std::max(longest, seconds(chain->playback_time));
+  }
+  return longest;
+}
+
+void dropMessage(void* /*context*/, dvd_logger_level_t /*level*/, const char* /*format*/,
+                 va_list /*arguments*/) {}
+
+Disc openDisc(const std::string& folder) {
+  static const dvd_logger_cb kQuiet = {dropMessage};
+  return Disc(DVDOpen2(nullptr, &kQuiet, folder.c_str()));
+}
+
+// The title set that plays longest, the larger of equal ones. Sets whose IFO files cannot be read
+// count as playing for no time, so on a disc with damaged ones the size alone decides.
+const TitleSet* mainTitleSet(const std::string& folder, const TitleSets& sets) {
+  const Disc disc = openDisc(folder);
+  const TitleSet* best = nullptr;
+  long bestPlayback = 0;
+  for (const auto& [number, set] : sets) {
+    const long playback = disc != nullptr ? longestPlayback(disc.get(), number) : 0;
+    const bool isBetter = best == nullptr || playback > bestPlayback ||
+                          (playback == bestPlayback && set.size > best->size);
+    if (!isBetter) continue;
+    best = &set;
+    bestPlayback = playback;
+  }
+  return best;
+}
+
+}  // namespace
+
+int DVDGetMainVTSNo(const char* folder, char* pathOut, int pathOutSize, int /*reserved1*/,
+                    long long* titleSize, int /*reserved2*/) try {
+  if (folder == nullptr || pathOut == nullptr || pathOutSize <= 0) return -1;
+  const std::string video = videoFolder(folder);
+  const TitleSets sets = readTitleSets(video);
+  const TitleSet* title = mainTitleSet(video, sets);
+  if (title == nullptr || title->firstFile.size() >= static_cast<std::size_t>(pathOutSize))
+    return -1;
+  std::memcpy(pathOut, title->firstFile.c_str(), title->firstFile.size() + 1);
+  if (titleSize != nullptr) *titleSize = title->size;
+  return 0;
+} catch (...) {
+  return -1;
+}

@@ -1,0 +1,43 @@
+#include <kolum/host.h>
+#include <sys/stat.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <string>
+#include <system_error>
+
+namespace fs = std::filesystem;
+
+int KoUtil_IsFileExist(const char* path) {
+  struct stat status = {};
+  return path != nullptr && stat(path, &status) == 0 ? 1 : 0;
+}
+
+int isFolderExist(const char* path) {
+  struct stat status = {};
+  return path != nullptr && stat(path, &status) == 0 && S_ISDIR(status.st_mode) ? 1 : 0;
+}
+
+int komkdir(const char* path) try {
+  if (path == nullptr || *path == '\0') return -1;
+  std::error_code error;
+  fs::create_directories(path, error);
+  return !error && isFolderExist(path) != 0 ? 0 : -1;
+} catch (...) {
+  return -1;
+}
+
+int koremove2(const char* path) try {
+  if (path == nullptr || *path == '\0') return -1;
+  std::error_code error;
+  const std::uintmax_t removed = fs::remove_all(path, error);
+  return !error && removed > 0 ? 0 : -1;
+} catch (...) {
+  return -1;
+}
+
+void KoUtil_GetDataDir(std::string& dir) {
+  const char* configured = std::getenv("KO_DATA_DIR");
+  dir = configured != nullptr ? configured : "";
+  while (dir.size() > 1 && dir.back() == '/') dir.pop_back();
+}

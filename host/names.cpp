@@ -1,0 +1,113 @@
+#include <kolum/host.h>
+
+#include <climits>
+#include <clocale>
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+#include <string>
+#include <string_view>
+
+namespace {
+
+constexpr char kReplacement = '_';
+
+// Characters that stand for themselves in a shell word. Bytes of non-ASCII characters do, too.
+bool isShellSafe(char c) {
+  constexpr std::string_view kSafe = "/._-+,:@%=";
+  const bool isAlphanumeric =
+      (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
+  return isAlphanumeric || static_cast<unsigned char>(c) >= 0x80 ||
+         kSafe.find(c) != std::string_view::npos;
+}
+
+// Characters that no file name may hold, or that would end a quoted word of a shell command.
+bool isFileSafe(wint_t c) {
+  constexpr std::wstring_view kUnsafe = L"/\\:*?\"'<>|`$";
+  return c >= 0x20 && c != 0x7F && kUnsafe.find(static_cast<wchar_t>(c)) == std::wstring_view::npos;
+}
+
+locale_t utf8Locale() {
+  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  return locale;
+}
+
+// Makes a locale the calling thread's own for a while.
+class ScopedLocale {
+ public:
+  explicit ScopedLocale(locale_t locale) : before_(uselocale(locale)) {}
+  ~ScopedLocale() { uselocale(before_); }
+  ScopedLocale(const ScopedLocale&) = delete;
+  ScopedLocale& operator=(const ScopedLocale&) = delete;
+
+ private:
+  locale_t before_;
+};
+
+// The lower-case, file-name-safe form; bytes that are no UTF-8 are replaced.
+std::string lowerFileName(std::string_view text) {
+  const ScopedLocale locale(utf8Locale());
+  std::string out;
+  std::mbstate_t reading = {};
+  while (!text.empty()) {
+    wchar_t character = 0;
+    const std::size_t used = std::mbrtowc(&character, text.data(), text.size(), &reading);
+    if (used == 0 || used > text.size()) {
+      out += kReplacement;
+      text.remove_prefix(1);
+      reading = {};
+      continue;
+    }
+    text.remove_prefix(used);
+    const auto lower = std::towlower(static_cast<wint_t>(character));
+    if (!isFileSafe(lower)) {
+      out += kReplacement;
+      continue;
+    }
+    char encoded[MB_LEN_MAX];
+    std::mbstate_t writing = {};
+    const std::size_t length = std::wcrtomb(encoded, static_cast<wchar_t>(lower), &writing);
+    out.append(encoded, length);
+  }
+  return out;
+}
+
+// Cuts to at most SIZE bytes without splitting a character.
+void cutToCharacters(std::string& text, std::size_t size) {
+  if (text.size() <= size) return;
+  const auto isContinuation = [](char c) { return (static_cast<unsigned char>(c) & 0xC0) == 0x80; };
+  while (size > 0 && isContinuation(text[size])) --size;
+  text.resize(size);
+}
+
+}  // namespace
+
+void StringConvert2SystemCmdFilename(char* path) {
+  if (path == nullptr) return;
+  std::string word;
+  for (const char* c = path; *c != '\0'; ++c) {
+    if (*c == '\n') {
+      // A backslash would make the shell drop the line end, quotes keep it.
+      word += "'\n'";
+    } else {
+      if (!isShellSafe(*c)) word += '\\';
+      word += *c;
+    }
+  }
+  std::memcpy(path, word.c_str(), word.size() + 1);
+}
+
+int StringConvert2LowerFileString(const char* src, int srcLength, char* dst, int dstSize) try {
+  if (src == nullptr || dst == nullptr || srcLength <= 0 || dstSize <= 1) return -1;
+  if (utf8Locale() == nullptr) return -1;
+  const std::string_view text(src, strnlen(src, static_cast<std::size_t>(srcLength)));
+  std::string name = lowerFileName(text);
+  cutToCharacters(name, static_cast<std::size_t>(dstSize) - 1);
+  if (name.empty()) return -1;
+  // The folder itself and its parent are no names for something new.
+  if (name == "." || name == "..") name.front() = kReplacement;
+  std::memcpy(dst, name.c_str(), name.size() + 1);
+  return 0;
+} catch (...) {
+  return -1;
+}

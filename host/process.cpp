@@ -1,0 +1,28 @@
+#include <kolum/host.h>
+#include <spawn.h>
+#include <sys/wait.h>
+
+#include <cerrno>
+
+extern char** environ;
+
+namespace {
+
+// The status that the program left, or -1.
+int waitFor(pid_t child) {
+  int status = 0;
+  while (waitpid(child, &status, 0) < 0)
+    if (errno != EINTR) return -1;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+}  // namespace
+
+int KoUtil_ExecSync(const char** argv, int /*wait*/) {
+  if (argv == nullptr || argv[0] == nullptr) return -1;
+  pid_t child = 0;
+  // posix_spawnp takes the arguments as non-const for historic reasons only and changes nothing.
+  if (posix_spawnp(&child, argv[0], nullptr, nullptr, const_cast<char**>(argv), environ) != 0)
+    return -1;
+  return waitFor(child);
+}
