@@ -1,0 +1,271 @@
+#include <iniparser.h>
+#include <kolum/config.h>
+#include <kolum/host.h>
+#include <sys/stat.h>
+
+#include <array>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <string_view>
+
+#include "support/log.h"
+
+namespace {
+
+constexpr char kSource[] = "configParser";
+constexpr char kParse[] = "parseConfig";
+constexpr char kCheck[] = "checkConfig";
+constexpr char kUpdate[] = "updateConfig";
+
+constexpr int kSuccess = 0;
+constexpr int kFailure = 1;
+
+constexpr char kServerFile[] = "/.system/lumserver.conf";  // below the data volume
+constexpr char kApplianceFile[] = "/etc/config/medialibrary.conf";
+constexpr char kSetTool[] = "/sbin/setcfg";
+constexpr std::size_t kCommandSize = 256;
+
+constexpr int kNotSet = -1;
+constexpr int kMinSize = 100;
+constexpr char kRepairedSize[] = "400";
+
+enum class File { kServer, kAppliance };
+
+struct BooleanKey {
+  const char* key;
+  bool lumCfg_s::*field;
+  bool fallback;
+};
+
+constexpr BooleanKey kBooleans[] = {
+    {"KOLUMSERVER:ENABLE", &lumCfg_s::enable, true},
+    {"THUMBNAIL:ENABLE4K", &lumCfg_s::enable4K, true},
+};
+
+struct NumberKey {
+  File file;
+  const char* key;
+  int lumCfg_s::*field;
+  int fallback;
+};
+
+constexpr NumberKey kNumbers[] = {
+    {File::kServer, "KOLUMSERVER:MODE", &lumCfg_s::mode, 1},
+    {File::kServer, "KOLUMSERVER:THUMB_STATUS", &lumCfg_s::thumbStatus, 1},
+    {File::kServer, "KOLUMSERVER:FACE_STATUS", &lumCfg_s::faceStatus, 1},
+    {File::kServer, "KOLUMSERVER:IMGCLASSIFY_STATUS", &lumCfg_s::imgClassifyStatus, 1},
+    {File::kAppliance, "PelmoCore:DeviceType", &lumCfg_s::deviceType, 0},
+    {File::kServer, "KOLUMSERVER:STARTWORKDAY", &lumCfg_s::startWorkday, 0},
+    {File::kServer, "KOLUMSERVER:ENDWORKDAY", &lumCfg_s::endWorkday, 6},
+    {File::kServer, "KOLUMSERVER:DAILYBUILD_HH", &lumCfg_s::dailyBuildHH, 0},
+    {File::kServer, "KOLUMSERVER:DAILYBUILD_MM", &lumCfg_s::dailyBuildMM, 0},
+    {File::kServer, "KOLUMSERVER:DAILYBUILD_END_HH", &lumCfg_s::dailyBuildEndHH, kNotSet},
+    {File::kServer, "KOLUMSERVER:DAILYBUILD_END_MM", &lumCfg_s::dailyBuildEndMM, kNotSet},
+    {File::kServer, "THUMBNAIL:MIN_WIDTH", &lumCfg_s::minWidth, 400},
+    {File::kServer, "THUMBNAIL:MIN_HEIGHT", &lumCfg_s::minHeight, 400},
+    {File::kServer, "THUMBNAIL:QUALITY", &lumCfg_s::quality, 2},
+};
+
+constexpr char kVersionKey[] = "KOLUMSERVER:MC_VERSION";
+constexpr char kVersionFallback[] = "na";
+
+struct ListKey {
+  const char* key;
+  std::vector<std::string> lumCfg_s::*field;
+};
+
+constexpr ListKey kBlacklists[] = {
+    {"THUMBNAIL:PHOTO_BLACKLIST", &lumCfg_s::photoBlacklist},
+    {"THUMBNAIL:MUSIC_BLACKLIST", &lumCfg_s::musicBlacklist},
+    {"THUMBNAIL:VIDEO_BLACKLIST", &lumCfg_s::videoBlacklist},
+};
+
+// The range of one number, and what is logged when it is left.
+struct Range {
+  int lumCfg_s::*field;
+  int low;
+  int high;
+  bool mayBeNotSet;
+  const char* message;
+};
+
+// Checked in this order. The device type's message names another key than the one read, and the
+// height's lacks a colon: both are wanted, log filters of hosts match the texts to the letter.
+constexpr Range kRanges[] = {
+    {&lumCfg_s::mode, 1, 3, false, "KOLUMSERVER:MODE:%d\n"},
+    {&lumCfg_s::thumbStatus, 1, 4, false, "KOLUMSERVER:THUMB_STATUS:%d\n"},
+    {&lumCfg_s::faceStatus, 1, 4, false, "KOLUMSERVER:FACE_STATUS:%d\n"},
+    {&lumCfg_s::imgClassifyStatus, 1, 4, false, "KOLUMSERVER:IMGCLASSIFY_STATUS:%d\n"},
+    {&lumCfg_s::deviceType, 0, 1, false, "KOLUMSERVER:CLASSIFY_INTERFACEDEVICE:%d\n"},
+    {&lumCfg_s::dailyBuildHH, 0, 23, false, "KOLUMSERVER:DAILYBUILD_HH:%d\n"},
+    {&lumCfg_s::dailyBuildMM, 0, 59, false, "KOLUMSERVER:DAILYBUILD_MM:%d\n"},
+    {&lumCfg_s::dailyBuildEndHH, 0, 23, true, "KOLUMSERVER:DAILYBUILD_END_HH:%d\n"},
+    {&lumCfg_s::dailyBuildEndMM, 0, 59, true, "KOLUMSERVER:DAILYBUILD_END_MM:%d\n"},
+    {&lumCfg_s::minWidth, kMinSize, INT_MAX, false, "THUMBNAIL:MIN_WIDTH:%d\n"},
+    {&lumCfg_s::minHeight, kMinSize, INT_MAX, false, "THUMBNAIL:MIN_HEIGHT%d\n"},
+    {&lumCfg_s::quality, 1, 3, false, "THUMBNAIL:QUALITY:%d\n"},
+};
+
+struct FreeDictionary {
+  void operator()(dictionary* ini) const { iniparser_freedict(ini); }
+};
+using Dictionary = std::unique_ptr<dictionary, FreeDictionary>;
+
+// Null when the file cannot be read. What is no regular file is refused: opening a FIFO would
+// block.
+Dictionary load(const std::string& path) {
+  struct stat status {};
+  if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+    if (Dictionary ini{iniparser_load(path.c_str())}) return ini;
+  }
+  KOLUM_LOG_AS(kSource, kParse, "can't open config file : %s.\n", path.c_str());
+  return nullptr;
+}
+
+// A section of the same name as a key gives the key a null text, which iniparser's own readers of
+// numbers and booleans do not survive; such a key counts as absent.
+const char* textOf(const dictionary* ini, const char* key, const char* fallback) {
+  const char* text = iniparser_getstring(ini, key, nullptr);
+  return text != nullptr ? text : fallback;
+}
+
+int numberOf(const dictionary* ini, const NumberKey& number) {
+  if (textOf(ini, number.key, nullptr) == nullptr) return number.fallback;
+  return iniparser_getint(ini, number.key, number.fallback);
+}
+
+bool booleanOf(const dictionary* ini, const BooleanKey& boolean) {
+  if (textOf(ini, boolean.key, nullptr) == nullptr) return boolean.fallback;
+  return iniparser_getboolean(ini, boolean.key, boolean.fallback ? 1 : 0) != 0;
+}
+
+// Empty entries between two separators stay; after the last separator there is no empty entry.
+std::vector<std::string> splitList(std::string_view text) {
+  std::vector<std::string> entries;
+  for (std::size_t end = text.find(':'); end != text.npos; end = text.find(':')) {
+    entries.emplace_back(text.substr(0, end));
+    text.remove_prefix(end + 1);
+  }
+  if (!text.empty()) entries.emplace_back(text);
+  return entries;
+}
+
+void setDefaults(lumCfg_s& cfg) {
+  for (const BooleanKey& boolean : kBooleans) cfg.*boolean.field = boolean.fallback;
+  for (const NumberKey& number : kNumbers) cfg.*number.field = number.fallback;
+  for (const ListKey& list : kBlacklists) (cfg.*list.field).clear();
+  cfg.mcVersion = kVersionFallback;
+}
+
+void readKeys(lumCfg_s& cfg, const dictionary* server, const dictionary* appliance) {
+  for (const BooleanKey& boolean : kBooleans) cfg.*boolean.field = booleanOf(server, boolean);
+  for (const NumberKey& number : kNumbers) {
+    cfg.*number.field = numberOf(number.file == File::kServer ? server : appliance, number);
+  }
+  cfg.mcVersion = textOf(server, kVersionKey, kVersionFallback);
+  for (const ListKey& list : kBlacklists) {
+    cfg.*list.field = splitList(textOf(server, list.key, ""));
+  }
+}
+
+// The record keeps the bad value, so that this parse still fails and the next one passes. That is
+// wanted: a host never works with a size that its file did not hold.
+void repairSizes(const lumCfg_s& cfg) {
+  if (cfg.minWidth < kMinSize) updateConfig("THUMBNAIL", "MIN_WIDTH", kRepairedSize);
+  if (cfg.minHeight < kMinSize) updateConfig("THUMBNAIL", "MIN_HEIGHT", kRepairedSize);
+}
+
+bool isWithin(const Range& range, int value) {
+  return (value >= range.low && value <= range.high) || (range.mayBeNotSet && value == kNotSet);
+}
+
+bool checkConfig(const lumCfg_s& cfg) {
+  for (const Range& range : kRanges) {
+    const int value = cfg.*range.field;
+    if (isWithin(range, value)) continue;
+    KOLUM_LOG_AS(kSource, kCheck, range.message, value);
+    return false;
+  }
+  return true;
+}
+
+std::string dataDir() {
+  std::string dir;
+  KoUtil_GetDataDir(dir);
+  return dir;
+}
+
+bool readFiles(lumCfg_s& cfg) {
+  const std::string dir = dataDir();
+  if (dir.empty()) {
+    KOLUM_LOG_AS(kSource, kParse, "unable to get mount path\n");
+    return false;
+  }
+  const Dictionary server = load(dir + kServerFile);
+  if (!server) return false;
+  const Dictionary appliance = load(kApplianceFile);
+  if (!appliance) return false;
+  readKeys(cfg, server.get(), appliance.get());
+  repairSizes(cfg);
+  return true;
+}
+
+int parse(lumCfg_s& cfg) {
+  setDefaults(cfg);
+  if (!readFiles(cfg)) return kFailure;
+  if (!checkConfig(cfg)) {
+    KOLUM_LOG_AS(kSource, kParse, "invalid config content.\n");
+    return kFailure;
+  }
+  return kSuccess;
+}
+
+// Through the shell and unquoted, which is wanted: the data volume's path is the host's own. A path
+// that the command's buffer cannot hold is refused, never cut.
+bool touch(const std::string& path) {
+  std::array<char, kCommandSize> command{};
+  const int length = std::snprintf(command.data(), command.size(), "/bin/touch %s", path.c_str());
+  if (length < 0 || static_cast<std::size_t>(length) >= command.size()) return false;
+  return std::system(command.data()) == 0;
+}
+
+int update(const std::string& section, const std::string& key, const std::string& value) {
+  const std::string dir = dataDir();
+  if (dir.empty()) {
+    KOLUM_LOG_AS(kSource, kUpdate, "can not get mount path\n");
+    return kFailure;
+  }
+  const std::string path = dir + kServerFile;
+  if (!touch(path)) {
+    KOLUM_LOG_AS(kSource, kUpdate, "unable to touch\n");
+    return kFailure;
+  }
+  const char* argv[] = {kSetTool,    "-f",          path.c_str(), section.c_str(),
+                        key.c_str(), value.c_str(), nullptr};
+  return KoUtil_ExecSync(argv, 1);
+}
+
+}  // namespace
+
+int parseConfig(lumCfg_s* cfg) noexcept {
+  if (cfg == nullptr) {
+    KOLUM_LOG(kSource, "no config from parameter.\n");
+    return kFailure;
+  }
+  try {
+    return parse(*cfg);
+  } catch (const std::exception&) {
+    return kFailure;
+  }
+}
+
+int updateConfig(std::string section, std::string key, std::string value) noexcept {
+  try {
+    return update(section, key, value);
+  } catch (const std::exception&) {
+    return kFailure;
+  }
+}
