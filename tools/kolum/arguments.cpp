@@ -14,6 +14,7 @@ namespace kolum::tool {
 namespace {
 
 constexpr char kMark = '\x01';
+constexpr int kAnyNumber = 1 << 29;
 constexpr std::size_t kListLimit = std::size_t{256} << 20;
 
 bool wouldBeMisread(std::string_view argument) {
@@ -98,17 +99,16 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
     for (const std::string& result : results) values.push_back(unmarked(result));
     return true;
   };
-  return command.add_option(name, take, description)->expected(-1)->type_name("");
+  return command.add_option(name, take, description)
+      ->expected(1, kAnyNumber)
+      ->allow_extra_args()
+      ->type_name("");
 }
 
 void addFileArguments(CLI::App& command, FileArguments& arguments) {
-  addTexts(command, "FILE", arguments.operands,
-           "Files; \"-\" reads their names from standard input. Names after \"--\" may begin with "
-           "\"-\"");
-  addText(
-      command, "--files-from", arguments.listFile,
-      "Reads file names from LIST (\"-\" for standard input), separated by NUL characters when it "
-      "holds one, else by newlines")
+  addTexts(command, "FILE", arguments.operands, "Files; \"-\" reads names from standard input");
+  addText(command, "--files-from", arguments.listFile,
+          "Reads file names from LIST, NUL- or newline-separated")
       ->type_name("LIST");
 }
 

@@ -1,7 +1,5 @@
 #include "commands.h"
 
-#include <array>
-
 // To add a command: write command_NAME.cpp with a function
 //
 //   Action defineName(CLI::App& command);
@@ -15,9 +13,20 @@
 
 namespace kolum::tool {
 
+Action defineConfig(CLI::App& command);
+Action defineIds(CLI::App& command);
+Action defineSend(CLI::App& command);
+Action defineServeEcho(CLI::App& command);
+
 namespace {
 
-constexpr std::array<Command, 0> kCommands = {};
+// In the order in which --help lists them.
+constexpr Command kCommands[] = {
+    {"ids", "Identifier tables and conversions", defineIds},
+    {"config", "The server's configuration", defineConfig},
+    {"send", "Sends a command to the server", defineSend},
+    {"serve-echo", "A small server for trying \"send\"", defineServeEcho},
+};
 
 }  // namespace
 

@@ -25,6 +25,8 @@ class Context {
   // "kolum: NAME: REASON" on standard error; the tool goes on and ends with status 1. Without a
   // name the reason stands alone.
   void fail(std::string_view name, std::string_view reason);
+  // The same form for what is worth telling but no failure.
+  void note(std::string_view name, std::string_view text);
   bool failed() const { return failed_; }
 
   // Hands the library the folder of its external tools: the stand-ins beside a kolum that runs from

@@ -87,9 +87,10 @@ std::string echoText(std::string_view payload) {
   std::string text;
   for (const char c : payload) {
     const auto byte = static_cast<unsigned char>(c);
-    std::string piece(1, c);
+    const char escaped[] = {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+    std::string_view piece(&c, 1);
     if (c == '\\') piece = "\\\\";
-    if (byte < ' ' || byte > '~') piece = {'\\', 'x', kDigits[byte >> 4], kDigits[byte & 15]};
+    if (byte < ' ' || byte > '~') piece = {escaped, sizeof escaped};
     if (text.size() + piece.size() > kTextMax) break;
     text += piece;
   }

@@ -16,6 +16,8 @@ using namespace kolum::tool;
 
 enum ExitStatus { kAllDone = 0, kSomeFailed = 1, kUsage = 2 };
 
+constexpr char kCommandGroup[] = "Commands";
+
 struct CommonOptions {
   bool json = false;
   bool debug = false;
@@ -26,17 +28,22 @@ struct DefinedCommand {
   Action action;
 };
 
+// The options that every command takes, its sub-commands included.
 void addCommonOptions(CLI::App& parser, CommonOptions& options) {
   parser.add_flag("--json", options.json, "Prints one JSON object a line");
   parser.add_flag("--debug", options.debug, "Shows the library's debug lines on standard error");
+  for (CLI::App* nested : parser.get_subcommands({})) {
+    nested->group(kCommandGroup);
+    addCommonOptions(*nested, options);
+  }
 }
 
-std::vector<DefinedCommand> defineCommands(CLI::App& app, CommonOptions& options) {
+std::vector<DefinedCommand> defineCommands(CLI::App& app) {
   std::vector<DefinedCommand> defined;
   for (const Command& command : commands()) {
     CLI::App& parser = *app.add_subcommand(command.name, command.summary);
+    parser.footer("");
     defined.push_back({&parser, command.define(parser)});
-    addCommonOptions(parser, options);
   }
   return defined;
 }
@@ -64,14 +71,18 @@ int usage(const Channels& channels, const std::string& reason) {
 int run(const Channels& channels, int argc, char** argv) {
   CLI::App app("Tells what is in media files, and speaks to the media library around them.",
                "kolum");
-  CommonOptions options;
-  addCommonOptions(app, options);
-  app.set_version_flag("--version", "kolum " KOLUM_VERSION);
+  app.set_help_flag("-h,--help", "Shows this help");
+  app.set_version_flag("--version", "kolum " KOLUM_VERSION, "Shows the version");
+  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
+  app.get_formatter()->label("REQUIRED", "");
+  app.get_formatter()->column_width(26);
   app.require_subcommand(1);
   app.footer(
       "\"kolum COMMAND --help\" tells more about a command.\n"
       "Exit status: 0 all done, 1 something failed, 2 wrong usage.");
-  const std::vector<DefinedCommand> defined = defineCommands(app, options);
+  const std::vector<DefinedCommand> defined = defineCommands(app);
+  CommonOptions options;
+  addCommonOptions(app, options);
 
   try {
     app.parse(protectedArguments(argc, argv));

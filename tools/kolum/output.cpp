@@ -16,12 +16,18 @@ std::string padded(std::string text, std::size_t width) {
   return text;
 }
 
-std::string identifierText(const Identifier& value) {
-  const std::string number = std::to_string(value.id);
-  return value.name.empty() ? number : value.name + " (" + number + ")";
+}  // namespace
+
+nlohmann::ordered_json Identifier::json() const {
+  nlohmann::ordered_json json = {{"id", id}};
+  if (!name.empty()) json["name"] = name;
+  return json;
 }
 
-}  // namespace
+std::string Identifier::text() const {
+  const std::string number = std::to_string(id);
+  return name.empty() ? number : name.substr(prefix.size()) + " (" + number + ")";
+}
 
 Result Result::ofFile(std::string_view file) {
   Result result = titled(std::string(file));
@@ -56,10 +62,8 @@ void Result::number(const std::string& key, std::string label, std::int64_t valu
 }
 
 void Result::identifier(const std::string& key, std::string label, const Identifier& value) {
-  nlohmann::ordered_json json = {{"id", value.id}};
-  if (!value.name.empty()) json["name"] = value.name;
-  data(key, std::move(json));
-  show(std::move(label), identifierText(value));
+  data(key, value.json());
+  show(std::move(label), value.text());
 }
 
 void Result::duration(const std::string& key, std::string label, std::int64_t seconds) {

@@ -12,11 +12,14 @@
 
 namespace kolum::tool {
 
-// A number with its name, {"id":28,"name":"CODEC_ID_H264"}; a number without a name has an empty
-// one and shows as the number alone.
+// A number with its name, {"id":28,"name":"CODEC_ID_H264"}; a number without a name shows alone.
 struct Identifier {
   std::int64_t id;
   std::string name;
+  std::string_view prefix = "";  // of the name, left out in text
+
+  nlohmann::ordered_json json() const;
+  std::string text() const;  // "H264 (28)"
 };
 
 // One result: a file's, or an answer that belongs to no file.

@@ -1,0 +1,70 @@
+#include <kolum/filetype.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "file_types.h"
+#include "identifiers.h"
+
+namespace kolum::tool {
+
+namespace {
+
+struct Options {
+  FileArguments files;
+  std::vector<std::string> kinds;
+  std::vector<std::string> masks;
+  unsigned tag = 0;
+};
+
+void classify(Context& context, const std::string& file, unsigned kinds) {
+  unsigned row = 0;
+  unsigned tag = 0;
+  const int kind = KoLUM_GetFilenameType(file.c_str(), &row, kinds, &tag);
+  Result result = Result::ofFile(file);
+  const Identifier identifier = kindIdentifier(kind);
+  result.data("kind", identifier.json());
+  result.show("Kind", identifier.name);
+  const FileTypeTable* table = fileTypesOfKind(kind);
+  if (row != 0) result.data("row", row);
+  result.show("Row", row != 0 ? std::to_string(row) : "-");
+  if (tag != 0) result.data("tag", tag);
+  result.show("MIME type", table != nullptr ? table->rows[row - 1].mimeType : "-");
+  if (table != nullptr) addFileTypeData(result, *table, row - 1);
+  context.printer.row(result);
+}
+
+void run(Context& context, const Options& options) {
+  for (const std::string& mask : options.masks) setExclusionMask(mask);
+  const unsigned kinds = kindBits(options.kinds) | options.tag << 8;
+  const std::vector<std::string> names = fileNames(context, options.files);
+  context.printer.table({{"Kind", 8}, {"Row", 3}, {"MIME type", 24}, {"File", 0}});
+  for (const std::string& name : names) classify(context, name, kinds);
+}
+
+}  // namespace
+
+Action defineClassify(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  addFileArguments(command, options->files);
+  addKindsOption(command, options->kinds);
+  addTexts(command, "--mask", options->masks, "Excludes the rows whose bits (row - 1) are set")
+      ->expected(1)
+      ->allow_extra_args(false)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
+      ->type_name("KIND=MASK");
+  command.add_option("--tag", options->tag, "A tag byte, handed back for videos")
+      ->check(CLI::Range(0, 255))
+      ->type_name("0-255");
+  command.footer(
+      "Tells the kind of a file by its name alone (the file need not exist): music, video, photo,\n"
+      "playlist or none. The row is the type's place in the table that \"kolum extensions\" "
+      "prints.\n"
+      "\nExample:\n  kolum classify --kinds video,photo *");
+  return [options](Context& context) { run(context, *options); };
+}
+
+}  // namespace kolum::tool

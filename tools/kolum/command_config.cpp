@@ -1,0 +1,144 @@
+#include <kolum/config.h>
+#include <kolum/host.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstring>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+
+namespace kolum::tool {
+
+namespace {
+
+constexpr char kServerFile[] = "/.system/lumserver.conf";
+constexpr char kLibraryFile[] = "/etc/config/medialibrary.conf";
+constexpr char kSetTool[] = "/sbin/setcfg";
+
+struct Options {
+  std::string section;
+  std::string key;
+  std::string value;
+};
+
+// One field of the record: its JSON key, and the section and key by which "config set" changes it.
+template <typename Value>
+struct Field {
+  const char* name;
+  const char* setting;
+  Value lumCfg_s::*member;
+};
+
+constexpr Field<bool> kSwitches[] = {
+    {"enable", "KOLUMSERVER ENABLE", &lumCfg_s::enable},
+    {"enable4K", "THUMBNAIL ENABLE4K", &lumCfg_s::enable4K},
+};
+
+constexpr Field<int> kNumbers[] = {
+    {"mode", "KOLUMSERVER MODE", &lumCfg_s::mode},
+    {"thumbStatus", "KOLUMSERVER THUMB_STATUS", &lumCfg_s::thumbStatus},
+    {"faceStatus", "KOLUMSERVER FACE_STATUS", &lumCfg_s::faceStatus},
+    {"imgClassifyStatus", "KOLUMSERVER IMGCLASSIFY_STATUS", &lumCfg_s::imgClassifyStatus},
+    {"startWorkday", "KOLUMSERVER STARTWORKDAY", &lumCfg_s::startWorkday},
+    {"endWorkday", "KOLUMSERVER ENDWORKDAY", &lumCfg_s::endWorkday},
+    {"dailyBuildHH", "KOLUMSERVER DAILYBUILD_HH", &lumCfg_s::dailyBuildHH},
+    {"dailyBuildMM", "KOLUMSERVER DAILYBUILD_MM", &lumCfg_s::dailyBuildMM},
+    {"dailyBuildEndHH", "KOLUMSERVER DAILYBUILD_END_HH", &lumCfg_s::dailyBuildEndHH},
+    {"dailyBuildEndMM", "KOLUMSERVER DAILYBUILD_END_MM", &lumCfg_s::dailyBuildEndMM},
+    {"minWidth", "THUMBNAIL MIN_WIDTH", &lumCfg_s::minWidth},
+    {"minHeight", "THUMBNAIL MIN_HEIGHT", &lumCfg_s::minHeight},
+    {"quality", "THUMBNAIL QUALITY", &lumCfg_s::quality},
+    {"deviceType", "PelmoCore DeviceType", &lumCfg_s::deviceType},
+};
+
+constexpr Field<std::vector<std::string>> kLists[] = {
+    {"photoBlacklist", "THUMBNAIL PHOTO_BLACKLIST", &lumCfg_s::photoBlacklist},
+    {"musicBlacklist", "THUMBNAIL MUSIC_BLACKLIST", &lumCfg_s::musicBlacklist},
+    {"videoBlacklist", "THUMBNAIL VIDEO_BLACKLIST", &lumCfg_s::videoBlacklist},
+};
+
+std::string listText(const std::vector<std::string>& entries) {
+  std::string text;
+  for (const std::string& entry : entries) text += (text.empty() ? "" : ":") + entry;
+  return entries.empty() ? "(empty)" : text;
+}
+
+void print(Context& context, const lumCfg_s& config) {
+  Result result;
+  for (const auto& field : kSwitches) {
+    result.data(field.name, config.*field.member);
+    result.show(field.setting, config.*field.member ? "true" : "false");
+  }
+  for (const auto& field : kNumbers) result.number(field.name, field.setting, config.*field.member);
+  result.data("mcVersion", config.mcVersion);
+  result.show("KOLUMSERVER MC_VERSION", config.mcVersion);
+  for (const auto& field : kLists) {
+    result.data(field.name, config.*field.member);
+    result.show(field.setting, listText(config.*field.member));
+  }
+  context.printer.block(result);
+}
+
+// The first of the things the library needs that is not there; empty when all are.
+bool reportMissing(Context& context, const std::string& dataDir,
+                   std::initializer_list<std::string> files, int mode) {
+  if (dataDir.empty()) {
+    context.fail("", "the data volume is unknown (KO_DATA_DIR names it on a machine without one)");
+    return true;
+  }
+  for (const std::string& file : files) {
+    if (access(file.c_str(), mode) == 0) continue;
+    context.fail(file, std::strerror(errno));
+    return true;
+  }
+  return false;
+}
+
+void show(Context& context) {
+  lumCfg_s config;
+  if (parseConfig(&config) == 0) return print(context, config);
+  std::string dataDir;
+  KoUtil_GetDataDir(dataDir);
+  if (reportMissing(context, dataDir, {dataDir + kServerFile, kLibraryFile}, R_OK)) return;
+  print(context, config);
+  context.fail(dataDir + kServerFile, "a value is out of its range; --debug names it");
+}
+
+void set(Context& context, const Options& options) {
+  const int status = updateConfig(options.section, options.key, options.value);
+  if (status == 0) return;
+  std::string dataDir;
+  KoUtil_GetDataDir(dataDir);
+  if (reportMissing(context, dataDir, {kSetTool}, X_OK)) return;
+  context.fail(dataDir + kServerFile, "not changed, " + std::string(kSetTool) +
+                                          " or its preparation answered " + std::to_string(status));
+}
+
+}  // namespace
+
+Action defineConfig(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  command.require_subcommand(1);
+  const CLI::App* showing = command.add_subcommand("show", "Prints every setting");
+  CLI::App* setting = command.add_subcommand("set", "Changes one setting in the file");
+  addText(*setting, "SECTION", options->section, "KOLUMSERVER or THUMBNAIL")->required();
+  addText(*setting, "KEY", options->key, "As \"config show\" prints it")->required();
+  addText(*setting, "VALUE", options->value, "The new value")->required();
+  command.footer(
+      "The media-library server's configuration: the data volume's .system/lumserver.conf, and "
+      "for\n"
+      "one setting /etc/config/medialibrary.conf. Settings are changed by /sbin/setcfg.\n"
+      "\nExamples:\n"
+      "  kolum config show\n"
+      "  kolum config set THUMBNAIL QUALITY 3");
+  return [=](Context& context) {
+    if (showing->parsed()) return show(context);
+    set(context, *options);
+  };
+}
+
+}  // namespace kolum::tool

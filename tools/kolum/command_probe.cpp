@@ -1,0 +1,89 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "media_files.h"
+#include "probe.h"
+
+namespace kolum::tool {
+
+namespace {
+
+struct Options {
+  FileArguments files;
+  ProbeOptions probe;
+};
+
+struct Prober {
+  int kind;
+  unsigned bit;
+  const char* word;  // that forces it on the command line
+  void (*probe)(Context&, const MediaPath&, const ProbeOptions&);
+};
+
+constexpr Prober kProbers[] = {
+    {kVideo, kVideoBit, "video", probeVideo},
+    {kMusic, kMusicBit, "audio", nullptr},
+    {kPhoto, kPhotoBit, "photo", nullptr},
+};
+
+// The prober that the first operand asks for; a lone operand always names a file.
+const Prober* forcedProber(FileArguments& files) {
+  const bool moreNames = files.operands.size() > 1 || !files.listFile.empty();
+  if (!moreNames || files.operands.empty()) return nullptr;
+  for (const Prober& prober : kProbers) {
+    if (files.operands.front() != prober.word) continue;
+    files.operands.erase(files.operands.begin());
+    return &prober;
+  }
+  return nullptr;
+}
+
+const Prober* proberOf(int kind) {
+  for (const Prober& prober : kProbers) {
+    if (prober.kind == kind) return &prober;
+  }
+  return nullptr;
+}
+
+void run(Context& context, Options& options) {
+  const Prober* forced = forcedProber(options.files);
+  const unsigned kinds = forced != nullptr ? forced->bit : kVideoBit | kMusicBit | kPhotoBit;
+  const std::vector<std::string> names = fileNames(context, options.files);
+  forEachMediaFile(context, names, kinds, [&](const MediaFile& file) {
+    const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
+    if (prober != nullptr && prober->probe == nullptr) {
+      return context.fail(file.path.full(), "only videos can be probed yet");
+    }
+    if (prober != nullptr) return prober->probe(context, file.path, options.probe);
+    const char* reason = file.kind == kPlaylist ? "a playlist has nothing to probe"
+                                                : "no media file by its name; force a kind with "
+                                                  "\"kolum probe video|audio|photo FILE\"";
+    context.fail(file.path.full(), reason);
+  });
+}
+
+}  // namespace
+
+Action defineProbe(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  addFileArguments(command, options->files);
+  command
+      .add_option("--audio-stream", options->probe.audioStream,
+                  "The audio stream of a video to describe, from 0")
+      ->type_name("N");
+  command.footer(
+      "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
+      "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows from "
+      "its\n"
+      "name; \"video\", \"audio\" or \"photo\" in front of the names forces it for all of them.\n"
+      "\nExamples:\n"
+      "  kolum probe Movies/ holiday.mp4\n"
+      "  kolum probe video recording.dat\n"
+      "  find /share -name '*.mkv' -print0 | kolum probe --json -");
+  return [options](Context& context) { run(context, *options); };
+}
+
+}  // namespace kolum::tool

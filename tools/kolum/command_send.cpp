@@ -1,0 +1,119 @@
+#include <kolum/server.h>
+
+#include <CLI/CLI.hpp>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <limits>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "text.h"
+
+namespace kolum::tool {
+
+namespace {
+
+namespace wire = MediaLibrary::LUM::wire;
+
+struct Options {
+  int command = 0;
+  std::vector<std::int64_t> values;
+  std::string text;
+  std::string payloadFile;
+  const CLI::Option* textOption = nullptr;
+  const CLI::Option* fileOption = nullptr;
+};
+
+std::string readPayload(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  std::string payload(wire::kRequestPayloadMax + 1, '\0');
+  in.read(payload.data(), static_cast<std::streamsize>(payload.size()));
+  payload.resize(static_cast<std::size_t>(in.gcount()));
+  if (!in.is_open() || in.bad()) throw std::runtime_error(file + ": " + std::strerror(errno));
+  return payload;
+}
+
+// Each value is 64 bits wide, in host byte order.
+std::string valuesPayload(const std::vector<std::int64_t>& values) {
+  std::string payload;
+  for (const std::int64_t value : values) {
+    payload.append(reinterpret_cast<const char*>(&value), sizeof value);
+  }
+  return payload;
+}
+
+std::string payloadOf(const Options& options) {
+  const std::size_t sources = (options.values.empty() ? 0U : 1U) + options.textOption->count() +
+                              options.fileOption->count();
+  if (sources > 1) throw UsageError("VALUE, --text and --payload exclude each other");
+  std::string payload = options.fileOption->count() > 0   ? readPayload(options.payloadFile)
+                        : options.textOption->count() > 0 ? options.text
+                                                          : valuesPayload(options.values);
+  if (payload.size() > wire::kRequestPayloadMax) {
+    throw UsageError("the payload is longer than " + std::to_string(wire::kRequestPayloadMax) +
+                     " bytes");
+  }
+  return payload;
+}
+
+void print(Context& context, const Options& options, const MediaLibrary::LUM::SocketResp_t& answer,
+           const std::string& text) {
+  Result result;
+  result.data("command", options.command);
+  result.data("result", answer.result);
+  result.data("success", answer.result == wire::kResultSuccess);
+  result.show("Result", std::to_string(answer.result) +
+                            (answer.result == wire::kResultSuccess ? " (success)" : ""));
+  result.data("length", answer.length);
+  result.text("text", "Answer", text);
+  if (!isUtf8(text)) result.data("textBytes", percentEncoded(text));
+  context.printer.block(result);
+}
+
+void run(Context& context, const Options& options) {
+  const std::string payload = payloadOf(options);
+  // The record is left alone when no answer comes.
+  constexpr std::int64_t kNoAnswer = std::numeric_limits<std::int64_t>::min();
+  MediaLibrary::LUM::SocketResp_t answer = {kNoAnswer, 0, nullptr};
+  const int status = sendCommand(&answer, options.command,
+                                 payload.empty() ? nullptr : payload.data(), payload.size());
+  if (status != 0 && answer.result == kNoAnswer) {
+    return context.fail("", std::string("no answer from a server at ") + wire::kSocketPath);
+  }
+  const std::string text = answer.data == nullptr ? "" : answer.data;
+  std::free(answer.data);
+  print(context, options, answer, text);
+  if (status != 0)
+    context.fail("", "the server answered with result " + std::to_string(answer.result));
+}
+
+}  // namespace
+
+Action defineSend(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  command.add_option("COMMAND", options->command, "The server's command code")
+      ->required()
+      ->type_name("");
+  command.add_option("VALUE", options->values, "Numbers, sent as 64 bits each")->type_name("");
+  CLI::Option* text = addText(command, "--text", options->text, "Sends this text as the payload");
+  CLI::Option* file =
+      addText(command, "--payload", options->payloadFile, "Sends this file's bytes");
+  text->type_name("TEXT");
+  file->type_name("FILE");
+  options->textOption = text;
+  options->fileOption = file;
+  command.footer(
+      "Sends one command to the media-library server and prints its answer. The exit status is 1\n"
+      "when no server answers, or it answers with another result than 1. A payload holds at most\n"
+      "4080 bytes.\n"
+      "\nExamples:\n"
+      "  kolum send 3 1 -5\n"
+      "  kolum send 7 --text /share/Music");
+  return [options](Context& context) { run(context, *options); };
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,44 @@
+// The four file type tables and the ways to name them on the command line.
+#ifndef KOLUM_TOOL_FILE_TYPES_H
+#define KOLUM_TOOL_FILE_TYPES_H
+
+#include <kolum/filetype.h>
+
+#include <span>
+#include <string>
+#include <vector>
+
+#include "output.h"
+
+namespace CLI {
+class App;
+}
+
+namespace kolum::tool {
+
+struct FileTypeTable {
+  int kind;             // as classification answers it
+  unsigned bit;         // by which classification is asked for it
+  unsigned maskNumber;  // of its exclusion mask
+  const char* name;
+  std::span<const MediaFileInfo> rows;
+};
+
+std::span<const FileTypeTable> fileTypeTables();
+// Null for a kind that has no table.
+const FileTypeTable* fileTypesOfKind(int kind);
+
+// "--kinds video,music": adds the option; kindBits turns its values into classification's bits, all
+// of them when none was given. Throws UsageError for an unknown kind.
+void addKindsOption(CLI::App& command, std::vector<std::string>& kinds);
+unsigned kindBits(const std::vector<std::string>& kinds);
+
+// Sets the mask that a "--mask KIND=MASK" value tells; throws UsageError when it cannot be.
+void setExclusionMask(const std::string& value);
+
+// What a table's row says beyond its name: JSON keys only, except for songs' identifiers.
+void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row);
+
+}  // namespace kolum::tool
+
+#endif

@@ -1,0 +1,154 @@
+#include "identifiers.h"
+
+#include <kolum/identifiers.h>
+
+#include <algorithm>
+
+#include "text.h"
+
+namespace kolum::tool {
+
+namespace {
+
+// One list per enumeration, written by the build from the enumerators in the public header.
+#define KOLUM_NAMED_NUMBER(name) {#name, static_cast<std::int64_t>(name)},
+constexpr NamedNumber kFormats[] = {
+#include "identifier_names/FORMAT.inc"
+};
+constexpr NamedNumber kBrands[] = {
+#include "identifier_names/MPEG4.inc"
+};
+constexpr NamedNumber kCodecs[] = {
+#include "identifier_names/CODEC_ID.inc"
+};
+constexpr NamedNumber kProfiles[] = {
+#include "identifier_names/PROFILE.inc"
+};
+constexpr NamedNumber kPlayExceptions[] = {
+#include "identifier_names/PLAY_EXCEPTION.inc"
+};
+#undef KOLUM_NAMED_NUMBER
+
+constexpr NamedNumber kKinds[] = {
+    {"none", 0}, {"music", 1}, {"video", 2}, {"photo", 3}, {"playlist", 5},
+};
+
+constexpr NamedNumber kAudioClasses[] = {
+    {"none", 0},
+    {"MP3", 1},
+    {"AC-3 or DTS", 2},
+    {"WMA up to 193 kbit/s", 3},
+    {"WMA up to 385 kbit/s", 4},
+    {"WMA Pro", 5},
+    {"MP2", 6},
+    {"PCM", 7},
+    {"AAC, mono or stereo", 8},
+    {"AAC, up to 6 channels", 9},
+    {"AMR", 10},
+    {"other AAC", CODEC_ID_AAC},
+};
+
+Identifier named(std::span<const NamedNumber> rows, std::int64_t id) {
+  const auto row =
+      std::find_if(rows.begin(), rows.end(), [&](const auto& r) { return r.id == id; });
+  return {id, row == rows.end() ? "" : std::string(row->name)};
+}
+
+}  // namespace
+
+const NamedNumber* Enumeration::find(std::string_view name) const {
+  const auto row = std::find_if(rows.begin(), rows.end(), [&](const NamedNumber& r) {
+    return r.name == name || r.name.substr(prefix.size()) == name;
+  });
+  return row == rows.end() ? nullptr : &*row;
+}
+
+const NamedNumber* Enumeration::find(std::int64_t id) const {
+  const auto row =
+      std::find_if(rows.begin(), rows.end(), [&](const auto& r) { return r.id == id; });
+  return row == rows.end() ? nullptr : &*row;
+}
+
+const Enumeration& formats() {
+  static constexpr Enumeration kEnumeration = {"FORMAT_", kFormats};
+  return kEnumeration;
+}
+
+const Enumeration& brands() {
+  static constexpr Enumeration kEnumeration = {"MPEG4_", kBrands};
+  return kEnumeration;
+}
+
+const Enumeration& codecs() {
+  static constexpr Enumeration kEnumeration = {"CODEC_ID_", kCodecs};
+  return kEnumeration;
+}
+
+const Enumeration& profiles() {
+  static constexpr Enumeration kEnumeration = {"PROFILE_", kProfiles};
+  return kEnumeration;
+}
+
+const Enumeration& playExceptions() {
+  static constexpr Enumeration kEnumeration = {"PLAY_EXCEPTION_", kPlayExceptions};
+  return kEnumeration;
+}
+
+Identifier codecIdentifier(int codec) {
+  char name[64] = "";
+  CodecIDToName(name, static_cast<unsigned>(codec));
+  return {codec, name, codecs().prefix};
+}
+
+Identifier profileIdentifier(int profile, int codec) {
+  char family[64] = "";
+  ProfileIDToName(family, profile, codec);
+  const auto fits = [&](const NamedNumber& row) {
+    return row.id == profile && (profile <= 0 || row.name.starts_with(family));
+  };
+  const auto row = std::find_if(std::begin(kProfiles), std::end(kProfiles), fits);
+  if (row != std::end(kProfiles)) return {profile, std::string(row->name), profiles().prefix};
+  return {profile, std::string_view(family) == "UNKNOWN" ? "" : family};
+}
+
+Identifier playExceptionIdentifier(unsigned playException) {
+  Identifier identifier = named(kPlayExceptions, playException);
+  identifier.prefix = playExceptions().prefix;
+  return identifier;
+}
+
+Identifier kindIdentifier(int kind) {
+  return named(kKinds, kind);
+}
+
+Identifier audioClassIdentifier(unsigned audioClass) {
+  return named(kAudioClasses, audioClass);
+}
+
+nlohmann::ordered_json ContainerNames::json() const {
+  nlohmann::ordered_json json = {{"id", id}};
+  if (!format.empty()) json["name"] = format;
+  if (!brand.empty()) json["brand"] = brand;
+  return json;
+}
+
+std::string ContainerNames::text() const {
+  if (format.empty()) return hexText(id);
+  const std::string text = format.substr(formats().prefix.size());
+  return brand.empty() ? text : text + ", brand " + brand.substr(brands().prefix.size());
+}
+
+ContainerNames containerNames(unsigned containerFormat) {
+  char format[64] = "";
+  char brand[64] = "";
+  ContainerFormatIDToName(format, brand, static_cast<int>(containerFormat));
+  return {containerFormat, format, brand};
+}
+
+void addContainer(Result& result, unsigned containerFormat) {
+  const ContainerNames names = containerNames(containerFormat);
+  result.data("containerFormat", names.json());
+  result.show("Container", names.text());
+}
+
+}  // namespace kolum::tool

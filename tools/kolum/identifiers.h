@@ -1,0 +1,58 @@
+// The library's identifiers with their names, as results show them.
+#ifndef KOLUM_TOOL_IDENTIFIERS_H
+#define KOLUM_TOOL_IDENTIFIERS_H
+
+#include <cstdint>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "output.h"
+
+namespace kolum::tool {
+
+// One enumeration of <kolum/identifiers.h>, in its order; several names may share a number.
+struct NamedNumber {
+  std::string_view name;
+  std::int64_t id;
+};
+
+struct Enumeration {
+  std::string_view prefix;  // that every name begins with, "CODEC_ID_"
+  std::span<const NamedNumber> rows;
+
+  // The number of a name, given with or without the prefix; null when there is none.
+  const NamedNumber* find(std::string_view name) const;
+  const NamedNumber* find(std::int64_t id) const;
+};
+
+const Enumeration& formats();
+const Enumeration& brands();
+const Enumeration& codecs();
+const Enumeration& profiles();
+const Enumeration& playExceptions();
+
+Identifier codecIdentifier(int codec);
+// A profile's number means something only with its codec: the codec's own name for it wins.
+Identifier profileIdentifier(int profile, int codec);
+Identifier playExceptionIdentifier(unsigned playException);
+Identifier kindIdentifier(int kind);
+Identifier audioClassIdentifier(unsigned audioClass);
+
+// A container format: its number and the names of format and MPEG-4 brand, empty when unknown.
+struct ContainerNames {
+  unsigned id;
+  std::string format;
+  std::string brand;
+
+  nlohmann::ordered_json json() const;  // {"id":262152,"name":"FORMAT_MPEG4","brand":"MPEG4_MOV"}
+  std::string text() const;             // "MPEG4, brand MOV"
+};
+
+ContainerNames containerNames(unsigned containerFormat);
+// "containerFormat" with the number and the names of format and MPEG-4 brand.
+void addContainer(Result& result, unsigned containerFormat);
+
+}  // namespace kolum::tool
+
+#endif

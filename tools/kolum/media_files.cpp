@@ -1,0 +1,111 @@
+#include "media_files.h"
+
+#include <kolum/filetype.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+namespace kolum::tool {
+
+namespace {
+
+// Paths are joined in buffers of 1024 bytes; a longer one would name another file.
+constexpr std::size_t kLongestPath = 1023;
+
+// What makes a folder a disc, looked for in it and in the folder of that structure itself.
+constexpr const char* kDiscIndexes[] = {"VIDEO_TS/VIDEO_TS.IFO", "VIDEO_TS.IFO", "BDMV/index.bdmv",
+                                        "index.bdmv"};
+
+class Walk {
+ public:
+  Walk(Context& context, unsigned kinds, const std::function<void(const MediaFile&)>& visit)
+      : context_(context), kinds_(kinds), visit_(visit) {}
+
+  void named(const std::string& name) {
+    struct stat status = {};
+    if (stat(name.c_str(), &status) != 0) return context_.fail(name, std::strerror(errno));
+    if (!S_ISDIR(status.st_mode)) return file(name);
+    const std::size_t before = visited_;
+    folder(name);
+    if (visited_ == before) context_.note(name, "no media files in this folder");
+  }
+
+ private:
+  int kindOf(const std::string& path, unsigned kinds) const {
+    unsigned row = 0;
+    unsigned tag = 0;
+    return KoLUM_GetFilenameType(path.c_str(), &row, kinds, &tag);
+  }
+
+  void file(const std::string& path) {
+    ++visited_;
+    const MediaPath split = splitPath(path);
+    if (split.full().size() > kLongestPath) {
+      return context_.fail(path,
+                           "path longer than " + std::to_string(kLongestPath) + " characters");
+    }
+    visit_({split, kindOf(split.name, kEveryKind)});
+  }
+
+  void folder(std::string path) {
+    if (path.back() != '/') path += '/';
+    struct stat status = {};
+    for (const char* index : kDiscIndexes) {
+      if (stat((path + index).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
+      if ((kinds_ & kVideoBit) != 0) file(path + index);
+      return;
+    }
+    for (const std::string& name : entries(path)) entry(path + name);
+  }
+
+  // Names in byte order; folders that cannot be listed are reported.
+  std::vector<std::string> entries(const std::string& path) {
+    std::vector<std::string> names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(path, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+      names.push_back(entry->path().filename().string());
+    }
+    if (error) {
+      ++visited_;
+      context_.fail(path, error.message());
+    }
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  void entry(const std::string& path) {
+    struct stat status = {};
+    if (lstat(path.c_str(), &status) != 0) return;  // gone since the folder was listed
+    if (S_ISDIR(status.st_mode)) return folder(path);
+    if (S_ISLNK(status.st_mode) && stat(path.c_str(), &status) != 0) return;
+    if (S_ISREG(status.st_mode) && kindOf(path, kinds_) != kNoMedia) file(path);
+  }
+
+  Context& context_;
+  unsigned kinds_;
+  const std::function<void(const MediaFile&)>& visit_;
+  std::size_t visited_ = 0;
+};
+
+}  // namespace
+
+void forEachMediaFile(Context& context, const std::vector<std::string>& names, unsigned kinds,
+                      const std::function<void(const MediaFile&)>& visit) {
+  Walk walk(context, kinds, visit);
+  for (const std::string& name : names) walk.named(name);
+}
+
+std::string refusalReason(const MediaPath& path, std::string_view otherwise) {
+  struct stat status = {};
+  if (stat(path.full().c_str(), &status) != 0) return std::strerror(errno);
+  if (access(path.full().c_str(), R_OK) != 0) return std::strerror(errno);
+  if (S_ISREG(status.st_mode) && status.st_size == 0) return "empty file";
+  return std::string(otherwise);
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,39 @@
+// From the names a caller gave to the files that are looked at: folders become the media in them.
+#ifndef KOLUM_TOOL_MEDIA_FILES_H
+#define KOLUM_TOOL_MEDIA_FILES_H
+
+#include <functional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "context.h"
+#include "paths.h"
+
+namespace kolum::tool {
+
+// Kinds as classification answers them, and the bits by which it is asked for them.
+enum MediaKind { kNoMedia = 0, kMusic = 1, kVideo = 2, kPhoto = 3, kPlaylist = 5 };
+enum KindBits : unsigned { kMusicBit = 1, kVideoBit = 2, kPhotoBit = 4, kPlaylistBit = 8 };
+inline constexpr unsigned kEveryKind = kMusicBit | kVideoBit | kPhotoBit | kPlaylistBit;
+
+struct MediaFile {
+  MediaPath path;
+  int kind;  // by its name
+};
+
+// Calls VISIT for every file behind NAMES, in order. A folder that holds a DVD (VIDEO_TS.IFO) or a
+// Blu-ray disc (index.bdmv) counts as one video, named by that file; any other folder is walked,
+// its entries in byte order, and of its files those of the wanted KINDS count; symbolic links to
+// folders are not followed there. A name that is no folder always counts, whatever it is called.
+// Names that do not exist, and paths longer than the library takes, are reported.
+void forEachMediaFile(Context& context, const std::vector<std::string>& names, unsigned kinds,
+                      const std::function<void(const MediaFile&)>& visit);
+
+// Why the library may have refused a file: the system's reason when it cannot be read, else
+// OTHERWISE.
+std::string refusalReason(const MediaPath& path, std::string_view otherwise);
+
+}  // namespace kolum::tool
+
+#endif

@@ -1,0 +1,19 @@
+// The probes behind the probe command, one per kind of media. Each prints the file's result, or
+// reports why there is none.
+#ifndef KOLUM_TOOL_PROBE_H
+#define KOLUM_TOOL_PROBE_H
+
+#include "context.h"
+#include "paths.h"
+
+namespace kolum::tool {
+
+struct ProbeOptions {
+  int audioStream = 0;  // counted among the audio streams
+};
+
+void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& options);
+
+}  // namespace kolum::tool
+
+#endif
