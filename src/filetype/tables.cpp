@@ -1,0 +1,132 @@
+#include <kolum/filetype.h>
+#include <kolum/identifiers.h>
+
+#include <iterator>
+
+namespace {
+
+constexpr uint64_t song(unsigned format, unsigned codec, unsigned brand = 0) {
+  return static_cast<uint64_t>(codec) << 32 | static_cast<uint64_t>(brand) << 16 | format;
+}
+
+}  // namespace
+
+// A row's place is its identity outside this process too: never reorder rows, only add new ones
+// before the closing one. Pairings that look odd are wanted: hosts store them (".dts" with
+// FORMAT_WAV, ".mka" with MP3, ".aiff" and ".aif" with little-endian PCM).
+extern "C" {
+
+const MediaFileInfo g_VideoFileInfo[] = {
+    {".ifo", "video/dvdifo", 0, 0},
+    {".bdmv", "video/bdmv", 0, 0},
+    {".m2ts", "video/mpeg", 0, 0},
+    {".avi", "video/x-msvideo", 0, 0},
+    {".mpg", "video/mpeg", 0, 0},
+    {".mp4", "video/mp4", 0, 0},
+    {".wmv", "video/x-ms-wmv", 0, 0},
+    {".ts", "video/mpeg", 0, 0},
+    {".tts", "video/vnd.dlna.mpeg-tts", 0, 0},
+    {".tp", "video/mpeg", 0, 0},
+    {".asf", "video/x-ms-asf", 0, 0},
+    {".m2t", "video/mpeg", 0, 0},
+    {".mov", "video/quicktime", 0, 0},
+    {".m2v", "video/mpeg", 0, 0},
+    {".mpeg", "video/mpeg", 0, 0},
+    {".3gp", "video/3gp", 0, 0},
+    {".mkv", "video/x-matroska", 0, 0},
+    {".mts", "video/mpeg", 0, 0},
+    {".tod", "video/mpeg", 0, 0},
+    {".mod", "video/mpeg", 0, 0},
+    {".trp", "video/mpeg", 0, 0},
+    {".m1v", "video/mpeg", 0, 0},
+    {".m4v", "video/mp4", 0, 0},
+    {".rmp4", "video/mp4", 0, 0},
+    {".divx", "video/divx", 0, 0},
+    {".flv", "video/x-flv", 0, 0},
+    {".iso", "video/mpeg", 0, 0},
+    {".rmvb", "video/vnd.rn-realvideo", 0, 0},
+    {".rm", "video/vnd.rn-realvideo", 0, 0},
+    {".mpv2", "video/mpeg", 0, 0},
+    {".mp2v", "video/mpeg", 0, 0},
+    {".insv", "video/mp4", 0, 0},
+    {".f4v", "video/x-f4v", 0, 0},
+    {nullptr, nullptr, 0, 0},
+};
+
+const MediaFileInfo g_SongFileInfo[] = {
+    {".mp3", "audio/mpeg", song(FORMAT_MP3, CODEC_ID_MP3), 0},
+    {".aac", "audio/x-aac", song(FORMAT_AAC, CODEC_ID_AAC), 1},
+    {".wav", "audio/x-wav", song(FORMAT_WAV, CODEC_ID_PCM_S16LE), 1},
+    {".wma", "audio/x-ms-wma", song(FORMAT_ASF, CODEC_ID_WMAV2), 0},
+    {".flac", "audio/x-flac", song(FORMAT_FLAC, CODEC_ID_FLAC), 0},
+    {".ape", "audio/x-monkeys-audio", song(FORMAT_APE, CODEC_ID_APE), 1},
+    {".dts", "application/octet-stream", song(FORMAT_WAV, CODEC_ID_DTS), 1},
+    {".m4a", "audio/x-m4a", song(FORMAT_MPEG4, CODEC_ID_AAC, MPEG4_M4A), 0},
+    {".ogg", "audio/ogg", song(FORMAT_OGG, CODEC_ID_VORBIS), 0},
+    {".ac3", "audio/ac3", song(FORMAT_AC3, CODEC_ID_AC3), 1},
+    {".aiff", "audio/x-aiff", song(FORMAT_AIFF, CODEC_ID_PCM_S16LE), 1},
+    {".au", "audio/basic", song(FORMAT_AU, CODEC_ID_PCM_MULAW), 1},
+    {".aif", "audio/x-aiff", song(FORMAT_AIFF, CODEC_ID_PCM_S16LE), 1},
+    {".m4r", "audio/x-m4a", song(FORMAT_MPEG4, CODEC_ID_AAC, MPEG4_M4A), 0},
+    {".dsf", "audio/x-dsf", song(FORMAT_DSF, CODEC_ID_DSD), 0},
+    {".dff", "audio/x-dff", song(FORMAT_DFF, CODEC_ID_DSD), 1},
+    {".m4b", "audio/x-m4b", song(FORMAT_MPEG4, CODEC_ID_AAC, MPEG4_M4A), 0},
+    {".mka", "audio/x-matroska", song(FORMAT_MKV, CODEC_ID_MP3), 0},
+    {".wv", "audio/x-wavpack", song(FORMAT_WV, CODEC_ID_WAVPACK), 0},
+    {".mpa", "audio/mpeg", song(FORMAT_MP3, CODEC_ID_MP3), 0},
+    {".ra", "audio/vnd.rn-realaudio", song(FORMAT_RA, CODEC_ID_RA_144), 0},
+    {".adts", "audio/vnd.dlna.adts", song(FORMAT_AAC, CODEC_ID_AAC), 1},
+    {nullptr, nullptr, 0, 0},
+};
+
+const MediaFileInfo g_PictureFileInfo[] = {
+    {".jpeg", "image/jpeg", 1, 0},       {".jpe", "image/jpeg", 1, 0},
+    {".jpg", "image/jpeg", 1, 0},        {".bmp", "image/bmp", 2, 0},
+    {".gif", "image/gif", 3, 0},         {".png", "image/png", 4, 0},
+    {".tif", "image/tiff", 5, 0},        {".tiff", "image/tiff", 5, 0},
+    {".cr2", "image/x-canon-cr2", 6, 0}, {".crw", "image/x-canon-crw", 7, 0},
+    {".arw", "image/sony", 8, 0},        {".sr2", "image/sony", 9, 0},
+    {".dcr", "image/dcr", 10, 0},        {".kdc", "image/kdc", 11, 0},
+    {".nef", "image/nef", 12, 0},        {".mrw", "image/mrw", 13, 0},
+    {".pef", "image/pef", 14, 0},        {".raf", "image/raf", 15, 0},
+    {".3fr", "image/3fr", 16, 0},        {".erf", "image/erf", 17, 0},
+    {".mef", "image/mef", 18, 0},        {".mos", "image/mos", 19, 0},
+    {".orf", "image/orf", 20, 0},        {".rw2", "image/rw2", 21, 0},
+    {".dng", "image/dng", 22, 0},        {".x3f", "image/x3f", 23, 0},
+    {".srf", "image/srf", 24, 0},        {".k25", "image/k25", 25, 0},
+    {".ptx", "image/ptx", 26, 0},        {".tga", "image/x-tga", 27, 0},
+    {".pdf", "application/pdf", 28, 0},  {".iiq", "image/iiq", 29, 0},
+    {".insp", "image/jpeg", 1, 0},       {nullptr, nullptr, 0, 0},
+};
+
+const MediaFileInfo g_PlaylistFileInfo[] = {
+    {".m3u", "text/plain", 0, 0},
+    {".pls", "text/plain", 0, 0},
+    {".wpl", "application/vnd.ms-wpl", 0, 0},
+    {".asx", "application/asx", 0, 0},
+    {nullptr, nullptr, 0, 0},
+};
+
+const int kScannedFlagNotReady = 0;
+const int kScannedFlagFound = 1;
+const int kScannedFlagThumbNotReady = 2;
+const int kScannedFlagNotFound = 16;
+const int kScannedFlagOversize = 17;
+const int kScannedFlagPathInvalid = 18;
+const int kScannedFlagLessThanMin = 20;
+const int kScannedFlagInBlacklist = 21;
+const int kScannedFlagNeedRegen = 22;
+const int kScannedFlagNeedUpdate = 23;
+const int kScannedFlagScanning = 66;
+const int kScannedFlagParamError = 90;
+
+const uint64_t g_VideoFileInfoSize = std::size(g_VideoFileInfo);
+const uint64_t g_SongFileInfoSize = std::size(g_SongFileInfo);
+const uint64_t g_PictureFileInfoSize = std::size(g_PictureFileInfo);
+
+}  // extern "C"
+
+static_assert(std::size(g_VideoFileInfo) == 34);
+static_assert(std::size(g_SongFileInfo) == 23);
+static_assert(std::size(g_PictureFileInfo) == 34);
+static_assert(std::size(g_PlaylistFileInfo) == 5);
