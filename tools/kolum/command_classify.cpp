@@ -25,9 +25,7 @@ void classify(Context& context, const std::string& file, unsigned kinds) {
   unsigned tag = 0;
   const int kind = KoLUM_GetFilenameType(file.c_str(), &row, kinds, &tag);
   Result result = Result::ofFile(file);
-  const Identifier identifier = kindIdentifier(kind);
-  result.data("kind", identifier.json());
-  result.show("Kind", identifier.name);
+  addKind(result, kind);
   const FileTypeTable* table = fileTypesOfKind(kind);
   if (row != 0) result.data("row", row);
   result.show("Row", row != 0 ? std::to_string(row) : "-");

@@ -87,7 +87,7 @@ void print(Context& context, const lumCfg_s& config) {
 bool reportMissing(Context& context, const std::string& dataDir,
                    std::initializer_list<std::string> files, int mode) {
   if (dataDir.empty()) {
-    context.fail("", "the data volume is unknown (KO_DATA_DIR names it on a machine without one)");
+    context.fail("the data volume is unknown (KO_DATA_DIR names it on a machine without one)");
     return true;
   }
   for (const std::string& file : files) {

@@ -1,4 +1,5 @@
 #include <kolum/filetype.h>
+#include <kolum/identifiers.h>
 
 #include <CLI/CLI.hpp>
 #include <memory>
@@ -14,6 +15,8 @@ namespace kolum::tool {
 
 namespace {
 
+constexpr char kConfigFile[] = "/etc/config/medialibrary.conf";
+
 struct Options {
   std::vector<std::string> kinds;
   bool xml = false;
@@ -24,15 +27,14 @@ std::string implied(const FileTypeTable& table, const MediaFileInfo& type) {
   if (table.kind == kPhoto) return "picture format " + std::to_string(type.formatIds);
   if (table.kind != kMusic) return "";
   return containerNames(static_cast<unsigned>(type.formatIds)).text() + ", codec " +
-         codecIdentifier(static_cast<int>(type.formatIds >> 32)).text();
+         codecText(static_cast<int>(type.formatIds >> 32), PROFILE_UNKNOWN);
 }
 
 void printTable(Context& context, const FileTypeTable& table) {
   for (std::size_t row = 0; row < table.rows.size(); ++row) {
     const MediaFileInfo& type = table.rows[row];
     Result result;
-    result.data("kind", kindIdentifier(table.kind).json());
-    result.show("", table.name);
+    addKind(result, table.kind);
     result.number("row", "", static_cast<std::int64_t>(row + 1));
     result.show("", type.extension);
     result.show("", type.mimeType);
@@ -46,7 +48,8 @@ void printTable(Context& context, const FileTypeTable& table) {
 void printXml(Context& context) {
   int failed = 0;
   const std::string xml = context.channels.capture([&] { failed = KoLUM_PrintFileExtList(); });
-  if (failed != 0) return context.fail("/etc/config/medialibrary.conf", "cannot be read");
+  if (failed != 0)
+    return context.fail(kConfigFile, refusalReason(splitPath(kConfigFile), "not an ini file"));
   context.printer.raw(xml);
 }
 

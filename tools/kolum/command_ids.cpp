@@ -77,7 +77,7 @@ Identifier containerIdentifier(unsigned id) {
 }
 
 std::string attachedName(std::int64_t id) {
-  char extension[64] = "";
+  char extension[KOLUM_IDENTIFIER_NAME_SIZE] = "";
   ContainerFormatIDToAudioAttachedName(extension, static_cast<int>(id));
   return extension;
 }

@@ -25,12 +25,12 @@ void answer(Context& context, const char* action, const char* channel, const cha
 }
 
 void post(Context& context) {
-  if (KoLUM_Notification() != 0) return context.fail("", std::strerror(errno));
+  if (KoLUM_Notification() != 0) return context.fail(std::strerror(errno));
   answer(context, "post", "changes", "Change posted.");
 }
 
 void stop(Context& context) {
-  if (KoLUM_StopNotification() != 0) return context.fail("", std::strerror(errno));
+  if (KoLUM_StopNotification() != 0) return context.fail(std::strerror(errno));
   answer(context, "stop", "stop", "Stop posted.");
 }
 
@@ -56,9 +56,9 @@ void wait(Context& context, const Options& options) {
       return answer(context, "wait", channel,
                     options.stopChannel ? "Stop received." : "Change received.");
     case 1:
-      return context.fail("", "nothing posted within " + std::to_string(options.seconds) + " s");
+      return context.fail("nothing posted within " + std::to_string(options.seconds) + " s");
     default:
-      return context.fail("", std::string("the wait failed: ") + std::strerror(errno));
+      return context.fail(std::string("the wait failed: ") + std::strerror(errno));
   }
 }
 

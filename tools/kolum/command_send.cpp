@@ -82,13 +82,12 @@ void run(Context& context, const Options& options) {
   const int status = sendCommand(&answer, options.command,
                                  payload.empty() ? nullptr : payload.data(), payload.size());
   if (status != 0 && answer.result == kNoAnswer) {
-    return context.fail("", std::string("no answer from a server at ") + wire::kSocketPath);
+    return context.fail(std::string("no answer from a server at ") + wire::kSocketPath);
   }
   const std::string text = answer.data == nullptr ? "" : answer.data;
   std::free(answer.data);
   print(context, options, answer, text);
-  if (status != 0)
-    context.fail("", "the server answered with result " + std::to_string(answer.result));
+  if (status != 0) context.fail("the server answered with result " + std::to_string(answer.result));
 }
 
 }  // namespace

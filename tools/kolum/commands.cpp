@@ -13,8 +13,12 @@
 
 namespace kolum::tool {
 
+Action defineClassify(CLI::App& command);
 Action defineConfig(CLI::App& command);
+Action defineExtensions(CLI::App& command);
 Action defineIds(CLI::App& command);
+Action defineNotify(CLI::App& command);
+Action defineProbe(CLI::App& command);
 Action defineSend(CLI::App& command);
 Action defineServeEcho(CLI::App& command);
 
@@ -22,10 +26,14 @@ namespace {
 
 // In the order in which --help lists them.
 constexpr Command kCommands[] = {
+    {"probe", "What is in media files", defineProbe},
+    {"classify", "The kind of files, by their names", defineClassify},
+    {"extensions", "The file types the library knows", defineExtensions},
     {"ids", "Identifier tables and conversions", defineIds},
     {"config", "The server's configuration", defineConfig},
     {"send", "Sends a command to the server", defineSend},
     {"serve-echo", "A small server for trying \"send\"", defineServeEcho},
+    {"notify", "The change and stop notifications", defineNotify},
 };
 
 }  // namespace

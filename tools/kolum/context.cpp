@@ -9,10 +9,14 @@ void Context::fail(std::string_view name, std::string_view reason) {
   note(name, reason);
 }
 
+void Context::fail(std::string_view reason) {
+  failed_ = true;
+  channels.writeMessage("kolum: " + printable(reason) + "\n");
+}
+
 void Context::note(std::string_view name, std::string_view text) {
-  std::string line = "kolum: ";
-  if (!name.empty()) line += printable(name) + ": ";
-  channels.writeMessage(line + printable(text) + "\n");
+  const std::string shown = name.empty() ? "\"\"" : printable(name);
+  channels.writeMessage("kolum: " + shown + ": " + printable(text) + "\n");
 }
 
 }  // namespace kolum::tool

@@ -22,9 +22,10 @@ class Context {
   Context(const Channels& ownChannels, bool asJson)
       : json(asJson), channels(ownChannels), printer(ownChannels, asJson) {}
 
-  // "kolum: NAME: REASON" on standard error; the tool goes on and ends with status 1. Without a
-  // name the reason stands alone.
+  // "kolum: NAME: REASON" on standard error, or without a name "kolum: REASON"; the tool goes on
+  // and ends with status 1.
   void fail(std::string_view name, std::string_view reason);
+  void fail(std::string_view reason);
   // The same form for what is worth telling but no failure.
   void note(std::string_view name, std::string_view text);
   bool failed() const { return failed_; }

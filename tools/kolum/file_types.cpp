@@ -54,6 +54,7 @@ void addKindsOption(CLI::App& command, std::vector<std::string>& kinds) {
   command.add_option("--kinds", kinds, "Only these kinds: video, music, photo, playlist")
       ->delimiter(',')
       ->expected(1)
+      ->allow_extra_args(false)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->type_name("KIND,...");
 }

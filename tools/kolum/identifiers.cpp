@@ -48,6 +48,10 @@ constexpr NamedNumber kAudioClasses[] = {
     {"other AAC", CODEC_ID_AAC},
 };
 
+char lower(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
+
 Identifier named(std::span<const NamedNumber> rows, std::int64_t id) {
   const auto row =
       std::find_if(rows.begin(), rows.end(), [&](const auto& r) { return r.id == id; });
@@ -95,13 +99,13 @@ const Enumeration& playExceptions() {
 }
 
 Identifier codecIdentifier(int codec) {
-  char name[64] = "";
+  char name[KOLUM_IDENTIFIER_NAME_SIZE] = "";
   CodecIDToName(name, static_cast<unsigned>(codec));
   return {codec, name, codecs().prefix};
 }
 
 Identifier profileIdentifier(int profile, int codec) {
-  char family[64] = "";
+  char family[KOLUM_IDENTIFIER_NAME_SIZE] = "";
   ProfileIDToName(family, profile, codec);
   const auto fits = [&](const NamedNumber& row) {
     return row.id == profile && (profile <= 0 || row.name.starts_with(family));
@@ -109,6 +113,35 @@ Identifier profileIdentifier(int profile, int codec) {
   const auto row = std::find_if(std::begin(kProfiles), std::end(kProfiles), fits);
   if (row != std::end(kProfiles)) return {profile, std::string(row->name), profiles().prefix};
   return {profile, std::string_view(family) == "UNKNOWN" ? "" : family};
+}
+
+namespace {
+
+// A codec's name without its prefix. The library prefers the names of range starts ("FIRST_AUDIO");
+// people know the codec that shares the number.
+std::string codecWord(int codec) {
+  std::string word;
+  for (const NamedNumber& row : kCodecs) {
+    if (row.id != codec) continue;
+    const std::string_view name = row.name.substr(codecs().prefix.size());
+    if (word.empty() || word.starts_with("FIRST_")) word = name;
+  }
+  return word.empty() ? "codec " + std::to_string(codec) : word;
+}
+
+}  // namespace
+
+std::string codecText(int codec, int profile) {
+  std::string text = codecWord(codec);
+  const std::string name = profileIdentifier(profile, codec).name;
+  if (profile == PROFILE_UNKNOWN || name.empty()) return text;
+  char family[KOLUM_IDENTIFIER_NAME_SIZE] = "";
+  ProfileIDToName(family, profile, codec);
+  const std::string prefix = std::string(family) + "_";
+  std::string words =
+      name.substr(name.starts_with(prefix) ? prefix.size() : profiles().prefix.size());
+  for (char& c : words) c = c == '_' ? ' ' : lower(c);
+  return text + " " + words;
 }
 
 Identifier playExceptionIdentifier(unsigned playException) {
@@ -139,10 +172,16 @@ std::string ContainerNames::text() const {
 }
 
 ContainerNames containerNames(unsigned containerFormat) {
-  char format[64] = "";
-  char brand[64] = "";
+  char format[KOLUM_IDENTIFIER_NAME_SIZE] = "";
+  char brand[KOLUM_IDENTIFIER_NAME_SIZE] = "";
   ContainerFormatIDToName(format, brand, static_cast<int>(containerFormat));
   return {containerFormat, format, brand};
+}
+
+void addKind(Result& result, int kind) {
+  const Identifier identifier = kindIdentifier(kind);
+  result.data("kind", identifier.json());
+  result.show("Kind", identifier.name);
 }
 
 void addContainer(Result& result, unsigned containerFormat) {

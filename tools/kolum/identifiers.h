@@ -35,6 +35,8 @@ const Enumeration& playExceptions();
 Identifier codecIdentifier(int codec);
 // A profile's number means something only with its codec: the codec's own name for it wins.
 Identifier profileIdentifier(int profile, int codec);
+// A codec with its profile in words, "H264 constrained baseline"; an unknown profile is left out.
+std::string codecText(int codec, int profile);
 Identifier playExceptionIdentifier(unsigned playException);
 Identifier kindIdentifier(int kind);
 Identifier audioClassIdentifier(unsigned audioClass);
@@ -50,6 +52,8 @@ struct ContainerNames {
 };
 
 ContainerNames containerNames(unsigned containerFormat);
+// "kind" and its name.
+void addKind(Result& result, int kind);
 // "containerFormat" with the number and the names of format and MPEG-4 brand.
 void addContainer(Result& result, unsigned containerFormat);
 

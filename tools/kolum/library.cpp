@@ -9,7 +9,7 @@ namespace kolum::tool {
 bool Context::initLibrary() {
   const std::string tools = standInFolder();
   if (KoLUM_Init(tools.empty() ? nullptr : tools.c_str()) == 0) return true;
-  fail("", "the notification channels cannot be opened");
+  fail("the notification channels cannot be opened");
   return false;
 }
 

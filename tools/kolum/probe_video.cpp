@@ -37,45 +37,60 @@ std::string ratioText(int num, int den) {
   return std::to_string(num) + ":" + std::to_string(den);
 }
 
-// H.264 counts levels in tenths, HEVC in thirtieths.
+// H.264 counts levels in tenths, HEVC in thirtieths; MPEG-2 numbers four names.
 std::string levelText(int codec, int level) {
-  if (codec == CODEC_ID_H264) return decimalText(level / 10.0, 1);
-  if (codec == CODEC_ID_HEVC) return decimalText(level / 30.0, 1);
-  return std::to_string(level);
+  if (level == kUnknownLevel) return "";
+  const std::string_view mpeg2 = level == 10  ? "low"
+                                 : level == 8 ? "main"
+                                 : level == 6 ? "high 1440"
+                                 : level == 4 ? "high"
+                                              : "";
+  if (codec == CODEC_ID_H264) return "level " + decimalText(level / 10.0, 1);
+  if (codec == CODEC_ID_HEVC) return "level " + decimalText(level / 30.0, 1);
+  if (codec == CODEC_ID_MPEG2VIDEO && !mpeg2.empty()) return std::string(mpeg2) + " level";
+  return "level " + std::to_string(level);
 }
 
-void addLevel(Result& result, const char* key, const char* label, int codec, int level) {
-  if (level == kUnknownLevel) return;
-  result.data(key, level);
-  result.show(label, levelText(codec, level));
+void addBitRate(Result& result, const char* key, unsigned bitRate) {
+  if (bitRate != 0) result.data(key, bitRate);
 }
 
-void addProfile(Result& result, const char* key, const char* label, int profile, int codec) {
-  const Identifier identifier = profileIdentifier(profile, codec);
-  result.data(key, identifier.json());
-  if (profile != PROFILE_UNKNOWN) result.show(label, identifier.text());
+void addLevel(Result& result, const char* key, int level) {
+  if (level != kUnknownLevel) result.data(key, level);
+}
+
+std::string knownBitRateText(unsigned bitRate) {
+  return bitRate == 0 ? "" : bitRateText(bitRate);
+}
+
+void addAspect(Result& result, const videoObject_st& record) {
+  if (record.displayAspectDen == kUnset) return;
+  result.data("sampleAspectNum", record.sampleAspectNum);
+  result.data("sampleAspectDen", record.sampleAspectDen);
+  result.data("displayAspectNum", record.displayAspectNum);
+  result.data("displayAspectDen", record.displayAspectDen);
+}
+
+std::string aspectText(const videoObject_st& record) {
+  if (record.displayAspectDen == kUnset) return "";
+  std::string text = "shown as " + ratioText(record.displayAspectNum, record.displayAspectDen);
+  if (record.sampleAspectNum != record.sampleAspectDen) {
+    text += " (pixels " + ratioText(record.sampleAspectNum, record.sampleAspectDen) + ")";
+  }
+  return text;
 }
 
 void addPicture(Result& result, const videoObject_st& record) {
   if (record.width == kUnset) return;
   result.data("width", record.width);
   result.data("height", record.height);
-  std::string text = std::to_string(record.width) + " x " + std::to_string(record.height);
-  if (record.displayAspectDen != kUnset) {
-    result.data("sampleAspectNum", record.sampleAspectNum);
-    result.data("sampleAspectDen", record.sampleAspectDen);
-    result.data("displayAspectNum", record.displayAspectNum);
-    result.data("displayAspectDen", record.displayAspectDen);
-    text += ", shown as " + ratioText(record.displayAspectNum, record.displayAspectDen);
-    if (record.sampleAspectNum != record.sampleAspectDen) {
-      text += " (pixels " + ratioText(record.sampleAspectNum, record.sampleAspectDen) + ")";
-    }
-  }
-  result.show("Picture", text);
-  if (std::isfinite(record.frameRate) && record.frameRate > 0) {
-    result.data("frameRate", record.frameRate);
-    result.show("Frame rate", decimalText(record.frameRate, 3) + " frames/s");
-  }
+  addAspect(result, record);
+  const bool hasRate = std::isfinite(record.frameRate) && record.frameRate > 0;
+  if (hasRate) result.data("frameRate", record.frameRate);
+  result.show(
+      "Picture",
+      joined({std::to_string(record.width) + " x " + std::to_string(record.height),
+              aspectText(record), hasRate ? decimalText(record.frameRate, 3) + " frames/s" : ""}));
   if (record.orientation != 0) {
     result.data("orientation", record.orientation);
     const char* degrees = record.orientation == 3 ? "180" : record.orientation == 6 ? "270" : "90";
@@ -89,11 +104,13 @@ void addPicture(Result& result, const videoObject_st& record) {
 
 void addVideoStream(Result& result, const videoObject_st& record) {
   if (record.videoCodec == kUnset) return;
-  result.identifier("videoCodec", "Video codec", codecIdentifier(record.videoCodec));
-  addProfile(result, "videoProfile", "Video profile", record.videoProfile, record.videoCodec);
-  addLevel(result, "videoLevel", "Video level", record.videoCodec, record.videoLevel);
-  if (record.videoBitRate != 0)
-    result.bitRate("videoBitRate", "Video bit rate", record.videoBitRate);
+  result.data("videoCodec", codecIdentifier(record.videoCodec).json());
+  result.data("videoProfile", profileIdentifier(record.videoProfile, record.videoCodec).json());
+  addLevel(result, "videoLevel", record.videoLevel);
+  addBitRate(result, "videoBitRate", record.videoBitRate);
+  result.show("Video", joined({codecText(record.videoCodec, record.videoProfile),
+                               levelText(record.videoCodec, record.videoLevel),
+                               knownBitRateText(record.videoBitRate)}));
   if (record.playException != 0) {
     result.identifier("playException", "Play exception",
                       playExceptionIdentifier(record.playException));
@@ -102,16 +119,21 @@ void addVideoStream(Result& result, const videoObject_st& record) {
 
 void addAudioStream(Result& result, const videoObject_st& record) {
   if (record.audioCodec == kUnset) return;
-  result.identifier("audioCodec", "Audio codec", codecIdentifier(record.audioCodec));
-  addProfile(result, "audioProfile", "Audio profile", record.audioProfile, record.audioCodec);
-  addLevel(result, "audioLevel", "Audio level", record.audioCodec, record.audioLevel);
-  if (record.audioBitRate != 0)
-    result.bitRate("audioBitRate", "Audio bit rate", record.audioBitRate);
-  result.frequency("sampleRate", "Sample rate", record.sampleRate);
-  if (record.bitsPerSample != 0)
-    result.number("bitsPerSample", "Bits per sample", record.bitsPerSample);
-  result.number("channels", "Channels", record.channels);
-  result.identifier("audioClass", "Audio class", audioClassIdentifier(record.audioClass));
+  result.data("audioCodec", codecIdentifier(record.audioCodec).json());
+  result.data("audioProfile", profileIdentifier(record.audioProfile, record.audioCodec).json());
+  result.data("audioClass", audioClassIdentifier(record.audioClass).json());
+  addLevel(result, "audioLevel", record.audioLevel);
+  addBitRate(result, "audioBitRate", record.audioBitRate);
+  result.data("sampleRate", record.sampleRate);
+  if (record.bitsPerSample != 0) result.data("bitsPerSample", record.bitsPerSample);
+  result.data("channels", record.channels);
+  result.show(
+      "Audio",
+      joined({codecText(record.audioCodec, record.audioProfile), frequencyText(record.sampleRate),
+              counted(record.channels, "channel"),
+              record.bitsPerSample == 0 ? "" : counted(record.bitsPerSample, "bit") + "/sample",
+              knownBitRateText(record.audioBitRate)}));
+  result.show("Audio class", audioClassIdentifier(record.audioClass).text());
 }
 
 void addDates(Result& result, const videoObject_st& record) {
@@ -126,7 +148,7 @@ void addDates(Result& result, const videoObject_st& record) {
 
 Result videoResult(const MediaPath& path, const videoObject_st& record) {
   Result result = Result::ofFile(path.full());
-  result.identifier("kind", "Kind", kindIdentifier(kVideo));
+  addKind(result, kVideo);
   addContainer(result, record.containerFormat);
   result.text("mimeType", "MIME type", record.mimeType);
   result.text("dlnaProfile", "DLNA profile", record.dlnaProfile);
@@ -150,12 +172,14 @@ Result videoResult(const MediaPath& path, const videoObject_st& record) {
 
 void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& options) {
   videoObject_st record = blankRecord();
-  // A DVD's duration is scaled by its title's size, from zero when there is none to scale.
-  if (path.name == "VIDEO_TS.IFO") record.duration = 0;
+  // A DVD's duration is scaled by its title's size, whatever stands there; 0 is none.
+  const bool isDvd = path.name == "VIDEO_TS.IFO";
+  if (isDvd) record.duration = 0;
   if (GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, options.audioStream) !=
       0) {
     return context.fail(path.full(), refusalReason(path, "no video that can be probed"));
   }
+  if (isDvd && record.duration == 0) record.duration = kUnset;
   context.printer.block(videoResult(path, record));
 }
 

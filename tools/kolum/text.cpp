@@ -146,6 +146,20 @@ std::string frequencyText(std::uint64_t hertz) {
   return std::to_string(hertz) + " Hz";
 }
 
+std::string counted(std::uint64_t count, std::string_view noun) {
+  return std::to_string(count) + " " + std::string(noun) + (count == 1 ? "" : "s");
+}
+
+std::string joined(const std::vector<std::string>& parts) {
+  std::string text;
+  for (const std::string& part : parts) {
+    if (part.empty()) continue;
+    if (!text.empty()) text += ", ";
+    text += part;
+  }
+  return text;
+}
+
 std::string hexText(std::uint64_t value) {
   char buffer[24];
   std::snprintf(buffer, sizeof buffer, "0x%llX", static_cast<unsigned long long>(value));
@@ -157,7 +171,7 @@ std::string dateText(std::int64_t secondsSince1970) {
   std::tm fields = {};
   char buffer[64];
   if (gmtime_r(&time, &fields) == nullptr ||
-      std::strftime(buffer, sizeof buffer, "%Y-%m-%d %H:%M:%S UTC", &fields) == 0) {
+      std::strftime(buffer, sizeof buffer, "%Y-%m-%d %H:%M:%S", &fields) == 0) {
     return std::to_string(secondsSince1970) + " seconds since 1970";
   }
   return buffer;

@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace kolum::tool {
 
@@ -21,8 +22,10 @@ std::string durationText(std::int64_t seconds);        // "1 h 2 min 5 s"
 std::string bitRateText(std::uint64_t bitsPerSecond);  // "1.25 Mbit/s"
 std::string frequencyText(std::uint64_t hertz);        // "44.1 kHz"
 std::string decimalText(double value, int digits);     // at most DIGITS decimals: "29.97", "25"
-std::string hexText(std::uint64_t value);              // "0x15002"
-std::string dateText(std::int64_t secondsSince1970);   // "2015-06-07 08:09:10 UTC"
+std::string counted(std::uint64_t count, std::string_view noun);  // "1 channel", "2 channels"
+std::string joined(const std::vector<std::string>& parts);        // with ", ", empty ones left out
+std::string hexText(std::uint64_t value);                         // "0x15002"
+std::string dateText(std::int64_t secondsSince1970);              // "2015-06-07 08:09:10"
 
 }  // namespace kolum::tool
 

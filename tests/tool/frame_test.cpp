@@ -1,0 +1,152 @@
+// What all commands share: help, exit status, where output goes.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <regex>
+
+#include "support/temp_dir.h"
+#include "tool/kolum_run.h"
+
+namespace kolum::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+std::vector<std::string> commandNames() {
+  const Outcome help = kolum({"--help"});
+  std::vector<std::string> names;
+  const std::string list = help.out.substr(help.out.find("Commands:"));
+  const std::regex row("\n  ([a-z-]+) +[A-Z]");
+  for (auto match = std::sregex_iterator(list.begin(), list.end(), row);
+       match != std::sregex_iterator(); ++match) {
+    names.push_back((*match)[1]);
+  }
+  return names;
+}
+
+TEST(Help, ListsTheCommands) {
+  const Outcome run = kolum({"--help"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(run.out, HasSubstr("Usage: kolum"));
+  EXPECT_THAT(commandNames(), testing::IsSupersetOf({"probe", "classify", "ids", "extensions",
+                                                     "notify", "config", "send"}));
+}
+
+TEST(Help, OfEveryCommandTellsWhatItDoesAndShowsAnExample) {
+  for (const std::string& name : commandNames()) {
+    const Outcome run = kolum({name, "--help"});
+    EXPECT_EQ(run.status, 0) << name;
+    EXPECT_THAT(run.out, HasSubstr("Example")) << name;
+    EXPECT_THAT(run.out, HasSubstr("kolum " + name)) << name;
+    EXPECT_THAT(run.out, HasSubstr("--json")) << name;
+    EXPECT_EQ(run.err, "") << name;
+  }
+}
+
+TEST(Version, IsPrinted) {
+  const Outcome run = kolum({"--version"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_TRUE(std::regex_match(run.out, std::regex("kolum [0-9]+\\.[0-9]+\\.[0-9]+\n"))) << run.out;
+}
+
+TEST(Usage, MistakesEndWithStatusTwoAndAHint) {
+  const std::vector<std::vector<std::string>> mistakes = {
+      {},
+      {"no-such-command"},
+      {"--no-such-option"},
+      {"probe"},
+      {"probe", "--no-such-option", "a.mp4"},
+      {"probe", "--audio-stream", "x", "a.mp4"},
+      {"classify"},
+      {"classify", "--kinds", "books", "a.mp4"},
+      {"classify", "--mask", "video", "a.mp4"},
+      {"classify", "--mask", "video=-1", "a.mp4"},
+      {"classify", "--tag", "256", "a.mp4"},
+      {"ids"},
+      {"ids", "planets"},
+      {"ids", "formats", "--ffmpeg"},
+      {"ids", "codecs", "--codec", "H264"},
+      {"ids", "profiles", "--codec", "NOTHING"},
+      {"extensions", "--xml", "--json"},
+      {"notify"},
+      {"notify", "wait", "--seconds", "-1"},
+      {"config"},
+      {"config", "set", "THUMBNAIL", "QUALITY"},
+      {"send"},
+      {"send", "x"},
+      {"send", "1", "2", "--text", "a"},
+  };
+  for (const auto& arguments : mistakes) {
+    const Outcome run = kolum(arguments);
+    const std::string row = testing::PrintToString(arguments);
+    EXPECT_EQ(run.status, 2) << row;
+    EXPECT_THAT(run.err, StartsWith("kolum: ")) << row;
+    EXPECT_THAT(run.err, HasSubstr("--help")) << row;
+    EXPECT_EQ(run.out, "") << row;
+  }
+}
+
+TEST(Results, ThatCannotBeWrittenAreAnError) {
+  const std::vector<std::vector<std::string>> commands = {
+      {"--help"}, {"--version"}, {"ids", "codecs"}, {"classify", "--json", "a.mp4"}};
+  for (const auto& arguments : commands) {
+    const Outcome run = kolum(arguments, {.outputFile = "/dev/full"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.err, HasSubstr("kolum: cannot write the results: No space left on device"));
+  }
+}
+
+TEST(Results, WithStandardOutputClosedAreAnError) {
+  const Outcome run = kolum({"ids", "codecs"}, {.outputClosed = true});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("kolum: cannot write the results"));
+}
+
+TEST(Results, AReaderThatLeavesEndsTheToolQuietly) {
+  const Outcome run = program({"/bin/bash", "-c",
+                               "set -o pipefail; yes a.mp4 | head -n 100000 | '" KOLUM_PROGRAM
+                               "' classify --json - | head -n 1"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.json().size(), 1U);
+  EXPECT_EQ(run.err, "");
+}
+
+TEST(Results, AppearWithStandardErrorClosed) {
+  const Outcome run = kolum({"classify", "a.mp4"}, {.errorClosed = true});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.out, HasSubstr("video"));
+}
+
+TEST(Messages, AreLostSilentlyWithStandardErrorClosed) {
+  const TempDir folder;
+  const Outcome run = kolum({"probe", folder.path("missing.mp4")}, {.errorClosed = true});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+}
+
+// The song's probe writes a line to standard error, the video's some to standard output.
+TEST(LibraryLines, NeverReachTheToolsOutput) {
+  const Outcome run = kolum({"probe", "--json", samples() + "Videos"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_FALSE(run.json().empty());
+#ifndef KOLUM_SANITIZED
+  EXPECT_EQ(run.err, "");
+#endif
+}
+
+TEST(LibraryLines, GoToStandardErrorWhenAskedFor) {
+  for (const auto& [arguments, environment] :
+       std::vector<std::pair<std::vector<std::string>, std::map<std::string, std::string>>>{
+           {{"probe", "--debug", "--json", samples() + "Videos/harbour.mp4"}, {}},
+           {{"probe", "--json", samples() + "Videos/harbour.mp4"}, {{"KO_LOG_LEVEL", "7"}}}}) {
+    const Outcome run = kolum(arguments, {.environment = environment});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.json().size(), 1U);
+    EXPECT_THAT(run.err, HasSubstr("com.apple.quicktime.creationdate"));
+  }
+}
+
+}  // namespace
+}  // namespace kolum::test

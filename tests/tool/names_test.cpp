@@ -1,0 +1,156 @@
+// File names: lists of them, hostile ones, and how they are shown.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include "support/temp_dir.h"
+#include "tool/kolum_run.h"
+
+namespace kolum::test {
+namespace {
+
+using namespace std::string_literals;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+// Classification takes any name: its results tell which names the tool understood.
+std::vector<std::string> classified(const std::vector<std::string>& arguments,
+                                    const Surroundings& surroundings = {}) {
+  std::vector<std::string> all = {"classify", "--json"};
+  all.insert(all.end(), arguments.begin(), arguments.end());
+  const Outcome run = kolum(all, surroundings);
+  EXPECT_EQ(run.status, 0) << run.err;
+  std::vector<std::string> names;
+  for (const auto& line : run.json()) names.push_back(line["file"]);
+  return names;
+}
+
+TEST(FileNames, ComeFromOperandsInTheirOrder) {
+  EXPECT_THAT(classified({"b.mp4", "a.mp4", "b.mp4"}), ElementsAre("b.mp4", "a.mp4", "b.mp4"));
+}
+
+TEST(FileNames, OnStandardInputArePartedByNewlines) {
+  EXPECT_THAT(classified({"-"}, {.input = "a.mp4\nb c.mp4\n\n\tlast.mp4"}),
+              ElementsAre("a.mp4", "b c.mp4", "\tlast.mp4"));
+}
+
+TEST(FileNames, OnStandardInputArePartedByNulWhenOneOccurs) {
+  EXPECT_THAT(classified({"-"}, {.input = "a\nb.mp4\0\0c.mp4\0"s}),
+              ElementsAre("a\nb.mp4", "c.mp4"));
+  EXPECT_THAT(classified({"-"}, {.input = "a\nb.mp4\0c.mp4"s}), ElementsAre("a\nb.mp4", "c.mp4"));
+}
+
+TEST(FileNames, OfStandardInputStandWhereTheDashStood) {
+  EXPECT_THAT(classified({"first.mp4", "-", "last.mp4"}, {.input = "middle.mp4\n"}),
+              ElementsAre("first.mp4", "middle.mp4", "last.mp4"));
+}
+
+TEST(FileNames, ComeFromAListFile) {
+  const TempDir folder;
+  const std::string newlines = folder.write("newlines", "a.mp4\nb.mp4\n");
+  const std::string nuls = folder.write("nuls", "a\n.mp4\0b.mp4\0"s);
+  EXPECT_THAT(classified({"--files-from", newlines}), ElementsAre("a.mp4", "b.mp4"));
+  EXPECT_THAT(classified({"--files-from", nuls, "first.mp4"}),
+              ElementsAre("first.mp4", "a\n.mp4", "b.mp4"));
+  EXPECT_THAT(classified({"--files-from", "-"}, {.input = "a.mp4"}), ElementsAre("a.mp4"));
+}
+
+TEST(FileNames, AnEmptyListIsDoneAtOnce) {
+  EXPECT_THAT(classified({"-"}), ElementsAre());
+  EXPECT_THAT(classified({"--files-from", "/dev/null"}), ElementsAre());
+}
+
+TEST(FileNames, AListThatCannotBeReadIsAnError) {
+  const TempDir folder;
+  const Outcome missing = kolum({"classify", "--files-from", folder.path("missing")});
+  EXPECT_EQ(missing.status, 1);
+  EXPECT_THAT(missing.err, HasSubstr(folder.path("missing") + ": No such file or directory"));
+  const Outcome isFolder = kolum({"classify", "--files-from", folder.folder(), "a.mp4"});
+  EXPECT_EQ(isFolder.status, 1);
+  EXPECT_THAT(isFolder.out, HasSubstr("a.mp4"));
+}
+
+TEST(FileNames, MeanNothingToTheParser) {
+  const std::vector<std::string> names = {
+      "[a.mp4,b.mp4]", "[x]",      "{a}.mp4", "++",       "%%",          "probe",
+      "classify",      "\x01.mp4", "a=b.mp4", " a .mp4 ", "'q\"uote.mp4"};
+  EXPECT_THAT(classified(names), testing::ElementsAreArray(names));
+}
+
+TEST(FileNames, AfterTwoDashesMayBeginWithADash) {
+  EXPECT_THAT(classified({"a.mp4", "--", "-b.mp4", "--json", "--", "[c]"}),
+              ElementsAre("a.mp4", "-b.mp4", "--json", "--", "[c]"));
+}
+
+TEST(FileNames, InAListMayBeginWithADash) {
+  EXPECT_THAT(classified({"-"}, {.input = "-b.mp4\n--help\n-\n"}),
+              ElementsAre("-b.mp4", "--help", "-"));
+}
+
+TEST(FileNames, OfAHundredKilobytesPass) {
+  const std::string name = std::string(100000, 'x') + ".mp4";
+  EXPECT_THAT(classified({name}), ElementsAre(name));
+  const Outcome run = kolum({"probe", "-"}, {.input = name});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("File name too long"));
+}
+
+struct ShownName {
+  std::string name;
+  std::string text;       // as text output and messages show it
+  std::string json;       // "file"
+  std::string fileBytes;  // empty: no such key
+};
+
+const ShownName kShownNames[] = {
+    {"plain.mp4", "plain.mp4", "plain.mp4", ""},
+    {"caf\xC3\xA9.mp4", "caf\xC3\xA9.mp4", "caf\xC3\xA9.mp4", ""},
+    {"caf\xE9.mp4", "caf\\xe9.mp4", "caf\xEF\xBF\xBD.mp4", "caf%E9.mp4"},
+    {"new\nline.mp4", "new\\nline.mp4", "new\nline.mp4", ""},
+    {"tab\treturn\r.mp4", "tab\\treturn\\r.mp4", "tab\treturn\r.mp4", ""},
+    {"red\x1b[31m.mp4", "red\\x1b[31m.mp4", "red\x1b[31m.mp4", ""},
+    {"back\\slash.mp4", "back\\\\slash.mp4", "back\\slash.mp4", ""},
+    {"c1\xC2\x9B.mp4", "c1\\u009b.mp4", "c1\xC2\x9B.mp4", ""},
+    {"gnp\xE2\x80\xAE"
+     "4pm.mp4",
+     "gnp\\u202e4pm.mp4",
+     "gnp\xE2\x80\xAE"
+     "4pm.mp4",
+     ""},
+    {"overlong\xC0\xAF 100%.mp4", "overlong\\xc0\\xaf 100%.mp4",
+     "overlong\xEF\xBF\xBD\xEF\xBF\xBD 100%.mp4", "overlong%C0%AF%20100%25.mp4"},
+    {"cut\xE2\x82", "cut\\xe2\\x82", "cut\xEF\xBF\xBD", "cut%E2%82"},
+    {"quote\".mp4", "quote\".mp4", "quote\".mp4", ""},
+    {"delete\x7f.mp4", "delete\\x7f.mp4", "delete\x7f.mp4", ""},
+};
+
+TEST(ShownNames, PlayNoTricksInText) {
+  for (const ShownName& row : kShownNames) {
+    const Outcome run = kolum({"classify", row.name});
+    EXPECT_EQ(run.status, 0) << row.text;
+    EXPECT_THAT(run.out, HasSubstr(" " + row.text + "\n")) << row.text;
+  }
+}
+
+TEST(ShownNames, AreValidJsonAndLossless) {
+  for (const ShownName& row : kShownNames) {
+    const Outcome run = kolum({"classify", "--json", row.name});
+    ASSERT_EQ(run.json().size(), 1U) << row.text;
+    const nlohmann::json line = run.json().front();
+    EXPECT_EQ(line["file"], row.json) << row.text;
+    EXPECT_EQ(line.value("fileBytes", ""), row.fileBytes) << row.text;
+  }
+}
+
+TEST(ShownNames, PlayNoTricksInMessages) {
+  const TempDir folder;
+  for (const ShownName& row : kShownNames) {
+    const Outcome run = kolum({"probe", row.name}, {.folder = folder.folder()});
+    EXPECT_EQ(run.status, 1) << row.text;
+    EXPECT_THAT(run.err, HasSubstr("kolum: " + row.text + ": No such file or directory\n"));
+  }
+}
+
+}  // namespace
+}  // namespace kolum::test

@@ -1,0 +1,295 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <filesystem>
+
+#include "support/temp_dir.h"
+#include "tool/kolum_run.h"
+
+namespace kolum::test {
+namespace {
+
+using nlohmann::json;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+
+json single(const Outcome& run) {
+  EXPECT_EQ(run.status, 0) << run.err;
+  const std::vector<json> lines = run.json();
+  EXPECT_EQ(lines.size(), 1U);
+  return lines.empty() ? json() : lines.front();
+}
+
+std::vector<std::string> probedFiles(const Outcome& run) {
+  std::vector<std::string> files;
+  for (const json& line : run.json()) files.push_back(line["file"]);
+  return files;
+}
+
+// A short video with the given metadata arguments for the ffmpeg tool.
+std::string makeVideo(const std::string& path, const std::vector<std::string>& metadata = {}) {
+  std::vector<std::string> arguments = {"ffmpeg", "-nostdin", "-loglevel",
+                                        "error",  "-y",       "-f",
+                                        "lavfi",  "-i",       "color=size=64x48:rate=5:duration=1",
+                                        "-c:v",   "mpeg4"};
+  arguments.insert(arguments.end(), metadata.begin(), metadata.end());
+  arguments.push_back("file:" + path);
+  const Outcome run = program(arguments);
+  EXPECT_EQ(run.status, 0) << run.err;
+  return path;
+}
+
+TEST(ProbeVideo, JsonTellsTheRecord) {
+  const json line = single(kolum({"probe", "--json", samples() + "Videos/harbour.mp4"},
+                                 {.environment = {{"TZ", "UTC"}}}));
+  EXPECT_EQ(line["file"], samples() + "Videos/harbour.mp4");
+  EXPECT_EQ(line["kind"], json::parse(R"({"id":2,"name":"video"})"));
+  EXPECT_EQ(line["containerFormat"]["name"], "FORMAT_MPEG4");
+  EXPECT_EQ(line["duration"], 3);
+  EXPECT_EQ(line["width"], 1280);
+  EXPECT_EQ(line["height"], 720);
+  EXPECT_EQ(line["frameRate"], 25.0);
+  EXPECT_EQ(line["videoCodec"], json::parse(R"({"id":28,"name":"CODEC_ID_H264"})"));
+  EXPECT_EQ(line["videoProfile"]["name"], "PROFILE_H264_CONSTRAINED_BASELINE");
+  EXPECT_EQ(line["videoLevel"], 31);
+  EXPECT_EQ(line["audioCodec"], json::parse(R"({"id":86018,"name":"CODEC_ID_AAC"})"));
+  EXPECT_EQ(line["audioProfile"]["name"], "PROFILE_AAC_LOW");
+  EXPECT_EQ(line["sampleRate"], 48000);
+  EXPECT_EQ(line["channels"], 1);
+  EXPECT_EQ(line["creationTime"], 1433664550);
+  EXPECT_EQ(line["creationDate"], "2015-06-07");
+  EXPECT_EQ(line["displayAspectNum"], 16);
+  EXPECT_EQ(line["displayAspectDen"], 9);
+  EXPECT_GT(line["bitRate"], 0);
+}
+
+TEST(ProbeVideo, LeavesOutWhatTheFileDoesNotTell) {
+  const TempDir folder;
+  const json line = single(kolum({"probe", "--json", makeVideo(folder.path("silent.mkv"))}));
+  for (const char* key :
+       {"audioCodec", "audioProfile", "audioClass", "sampleRate", "channels", "creationTime",
+        "creationYear", "yearMonth", "creationDate", "orientation", "is360", "contentIdentifier",
+        "dlnaProfile", "videoBitRate"}) {
+    EXPECT_FALSE(line.contains(key)) << key << " in " << line;
+  }
+  EXPECT_EQ(line["mimeType"], "video/x-matroska");
+}
+
+TEST(ProbeVideo, TextIsAlignedUnderTheFilesName) {
+  const std::string file = samples() + "Videos/short-film.mkv";
+  const Outcome run = kolum({"probe", file});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.out, testing::MatchesRegex(file + R"(
+  Kind         video
+  Container    MKV
+  MIME type    video/x-matroska
+  Duration     3 s
+  Bit rate     [0-9.]+ Mbit/s
+  Picture      640 x 360, shown as 16:9, 24 frames/s
+  Video        H264 constrained baseline, level 3
+  Audio        AC3, 48 kHz, 1 channel, 32 bits/sample, 192 kbit/s
+  Audio class  AC-3 or DTS \(2\)
+)"));
+}
+
+TEST(ProbeVideo, TwoFilesArePartedByAnEmptyLine) {
+  const std::string file = samples() + "Videos/holiday.avi";
+  const Outcome run = kolum({"probe", file, file});
+  EXPECT_THAT(run.out, HasSubstr("\n\n" + file + "\n"));
+  EXPECT_THAT(run.out, Not(HasSubstr("\n\n\n")));
+  EXPECT_THAT(run.out, Not(testing::EndsWith("\n\n")));
+}
+
+TEST(ProbeVideo, PicksAnAudioStream) {
+  const TempDir folder;
+  const std::string file = makeVideo(
+      folder.path("two.mkv"), {"-f", "lavfi", "-i", "sine=duration=1:sample_rate=44100", "-f",
+                               "lavfi", "-i", "sine=duration=1:sample_rate=48000", "-map", "0",
+                               "-map", "1", "-map", "2", "-c:a:0", "ac3", "-c:a:1", "mp2"});
+  EXPECT_EQ(single(kolum({"probe", "--json", file}))["audioCodec"]["name"], "CODEC_ID_AC3");
+  EXPECT_EQ(single(kolum({"probe", "--json", "--audio-stream", "1", file}))["audioCodec"]["name"],
+            "CODEC_ID_MP2");
+  EXPECT_EQ(single(kolum({"probe", "--json", "--audio-stream", "5", file}))["audioCodec"]["name"],
+            "CODEC_ID_AC3");
+}
+
+TEST(ProbeFolder, WalksInByteOrderAndSkipsWhatIsNoMedia) {
+  const TempDir folder;
+  makeVideo(folder.path("b.mkv"));
+  for (const char* name : {"B.mkv", "a/z.mkv", "a/b/c.mkv", "caf\xE9.mkv"}) {
+    std::filesystem::create_directories(std::filesystem::path(folder.path(name)).parent_path());
+    std::filesystem::copy(folder.path("b.mkv"), folder.path(name));
+  }
+  folder.write("notes.txt", "no media");
+  folder.write("list.m3u", "b.mkv\n");
+  ASSERT_EQ(mkfifo(folder.path("fifo.mkv").c_str(), 0600), 0);
+  std::filesystem::create_symlink("../" + folder.folder(), folder.path("a/loop"));
+  const std::string root = folder.folder();
+  const Outcome run = kolum({"probe", "--json", root.substr(0, root.size() - 1)});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_THAT(probedFiles(run), ElementsAre(root + "B.mkv", root + "a/b/c.mkv", root + "a/z.mkv",
+                                            root + "b.mkv", root + "caf\xEF\xBF\xBD.mkv"));
+  EXPECT_EQ(run.json().back()["fileBytes"], root + "caf%E9.mkv");
+}
+
+TEST(ProbeFolder, ADvdIsOneVideoWhereverItIsNamed) {
+  const std::string dvd = samples() + "Videos/Sample DVD";
+  const std::string index = dvd + "/VIDEO_TS/VIDEO_TS.IFO";
+  for (const std::string& name : {dvd, dvd + "/", dvd + "/VIDEO_TS", index}) {
+    const json line = single(kolum({"probe", "--json", name}));
+    EXPECT_EQ(line["file"], index) << name;
+    EXPECT_EQ(line["containerFormat"]["name"], "FORMAT_MPEG") << name;
+    EXPECT_EQ(line["width"], 720) << name;
+  }
+}
+
+TEST(ProbeFolder, ABluRayDiscIsOneVideo) {
+  const TempDir folder;
+  folder.write("Disc/BDMV/index.bdmv", "INDX0200");
+  std::filesystem::create_directories(folder.path("Disc/BDMV/STREAM"));
+  makeVideo(folder.path("Disc/BDMV/STREAM/00000.m2ts"), {"-c:v", "mpeg2video", "-r", "25"});
+  for (const char* name : {"Disc", "Disc/BDMV", "."}) {
+    const json line = single(kolum({"probe", "--json", folder.path(name)}));
+    EXPECT_EQ(line["containerFormat"]["name"], "FORMAT_TS") << name;
+    EXPECT_THAT(line["file"].get<std::string>(), testing::EndsWith("Disc/BDMV/index.bdmv")) << name;
+  }
+}
+
+TEST(ProbeFolder, WithoutMediaIsTold) {
+  const TempDir folder;
+  const Outcome run = kolum({"probe", folder.folder()});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, HasSubstr("no media files in this folder"));
+}
+
+TEST(ProbeFolder, ThatCannotBeListedIsAnError) {
+  if (geteuid() == 0) GTEST_SKIP() << "root lists every folder";
+  const TempDir folder;
+  std::filesystem::create_directory(folder.path("closed"));
+  std::filesystem::permissions(folder.path("closed"), std::filesystem::perms::none);
+  const Outcome run = kolum({"probe", folder.folder()});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("Permission denied"));
+}
+
+TEST(ProbeForced, TakesFilesWhateverTheirName) {
+  const TempDir folder;
+  makeVideo(folder.path("a.mkv"));
+  std::filesystem::rename(folder.path("a.mkv"), folder.path("recording.dat"));
+  EXPECT_EQ(
+      single(kolum({"probe", "--json", "video", folder.path("recording.dat")}))["kind"]["name"],
+      "video");
+  const Outcome refused = kolum({"probe", folder.path("recording.dat")});
+  EXPECT_EQ(refused.status, 1);
+  EXPECT_THAT(refused.err, HasSubstr("no media file by its name"));
+}
+
+TEST(ProbeForced, ALoneOperandIsAlwaysAName) {
+  const TempDir folder;
+  makeVideo(folder.path("video/a.mkv").substr(0, 0) + folder.path("a.mkv"));
+  std::filesystem::create_directory(folder.path("video"));
+  std::filesystem::rename(folder.path("a.mkv"), folder.path("video/a.mkv"));
+  const Outcome run = kolum({"probe", "--json", "video"}, {.folder = folder.folder()});
+  EXPECT_THAT(probedFiles(run), ElementsAre("video/a.mkv"));
+}
+
+struct Failure {
+  const char* name;
+  const char* reason;
+};
+
+TEST(ProbeFailures, NameTheFileAndTheReason) {
+  const TempDir folder;
+  folder.write("empty.mp4", "");
+  folder.write("text.mp4", std::string(5000, 'x'));
+  folder.write("list.m3u", "a.mp4\n");
+  folder.write("notes.txt", "text");
+  const Failure rows[] = {
+      {"missing.mp4", "No such file or directory"},
+      {"empty.mp4", "empty file"},
+      {"text.mp4", "no video that can be probed"},
+      {"list.m3u", "a playlist has nothing to probe"},
+      {"notes.txt", "no media file by its name"},
+      {"text.mp4/x.mp4", "Not a directory"},
+      {"", "No such file or directory"},
+  };
+  for (const Failure& row : rows) {
+    const Outcome run = kolum({"probe", row.name}, {.folder = folder.folder()});
+    EXPECT_EQ(run.status, 1) << row.name;
+    EXPECT_EQ(run.out, "") << row.name;
+    EXPECT_THAT(run.err, HasSubstr(row.reason)) << row.name;
+    EXPECT_THAT(run.err, HasSubstr(row.name)) << row.name;
+  }
+}
+
+TEST(ProbeFailures, DoNotStopTheOthers) {
+  const TempDir folder;
+  const std::string good = makeVideo(folder.path("good.mkv"));
+  const Outcome run = kolum({"probe", "--json", folder.path("missing.mp4"), good});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(probedFiles(run), ElementsAre(good));
+}
+
+TEST(ProbeFailures, PathsLongerThanTheLibraryTakesAreTold) {
+  const TempDir folder;
+  std::string deep = folder.folder();
+  for (int i = 0; i < 5; ++i) deep += std::string(200, static_cast<char>('a' + i)) + "/";
+  std::filesystem::create_directories(deep);
+  makeVideo(folder.path("a.mkv"));
+  std::filesystem::rename(folder.path("a.mkv"), deep + "a.mkv");
+  const Outcome run = kolum({"probe", folder.folder()});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("path longer than 1023 characters"));
+}
+
+TEST(ProbeHostileNames, AreFilesAndNothingElse) {
+  const TempDir folder;
+  makeVideo(folder.path("a.mkv"));
+  for (const std::string& name :
+       {std::string("http:x.mkv"), std::string("-x.mkv"), std::string("pipe:0.mkv"),
+        std::string("concat:a.mkv"), std::string("[a].mkv"), std::string("new\nline.mkv"),
+        std::string("\x1b[2J.mkv"), std::string("$(id).mkv"), std::string("a b'c\"d.mkv"),
+        std::string("%s%n.mkv"), std::string("\xff\xfe.mkv")}) {
+    std::filesystem::copy(folder.path("a.mkv"), folder.path(name));
+    const json line = single(kolum({"probe", "--json", "--", name}, {.folder = folder.folder()}));
+    EXPECT_EQ(line["width"], 64) << testing::PrintToString(name);
+  }
+}
+
+// What stands in a file's tags can be anything; the output stays valid and harmless.
+TEST(ProbeHostileTags, StayValidJsonAndHarmlessText) {
+  const struct {
+    const char* tag;
+    const char* json;
+    const char* text;
+  } rows[] = {
+      {"plain", "plain", "plain"},
+      {"quote\"back\\slash", "quote\"back\\slash", "quote\"back\\\\slash"},
+      {"two\nlines\x1b[31m", "two\nlines\x1b[31m", "two\\nlines\\x1b[31m"},
+      {"caf\xE9 \xFF", "caf\xEF\xBF\xBD \xEF\xBF\xBD", "caf\\xe9 \\xff"},
+  };
+  const TempDir folder;
+  for (const auto& row : rows) {
+    const std::string file =
+        makeVideo(folder.path("tagged.mov"),
+                  {"-movflags", "use_metadata_tags", "-metadata",
+                   std::string("com.apple.quicktime.content.identifier=") + row.tag});
+    EXPECT_EQ(single(kolum({"probe", "--json", file}))["contentIdentifier"], row.json);
+    EXPECT_THAT(kolum({"probe", file}).out, HasSubstr(std::string(" ") + row.text + "\n"));
+  }
+}
+
+TEST(ProbeHostileTags, MatroskaTitlesDoNoHarm) {
+  const TempDir folder;
+  const std::string file =
+      makeVideo(folder.path("tagged.mkv"),
+                {"-metadata", "title=\"}\n{\x1b\xFF", "-metadata", "creation_time=\xFFnonsense"});
+  EXPECT_EQ(single(kolum({"probe", "--json", file}))["width"], 64);
+}
+
+}  // namespace
+}  // namespace kolum::test

@@ -1,0 +1,64 @@
+# bash completion for kolum: commands, their options, and files.
+
+_kolum_words() { COMPREPLY=($(compgen -W "$1" -- "$cur")); }
+
+# What may follow the option in $1; 1 when it takes no value.
+_kolum_value() {
+  case $1 in
+    --files-from | --payload | --socket) compopt -o filenames; COMPREPLY=($(compgen -f -- "$cur")) ;;
+    --kinds) _kolum_words "music photo playlist video" ;;
+    --mask) compopt -o nospace; _kolum_words "music= photo= playlist= video=" ;;
+    --codec) _kolum_words "$("$kolum" ids codecs 2>/dev/null | awk 'NR > 1 { sub("CODEC_ID_", "", $3); print $3 }')" ;;
+    --tag | --text | --seconds | --audio-stream | --zoom) ;;
+    *) return 1 ;;
+  esac
+}
+
+_kolum() {
+  local cur prev command="" nested="" word i kolum=$1
+  local IFS=$' \t\n'
+  cur=${COMP_WORDS[COMP_CWORD]}
+  prev=${COMP_WORDS[COMP_CWORD - 1]}
+  COMPREPLY=()
+  for ((i = 1; i < COMP_CWORD; i++)); do
+    word=${COMP_WORDS[i]}
+    [[ $word == -* ]] && continue
+    if [[ -z $command ]]; then command=$word; else nested=$word && break; fi
+  done
+
+  local commands="probe classify extensions ids config send serve-echo notify"
+  if [[ -z $command ]]; then
+    _kolum_words "$commands --help --version --json --debug"
+    return
+  fi
+  _kolum_value "$prev" && return
+
+  local options="--help --json --debug" words="" files=yes
+  case $command in
+    probe) options+=" --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
+    classify) options+=" --files-from --kinds --mask --tag" ;;
+    extensions) options+=" --kinds --xml"; files= ;;
+    ids) options+=" --codec --ffmpeg"; files=; [[ -z $nested ]] && words="formats brands codecs profiles exceptions" ;;
+    config)
+      files=
+      [[ -z $nested ]] && words="show set"
+      [[ $nested == set ]] && words="KOLUMSERVER THUMBNAIL"
+      ;;
+    send) options+=" --text --payload"; files= ;;
+    serve-echo) options+=" --socket"; files= ;;
+    notify) files=; [[ $nested == wait ]] && options+=" --stop --seconds"; [[ -z $nested ]] && words="post stop wait clear" ;;
+  esac
+
+  if [[ $cur == -* ]]; then
+    _kolum_words "$options"
+    return
+  fi
+  _kolum_words "$words"
+  if [[ $files ]]; then
+    compopt -o filenames
+    local IFS=$'\n'
+    COMPREPLY+=($(compgen -f -- "$cur"))
+  fi
+}
+
+complete -F _kolum kolum
