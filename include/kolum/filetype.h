@@ -1,9 +1,9 @@
 /*
- * File types: the tables of extensions the media library knows, classification of files by their
- * names, and two printers.
+ * File types: the extensions that the media library knows, and the classification of files by name.
  *
- * The place of a row in its table is the file type's identity: hosts store row numbers and address
- * rows by bit numbers. Rows are only ever added at a table's end.
+ * A process classifies one name (or calls any function that builds the index) before its threads
+ * do, or lets them: the index is built once and under a lock. Masks are plain process state: they
+ * are set before threads classify.
  */
 #ifndef KOLUM_FILETYPE_H
 #define KOLUM_FILETYPE_H
@@ -14,84 +14,92 @@
 
 KOLUM_C_BEGIN
 
-/* One row: a file name extension and what it implies. A table ends with a row of zeros. */
+/* One row of a file type table. A row of zeros ends each table. */
 typedef struct MediaFileInfo {
-  const char* extension; /* with its dot, lower case, at most 9 characters; null ends the table */
+  const char* extension; /* with its dot, in lower case, at most 9 characters */
   const char* mimeType;
-  uint64_t formatIds; /* songs: container format identifier in the low 32 bits, CODEC_ID_* of the
-                         audio in the high 32; pictures: picture format number; else 0 */
-  uint64_t flag;      /* songs: 0 or 1, carried for the host; else 0 */
+  /*
+   * Songs: container format identifier in the low 32 bits, CODEC_ID_* in the high ones. Pictures:
+   * the host's picture format number. Otherwise 0.
+   */
+  uint64_t formatIds;
+  uint64_t flag; /* songs: 0 or 1, for the host; otherwise 0 */
 } MediaFileInfo;
 
-/* The tables, and their sizes in rows, the closing one included (the playlists' is not told). */
+/*
+ * The tables. Row numbers that functions report are positions in them, counted from 1; positions
+ * never change.
+ */
 KOLUM_EXPORT extern const MediaFileInfo g_VideoFileInfo[];
 KOLUM_EXPORT extern const MediaFileInfo g_SongFileInfo[];
 KOLUM_EXPORT extern const MediaFileInfo g_PictureFileInfo[];
 KOLUM_EXPORT extern const MediaFileInfo g_PlaylistFileInfo[];
+
+/* Rows of a table, the closing row of zeros counted. */
 KOLUM_EXPORT extern const uint64_t g_VideoFileInfoSize;
 KOLUM_EXPORT extern const uint64_t g_SongFileInfoSize;
 KOLUM_EXPORT extern const uint64_t g_PictureFileInfoSize;
 
-/* Scan states that hosts store with a file; the library only publishes them. */
-KOLUM_EXPORT extern const int kScannedFlagNotReady;
-KOLUM_EXPORT extern const int kScannedFlagFound;
-KOLUM_EXPORT extern const int kScannedFlagThumbNotReady;
-KOLUM_EXPORT extern const int kScannedFlagNotFound;
-KOLUM_EXPORT extern const int kScannedFlagOversize;
-KOLUM_EXPORT extern const int kScannedFlagPathInvalid;
-KOLUM_EXPORT extern const int kScannedFlagLessThanMin;
-KOLUM_EXPORT extern const int kScannedFlagInBlacklist;
-KOLUM_EXPORT extern const int kScannedFlagNeedRegen;
-KOLUM_EXPORT extern const int kScannedFlagNeedUpdate;
-KOLUM_EXPORT extern const int kScannedFlagScanning;
-KOLUM_EXPORT extern const int kScannedFlagParamError;
+/* Scan states of a file, for hosts to store; the library only publishes them. */
+KOLUM_EXPORT extern const int kScannedFlagNotReady;      /* 0 */
+KOLUM_EXPORT extern const int kScannedFlagFound;         /* 1 */
+KOLUM_EXPORT extern const int kScannedFlagThumbNotReady; /* 2 */
+KOLUM_EXPORT extern const int kScannedFlagNotFound;      /* 16 */
+KOLUM_EXPORT extern const int kScannedFlagOversize;      /* 17 */
+KOLUM_EXPORT extern const int kScannedFlagPathInvalid;   /* 18 */
+KOLUM_EXPORT extern const int kScannedFlagLessThanMin;   /* 20 */
+KOLUM_EXPORT extern const int kScannedFlagInBlacklist;   /* 21 */
+KOLUM_EXPORT extern const int kScannedFlagNeedRegen;     /* 22 */
+KOLUM_EXPORT extern const int kScannedFlagNeedUpdate;    /* 23 */
+KOLUM_EXPORT extern const int kScannedFlagScanning;      /* 66 */
+KOLUM_EXPORT extern const int kScannedFlagParamError;    /* 90 */
 
-/* One link of a bucket's chain in the index over a table. */
-typedef struct MediaFileNode {
-  uint32_t row;          /* from 0 */
-  const char* extension; /* the row's own */
-  struct MediaFileNode* next;
-} MediaFileNode;
+/* A node of the index over a table: rows whose extensions share a bucket form a chain. */
+typedef struct MediaHashNode {
+  unsigned int row; /* position in the table, from 0 */
+  const char* extension;
+  struct MediaHashNode* next; /* null at the end */
+} MediaHashNode;
 
-/* The index: an array of buckets per table, null when empty. Built by the first classification and
-   never changed after it; read-only for hosts. g_initHash is 0 before, 1 after. */
-KOLUM_EXPORT extern MediaFileNode* g_pHashVideo[180];
-KOLUM_EXPORT extern MediaFileNode* g_pHashMusic[100];
-KOLUM_EXPORT extern MediaFileNode* g_pHashPicture[20];
-KOLUM_EXPORT extern MediaFileNode* g_pHashPlaylist[10];
+/* The index: heads of chains, null where a bucket is empty. Built once, never freed. */
+KOLUM_EXPORT extern MediaHashNode* g_pHashVideo[180];
+KOLUM_EXPORT extern MediaHashNode* g_pHashMusic[100];
+KOLUM_EXPORT extern MediaHashNode* g_pHashPicture[20];
+KOLUM_EXPORT extern MediaHashNode* g_pHashPlaylist[10];
+
+/* 0 before the index is built, 1 from the beginning of its building. */
 KOLUM_EXPORT extern int g_initHash;
 
 /*
- * Tells the kind of a file by its name (or path) alone.
+ * Classifies a file by its name or path. KINDS holds the kinds of interest, 1 music, 2 video, 4
+ * photo, 8 playlist, and in bits 8 to 15 a tag of the caller's. Returns 1 for music, 2 for video, 3
+ * for a photo, 5 for a playlist, and 0 for everything else: an unknown or excluded extension, a
+ * kind of no interest, an ".ifo" file that is not a DVD's, a ".bdmv" file that is not a Blu-ray's
+ * index, a null name.
  *
- * KINDS says which kinds are wanted: the sum of 1 music, 2 video, 4 photo, 8 playlist; its bits 8
- * to 15 carry a tag byte of the caller's. ROW receives the row that matched, counted from 1, or 0;
- * TAG the tag byte when videos are wanted, else 0. Null outputs are skipped.
- *
- * Returns 1 music, 2 video, 3 photo, 5 playlist; 0 for an unknown extension, a kind that is not
- * wanted, an excluded row, a null FILENAME (ROW and TAG untouched), and for an ".ifo" or ".bdmv"
- * file that is not the index of a DVD or Blu-ray disc (ROW is then set nevertheless). Any thread.
+ * ROW receives the number of the matching row, from 1, or 0; of rejected ".ifo" and ".bdmv" files
+ * the row as well. TAG receives the caller's tag when video is of interest, else 0. Either may be
+ * null. Both stay untouched for a null name.
  */
 KOLUM_EXPORT int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int kinds,
                                        unsigned int* tag);
 
 /*
- * Excludes the rows of a kind (0 music, 1 photo, 2 video, 3 playlist: not the numbers above) whose
- * bits are set in MASK, bit 0 for the first row; the earlier mask is replaced. Songs' rows 7
- * (".dts") and 10 (".ac3") stay excluded whatever MASK says. Returns 0, or 1 for an unknown KIND or
- * a negative MASK. Any thread.
+ * Excludes the rows whose bits are set in MASK (bit 0 is the first row) from the classification of
+ * a kind: 0 music, 1 photo, 2 video, 3 playlist. The mask replaces the former one; ".dts" and
+ * ".ac3" stay excluded from music whatever it says. Returns 0, or 1 for an unknown kind or a
+ * negative mask.
  */
 KOLUM_EXPORT int KoLUM_SetFileTypeUmaskInternal(unsigned int kind, long long mask);
 
 /*
- * Prints the extensions that "/etc/config/medialibrary.conf" leaves enabled to standard output, as
- * XML. The masks set in this process do not count, nor do the built-in exclusions; of the
- * configured 32 bits the 33rd row follows the first again. Returns 0, or 1 when the file cannot be
- * loaded.
+ * Prints the extensions that "/etc/config/medialibrary.conf" enables as an XML document to standard
+ * output. It reads the file on each call and does not look at the masks in memory; row 33 follows
+ * bit 0 again. Returns 0, or 1 when the file cannot be read.
  */
 KOLUM_EXPORT int KoLUM_PrintFileExtList(void);
 
-/* Prints the index to standard output; headings only before the first classification. */
+/* Prints the index to standard output; only headings as long as it is not built. */
 KOLUM_EXPORT void dumpHashTable(void);
 
 KOLUM_C_END

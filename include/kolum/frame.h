@@ -1,12 +1,12 @@
 /*
- * The library's start, and the two channels by which the media library's processes wake and stop
- * each other: an indexer posts a change, the server waits for it; a stop asks a waiter to finish.
+ * Library frame: the working path, and the notifications by which processes wake and stop each
+ * other.
  *
- * Call KoLUM_Init once, before other threads use the library. The channels are POSIX semaphores
- * named "KOLUMS" and "KOLUMSSTOP", so every process that initialises the library shares them; they
- * are never removed. Before KoLUM_Init and after KoLUM_UnInit every call on a channel fails with
- * EINVAL. After KoLUM_Init all of them may be called from any thread, but for
- * KoLUM_LazyNotification, whose counter has no lock.
+ * Notifications are two POSIX named semaphores, "KOLUMS" (changes) and "KOLUMSSTOP" (stop), which
+ * every process on the machine shares once it has called KoLUM_Init. A process initialises before
+ * its threads use the library; the other functions, KoLUM_LazyNotification excepted, may then be
+ * called from any thread. Before KoLUM_Init and after KoLUM_UnInit they fail as the semaphore call
+ * does on an invalid semaphore: -1, with EINVAL in errno.
  */
 #ifndef KOLUM_FRAME_H
 #define KOLUM_FRAME_H
@@ -15,58 +15,63 @@
 
 KOLUM_C_BEGIN
 
-/* The folder of the external tools with its closing "/", set by KoLUM_Init; null before. */
+/*
+ * The folder of the media library's tools, as KoLUM_Init was given it; null before. Put in front of
+ * tools' names as it stands, so it closes with "/". Owned by the library, kept for the life of the
+ * process.
+ */
 KOLUM_EXPORT extern char* g_localWorkingPath;
 
 /*
- * Stores the folder of the external tools (WORKINGPATH with its closing "/", copied; null means
- * "/usr/local/medialibrary/bin/") and opens both channels. Returns 0 when that succeeded, and at
- * once, the first folder staying, when it has succeeded before. Returns 1 when a channel cannot be
- * opened or memory ran out; the call may then be repeated.
+ * Stores the working path (null: "/usr/local/medialibrary/bin/") and opens or creates both
+ * semaphores. Returns 0 on success, and at once when the process is initialised already: a second
+ * working path is ignored. Returns 1 when a semaphore cannot be opened; the working path is set
+ * then, and the call may be repeated.
  */
 KOLUM_EXPORT int KoLUM_Init(const char* workingPath);
 
 /*
- * Closes both channels. The library still counts as initialised: KoLUM_Init does not open them
- * again. Returns the result of closing the stop channel, 0 or -1 with errno.
+ * Closes both semaphores, which go on to exist for other processes. Returns the result of closing
+ * the stop semaphore: 0, or -1 with errno. There is no way back: a later KoLUM_Init returns 0 and
+ * opens nothing.
  */
 KOLUM_EXPORT int KoLUM_UnInit(void);
 
-/* Posts a change. Returns 0, or -1 with errno. */
+/* Posts the change semaphore. Returns 0, or -1 with errno. */
 KOLUM_EXPORT int KoLUM_Notification(void);
 
-/* Posts a stop. Returns 0, or -1 with errno. */
+/* Posts the stop semaphore. Returns 0, or -1 with errno. */
 KOLUM_EXPORT int KoLUM_StopNotification(void);
 
 /*
- * Counts changes and posts every 21st: returns 1 to 20 for a call that only counted, else what the
- * post returned.
+ * Posts the change semaphore on every 21st call. Returns the number of calls since the last post (1
+ * to 20), or the post's result when it posts. The count is the process's, without a lock: threads
+ * take turns.
  */
 KOLUM_EXPORT int KoLUM_LazyNotification(void);
 
-/* Waits for a change without bound. Returns 0, or -1 with errno (EINTR after a signal). */
+/* Waits for a post of the change semaphore, without a bound. Returns 0, or -1 with errno. */
 KOLUM_EXPORT int KoLUM_WaitNotification(void);
 
 /*
- * Waits for a change for at most SECONDS. Returns 0 when one was posted, 1 when the time ran out,
- * -1 on other errors, a signal included. The clock is the system's wall clock, to the nanosecond.
+ * Waits at most so many seconds for a post of the change semaphore. Returns 0 when there was one, 1
+ * after the time, -1 on any other failure; a signal that interrupts the wait is one.
  */
 KOLUM_EXPORT int KoLUM_TimedWaitNotification(int seconds);
 
-/* Waits for a stop without bound. Returns 0, or -1 with errno (EINTR after a signal). */
+/* Waits for a post of the stop semaphore, without a bound. Returns 0, or -1 with errno. */
 KOLUM_EXPORT int KoLUM_WaitStopNotification(void);
 
 /*
- * Waits for a stop for at most SECONDS, counted from the last full second of the wall clock;
- * signals do not end the wait. Returns 0 when one was posted, 1 when the time ran out, 2 on other
- * errors.
+ * Waits at most so many seconds for a post of the stop semaphore; signals do not end the wait.
+ * Returns 0 when there was one, 1 after the time, 2 on any other failure.
  */
 KOLUM_EXPORT int KoLUM_WaitStopNotificationTimeOut(int seconds);
 
-/* Takes back every change that is posted and not waited for yet. Always returns -1. */
+/* Takes all posts back from the change semaphore. Returns -1: the result of finding none left. */
 KOLUM_EXPORT int KoLUM_ClearNotification(void);
 
-/* Takes back every stop that is posted and not waited for yet. Always returns -1. */
+/* Takes all posts back from the stop semaphore. Returns -1: the result of finding none left. */
 KOLUM_EXPORT int KoLUM_ClearStopNotification(void);
 
 KOLUM_C_END

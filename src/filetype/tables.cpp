@@ -1,19 +1,25 @@
+// The file name extensions that the media library knows.
+//
+// A row's position is the file type's identity: classification reports it, and exclusion masks and
+// the configuration address it as a bit. Rows are never moved or removed; new ones go to the end.
+// Extensions are in lower case, with their dot, at most kLongestExtension characters.
 #include <kolum/filetype.h>
 #include <kolum/identifiers.h>
 
+#include <cstdint>
 #include <iterator>
 
 namespace {
 
-constexpr uint64_t song(unsigned format, unsigned codec, unsigned brand = 0) {
-  return static_cast<uint64_t>(codec) << 32 | static_cast<uint64_t>(brand) << 16 | format;
+// What a song's row says of its content: codec, brand and format in one number.
+constexpr std::uint64_t songIds(std::uint64_t format, std::uint64_t brand, std::uint64_t codec) {
+  return codec << 32 | brand << 16 | format;
 }
+
+constexpr MediaFileInfo kTerminator = {nullptr, nullptr, 0, 0};
 
 }  // namespace
 
-// A row's place is its identity outside this process too: never reorder rows, only add new ones
-// before the closing one. Pairings that look odd are wanted: hosts store them (".dts" with
-// FORMAT_WAV, ".mka" with MP3, ".aiff" and ".aif" with little-endian PCM).
 extern "C" {
 
 const MediaFileInfo g_VideoFileInfo[] = {
@@ -50,33 +56,35 @@ const MediaFileInfo g_VideoFileInfo[] = {
     {".mp2v", "video/mpeg", 0, 0},
     {".insv", "video/mp4", 0, 0},
     {".f4v", "video/x-f4v", 0, 0},
-    {nullptr, nullptr, 0, 0},
+    kTerminator,
 };
 
+// Some pairings look wrong and are what hosts store: ".dts" as WAV, ".mka" as MP3, AIFF as
+// little-endian PCM.
 const MediaFileInfo g_SongFileInfo[] = {
-    {".mp3", "audio/mpeg", song(FORMAT_MP3, CODEC_ID_MP3), 0},
-    {".aac", "audio/x-aac", song(FORMAT_AAC, CODEC_ID_AAC), 1},
-    {".wav", "audio/x-wav", song(FORMAT_WAV, CODEC_ID_PCM_S16LE), 1},
-    {".wma", "audio/x-ms-wma", song(FORMAT_ASF, CODEC_ID_WMAV2), 0},
-    {".flac", "audio/x-flac", song(FORMAT_FLAC, CODEC_ID_FLAC), 0},
-    {".ape", "audio/x-monkeys-audio", song(FORMAT_APE, CODEC_ID_APE), 1},
-    {".dts", "application/octet-stream", song(FORMAT_WAV, CODEC_ID_DTS), 1},
-    {".m4a", "audio/x-m4a", song(FORMAT_MPEG4, CODEC_ID_AAC, MPEG4_M4A), 0},
-    {".ogg", "audio/ogg", song(FORMAT_OGG, CODEC_ID_VORBIS), 0},
-    {".ac3", "audio/ac3", song(FORMAT_AC3, CODEC_ID_AC3), 1},
-    {".aiff", "audio/x-aiff", song(FORMAT_AIFF, CODEC_ID_PCM_S16LE), 1},
-    {".au", "audio/basic", song(FORMAT_AU, CODEC_ID_PCM_MULAW), 1},
-    {".aif", "audio/x-aiff", song(FORMAT_AIFF, CODEC_ID_PCM_S16LE), 1},
-    {".m4r", "audio/x-m4a", song(FORMAT_MPEG4, CODEC_ID_AAC, MPEG4_M4A), 0},
-    {".dsf", "audio/x-dsf", song(FORMAT_DSF, CODEC_ID_DSD), 0},
-    {".dff", "audio/x-dff", song(FORMAT_DFF, CODEC_ID_DSD), 1},
-    {".m4b", "audio/x-m4b", song(FORMAT_MPEG4, CODEC_ID_AAC, MPEG4_M4A), 0},
-    {".mka", "audio/x-matroska", song(FORMAT_MKV, CODEC_ID_MP3), 0},
-    {".wv", "audio/x-wavpack", song(FORMAT_WV, CODEC_ID_WAVPACK), 0},
-    {".mpa", "audio/mpeg", song(FORMAT_MP3, CODEC_ID_MP3), 0},
-    {".ra", "audio/vnd.rn-realaudio", song(FORMAT_RA, CODEC_ID_RA_144), 0},
-    {".adts", "audio/vnd.dlna.adts", song(FORMAT_AAC, CODEC_ID_AAC), 1},
-    {nullptr, nullptr, 0, 0},
+    {".mp3", "audio/mpeg", songIds(FORMAT_MP3, 0, CODEC_ID_MP3), 0},
+    {".aac", "audio/x-aac", songIds(FORMAT_AAC, 0, CODEC_ID_AAC), 1},
+    {".wav", "audio/x-wav", songIds(FORMAT_WAV, 0, CODEC_ID_PCM_S16LE), 1},
+    {".wma", "audio/x-ms-wma", songIds(FORMAT_ASF, 0, CODEC_ID_WMAV2), 0},
+    {".flac", "audio/x-flac", songIds(FORMAT_FLAC, 0, CODEC_ID_FLAC), 0},
+    {".ape", "audio/x-monkeys-audio", songIds(FORMAT_APE, 0, CODEC_ID_APE), 1},
+    {".dts", "application/octet-stream", songIds(FORMAT_WAV, 0, CODEC_ID_DTS), 1},
+    {".m4a", "audio/x-m4a", songIds(FORMAT_MPEG4, MPEG4_M4A, CODEC_ID_AAC), 0},
+    {".ogg", "audio/ogg", songIds(FORMAT_OGG, 0, CODEC_ID_VORBIS), 0},
+    {".ac3", "audio/ac3", songIds(FORMAT_AC3, 0, CODEC_ID_AC3), 1},
+    {".aiff", "audio/x-aiff", songIds(FORMAT_AIFF, 0, CODEC_ID_PCM_S16LE), 1},
+    {".au", "audio/basic", songIds(FORMAT_AU, 0, CODEC_ID_PCM_MULAW), 1},
+    {".aif", "audio/x-aiff", songIds(FORMAT_AIFF, 0, CODEC_ID_PCM_S16LE), 1},
+    {".m4r", "audio/x-m4a", songIds(FORMAT_MPEG4, MPEG4_M4A, CODEC_ID_AAC), 0},
+    {".dsf", "audio/x-dsf", songIds(FORMAT_DSF, 0, CODEC_ID_DSD), 0},
+    {".dff", "audio/x-dff", songIds(FORMAT_DFF, 0, CODEC_ID_DSD), 1},
+    {".m4b", "audio/x-m4b", songIds(FORMAT_MPEG4, MPEG4_M4A, CODEC_ID_AAC), 0},
+    {".mka", "audio/x-matroska", songIds(FORMAT_MKV, 0, CODEC_ID_MP3), 0},
+    {".wv", "audio/x-wavpack", songIds(FORMAT_WV, 0, CODEC_ID_WAVPACK), 0},
+    {".mpa", "audio/mpeg", songIds(FORMAT_MP3, 0, CODEC_ID_MP3), 0},
+    {".ra", "audio/vnd.rn-realaudio", songIds(FORMAT_RA, 0, CODEC_ID_RA_144), 0},
+    {".adts", "audio/vnd.dlna.adts", songIds(FORMAT_AAC, 0, CODEC_ID_AAC), 1},
+    kTerminator,
 };
 
 const MediaFileInfo g_PictureFileInfo[] = {
@@ -96,7 +104,7 @@ const MediaFileInfo g_PictureFileInfo[] = {
     {".srf", "image/srf", 24, 0},        {".k25", "image/k25", 25, 0},
     {".ptx", "image/ptx", 26, 0},        {".tga", "image/x-tga", 27, 0},
     {".pdf", "application/pdf", 28, 0},  {".iiq", "image/iiq", 29, 0},
-    {".insp", "image/jpeg", 1, 0},       {nullptr, nullptr, 0, 0},
+    {".insp", "image/jpeg", 1, 0},       kTerminator,
 };
 
 const MediaFileInfo g_PlaylistFileInfo[] = {
@@ -104,8 +112,17 @@ const MediaFileInfo g_PlaylistFileInfo[] = {
     {".pls", "text/plain", 0, 0},
     {".wpl", "application/vnd.ms-wpl", 0, 0},
     {".asx", "application/asx", 0, 0},
-    {nullptr, nullptr, 0, 0},
+    kTerminator,
 };
+
+static_assert(std::size(g_VideoFileInfo) == 34);
+static_assert(std::size(g_SongFileInfo) == 23);
+static_assert(std::size(g_PictureFileInfo) == 34);
+static_assert(std::size(g_PlaylistFileInfo) == 5);
+
+const std::uint64_t g_VideoFileInfoSize = std::size(g_VideoFileInfo);
+const std::uint64_t g_SongFileInfoSize = std::size(g_SongFileInfo);
+const std::uint64_t g_PictureFileInfoSize = std::size(g_PictureFileInfo);
 
 const int kScannedFlagNotReady = 0;
 const int kScannedFlagFound = 1;
@@ -120,13 +137,4 @@ const int kScannedFlagNeedUpdate = 23;
 const int kScannedFlagScanning = 66;
 const int kScannedFlagParamError = 90;
 
-const uint64_t g_VideoFileInfoSize = std::size(g_VideoFileInfo);
-const uint64_t g_SongFileInfoSize = std::size(g_SongFileInfo);
-const uint64_t g_PictureFileInfoSize = std::size(g_PictureFileInfo);
-
 }  // extern "C"
-
-static_assert(std::size(g_VideoFileInfo) == 34);
-static_assert(std::size(g_SongFileInfo) == 23);
-static_assert(std::size(g_PictureFileInfo) == 34);
-static_assert(std::size(g_PlaylistFileInfo) == 5);

@@ -6,121 +6,121 @@
 #include <cstring>
 #include <ctime>
 
-extern "C" {
 char* g_localWorkingPath = nullptr;
-}
 
 namespace {
 
-constexpr char kDefaultWorkingPath[] = "/usr/local/medialibrary/bin/";
-constexpr char kChangeName[] = "KOLUMS";
-constexpr char kStopName[] = "KOLUMSSTOP";
-constexpr mode_t kEveryProcess = 0777;
-constexpr int kCallsPerPost = 20;  // that only count, before the one that posts
+constexpr const char* kDefaultWorkingPath = "/usr/local/medialibrary/bin/";
 
-sem_t* g_KoLUMMutex = nullptr;
-sem_t* g_KoLUMStopMutex = nullptr;
-int g_initialised = 0;
-int g_lazyCount = 0;
+// A semaphore that all processes reach by its name.
+class NamedSemaphore {
+ public:
+  explicit NamedSemaphore(const char* name) : name_(name) {}
 
-// Failure is told from a null handle and not from SEM_FAILED: wanted, callers rely on 0 and 1 only.
-bool openChannel(sem_t*& channel, const char* name) {
-  channel = sem_open(name, O_CREAT, kEveryProcess, 0);
-  return channel != nullptr;
-}
+  bool open() {
+    constexpr mode_t kEverybody = 0777;
+    handle_ = sem_open(name_, O_CREAT, kEverybody, 0);
+    return handle_ != nullptr;
+  }
 
-// What CALL on a channel returns; a channel that is not open fails like an invalid one.
-template <typename Call>
-int onChannel(sem_t* channel, const Call& call) {
-  if (channel != nullptr) return call(channel);
-  errno = EINVAL;
-  return -1;
-}
+  int close() {
+    const int result = valid() ? sem_close(handle_) : -1;
+    handle_ = nullptr;
+    return result;
+  }
 
-int closeChannel(sem_t*& channel) {
-  const int result = onChannel(channel, sem_close);
-  channel = nullptr;
-  return result;
-}
+  int post() { return valid() ? sem_post(handle_) : -1; }
+  int wait() { return valid() ? sem_wait(handle_) : -1; }
+  int waitUntil(const timespec& deadline) {
+    return valid() ? sem_timedwait(handle_, &deadline) : -1;
+  }
 
-int drain(sem_t* channel) {
-  int result = 0;
-  while (result == 0) result = onChannel(channel, sem_trywait);
-  return result;
-}
+  // Takes posts back until there is none.
+  int drain() {
+    int result = 0;
+    while (result == 0) result = valid() ? sem_trywait(handle_) : -1;
+    return result;
+  }
 
-int waitUntil(sem_t* channel, const timespec& deadline) {
-  return onChannel(channel, [&](sem_t* open) { return sem_timedwait(open, &deadline); });
-}
+ private:
+  bool valid() const {
+    if (handle_ == nullptr) errno = EINVAL;
+    return handle_ != nullptr;
+  }
+
+  const char* name_;
+  sem_t* handle_ = nullptr;
+};
+
+NamedSemaphore changes("KOLUMS");
+NamedSemaphore stop("KOLUMSSTOP");
+bool isInitialised = false;
 
 }  // namespace
 
-extern "C" int KoLUM_Init(const char* workingPath) {
-  if (g_initialised == 1) return 0;
-  // The copy of an earlier call that failed stays: somebody may hold the pointer.
-  char* path = strdup(workingPath != nullptr ? workingPath : kDefaultWorkingPath);
-  if (path == nullptr) return 1;
-  g_localWorkingPath = path;
-  if (!openChannel(g_KoLUMMutex, kChangeName)) return 1;
-  if (!openChannel(g_KoLUMStopMutex, kStopName)) return 1;
-  g_initialised = 1;
+int KoLUM_Init(const char* workingPath) {
+  if (isInitialised) return 0;
+  // The copy of a call that failed stays: somebody may have taken the pointer.
+  g_localWorkingPath = strdup(workingPath != nullptr ? workingPath : kDefaultWorkingPath);
+  if (!changes.open() || !stop.open()) return 1;
+  isInitialised = true;
   return 0;
 }
 
-extern "C" int KoLUM_UnInit(void) {
-  closeChannel(g_KoLUMMutex);
-  return closeChannel(g_KoLUMStopMutex);
+int KoLUM_UnInit() {
+  changes.close();
+  return stop.close();
 }
 
-extern "C" int KoLUM_Notification(void) {
-  return onChannel(g_KoLUMMutex, sem_post);
+int KoLUM_Notification() {
+  return changes.post();
 }
 
-extern "C" int KoLUM_StopNotification(void) {
-  return onChannel(g_KoLUMStopMutex, sem_post);
+int KoLUM_StopNotification() {
+  return stop.post();
 }
 
-extern "C" int KoLUM_LazyNotification(void) {
-  if (g_lazyCount < kCallsPerPost) return ++g_lazyCount;
-  g_lazyCount = 0;
-  return KoLUM_Notification();
+int KoLUM_LazyNotification() {
+  constexpr int kCallsWithoutPost = 20;
+  static int calls = 0;
+  if (calls < kCallsWithoutPost) return ++calls;
+  calls = 0;
+  return changes.post();
 }
 
-extern "C" int KoLUM_WaitNotification(void) {
-  return onChannel(g_KoLUMMutex, sem_wait);
+int KoLUM_WaitNotification() {
+  return changes.wait();
 }
 
-// The two timed waits differ in clock, in what a signal does and in the code for other errors:
-// wanted, their callers depend on each as it is.
-extern "C" int KoLUM_TimedWaitNotification(int seconds) {
+// The two timed waits differ on purpose: this one keeps the nanoseconds of the clock and lets a
+// signal end the wait, so that a server can look at what the signal was about.
+int KoLUM_TimedWaitNotification(int seconds) {
   timespec deadline = {};
   if (clock_gettime(CLOCK_REALTIME, &deadline) != 0) {
     KoLUM_WaitNotification();
     return 0;
   }
   deadline.tv_sec += seconds;
-  if (waitUntil(g_KoLUMMutex, deadline) == 0) return 0;
+  if (changes.waitUntil(deadline) == 0) return 0;
   return errno == ETIMEDOUT ? 1 : -1;
 }
 
-extern "C" int KoLUM_WaitStopNotification(void) {
-  return onChannel(g_KoLUMStopMutex, sem_wait);
+int KoLUM_WaitStopNotification() {
+  return stop.wait();
 }
 
-extern "C" int KoLUM_WaitStopNotificationTimeOut(int seconds) {
-  const timespec deadline = {std::time(nullptr) + seconds, 0};
-  int result = 0;
-  do {
-    result = waitUntil(g_KoLUMStopMutex, deadline);
-  } while (result != 0 && errno == EINTR);
+int KoLUM_WaitStopNotificationTimeOut(int seconds) {
+  const timespec deadline = {.tv_sec = std::time(nullptr) + seconds, .tv_nsec = 0};
+  int result = stop.waitUntil(deadline);
+  while (result != 0 && errno == EINTR) result = stop.waitUntil(deadline);
   if (result == 0) return 0;
   return errno == ETIMEDOUT ? 1 : 2;
 }
 
-extern "C" int KoLUM_ClearNotification(void) {
-  return drain(g_KoLUMMutex);
+int KoLUM_ClearNotification() {
+  return changes.drain();
 }
 
-extern "C" int KoLUM_ClearStopNotification(void) {
-  return drain(g_KoLUMStopMutex);
+int KoLUM_ClearStopNotification() {
+  return stop.drain();
 }

@@ -2,133 +2,146 @@
 
 #include <cstring>
 #include <pugixml.hpp>
-#include <sstream>
-
-struct XMLNode::Place {
-  std::shared_ptr<pugi::xml_document> document;
-  pugi::xml_node node;
-
-  bool isDeclaration() const { return node.type() == pugi::node_declaration; }
-  // Where child elements stand: a declaration's are its document's.
-  pugi::xml_node parent() const { return isDeclaration() ? document->root() : node; }
-};
+#include <utility>
 
 namespace {
 
-bool isElement(const pugi::xml_node& node) {
-  return node.type() == pugi::node_element;
+pugi::xml_node node(pugi::xml_node_struct* element) {
+  return pugi::xml_node(element);
 }
 
-bool isNamed(const pugi::xml_node& node, const char* name) {
-  return isElement(node) && (name == nullptr || std::strcmp(node.name(), name) == 0);
+bool isElement(const pugi::xml_node& candidate) {
+  return candidate.type() == pugi::node_element;
 }
 
-pugi::xml_node findElement(const pugi::xml_node& document, const char* tag) {
-  return document.find_node([&](const pugi::xml_node& node) { return isNamed(node, tag); });
+// The element whose children a node's children are: what is added below a declaration is the
+// document's.
+pugi::xml_node childrenOf(pugi::xml_node_struct* element) {
+  const pugi::xml_node self = node(element);
+  return self.type() == pugi::node_declaration ? self.parent() : self;
 }
 
-pugi::xml_node child(const pugi::xml_node& parent, const char* name, int index) {
-  for (const pugi::xml_node& node : parent.children()) {
-    if (isNamed(node, name) && index-- == 0) return node;
+struct StringWriter : pugi::xml_writer {
+  std::string text;
+  void write(const void* data, std::size_t size) override {
+    text.append(static_cast<const char*>(data), size);
   }
+};
+
+// The number-th child element that MATCHES, or a null node.
+template <typename Matches>
+pugi::xml_node childElement(pugi::xml_node_struct* element, int number, Matches matches) {
+  if (number < 0) return {};
+  for (const pugi::xml_node child : childrenOf(element).children())
+    if (isElement(child) && matches(child) && number-- == 0) return child;
   return {};
 }
 
-std::string withoutLineEnd(std::string text) {
-  if (!text.empty() && text.back() == '\n') text.pop_back();
-  return text;
+template <typename Matches>
+int countElements(pugi::xml_node_struct* element, Matches matches) {
+  int count = 0;
+  for (const pugi::xml_node child : childrenOf(element).children())
+    if (isElement(child) && matches(child)) ++count;
+  return count;
+}
+
+constexpr auto kAny = [](const pugi::xml_node&) { return true; };
+
+auto named(const char* name) {
+  return [name](const pugi::xml_node& child) { return std::strcmp(child.name(), name) == 0; };
+}
+
+// Every next element in document order, without recursion: hostile documents nest deeply.
+pugi::xml_node nextInOrder(pugi::xml_node current) {
+  if (current.first_child()) return current.first_child();
+  while (current && !current.next_sibling()) current = current.parent();
+  return current ? current.next_sibling() : current;
+}
+
+pugi::xml_node firstElement(const pugi::xml_node& root, const char* tag) {
+  for (pugi::xml_node at = root.first_child(); at; at = nextInOrder(at))
+    if (isElement(at) && (tag == nullptr || std::strcmp(at.name(), tag) == 0)) return at;
+  return {};
 }
 
 }  // namespace
 
-XMLNode XMLNode::parseString(const char* text, const char* tag, XMLResults* results) {
-  XMLResults unused = {};
-  XMLResults& result = results != nullptr ? *results : unused;
-  result.error = eXMLErrorEmpty;
-  if (text == nullptr || *text == '\0') return {};
+XMLNode::XMLNode(Document document, pugi::xml_node_struct* element)
+    : document_(std::move(document)), element_(element) {}
+
+XMLNode XMLNode::parseString(std::string_view text, const char* tag, XmlResults* results) {
+  XmlResults ignored;
+  XmlResults& result = results != nullptr ? *results : ignored;
+  constexpr std::string_view kWhiteSpace = " \t\r\n";
+  if (text.find_first_not_of(kWhiteSpace) == std::string_view::npos) {
+    result.error = kXmlErrorEmpty;
+    return {};
+  }
   auto document = std::make_shared<pugi::xml_document>();
-  document->load_buffer(text, std::strlen(text), pugi::parse_default, pugi::encoding_utf8);
-  result.error = eXMLErrorNoXMLTagFound;
-  if (!findElement(*document, nullptr)) return {};
-  const pugi::xml_node found = findElement(*document, tag);
-  result.error = found ? eXMLErrorNone : eXMLErrorFirstTagNotFound;
+  const bool isWellFormed = document->load_buffer(text.data(), text.size());
+  if (!isWellFormed || !firstElement(*document, nullptr)) {
+    result.error = kXmlErrorNoTagFound;
+    return {};
+  }
+  const pugi::xml_node found = firstElement(*document, tag);
+  result.error = found ? kXmlErrorNone : kXmlErrorTagMissing;
   if (!found) return {};
-  return XMLNode(std::make_shared<const Place>(Place{std::move(document), found}));
+  return {std::move(document), found.internal_object()};
 }
 
 XMLNode XMLNode::createXMLTopNode(const char* name, bool isDeclaration) {
   auto document = std::make_shared<pugi::xml_document>();
-  pugi::xml_node node =
+  pugi::xml_node top =
       document->append_child(isDeclaration ? pugi::node_declaration : pugi::node_element);
-  node.set_name(name);
-  return XMLNode(std::make_shared<const Place>(Place{std::move(document), node}));
+  top.set_name(name);
+  return {std::move(document), top.internal_object()};
 }
 
-bool XMLNode::isEmpty() const {
-  return place_ == nullptr;
+std::string XMLNode::getName() const {
+  return node(element_).name();
 }
-
-const char* XMLNode::getName() const {
-  return isEmpty() ? nullptr : place_->node.name();
-}
-
-const char* XMLNode::getText() const {
-  if (isEmpty()) return nullptr;
-  const pugi::xml_text text = place_->node.text();
-  return text.empty() ? nullptr : text.get();
+std::string XMLNode::getText() const {
+  return node(element_).child_value();
 }
 
 const char* XMLNode::getAttribute(const char* name) const {
-  if (isEmpty()) return nullptr;
-  const pugi::xml_attribute attribute = place_->node.attribute(name);
+  const pugi::xml_attribute attribute = node(element_).attribute(name);
   return attribute ? attribute.value() : nullptr;
 }
 
+int XMLNode::nChildNode() const {
+  return countElements(element_, kAny);
+}
 int XMLNode::nChildNode(const char* name) const {
-  int count = 0;
-  if (isEmpty()) return count;
-  for (const pugi::xml_node& node : place_->parent().children())
-    count += isNamed(node, name) ? 1 : 0;
-  return count;
+  return countElements(element_, named(name));
 }
 
-XMLNode XMLNode::getChildNode(int index) const {
-  return getChildNode(nullptr, index);
+XMLNode XMLNode::getChildNode(int number) const {
+  return {document_, childElement(element_, number, kAny).internal_object()};
 }
 
-XMLNode XMLNode::getChildNode(const char* name, int index) const {
-  if (isEmpty()) return {};
-  const pugi::xml_node found = child(place_->parent(), name, index);
-  if (!found) return {};
-  return XMLNode(std::make_shared<const Place>(Place{place_->document, found}));
+XMLNode XMLNode::getChildNode(const char* name, int number) const {
+  return {document_, childElement(element_, number, named(name)).internal_object()};
 }
 
 XMLNode XMLNode::addChild(const char* name) {
-  if (isEmpty()) return {};
-  const pugi::xml_node added = place_->parent().append_child(name);
-  return XMLNode(std::make_shared<const Place>(Place{place_->document, added}));
+  return {document_, childrenOf(element_).append_child(name).internal_object()};
 }
 
 void XMLNode::addAttribute(const char* name, const char* value) {
-  if (isEmpty()) return;
-  pugi::xml_node node = place_->node;
-  node.append_attribute(name).set_value(value);
+  node(element_).append_attribute(name).set_value(value);
 }
 
 void XMLNode::addText(const char* text) {
-  if (isEmpty()) return;
-  pugi::xml_node node = place_->node;
-  node.append_child(pugi::node_pcdata).set_value(text);
+  node(element_).append_child(pugi::node_pcdata).set_value(text);
 }
 
-std::string XMLNode::createXMLString(bool formatted) const {
-  if (isEmpty()) return "";
-  std::ostringstream out;
-  const unsigned flags = formatted ? pugi::format_indent : pugi::format_raw;
-  if (place_->isDeclaration()) {
-    place_->document->save(out, "\t", flags, pugi::encoding_utf8);
-  } else {
-    place_->node.print(out, "\t", flags, pugi::encoding_utf8);
-  }
-  return withoutLineEnd(out.str());
+std::string XMLNode::createXMLString(bool isFormatted) const {
+  if (document_ == nullptr) return {};
+  StringWriter writer;
+  const unsigned flags =
+      (isFormatted ? pugi::format_indent : pugi::format_raw) | pugi::format_no_declaration;
+  document_->save(writer, "\t", flags, pugi::encoding_utf8);
+  while (writer.text.ends_with('\n')) writer.text.pop_back();
+  return writer.text;
 }

@@ -1,59 +1,77 @@
-// XML documents as trees of nodes: what the library parses and writes, over pugixml.
+// A node of an XML document: the part of the hosts' former XML library that is in use, over
+// pugixml.
+//
+// A node is a small value; copies speak of the same element, and the document lives as long as any
+// of its nodes. An empty node answers every question with "nothing". One thread at a time works on
+// a document; different documents are independent.
 #ifndef KOLUM_XML_XML_NODE_H
 #define KOLUM_XML_XML_NODE_H
 
 #include <memory>
 #include <string>
+#include <string_view>
 
-// Why a parse failed.
-enum XMLError {
-  eXMLErrorNone = 0,
-  eXMLErrorNoXMLTagFound = 2,  // no XML at all
-  eXMLErrorEmpty = 3,
-  eXMLErrorFirstTagNotFound = 11,  // XML, but without the wanted element
+namespace pugi {
+class xml_document;
+struct xml_node_struct;
+}  // namespace pugi
+
+// Why a text gave no node. The numbers are in hosts' logs.
+enum XmlError {
+  kXmlErrorNone = 0,
+  kXmlErrorNoTagFound = 2,  // the text is no XML
+  kXmlErrorEmpty = 3,
+  kXmlErrorTagMissing = 11,  // it is, but the wanted element is not in it
 };
 
-struct XMLResults {
-  XMLError error;
+struct XmlResults {
+  XmlError error = kXmlErrorNone;
 };
 
-// A node by value: copies stand for the same element and keep its document alive. A node that was
-// not found is empty; asking an empty node gives empty answers. Documents are not locked.
 class XMLNode {
  public:
+  // An empty node.
   XMLNode() = default;
 
-  // The first element named TAG in TEXT, wherever it stands; the document's root element when TAG
-  // is null. Empty, with the reason in RESULTS (may be null), when there is none. Broken XML is
-  // read as far as it goes.
-  static XMLNode parseString(const char* text, const char* tag = nullptr,
-                             XMLResults* results = nullptr);
-  // A new document: an element, or with ISDECLARATION the "<?xml ...?>" line, whose children then
-  // are the document's elements.
+  // The first element of this name, in document order, or the top element when TAG is null. Empty
+  // when there is none; RESULTS, if given, tells why. What stands before a fault in the text
+  // counts.
+  static XMLNode parseString(std::string_view text, const char* tag = nullptr,
+                             XmlResults* results = nullptr);
+
+  // A new document: an element, or a declaration ("<?NAME ...?>").
   static XMLNode createXMLTopNode(const char* name, bool isDeclaration = false);
 
-  bool isEmpty() const;
-  const char* getName() const;                       // null for an empty node
-  const char* getText() const;                       // the first text in it, null without one
-  const char* getAttribute(const char* name) const;  // null when it has no such attribute
-  int nChildNode(const char* name = nullptr) const;  // elements only; null counts all
-  XMLNode getChildNode(int index) const;             // of all child elements, from 0
-  XMLNode getChildNode(const char* name, int index = 0) const;  // of those so named
+  bool isEmpty() const { return element_ == nullptr; }
+  std::string getName() const;
 
+  // The element's own text, up to its first child; empty when there is none.
+  std::string getText() const;
+  // The attribute's value; null when there is no such attribute. Valid as long as the document.
+  const char* getAttribute(const char* name) const;
+
+  // Child elements: all of them, or those of one name.
+  int nChildNode() const;
+  int nChildNode(const char* name) const;
+  // The child element with this number among those; empty beyond the last.
+  XMLNode getChildNode(int number) const;
+  XMLNode getChildNode(const char* name, int number = 0) const;
+
+  // Below a declaration, what is added stands after it.
   XMLNode addChild(const char* name);
   void addAttribute(const char* name, const char* value);
   void addText(const char* text);
 
-  // The node with all in it as text; a declaration's includes the document's elements. FORMATTED: a
-  // line an element, indented with tabs, an element that holds only text on one line. No line end
-  // at the end.
-  std::string createXMLString(bool formatted = true) const;
+  // The whole document as text: indented with tabs, an element with nothing but text on one line;
+  // or without any white space. No line end at the end.
+  std::string createXMLString(bool isFormatted = true) const;
 
  private:
-  struct Place;
-  explicit XMLNode(std::shared_ptr<const Place> place) : place_(std::move(place)) {}
+  using Document = std::shared_ptr<pugi::xml_document>;
+  XMLNode(Document document, pugi::xml_node_struct* element);
 
-  std::shared_ptr<const Place> place_;
+  Document document_;
+  pugi::xml_node_struct* element_ = nullptr;
 };
 
 #endif

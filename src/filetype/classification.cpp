@@ -1,0 +1,154 @@
+#include <kolum/filetype.h>
+#include <strings.h>
+
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <cstdint>
+#include <cstring>
+#include <mutex>
+#include <new>
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "support/text.h"
+
+extern "C" {
+
+MediaHashNode* g_pHashVideo[180] = {};
+MediaHashNode* g_pHashMusic[100] = {};
+MediaHashNode* g_pHashPicture[20] = {};
+MediaHashNode* g_pHashPlaylist[10] = {};
+
+int g_initHash = 0;
+}
+
+namespace kolum::filetype {
+
+namespace {
+
+constexpr std::size_t kLongestExtension = 9;
+
+// Rows 7 (".dts") and 10 (".ac3") of the songs, whose exclusion no mask lifts.
+constexpr std::uint64_t kMusicExclusions = 0x240;
+
+// Kinds as masks and the configuration number them.
+enum KindNumber { kMusic, kPhoto, kVideo, kPlaylist, kKindCount };
+
+constexpr std::array<std::uint64_t, kKindCount> kBuiltInExclusions = {kMusicExclusions, 0, 0, 0};
+std::array<std::uint64_t, kKindCount> masks = kBuiltInExclusions;
+
+// Kinds in the order in which they are tried and printed.
+struct Kind {
+  KindNumber number;
+  unsigned interest;
+  int result;
+  const MediaFileInfo* table;
+  std::span<MediaHashNode*> index;
+};
+
+const std::array<Kind, kKindCount> kKinds = {{
+    {kVideo, 2, 2, g_VideoFileInfo, g_pHashVideo},
+    {kMusic, 1, 1, g_SongFileInfo, g_pHashMusic},
+    {kPhoto, 4, 3, g_PictureFileInfo, g_pHashPicture},
+    {kPlaylist, 8, 5, g_PlaylistFileInfo, g_pHashPlaylist},
+}};
+
+// Rows of the video table that stand for whole discs, by the names of their index files.
+constexpr unsigned kDvdRow = 0;
+constexpr unsigned kBlurayRow = 1;
+
+std::size_t bucketOf(std::string_view extension, std::size_t buckets) {
+  std::uint32_t hash = 0;
+  for (const char c : extension) {
+    const auto lower = static_cast<signed char>(std::tolower(static_cast<unsigned char>(c)));
+    hash = hash * 31 + static_cast<std::uint32_t>(std::int32_t{lower});
+  }
+  return (hash & 0x7FFFFFFF) % buckets;
+}
+
+void append(MediaHashNode*& head, unsigned row, const char* extension) {
+  MediaHashNode** end = &head;
+  while (*end != nullptr) end = &(*end)->next;
+  // Kept for the life of the process.
+  *end = new (std::nothrow) MediaHashNode{row, extension, nullptr};
+}
+
+void buildIndex() {
+  g_initHash = 1;
+  for (const Kind& kind : kKinds) std::fill(kind.index.begin(), kind.index.end(), nullptr);
+  for (const Kind& kind : kKinds) {
+    for (unsigned row = 0; kind.table[row].extension != nullptr; ++row) {
+      const char* extension = kind.table[row].extension;
+      append(kind.index[bucketOf(extension, kind.index.size())], row, extension);
+    }
+  }
+}
+
+std::optional<unsigned> findRow(const Kind& kind, const char* extension) {
+  const MediaHashNode* node = kind.index[bucketOf(extension, kind.index.size())];
+  while (node != nullptr && strcasecmp(node->extension, extension) != 0) node = node->next;
+  if (node == nullptr) return std::nullopt;
+  return node->row;
+}
+
+bool isExcluded(const Kind& kind, unsigned row) {
+  return (masks[kind.number] >> row & 1) != 0;
+}
+
+// Index files of discs count under their own names only.
+bool isAccepted(const Kind& kind, unsigned row, std::string_view fileName) {
+  if (kind.number != kVideo) return true;
+  if (row == kDvdRow) {
+    return endsWithIgnoringCase(fileName, "video_ts.ifo") ||
+           endsWithIgnoringCase(fileName, "vr_mangr.ifo");
+  }
+  return row != kBlurayRow || endsWithIgnoringCase(fileName, "index.bdmv");
+}
+
+struct Classified {
+  int result = 0;
+  unsigned row = 0;
+};
+
+Classified classify(const char* fileName, unsigned kinds) {
+  const char* extension = std::strrchr(fileName, '.');
+  if (extension == nullptr || strnlen(extension, kLongestExtension + 1) > kLongestExtension)
+    return {};
+  for (const Kind& kind : kKinds) {
+    if ((kinds & kind.interest) == 0) continue;
+    const auto row = findRow(kind, extension);
+    if (!row) continue;
+    // An excluded match ends the search: the extension is in one table only.
+    if (isExcluded(kind, *row)) return {};
+    return {isAccepted(kind, *row, fileName) ? kind.result : 0, *row + 1};
+  }
+  return {};
+}
+
+}  // namespace
+
+}  // namespace kolum::filetype
+
+using namespace kolum::filetype;
+
+int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int kinds,
+                          unsigned int* tag) {
+  constexpr unsigned kVideoInterest = 2;
+  static std::once_flag built;
+  std::call_once(built, buildIndex);
+  if (fileName == nullptr) return 0;
+
+  const bool hasExtension = std::strrchr(fileName, '.') != nullptr;
+  const Classified classified = classify(fileName, kinds);
+  if (row != nullptr) *row = classified.row;
+  if (tag != nullptr) *tag = hasExtension && (kinds & kVideoInterest) != 0 ? kinds >> 8 & 0xFF : 0;
+  return classified.result;
+}
+
+int KoLUM_SetFileTypeUmaskInternal(unsigned int kind, long long mask) {
+  if (kind >= masks.size() || mask < 0) return 1;
+  masks[kind] = static_cast<std::uint64_t>(mask) | kBuiltInExclusions[kind];
+  return 0;
+}

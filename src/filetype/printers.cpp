@@ -1,0 +1,102 @@
+#include <iniparser.h>
+#include <kolum/filetype.h>
+
+#include <array>
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+#include <span>
+#include <string>
+
+#include "xml/xml_node.h"
+
+namespace {
+
+constexpr const char* kConfigurationFile = "/etc/config/medialibrary.conf";
+
+struct Index {
+  const char* name;
+  std::span<MediaHashNode* const> buckets;
+};
+
+const std::array<Index, 4> kIndexes = {{
+    {"g_pHashVideo", g_pHashVideo},
+    {"g_pHashMusic", g_pHashMusic},
+    {"g_pHashPicture", g_pHashPicture},
+    {"g_pHashPlaylist", g_pHashPlaylist},
+}};
+
+void printIndex(const Index& index) {
+  std::printf("%s[] -> \n", index.name);
+  for (const MediaHashNode* head : index.buckets) {
+    int depth = 0;
+    for (const MediaHashNode* node = head; node != nullptr; node = node->next)
+      std::printf("%s mappingIndex: %d, collision dep = %d\n", node->extension,
+                  static_cast<int>(node->row), depth++);
+  }
+}
+
+// Kinds by their number in the configuration.
+struct Kind {
+  const char* name;
+  const MediaFileInfo* table;
+  unsigned rows;
+};
+
+const std::array<Kind, 4> kKinds = {{
+    {"Music", g_SongFileInfo, 22},
+    {"Photo", g_PictureFileInfo, 33},
+    {"Video", g_VideoFileInfo, 33},
+    {"Playlist", g_PlaylistFileInfo, 4},
+}};
+
+struct DictionaryDeleter {
+  void operator()(dictionary* configuration) const { iniparser_freedict(configuration); }
+};
+using Configuration = std::unique_ptr<dictionary, DictionaryDeleter>;
+
+// Rows 32 and up share the bits of rows 0 and up, because the configured value has 32; and the
+// built-in exclusions of classification do not show. Both are what hosts' pages expect.
+void addExtensions(XMLNode& media, const Kind& kind, std::uint32_t excluded) {
+  for (unsigned row = 0; row < kind.rows; ++row) {
+    if ((excluded >> row % 32 & 1) != 0) continue;
+    XMLNode extension = media.addChild("Extension");
+    extension.addAttribute("ID", std::to_string(row + 1).c_str());
+    extension.addText(kind.table[row].extension + 1);
+  }
+}
+
+std::string extensionList(dictionary* configuration) {
+  XMLNode document = XMLNode::createXMLTopNode("xml", true);
+  document.addAttribute("version", "1.0");
+  document.addAttribute("encoding", "UTF-8");
+  XMLNode root = document.addChild("Root");
+  for (std::size_t number = 0; number < kKinds.size(); ++number) {
+    const Kind& kind = kKinds[number];
+    const std::string key = "OPTIONS:FileUmaskInternal" + std::to_string(number);
+    const int excluded = iniparser_getint(configuration, key.c_str(), 0);
+    XMLNode media = root.addChild("Media");
+    media.addAttribute("Type", kind.name);
+    media.addAttribute("MaxID", std::to_string(kind.rows).c_str());
+    addExtensions(media, kind, static_cast<std::uint32_t>(excluded));
+  }
+  return document.createXMLString();
+}
+
+}  // namespace
+
+int KoLUM_PrintFileExtList() try {
+  const Configuration configuration(iniparser_load(kConfigurationFile));
+  if (configuration == nullptr) return 1;
+  std::printf("%s\n", extensionList(configuration.get()).c_str());
+  return 0;
+} catch (...) {
+  return 1;
+}
+
+void dumpHashTable() {
+  for (std::size_t i = 0; i < kIndexes.size(); ++i) {
+    if (i > 0) std::printf("\n");
+    printIndex(kIndexes[i]);
+  }
+}

@@ -1,0 +1,130 @@
+#include "xml/xml_node.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+XMLNode parse(const std::string& text, const char* tag, XmlError expected) {
+  XmlResults results;
+  const XMLNode node = XMLNode::parseString(text, tag, &results);
+  EXPECT_EQ(results.error, expected);
+  EXPECT_EQ(node.isEmpty(), expected != kXmlErrorNone);
+  return node;
+}
+
+TEST(XmlNode, FindsAnElementByNameWhereverItStands) {
+  const char* text = "<?xml version='1.0'?><a><b><c>first</c></b><c>second</c></a>";
+  EXPECT_EQ(parse(text, "a", kXmlErrorNone).getName(), "a");
+  EXPECT_EQ(parse(text, "c", kXmlErrorNone).getText(), "first");
+  EXPECT_EQ(parse(text, nullptr, kXmlErrorNone).getName(), "a");
+}
+
+TEST(XmlNode, TellsWhyThereIsNone) {
+  parse("", "a", kXmlErrorEmpty);
+  parse(" \r\n\t", "a", kXmlErrorEmpty);
+  parse("no XML at all", "a", kXmlErrorNoTagFound);
+  parse("<a><b></a>", "a", kXmlErrorNoTagFound);
+  parse("<a>cut off", "a", kXmlErrorNoTagFound);
+  parse(std::string("\0\0\0", 3), "a", kXmlErrorNoTagFound);
+  parse("<!-- nothing -->", "a", kXmlErrorNoTagFound);
+  parse("<a/>", "b", kXmlErrorTagMissing);
+  parse("<A/>", "a", kXmlErrorTagMissing);
+}
+
+TEST(XmlNode, NumbersItsErrorsAsHostsKnowThem) {
+  EXPECT_EQ(static_cast<int>(kXmlErrorNone), 0);
+  EXPECT_EQ(static_cast<int>(kXmlErrorNoTagFound), 2);
+  EXPECT_EQ(static_cast<int>(kXmlErrorEmpty), 3);
+  EXPECT_EQ(static_cast<int>(kXmlErrorTagMissing), 11);
+}
+
+TEST(XmlNode, ParsesWithoutResults) {
+  EXPECT_TRUE(XMLNode::parseString("no XML", "a").isEmpty());
+  EXPECT_FALSE(XMLNode::parseString("<a/>", "a").isEmpty());
+}
+
+TEST(XmlNode, WalksChildElementsOnly) {
+  const XMLNode node =
+      parse("<a>text<b x='1'/><!-- c --><c/><b x='2'>t</b><![CDATA[d]]></a>", "a", kXmlErrorNone);
+  EXPECT_EQ(node.nChildNode(), 3);
+  EXPECT_EQ(node.nChildNode("b"), 2);
+  EXPECT_EQ(node.nChildNode("z"), 0);
+  EXPECT_EQ(node.getChildNode(1).getName(), "c");
+  EXPECT_STREQ(node.getChildNode("b").getAttribute("x"), "1");
+  EXPECT_STREQ(node.getChildNode("b", 1).getAttribute("x"), "2");
+  EXPECT_TRUE(node.getChildNode("b", 2).isEmpty());
+  EXPECT_TRUE(node.getChildNode(3).isEmpty());
+  EXPECT_TRUE(node.getChildNode(-1).isEmpty());
+  EXPECT_EQ(node.getText(), "text");
+}
+
+TEST(XmlNode, DecodesEntitiesAndCdata) {
+  EXPECT_EQ(parse("<a>&lt;&amp;&#x41;</a>", "a", kXmlErrorNone).getText(), "<&A");
+  EXPECT_EQ(parse("<a><![CDATA[<b>]]></a>", "a", kXmlErrorNone).getText(), "<b>");
+  EXPECT_STREQ(parse("<a x='&quot;'/>", "a", kXmlErrorNone).getAttribute("x"), "\"");
+}
+
+TEST(XmlNode, AnswersNothingWhenEmpty) {
+  const XMLNode node;
+  EXPECT_TRUE(node.isEmpty());
+  EXPECT_EQ(node.getName(), "");
+  EXPECT_EQ(node.getText(), "");
+  EXPECT_EQ(node.getAttribute("x"), nullptr);
+  EXPECT_EQ(node.nChildNode(), 0);
+  EXPECT_TRUE(node.getChildNode(0).isEmpty());
+  EXPECT_EQ(node.createXMLString(), "");
+}
+
+TEST(XmlNode, TellsAMissingAttributeFromAnEmptyOne) {
+  const XMLNode node = parse("<a x=''/>", "a", kXmlErrorNone);
+  EXPECT_STREQ(node.getAttribute("x"), "");
+  EXPECT_EQ(node.getAttribute("y"), nullptr);
+}
+
+TEST(XmlNode, OutlivesTheNodeItCameFrom) {
+  XMLNode child;
+  { child = parse("<a><b>kept</b></a>", "a", kXmlErrorNone).getChildNode("b"); }
+  EXPECT_EQ(child.getText(), "kept");
+}
+
+TEST(XmlNode, SurvivesHostileDocuments) {
+  std::string deep;
+  for (int i = 0; i < 200'000; ++i) deep += "<a>";
+  EXPECT_TRUE(XMLNode::parseString(deep, "b").isEmpty());
+  for (int i = 0; i < 200'000; ++i) deep += "</a>";
+  EXPECT_TRUE(XMLNode::parseString(deep, "b").isEmpty());
+  const std::string wide = "<a>" + std::string(3'000'000, 'x') + "</a>";
+  EXPECT_EQ(XMLNode::parseString(wide, "a").getText().size(), 3'000'000U);
+}
+
+TEST(XmlNode, WritesADocumentIndentedWithTabs) {
+  XMLNode declaration = XMLNode::createXMLTopNode("xml", true);
+  declaration.addAttribute("version", "1.0");
+  XMLNode root = declaration.addChild("Root");
+  XMLNode media = root.addChild("Media");
+  media.addAttribute("Type", "a \"b\" <c>");
+  media.addChild("Extension").addText("x & y");
+  root.addChild("Empty");
+  EXPECT_EQ(declaration.createXMLString(),
+            "<?xml version=\"1.0\"?>\n"
+            "<Root>\n"
+            "\t<Media Type=\"a &quot;b&quot; &lt;c>\">\n"
+            "\t\t<Extension>x &amp; y</Extension>\n"
+            "\t</Media>\n"
+            "\t<Empty />\n"
+            "</Root>");
+  EXPECT_EQ(root.createXMLString(false).find('\n'), std::string::npos);
+}
+
+TEST(XmlNode, ReadsBackWhatItWrote) {
+  XMLNode top = XMLNode::createXMLTopNode("a");
+  top.addAttribute("x", "<>&\"'\n");
+  top.addText("<>&\"'");
+  const XMLNode read = XMLNode::parseString(top.createXMLString(), "a");
+  EXPECT_EQ(read.getText(), "<>&\"'");
+  EXPECT_STREQ(read.getAttribute("x"), "<>&\"'\n");
+}
+
+}  // namespace
