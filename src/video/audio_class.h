@@ -27,7 +27,7 @@ struct AudioClassFacts {
   std::int64_t bitRate = 0;
   int sampleRate = 0;
   int channels = 0;
-  std::span<const std::uint8_t> extraData;
+  std::span<const std::uint8_t> extraData = {};
 };
 
 unsigned audioClass(const AudioClassFacts& facts);

@@ -17,7 +17,9 @@
 #include "video/audio_class.h"
 #include "video/creation.h"
 #include "video/disc.h"
+#include "video/dlna.h"
 #include "video/mp4_boxes.h"
+#include "video/ts_packets.h"
 
 namespace kolum::video {
 
@@ -105,7 +107,7 @@ class Probe {
   void readStreamCreation();
   void readPicture();
   bool readVideoCodec();
-  void nameMimeType();
+  void nameProfile();
   void readQuickTimeCreation();
   void scaleDiscDuration();
 
@@ -140,7 +142,7 @@ bool Probe::probe() {
   readStreamCreation();
   readPicture();
   if (!readVideoCodec()) return false;
-  if (facts_.mimeType.empty()) nameMimeType();
+  if (facts_.mimeType.empty()) nameProfile();
   if (policy_.readsQuickTimeEntries) readQuickTimeCreation();
   scaleDiscDuration();
   return true;
@@ -323,7 +325,29 @@ bool Probe::readVideoCodec() {
   return true;
 }
 
-void Probe::nameMimeType() {}
+void Probe::nameProfile() {
+  const DlnaName name = nameDlnaProfile(
+      {.codec = *facts_.videoCodec,
+       .demuxer = input_->demuxer(),
+       .width = video_->width(),
+       .height = video_->height(),
+       .streamBitRate = video_->bitRate(),
+       .containerBitRate = input_->bitRate(),
+       .profile = video_->profile(),
+       .level = video_->level(),
+       .audioClass = *facts_.audioClass,
+       .realFrameRate = video_->realFrameRate(),
+       .timeBaseDen = video_->timeBase().den,
+       .codecTag = video_->codecTag(),
+       .path = path_,
+       .extraData = video_->extraData()},
+      [this] { return transportPackets(path_); }, request_.explanation);
+  facts_.dlnaProfile = name.profile;
+  facts_.mimeType = name.mimeType;
+  if (name.playException) facts_.playException = name.playException;
+  if (isWmvHighTestStream(request_.fileName)) facts_.dlnaProfile = kWmvHighTestProfile;
+  if (facts_.mimeType.empty()) facts_.mimeType = fallbackMimeType(input_->demuxer(), path_);
+}
 
 void Probe::readQuickTimeCreation() {
   KOLUM_LOG_AS(kSource, "GetDictEntry", "@@GetDictEntry key:%s", kQuickTimeCreationDate);

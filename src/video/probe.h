@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "video/dlna.h"
 #include "video/facts.h"
 
 namespace kolum::video {
@@ -47,6 +48,8 @@ struct ProbeRequest {
   bool wantsAspect = false;
   // What the caller's container format holds on entry.
   std::uint32_t formatOnEntry = 0;
+  // Where the way to the DLNA name goes, if somebody wants to know it.
+  DlnaExplanation* explanation = nullptr;
 };
 
 struct ProbeResult {

@@ -4,6 +4,7 @@
 #include <iniparser.h>
 #include <spawn.h>
 #include <sys/file.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -22,6 +23,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/appliance_sandbox.h"
 #include "support/temp_dir.h"
 
 extern char** environ;
@@ -29,7 +31,10 @@ extern char** environ;
 namespace {
 
 namespace fs = std::filesystem;
+using kolum::test::runInAppliance;
+using kolum::test::sandboxUnavailable;
 using kolum::test::TempDir;
+using kolum::test::writeRootFile;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -102,6 +107,15 @@ class Setcfg : public testing::Test {
     EXPECT_EQ(outcome.status, 0) << outcome.output;
     EXPECT_EQ(readBack(file_, section + ":" + key), value);
     return contentOf(file_);
+  }
+
+  // In the sandbox: a small volume of its own with CONTENT in the file.
+  void mountVolume(const std::string& content) {
+    fs::create_directories("/volume");
+    ASSERT_EQ(mount("tmpfs", "/volume", "tmpfs", 0, "size=64k"), 0);
+    file_ = "/volume/a.conf";
+    writeRootFile(file_, content);
+    fs::create_directories(outputs_.folder());
   }
 
   TempDir dir_;
@@ -442,6 +456,35 @@ TEST_F(Setcfg, GivesUpWhenFolderStaysLocked) {
   const Outcome outcome = set("S", "k", "v");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("stays locked"));
+}
+
+TEST_F(Setcfg, FullDiskLeavesOldFile) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([this] {
+    const std::string before = "[S]\nk = 1\n" + std::string(20000, '\n');
+    mountVolume(before);
+    std::ofstream("/volume/rest") << std::string(1 << 20, 'x');  // as much as fits
+    const Outcome outcome = set("S", "k", "2");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.output, "setcfg: /volume/a.conf: cannot write: No space left on device\n");
+    EXPECT_TRUE(contentOf(file_) == before);
+    EXPECT_FALSE(fs::exists("/volume/.setcfg.new"));
+    fs::remove("/volume/rest");
+    EXPECT_EQ(set("S", "k", "2").status, 0);
+  });
+}
+
+TEST_F(Setcfg, ReadOnlyFolderLeavesOldFile) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([this] {
+    mountVolume("[S]\nk = 1\n");
+    ASSERT_EQ(mount("none", "/volume", nullptr, MS_REMOUNT | MS_RDONLY, nullptr), 0);
+    const Outcome outcome = set("S", "k", "2");
+    EXPECT_EQ(outcome.status, 1);
+    EXPECT_EQ(outcome.output,
+              "setcfg: /volume/a.conf: cannot write to the folder: Read-only file system\n");
+    EXPECT_EQ(contentOf(file_), "[S]\nk = 1\n");
+  });
 }
 
 TEST_F(Setcfg, WrongUsageGivesTwo) {

@@ -22,6 +22,7 @@
 #include <thread>
 
 #include "ipc/scripted_server.h"
+#include "support/descriptors.h"
 #include "support/log_recorder.h"
 #include "support/temp_dir.h"
 
@@ -61,6 +62,7 @@ namespace {
 
 using kolum::test::LogMessage;
 using kolum::test::LogRecorder;
+using kolum::test::openDescriptorCount;
 using kolum::test::ScriptedServer;
 using kolum::test::TempDir;
 using MediaLibrary::LUM::UnixSocket;
@@ -83,14 +85,6 @@ std::string reason(int error) {
 std::string readReason(int fd, int error) {
   return "socket=" + std::to_string(fd) + ", errno=" + std::to_string(error) +
          " ,strerror=" + std::strerror(error) + "\n";
-}
-
-int openDescriptors() {
-  int count = 0;
-  for ([[maybe_unused]] const auto& entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-    ++count;
-  }
-  return count;
 }
 
 // A path in DIR of exactly LENGTH characters.
@@ -180,19 +174,19 @@ TEST_F(UnixSocketTest, WrapsConnectedDescriptorAsAccepted) {
 }
 
 TEST_F(UnixSocketTest, DestructionClosesSilently) {
-  const int before = openDescriptors();
+  const int before = openDescriptorCount();
   {
     UnixSocket socket;
     ASSERT_EQ(socket.Open(path_), 0);
-    EXPECT_EQ(openDescriptors(), before + 1);
+    EXPECT_EQ(openDescriptorCount(), before + 1);
   }
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(openDescriptorCount(), before);
   { const UnixSocket socket(9999); }  // no such descriptor
   EXPECT_THAT(log_.texts(), IsEmpty());
 }
 
 TEST_F(UnixSocketTest, OpenOfEmptyPathGivesTwoAndCreatesNoSocket) {
-  const int before = openDescriptors();
+  const int before = openDescriptorCount();
   const std::string empty[] = {"", std::string("\0hidden", 7)};
   for (const std::string& path : empty) {
     UnixSocket socket;
@@ -202,7 +196,7 @@ TEST_F(UnixSocketTest, OpenOfEmptyPathGivesTwoAndCreatesNoSocket) {
     EXPECT_EQ(UnixSocketFields::fd(socket), -1);
     EXPECT_EQ(loggedBy("Open"), "socketPath is empty\n");
   }
-  EXPECT_EQ(openDescriptors(), before);
+  EXPECT_EQ(openDescriptorCount(), before);
 }
 
 TEST_F(UnixSocketTest, OpenPreparesAddressAndTouchesNoFile) {

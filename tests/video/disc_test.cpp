@@ -7,10 +7,13 @@
 #include <unistd.h>
 
 #include <cstring>
+#include <ctime>
 #include <filesystem>
 #include <fstream>
-#include <set>
+#include <functional>
+#include <vector>
 
+#include "support/appliance_sandbox.h"
 #include "support/descriptors.h"
 #include "support/disc_media.h"
 #include "support/temp_dir.h"
@@ -22,11 +25,10 @@ namespace {
 
 using namespace kolum::test;
 
-std::set<std::string> mountFolders() {
-  std::set<std::string> found;
+bool hasMountFolder() {
   for (const auto& entry : std::filesystem::directory_iterator("/tmp"))
-    if (entry.path().filename().string().starts_with("Media_mount_")) found.insert(entry.path());
-  return found;
+    if (entry.path().filename().string().starts_with("Media_mount_")) return true;
+  return false;
 }
 
 bool isMounted(const std::string& folder) {
@@ -196,84 +198,96 @@ TEST(BlurayFolder, WithoutStreamFilesIsAFailure) {
   EXPECT_FALSE(blurayFolderTitle(folder.folder()).has_value());
 }
 
-class Image : public ::testing::Test {
- protected:
-  void SetUp() override {
-    if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
-    before_ = mountFolders();
+// Images are mounted in a sandbox: its /tmp is private, so whatever stays behind there was left by
+// the code under test, and the mounts of other tests do not count.
+void withMounts(const std::function<void()>& body) {
+  if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  // Made outside, where they are kept.
+  dvdFolder();
+  blurayFolder();
+  runInAppliance([&] {
+    body();
+    EXPECT_FALSE(hasMountFolder());
+  });
+}
+
+std::unique_ptr<MountedImage> mountImage(const std::string& path) {
+  return MountedImage::mount(path, MountFolderFailure::kGiveUp);
+}
+
+TEST(MountedImage, IsUnmountedAndItsFolderRemovedAtTheEnd) {
+  for (const ImageKind kind : {ImageKind::kSquashfs, ImageKind::kExt4}) {
+    SCOPED_TRACE(kind == ImageKind::kExt4 ? "ext4" : "squashfs");
+    const std::string image = discImage(discRoot(dvdFolder()), "dvd.iso", kind);
+    withMounts([&] {
+      std::string folder;
+      {
+        const auto mounted = mountImage(image);
+        ASSERT_NE(mounted, nullptr);
+        folder = mounted->folder();
+        EXPECT_TRUE(folder.starts_with("/tmp/Media_mount_")) << folder;
+        EXPECT_TRUE(isMounted(folder));
+        const auto title = imageTitle(folder);
+        ASSERT_TRUE(title.has_value());
+        EXPECT_EQ(title->containerFormat, static_cast<unsigned>(FORMAT_DVDISO));
+        EXPECT_TRUE(title->path.ends_with("VTS_02_1.VOB")) << title->path;
+      }
+      EXPECT_FALSE(isMounted(folder));
+    });
   }
-  void TearDown() override { EXPECT_EQ(mountFolders(), before_); }
+}
 
-  static std::unique_ptr<MountedImage> mount(const std::string& path) {
-    return MountedImage::mount(path, MountFolderFailure::kGiveUp);
-  }
-
-  std::set<std::string> before_;
-};
-
-using MountedImageTest = Image;
-
-TEST_F(MountedImageTest, IsUnmountedAndItsFolderRemovedAtTheEnd) {
-  const std::string image =
-      discImage(std::filesystem::path(dvdFolder()).parent_path().parent_path(), "dvd.iso");
-  std::string folder;
-  {
-    const auto mounted = mount(image);
+TEST(MountedImage, OfABlurayLeadsToItsLargestStreamFile) {
+  const std::string image = discImage(discRoot(blurayFolder()), "bluray.iso");
+  withMounts([&] {
+    const auto mounted = mountImage(image);
     ASSERT_NE(mounted, nullptr);
-    folder = mounted->folder();
-    EXPECT_TRUE(folder.starts_with("/tmp/Media_mount_")) << folder;
-    EXPECT_TRUE(isMounted(folder));
-    const auto title = imageTitle(folder);
+    const auto title = imageTitle(mounted->folder());
     ASSERT_TRUE(title.has_value());
-    EXPECT_EQ(title->containerFormat, static_cast<unsigned>(FORMAT_DVDISO));
-    EXPECT_TRUE(title->path.ends_with("VTS_02_1.VOB")) << title->path;
-  }
-  EXPECT_FALSE(isMounted(folder));
+    EXPECT_EQ(title->containerFormat, static_cast<unsigned>(FORMAT_BDISO));
+    EXPECT_TRUE(title->path.ends_with("00001.m2ts")) << title->path;
+  });
 }
 
-TEST_F(MountedImageTest, OfABlurayLeadsToItsLargestStreamFile) {
-  const std::string image =
-      discImage(std::filesystem::path(blurayFolder()).parent_path().parent_path(), "bluray.iso");
-  const auto mounted = mount(image);
-  ASSERT_NE(mounted, nullptr);
-  const auto title = imageTitle(mounted->folder());
-  ASSERT_TRUE(title.has_value());
-  EXPECT_EQ(title->containerFormat, static_cast<unsigned>(FORMAT_BDISO));
+TEST(MountedImage, IsRefusedWhenItHoldsNoFileSystem) {
+  withMounts([] {
+    const TempDir folder;
+    EXPECT_EQ(mountImage(folder.write("broken.iso", std::string(100'000, 'x'))), nullptr);
+    EXPECT_EQ(mountImage(folder.write("empty.iso", "")), nullptr);
+    EXPECT_EQ(mountImage(folder.path("missing.iso")), nullptr);
+  });
 }
 
-TEST_F(MountedImageTest, IsRefusedWhenItHoldsNoFileSystem) {
-  const TempDir folder;
-  EXPECT_EQ(mount(folder.write("broken.iso", std::string(100'000, 'x'))), nullptr);
-  EXPECT_EQ(mount(folder.write("empty.iso", "")), nullptr);
-  EXPECT_EQ(mount(folder.path("missing.iso")), nullptr);
+TEST(MountedImage, KeepsNamesFromReachingTheShell) {
+  const std::string image = discImage(discRoot(dvdFolder()), "dvd.iso");
+  withMounts([&] {
+    const TempDir folder;
+    for (const char* name : {"with blank.iso", "quote'.iso", "double\".iso", "semi;touch x.iso",
+                             "$(touch x).iso", "`touch x`.iso", "new\nline.iso", "back\\slash.iso",
+                             "-ostrange.iso", "\xFF\xFE.iso", "star*.iso", "\xC3\xA9.iso"}) {
+      SCOPED_TRACE(name);
+      std::filesystem::create_symlink(image, folder.path(name));
+      EXPECT_NE(mountImage(folder.path(name)), nullptr);
+    }
+    EXPECT_FALSE(std::filesystem::exists("x"));
+  });
 }
 
-TEST_F(MountedImageTest, KeepsNamesFromReachingTheShell) {
-  const TempDir folder;
-  const std::string image =
-      discImage(std::filesystem::path(dvdFolder()).parent_path().parent_path(), "dvd.iso");
-  for (const char* name : {"with blank.iso", "quote'.iso", "double\".iso", "semi;touch x.iso",
-                           "$(touch x).iso", "`touch x`.iso", "new\nline.iso", "back\\slash.iso",
-                           "-ostrange.iso", "\xFF\xFE.iso", "star*.iso"}) {
-    SCOPED_TRACE(name);
-    std::filesystem::create_symlink(image, folder.path(name));
-    EXPECT_NE(mount(folder.path(name)), nullptr);
-  }
-}
-
-TEST_F(MountedImageTest, GivesUpOrGoesOnWhenItsFolderExists) {
-  // Mount folders are numbered by the clock; all numbers of the next seconds are taken.
-  const std::string image =
-      discImage(std::filesystem::path(dvdFolder()).parent_path().parent_path(), "dvd.iso");
-  const auto now = std::time(nullptr);
-  std::vector<std::string> taken;
-  for (std::time_t n = now; n < now + 20; ++n) {
-    taken.push_back("/tmp/Media_mount_" + std::to_string(n));
-    std::filesystem::create_directory(taken.back());
-  }
-  EXPECT_EQ(mount(image), nullptr);
-  EXPECT_NE(MountedImage::mount(image, MountFolderFailure::kIgnore), nullptr);
-  for (const std::string& folder : taken) std::filesystem::remove(folder);
+TEST(MountedImage, GivesUpOrGoesOnWhenItsFolderExists) {
+  const std::string image = discImage(discRoot(dvdFolder()), "dvd.iso");
+  withMounts([&] {
+    // Mount folders are numbered by the clock; all numbers of the next seconds are taken.
+    const auto now = std::time(nullptr);
+    std::vector<std::string> taken;
+    for (std::time_t n = now; n < now + 20; ++n) {
+      taken.push_back("/tmp/Media_mount_" + std::to_string(n));
+      std::filesystem::create_directory(taken.back());
+    }
+    EXPECT_EQ(mountImage(image), nullptr);
+    EXPECT_NE(MountedImage::mount(image, MountFolderFailure::kIgnore), nullptr);
+    for (const std::string& folder : taken) std::filesystem::remove(folder);
+  });
 }
 
 }  // namespace

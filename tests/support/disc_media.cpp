@@ -1,0 +1,102 @@
+#include "support/disc_media.h"
+
+#include <unistd.h>
+
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+
+#include "support/child_process.h"
+#include "support/media_factory.h"
+#include "support/temp_dir.h"
+
+namespace fs = std::filesystem;
+
+namespace kolum::test {
+
+namespace {
+
+std::string dvdStream(int seconds) {
+  const std::string duration = std::to_string(seconds);
+  return media("title" + duration + ".mpg", "-f lavfi -i testsrc=s=720x576:r=25:d=" + duration +
+                                                " -f lavfi -i sine=r=48000:d=" + duration +
+                                                " -target pal-dvd -b:v 1500k");
+}
+
+// The stream with one subtitle picture.
+void addSubtitle(const std::string& from, const std::string& to, const TempDir& work) {
+  mustRun({"ffmpeg", "-loglevel", "error", "-nostdin", "-y", "-f", "lavfi", "-i",
+           "color=white:s=64x32", "-frames:v", "1", "-pix_fmt", "monow", work.path("sub.png")});
+  work.write("sub.xml",
+             "<subpictures format=\"PAL\"><stream><spu start=\"00:00:00.00\" end=\"00:00:01.00\" "
+             "image=\"" +
+                 work.path("sub.png") + "\"/></stream></subpictures>");
+  mustRun({"sh", "-c", "spumux -P \"$1\" <\"$2\" >\"$3\"", "sh", work.path("sub.xml"), from, to},
+          {.environment = {{"VIDEO_FORMAT", "PAL"}}});
+}
+
+}  // namespace
+
+std::string dvdFolder() {
+  const std::string disc = made("dvd", "two titles, subtitle in the second", [](const auto& path) {
+    const TempDir work;
+    const RunOptions pal = {.environment = {{"VIDEO_FORMAT", "PAL"}}};
+    addSubtitle(dvdStream(2), work.path("long.mpg"), work);
+    mustRun({"dvdauthor", "-o", path, "-t", dvdStream(1)}, pal);
+    mustRun({"dvdauthor", "-o", path, "-t", work.path("long.mpg")}, pal);
+    mustRun({"dvdauthor", "-o", path, "-T"}, pal);
+  });
+  return disc + "/VIDEO_TS/";
+}
+
+std::string blurayFolder() {
+  const std::string disc = made("bluray", "two streams", [](const std::string& path) {
+    const auto stream = [](int seconds) {
+      return media("stream" + std::to_string(seconds) + ".m2ts",
+                   "-f lavfi -i testsrc=s=320x240:r=25:d=" + std::to_string(seconds) +
+                       " -f lavfi -i sine=r=48000:d=1 -pix_fmt yuv420p -c:v libx264 -c:a ac3 "
+                       "-f mpegts -mpegts_m2ts_mode 1");
+    };
+    fs::create_directories(path + "/BDMV/STREAM");
+    fs::copy(stream(1), path + "/BDMV/STREAM/00000.m2ts");
+    fs::copy(stream(3), path + "/BDMV/STREAM/00001.m2ts");
+    std::ofstream(path + "/BDMV/index.bdmv") << "INDX0200";
+  });
+  return disc + "/BDMV/";
+}
+
+std::string discRoot(const std::string& folder) {
+  return fs::path(folder).parent_path().parent_path();
+}
+
+std::string discImage(const std::string& folder, const std::string& name, ImageKind kind) {
+  const std::string recipe = folder + (kind == ImageKind::kExt4 ? " ext4" : " squashfs");
+  return made(name, recipe, [&](const std::string& path) {
+    if (kind == ImageKind::kSquashfs) {
+      mustRun({"mksquashfs", folder, path, "-quiet", "-no-progress"});
+      return;
+    }
+    std::uintmax_t size = 8U << 20;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+      if (entry.is_regular_file()) size += entry.file_size();
+    std::ofstream(path, std::ios::binary).flush();
+    fs::resize_file(path, size);
+    mustRun({"mkfs.ext4", "-q", "-d", folder, path});
+  });
+}
+
+std::optional<std::string> loopMountUnavailable() {
+  if (geteuid() != 0) return "mounting disc images needs root";
+  const TempDir work;
+  work.write("content/file", "x");
+  fs::create_directory(work.path("mounted"));
+  const std::string image = discImage(work.path("content"), "try.iso");
+  const std::string folder = work.path("mounted");
+  const RunResult mounted = run({"mount", "-o", "loop,ro", image, folder});
+  fs::remove_all(fs::path(image).parent_path());
+  if (mounted.status != 0) return "disc images cannot be mounted here: " + mounted.err;
+  run({"umount", folder});
+  return std::nullopt;
+}
+
+}  // namespace kolum::test

@@ -1,0 +1,31 @@
+// Real discs: DVD and Blu-ray folders, and images of them.
+#ifndef KOLUM_TESTS_SUPPORT_DISC_MEDIA_H
+#define KOLUM_TESTS_SUPPORT_DISC_MEDIA_H
+
+#include <optional>
+#include <string>
+
+namespace kolum::test {
+
+// The VIDEO_TS folder, with its closing "/", of a PAL DVD with two title sets: the first plays one
+// second, the second two and has a subtitle stream.
+std::string dvdFolder();
+
+// The BDMV folder, with its closing "/", of a Blu-ray with two stream files, the second larger.
+std::string blurayFolder();
+
+// The folder that holds VIDEO_TS or BDMV: what an image of the disc is made of.
+std::string discRoot(const std::string& folder);
+
+enum class ImageKind { kSquashfs, kExt4 };
+
+// An image file of this name that holds what is in FOLDER.
+std::string discImage(const std::string& folder, const std::string& name,
+                      ImageKind kind = ImageKind::kSquashfs);
+
+// Why images cannot be mounted here, if they cannot.
+std::optional<std::string> loopMountUnavailable();
+
+}  // namespace kolum::test
+
+#endif

@@ -1,0 +1,85 @@
+#include "support/media_factory.h"
+
+#include <fcntl.h>
+#include <sys/file.h>
+#include <unistd.h>
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <stdexcept>
+
+#include "support/child_process.h"
+
+namespace fs = std::filesystem;
+
+namespace kolum::test {
+
+namespace {
+
+// Where everything that is made is kept.
+const fs::path kMediaFolder = KOLUM_TEST_MEDIA_FOLDER;
+
+std::string hash(const std::string& text) {
+  std::uint64_t value = 14695981039346656037U;
+  for (const char c : text) value = (value ^ static_cast<unsigned char>(c)) * 1099511628211U;
+  char digits[17];
+  std::snprintf(digits, sizeof digits, "%016llx", static_cast<unsigned long long>(value));
+  return digits;
+}
+
+// Keeps other test processes from making the same thing at the same time.
+class MakingLock {
+ public:
+  explicit MakingLock(const fs::path& file)
+      : descriptor_(open(file.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0644)) {
+    if (descriptor_ < 0 || flock(descriptor_, LOCK_EX) != 0)
+      throw std::runtime_error("cannot lock " + file.string());
+  }
+  ~MakingLock() { close(descriptor_); }
+  MakingLock(const MakingLock&) = delete;
+  MakingLock& operator=(const MakingLock&) = delete;
+
+ private:
+  int descriptor_;
+};
+
+}  // namespace
+
+std::string made(const std::string& name, const std::string& recipe,
+                 const std::function<void(const std::string& path)>& make) {
+  const std::string key = hash(name + '\0' + recipe);
+  const fs::path folder = kMediaFolder / key;
+  const fs::path result = folder / name;
+  if (fs::exists(result)) return result;
+
+  fs::create_directories(kMediaFolder);
+  const MakingLock lock(kMediaFolder / (key + ".lock"));
+  if (fs::exists(result)) return result;
+  const fs::path unfinished = kMediaFolder / (key + ".unfinished");
+  fs::remove_all(unfinished);
+  fs::create_directories(unfinished);
+  make(unfinished / name);
+  fs::remove_all(folder);
+  fs::rename(unfinished, folder);
+  return result;
+}
+
+std::string media(const std::string& name, const std::string& ffmpegArguments) {
+  return made(name, ffmpegArguments, [&](const std::string& path) {
+    std::vector<std::string> command = {"ffmpeg", "-hide_banner", "-loglevel",
+                                        "error",  "-nostdin",     "-y"};
+    for (std::string& word : shellWords(ffmpegArguments)) command.push_back(std::move(word));
+    // A relative name would be taken for an option or a protocol if it looked like one.
+    command.push_back(path);
+    mustRun(command);
+  });
+}
+
+nlohmann::json ffprobe(const std::string& path) {
+  return nlohmann::json::parse(
+      mustRun({"ffprobe", "-v", "error", "-of", "json", "-show_format", "-show_streams", path}));
+}
+
+}  // namespace kolum::test

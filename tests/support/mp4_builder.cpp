@@ -1,0 +1,128 @@
+#include "support/mp4_builder.h"
+
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <numbers>
+#include <stdexcept>
+
+#include "support/media_factory.h"
+
+namespace kolum::test {
+
+namespace {
+
+constexpr std::size_t kHeaderSize = 8;
+
+std::string readFile(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+void writeFile(const std::string& path, const std::string& content) {
+  std::ofstream out(path, std::ios::binary);
+  out << content;
+  if (!out.flush()) throw std::runtime_error("cannot write " + path);
+}
+
+std::size_t sizeAt(const std::string& file, std::size_t offset) {
+  std::size_t value = 0;
+  for (std::size_t i = 0; i < 4; ++i)
+    value = value << 8 | static_cast<unsigned char>(file.at(offset + i));
+  return value;
+}
+
+// Where the first box of this type starts among the boxes from BEGIN to END.
+std::size_t findBox(const std::string& file, std::size_t begin, std::size_t end,
+                    const std::string& type) {
+  for (std::size_t at = begin; at + kHeaderSize <= end; at += sizeAt(file, at)) {
+    if (file.compare(at + 4, 4, type) == 0) return at;
+    if (sizeAt(file, at) < kHeaderSize) break;
+  }
+  throw std::runtime_error("no " + type + " box");
+}
+
+std::size_t findChild(const std::string& file, std::size_t parent, const std::string& type) {
+  return findBox(file, parent + kHeaderSize, parent + sizeAt(file, parent), type);
+}
+
+void growBox(std::string& file, std::size_t offset, std::size_t by) {
+  file.replace(offset, 4, bigEndian(sizeAt(file, offset) + by, 4));
+}
+
+}  // namespace
+
+std::string bigEndian(std::uint64_t value, int size) {
+  std::string bytes;
+  for (int shift = 8 * (size - 1); shift >= 0; shift -= 8)
+    bytes += static_cast<char>(value >> shift & 0xFF);
+  return bytes;
+}
+
+std::string box(const std::string& type, const std::string& payload) {
+  return bigEndian(kHeaderSize + payload.size(), 4) + type + payload;
+}
+
+std::string largeBox(const std::string& type, const std::string& payload) {
+  return bigEndian(1, 4) + type + bigEndian(2 * kHeaderSize + payload.size(), 8) + payload;
+}
+
+TrackMatrix rotationMatrix(int degrees, bool flipped) {
+  const double angle = degrees * std::numbers::pi / 180;
+  const auto fixed = [](double value) {
+    return static_cast<std::int32_t>(std::lround(value * 65536));
+  };
+  const double mirror = flipped ? -1 : 1;
+  return {fixed(mirror * std::cos(angle)),
+          fixed(mirror * std::sin(angle)),
+          0,
+          fixed(-std::sin(angle)),
+          fixed(std::cos(angle)),
+          0,
+          0,
+          0,
+          1 << 30};
+}
+
+std::string withTrackMatrix(const std::string& mp4Path, const TrackMatrix& matrix) {
+  std::string numbers;
+  for (const std::int32_t number : matrix)
+    numbers += bigEndian(static_cast<std::uint32_t>(number), 4);
+  const std::string name = std::filesystem::path(mp4Path).filename();
+  return made(name, "matrix " + mp4Path + numbers, [&](const std::string& path) {
+    std::string file = readFile(mp4Path);
+    const std::size_t movie = findBox(file, 0, file.size(), "moov");
+    const std::size_t header = findChild(file, findChild(file, movie, "trak"), "tkhd");
+    constexpr std::size_t kMatrixOffset = 48;
+    constexpr std::size_t kMatrixOffsetOfVersion1 = 60;
+    const bool isVersion1 = file.at(header + kHeaderSize) == 1;
+    file.replace(header + (isVersion1 ? kMatrixOffsetOfVersion1 : kMatrixOffset), numbers.size(),
+                 numbers);
+    writeFile(path, file);
+  });
+}
+
+std::string withSphericalBox(const std::string& mp4Path) {
+  const std::string identifier = "\xff\xcc\x82\x63\xf8\x55\x4a\x93\x88\x14\x58\x7a\x02\x52\x1f\xdd";
+  const std::string text =
+      "<?xml version=\"1.0\"?><rdf:SphericalVideo>"
+      "<GSpherical:Spherical>true</GSpherical:Spherical>"
+      "<GSpherical:Stitched>true</GSpherical:Stitched>"
+      "<GSpherical:StitchingSoftware>test</GSpherical:StitchingSoftware>"
+      "<GSpherical:ProjectionType>equirectangular</GSpherical:ProjectionType>"
+      "</rdf:SphericalVideo>";
+  const std::string name = std::filesystem::path(mp4Path).filename();
+  return made(name, "spherical " + mp4Path + text, [&](const std::string& path) {
+    std::string file = readFile(mp4Path);
+    const std::size_t movie = findBox(file, 0, file.size(), "moov");
+    const std::size_t track = findChild(file, movie, "trak");
+    const std::string added = box("uuid", identifier + text);
+    file.insert(track + sizeAt(file, track), added);
+    growBox(file, track, added.size());
+    growBox(file, movie, added.size());
+    writeFile(path, file);
+  });
+}
+
+}  // namespace kolum::test

@@ -1,0 +1,35 @@
+// MP4 boxes, byte by byte, and small changes to real MP4 files.
+#ifndef KOLUM_TESTS_SUPPORT_MP4_BUILDER_H
+#define KOLUM_TESTS_SUPPORT_MP4_BUILDER_H
+
+#include <array>
+#include <cstdint>
+#include <string>
+
+namespace kolum::test {
+
+// A box with a 32-bit size. TYPE has four characters.
+std::string box(const std::string& type, const std::string& payload);
+
+// A box whose 32-bit size is 1 and whose 64-bit size follows the type.
+std::string largeBox(const std::string& type, const std::string& payload);
+
+// VALUE in SIZE bytes, the highest first.
+std::string bigEndian(std::uint64_t value, int size);
+
+// The nine numbers of a track's matrix.
+using TrackMatrix = std::array<std::int32_t, 9>;
+
+// Turned clockwise by so many degrees; mirrored left to right as well if FLIPPED.
+TrackMatrix rotationMatrix(int degrees, bool flipped = false);
+
+// A copy of an MP4 file (its index at the end, as ffmpeg writes it) with another matrix in its
+// first track.
+std::string withTrackMatrix(const std::string& mp4Path, const TrackMatrix& matrix);
+
+// A copy whose first track says that its pictures are an equirectangular map of a sphere.
+std::string withSphericalBox(const std::string& mp4Path);
+
+}  // namespace kolum::test
+
+#endif
