@@ -12,6 +12,11 @@ target_include_directories(kolum_options INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
 
+# GCC 12 sees overlapping copies in ordinary string concatenation where there are none.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
+  target_compile_options(kolum_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
+endif()
+
 if(KOLUM_SANITIZE)
   target_compile_options(kolum_options INTERFACE
     -fsanitize=${KOLUM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

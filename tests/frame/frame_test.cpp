@@ -1,0 +1,238 @@
+// Notifications are machine-wide, so every test runs in a sandbox with a /dev/shm of its own.
+#include <gtest/gtest.h>
+#include <kolum/frame.h>
+#include <pthread.h>
+#include <semaphore.h>
+#include <signal.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <chrono>
+#include <functional>
+#include <string>
+#include <thread>
+
+#include "support/appliance_sandbox.h"
+
+using kolum::test::runInAppliance;
+using kolum::test::sandboxUnavailable;
+using Clock = std::chrono::steady_clock;
+
+namespace {
+
+void inSandbox(const std::function<void()>& body) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance(body);
+}
+
+void initialised(const std::function<void()>& body) {
+  inSandbox([&] {
+    ASSERT_EQ(KoLUM_Init("/tools/"), 0);
+    body();
+  });
+}
+
+// The value of a named semaphore as another process would see it.
+int valueOf(const char* name) {
+  sem_t* semaphore = sem_open(name, 0);
+  if (semaphore == SEM_FAILED) return -1;
+  int value = -1;
+  sem_getvalue(semaphore, &value);
+  sem_close(semaphore);
+  return value;
+}
+
+double secondsOf(const std::function<void()>& body) {
+  const auto begin = Clock::now();
+  body();
+  return std::chrono::duration<double>(Clock::now() - begin).count();
+}
+
+// Interrupts this thread's system calls a few times while BODY runs.
+void withSignals(const std::function<void()>& body) {
+  struct sigaction action = {};
+  action.sa_handler = [](int) {};
+  sigaction(SIGUSR1, &action, nullptr);
+  const pthread_t self = pthread_self();
+  std::thread sender([self] {
+    for (int i = 0; i < 3; ++i) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      pthread_kill(self, SIGUSR1);
+    }
+  });
+  body();
+  sender.join();
+}
+
+TEST(Init, TakesTheDefaultWorkingPathForNull) {
+  inSandbox([] {
+    EXPECT_EQ(g_localWorkingPath, nullptr);
+    EXPECT_EQ(KoLUM_Init(nullptr), 0);
+    EXPECT_STREQ(g_localWorkingPath, "/usr/local/medialibrary/bin/");
+  });
+}
+
+TEST(Init, KeepsACopyOfTheFirstWorkingPath) {
+  inSandbox([] {
+    std::string path = "/first/";
+    EXPECT_EQ(KoLUM_Init(path.c_str()), 0);
+    path = "/changed";
+    EXPECT_STREQ(g_localWorkingPath, "/first/");
+    EXPECT_EQ(KoLUM_Init("/second/"), 0);
+    EXPECT_STREQ(g_localWorkingPath, "/first/");
+    EXPECT_EQ(KoLUM_Init(nullptr), 0);
+    EXPECT_STREQ(g_localWorkingPath, "/first/");
+  });
+}
+
+TEST(Init, TakesAWorkingPathOfAnyLength) {
+  inSandbox([] {
+    const std::string path(100'000, 'x');
+    EXPECT_EQ(KoLUM_Init(path.c_str()), 0);
+    EXPECT_EQ(g_localWorkingPath, path);
+  });
+}
+
+TEST(Init, CreatesBothSemaphoresWithoutPosts) {
+  initialised([] {
+    EXPECT_EQ(valueOf("KOLUMS"), 0);
+    EXPECT_EQ(valueOf("KOLUMSSTOP"), 0);
+  });
+}
+
+TEST(Init, FailsWhereASemaphoreCannotBeOpenedAndMayBeRepeated) {
+  inSandbox([] {
+    // A folder stands where the semaphore's file belongs.
+    ASSERT_EQ(mkdir("/dev/shm/sem.KOLUMSSTOP", 0700), 0);
+    EXPECT_EQ(KoLUM_Init("/first/"), 1);
+    EXPECT_STREQ(g_localWorkingPath, "/first/");
+    ASSERT_EQ(rmdir("/dev/shm/sem.KOLUMSSTOP"), 0);
+    EXPECT_EQ(KoLUM_Init("/second/"), 0);
+    EXPECT_STREQ(g_localWorkingPath, "/second/");
+  });
+}
+
+TEST(UnInit, ClosesButLeavesTheSemaphoresAndThereIsNoWayBack) {
+  initialised([] {
+    EXPECT_EQ(KoLUM_Notification(), 0);
+    EXPECT_EQ(KoLUM_UnInit(), 0);
+    EXPECT_EQ(valueOf("KOLUMS"), 1);
+    EXPECT_STREQ(g_localWorkingPath, "/tools/");
+    EXPECT_EQ(KoLUM_Init("/again/"), 0);
+    EXPECT_STREQ(g_localWorkingPath, "/tools/");
+    EXPECT_EQ(KoLUM_Notification(), -1) << "nothing was reopened";
+    EXPECT_EQ(KoLUM_UnInit(), -1) << "closed already";
+  });
+}
+
+TEST(Notifications, FailWithoutInitialisation) {
+  inSandbox([] {
+    const std::function<int()> calls[] = {
+        KoLUM_Notification,
+        KoLUM_StopNotification,
+        KoLUM_WaitNotification,
+        KoLUM_WaitStopNotification,
+        KoLUM_ClearNotification,
+        KoLUM_ClearStopNotification,
+        KoLUM_UnInit,
+        [] { return KoLUM_TimedWaitNotification(1); },
+    };
+    for (const auto& call : calls) {
+      errno = 0;
+      EXPECT_EQ(call(), -1);
+      EXPECT_EQ(errno, EINVAL);
+    }
+    EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(1), 2);
+  });
+}
+
+TEST(Notifications, PostTheirOwnSemaphore) {
+  initialised([] {
+    EXPECT_EQ(KoLUM_Notification(), 0);
+    EXPECT_EQ(KoLUM_Notification(), 0);
+    EXPECT_EQ(KoLUM_StopNotification(), 0);
+    EXPECT_EQ(valueOf("KOLUMS"), 2);
+    EXPECT_EQ(valueOf("KOLUMSSTOP"), 1);
+    EXPECT_EQ(KoLUM_WaitNotification(), 0);
+    EXPECT_EQ(KoLUM_WaitStopNotification(), 0);
+    EXPECT_EQ(valueOf("KOLUMS"), 1);
+    EXPECT_EQ(valueOf("KOLUMSSTOP"), 0);
+  });
+}
+
+TEST(Notifications, WakeAnotherProcess) {
+  initialised([] {
+    const pid_t child = fork();
+    if (child == 0) _exit(KoLUM_WaitNotification() == 0 ? 42 : 1);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(KoLUM_Notification(), 0);
+    int status = 0;
+    waitpid(child, &status, 0);
+    EXPECT_EQ(WEXITSTATUS(status), 42);
+  });
+}
+
+TEST(LazyNotification, PostsOnEvery21stCall) {
+  initialised([] {
+    for (int round = 1; round <= 3; ++round) {
+      for (int call = 1; call <= 20; ++call) EXPECT_EQ(KoLUM_LazyNotification(), call);
+      EXPECT_EQ(valueOf("KOLUMS"), round - 1);
+      EXPECT_EQ(KoLUM_LazyNotification(), 0);
+      EXPECT_EQ(valueOf("KOLUMS"), round);
+    }
+    EXPECT_EQ(KoLUM_LazyNotification(), 1);
+  });
+}
+
+TEST(TimedWaitNotification, TellsAPostFromTheEndOfTime) {
+  initialised([] {
+    EXPECT_EQ(KoLUM_TimedWaitNotification(0), 1);
+    EXPECT_EQ(KoLUM_TimedWaitNotification(-5), 1);
+    EXPECT_GE(secondsOf([] { EXPECT_EQ(KoLUM_TimedWaitNotification(1), 1); }), 0.99);
+    KoLUM_Notification();
+    EXPECT_EQ(KoLUM_TimedWaitNotification(0), 0);
+  });
+}
+
+// A server looks at what the signal was about, so the wait is not taken up again.
+TEST(TimedWaitNotification, EndsAtASignal) {
+  initialised([] {
+    withSignals([] {
+      EXPECT_LT(secondsOf([] { EXPECT_EQ(KoLUM_TimedWaitNotification(5), -1); }), 2);
+      EXPECT_EQ(errno, EINTR);
+    });
+  });
+}
+
+TEST(WaitStopNotificationTimeOut, TellsAPostFromTheEndOfTime) {
+  initialised([] {
+    EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(0), 1);
+    EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(-5), 1);
+    // Whole seconds: the wait may end up to one second early.
+    EXPECT_LE(secondsOf([] { EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(2), 1); }), 2.1);
+    KoLUM_StopNotification();
+    EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(0), 0);
+  });
+}
+
+TEST(WaitStopNotificationTimeOut, GoesOnAfterASignal) {
+  initialised([] { withSignals([] { EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(2), 1); }); });
+}
+
+TEST(ClearNotification, TakesAllPostsBack) {
+  initialised([] {
+    for (int i = 0; i < 3; ++i) KoLUM_Notification();
+    KoLUM_StopNotification();
+    EXPECT_EQ(KoLUM_ClearNotification(), -1);
+    EXPECT_EQ(errno, EAGAIN);
+    EXPECT_EQ(valueOf("KOLUMS"), 0);
+    EXPECT_EQ(valueOf("KOLUMSSTOP"), 1);
+    EXPECT_EQ(KoLUM_ClearStopNotification(), -1);
+    EXPECT_EQ(valueOf("KOLUMSSTOP"), 0);
+    EXPECT_EQ(KoLUM_ClearNotification(), -1) << "nothing to take back";
+  });
+}
+
+}  // namespace
