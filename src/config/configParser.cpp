@@ -46,27 +46,27 @@ constexpr BooleanKey kBooleans[] = {
 };
 
 struct NumberKey {
-  File file;
   const char* key;
   int lumCfg_s::*field;
+  File file;
   int fallback;
 };
 
 constexpr NumberKey kNumbers[] = {
-    {File::kServer, "KOLUMSERVER:MODE", &lumCfg_s::mode, 1},
-    {File::kServer, "KOLUMSERVER:THUMB_STATUS", &lumCfg_s::thumbStatus, 1},
-    {File::kServer, "KOLUMSERVER:FACE_STATUS", &lumCfg_s::faceStatus, 1},
-    {File::kServer, "KOLUMSERVER:IMGCLASSIFY_STATUS", &lumCfg_s::imgClassifyStatus, 1},
-    {File::kAppliance, "PelmoCore:DeviceType", &lumCfg_s::deviceType, 0},
-    {File::kServer, "KOLUMSERVER:STARTWORKDAY", &lumCfg_s::startWorkday, 0},
-    {File::kServer, "KOLUMSERVER:ENDWORKDAY", &lumCfg_s::endWorkday, 6},
-    {File::kServer, "KOLUMSERVER:DAILYBUILD_HH", &lumCfg_s::dailyBuildHH, 0},
-    {File::kServer, "KOLUMSERVER:DAILYBUILD_MM", &lumCfg_s::dailyBuildMM, 0},
-    {File::kServer, "KOLUMSERVER:DAILYBUILD_END_HH", &lumCfg_s::dailyBuildEndHH, kNotSet},
-    {File::kServer, "KOLUMSERVER:DAILYBUILD_END_MM", &lumCfg_s::dailyBuildEndMM, kNotSet},
-    {File::kServer, "THUMBNAIL:MIN_WIDTH", &lumCfg_s::minWidth, 400},
-    {File::kServer, "THUMBNAIL:MIN_HEIGHT", &lumCfg_s::minHeight, 400},
-    {File::kServer, "THUMBNAIL:QUALITY", &lumCfg_s::quality, 2},
+    {"KOLUMSERVER:MODE", &lumCfg_s::mode, File::kServer, 1},
+    {"KOLUMSERVER:THUMB_STATUS", &lumCfg_s::thumbStatus, File::kServer, 1},
+    {"KOLUMSERVER:FACE_STATUS", &lumCfg_s::faceStatus, File::kServer, 1},
+    {"KOLUMSERVER:IMGCLASSIFY_STATUS", &lumCfg_s::imgClassifyStatus, File::kServer, 1},
+    {"PelmoCore:DeviceType", &lumCfg_s::deviceType, File::kAppliance, 0},
+    {"KOLUMSERVER:STARTWORKDAY", &lumCfg_s::startWorkday, File::kServer, 0},
+    {"KOLUMSERVER:ENDWORKDAY", &lumCfg_s::endWorkday, File::kServer, 6},
+    {"KOLUMSERVER:DAILYBUILD_HH", &lumCfg_s::dailyBuildHH, File::kServer, 0},
+    {"KOLUMSERVER:DAILYBUILD_MM", &lumCfg_s::dailyBuildMM, File::kServer, 0},
+    {"KOLUMSERVER:DAILYBUILD_END_HH", &lumCfg_s::dailyBuildEndHH, File::kServer, kNotSet},
+    {"KOLUMSERVER:DAILYBUILD_END_MM", &lumCfg_s::dailyBuildEndMM, File::kServer, kNotSet},
+    {"THUMBNAIL:MIN_WIDTH", &lumCfg_s::minWidth, File::kServer, 400},
+    {"THUMBNAIL:MIN_HEIGHT", &lumCfg_s::minHeight, File::kServer, 400},
+    {"THUMBNAIL:QUALITY", &lumCfg_s::quality, File::kServer, 2},
 };
 
 constexpr char kVersionKey[] = "KOLUMSERVER:MC_VERSION";
@@ -262,6 +262,8 @@ int parseConfig(lumCfg_s* cfg) noexcept {
   }
 }
 
+// By value, as hosts were built against it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
 int updateConfig(std::string section, std::string key, std::string value) noexcept {
   try {
     return update(section, key, value);

@@ -76,6 +76,7 @@ void koDebugUtilWrapperPrint(int level, const char* colour, const char* source, 
   std::array<char, 8192> text{};
   va_list arguments;
   va_start(arguments, format);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): clang-tidy 14 does not see va_start
   std::vsnprintf(text.data(), text.size(), format, arguments);
   va_end(arguments);
 
