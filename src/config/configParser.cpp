@@ -1,3 +1,5 @@
+#include "config/configParser.h"
+
 #include <iniparser.h>
 #include <kolum/config.h>
 #include <kolum/host.h>
@@ -182,7 +184,7 @@ bool isWithin(const Range& range, int value) {
   return (value >= range.low && value <= range.high) || (range.mayBeNotSet && value == kNotSet);
 }
 
-bool checkConfig(const lumCfg_s& cfg) {
+bool isValid(const lumCfg_s& cfg) {
   for (const Range& range : kRanges) {
     const int value = cfg.*range.field;
     if (isWithin(range, value)) continue;
@@ -204,11 +206,7 @@ bool readFiles(lumCfg_s& cfg) {
     KOLUM_LOG_AS(kSource, kParse, "unable to get mount path\n");
     return false;
   }
-  const Dictionary server = load(dir + kServerFile);
-  if (!server) return false;
-  const Dictionary appliance = load(kApplianceFile);
-  if (!appliance) return false;
-  readKeys(cfg, server.get(), appliance.get());
+  if (!kolum::readConfigFiles(dir + kServerFile, kApplianceFile, cfg)) return false;
   repairSizes(cfg);
   return true;
 }
@@ -216,7 +214,7 @@ bool readFiles(lumCfg_s& cfg) {
 int parse(lumCfg_s& cfg) {
   setDefaults(cfg);
   if (!readFiles(cfg)) return kFailure;
-  if (!checkConfig(cfg)) {
+  if (!isValid(cfg)) {
     KOLUM_LOG_AS(kSource, kParse, "invalid config content.\n");
     return kFailure;
   }
@@ -249,6 +247,16 @@ int update(const std::string& section, const std::string& key, const std::string
 }
 
 }  // namespace
+
+bool kolum::readConfigFiles(const std::string& serverFile, const std::string& applianceFile,
+                            lumCfg_s& cfg) {
+  const Dictionary server = load(serverFile);
+  if (!server) return false;
+  const Dictionary appliance = load(applianceFile);
+  if (!appliance) return false;
+  readKeys(cfg, server.get(), appliance.get());
+  return true;
+}
 
 int parseConfig(lumCfg_s* cfg) noexcept {
   if (cfg == nullptr) {

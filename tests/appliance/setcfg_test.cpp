@@ -265,7 +265,6 @@ TEST_F(Setcfg, RefusesWhatNoIniFileCanHold) {
       {"= in key", "S", "a=b", "v", 1},
       {"comment as key", "S", "#k", "v", 1},
       {"blank around key", "S", " k", "v", 1},
-      {"] in section", "S]T", "k", "v", 1},
       {"blank around section", "S ", "k", "v", 1},
       {"longer than a line", "S", "k", std::string(2000, 'x'), 1},
   };
