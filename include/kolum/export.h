@@ -5,6 +5,14 @@
 /* Marks what the shared object offers; everything else is hidden. */
 #define KOLUM_EXPORT __attribute__((visibility("default")))
 
+/* The layout of every record counts on it. (It also gives C something to compile in the headers that
+   are for C++ alone.) */
+#ifdef __cplusplus
+static_assert(sizeof(long) == 8, "libkolum is for 64-bit systems");
+#else
+_Static_assert(sizeof(long) == 8, "libkolum is for 64-bit systems");
+#endif
+
 #ifdef __cplusplus
 #define KOLUM_C_BEGIN extern "C" {
 #define KOLUM_C_END }
