@@ -28,7 +28,8 @@ std::string echoText(std::string_view payload);
 
 class EchoServer {
  public:
-  // Told of every complete request, by one thread at a time, before the answer is sent.
+  // Told of every complete request, by one thread at a time, before the answer is sent. Must not
+  // throw.
   using Watcher = std::function<void(const EchoRequest&)>;
 
   // Listens at SOCKETPATH, taking the place of a stale socket file but never of a server that still
