@@ -1,0 +1,30 @@
+#!/bin/sh
+# check_layers.sh ROOT: which folder may include what.
+set -eu
+cd "$1"
+failed=0
+
+# nobody PATTERN WHY FILE...: no file may match.
+nobody() {
+  pattern=$1
+  why=$2
+  shift 2
+  if grep -nE "$pattern" "$@" /dev/null; then
+    echo "-> $why"
+    failed=1
+  fi
+}
+sources() { find "$@" -name '*.h' -o -name '*.cpp' | sort; }
+
+nobody '#include .*(libav|libsw)' "only src/av includes FFmpeg's headers" \
+  $(sources include src host tools/kolum | grep -v '^src/av/')
+nobody '#include .*pugi' 'only src/xml includes pugixml' \
+  $(sources include src host tools/kolum | grep -v '^src/xml/')
+nobody '#include "(tools|tests|host)/' 'the library stands on nothing above it' $(sources src)
+nobody '#include "' 'public headers include public headers only' $(sources include)
+nobody 'getenv' 'the library reads no environment variable' $(sources src)
+nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
+  'the tool stands on the public headers only' $(sources tools/kolum)
+nobody 'LIBAV[A-Z]+_VERSION' "differences between FFmpeg's releases stand in src/av/ffmpeg.h" \
+  $(sources src | grep -v '^src/av/ffmpeg.h')
+exit $failed

@@ -1,0 +1,64 @@
+// Records as hosts were compiled with them.
+#include <gtest/gtest.h>
+#include <kolum/kolum.h>
+
+#include <cstddef>
+
+namespace {
+
+TEST(Layout, OfTheVideoRecord) {
+  struct Field {
+    const char* name;
+    std::size_t offset;
+    std::size_t expected;
+  };
+#define KOLUM_FIELD(name, expected) \
+  { #name, offsetof(videoObject_st, name), expected }
+  const Field fields[] = {
+      KOLUM_FIELD(yearMonth, 0),
+      KOLUM_FIELD(creationDate, 8),
+      KOLUM_FIELD(creationYear, 20),
+      KOLUM_FIELD(mimeType, 24),
+      KOLUM_FIELD(dlnaProfile, 120),
+      KOLUM_FIELD(duration, 248),
+      KOLUM_FIELD(width, 252),
+      KOLUM_FIELD(height, 256),
+      KOLUM_FIELD(videoBitRate, 260),
+      KOLUM_FIELD(sampleRate, 264),
+      KOLUM_FIELD(bitsPerSample, 268),
+      KOLUM_FIELD(channels, 272),
+      KOLUM_FIELD(playException, 276),
+      KOLUM_FIELD(containerFormat, 280),
+      KOLUM_FIELD(videoCodec, 284),
+      KOLUM_FIELD(videoProfile, 288),
+      KOLUM_FIELD(videoLevel, 292),
+      KOLUM_FIELD(audioCodec, 296),
+      KOLUM_FIELD(audioProfile, 300),
+      KOLUM_FIELD(audioClass, 304),
+      KOLUM_FIELD(audioLevel, 308),
+      KOLUM_FIELD(audioBitRate, 312),
+      KOLUM_FIELD(creationTime, 320),
+      KOLUM_FIELD(orientation, 328),
+      KOLUM_FIELD(subtitleCount, 332),
+      KOLUM_FIELD(is360, 336),
+      KOLUM_FIELD(bitRate, 340),
+      KOLUM_FIELD(frameRate, 344),
+      KOLUM_FIELD(sampleAspectNum, 352),
+      KOLUM_FIELD(sampleAspectDen, 356),
+      KOLUM_FIELD(displayAspectNum, 360),
+      KOLUM_FIELD(displayAspectDen, 364),
+      KOLUM_FIELD(contentIdentifier, 368),
+  };
+#undef KOLUM_FIELD
+  for (const Field& field : fields) EXPECT_EQ(field.offset, field.expected) << field.name;
+  EXPECT_EQ(sizeof(videoObject_st), 432U);
+}
+
+TEST(Layout, OfAHashNode) {
+  EXPECT_EQ(offsetof(MediaHashNode, row), 0U);
+  EXPECT_EQ(offsetof(MediaHashNode, extension), 8U);
+  EXPECT_EQ(offsetof(MediaHashNode, next), 16U);
+  EXPECT_EQ(sizeof(MediaHashNode), 24U);
+}
+
+}  // namespace
