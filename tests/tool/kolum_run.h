@@ -2,25 +2,17 @@
 #ifndef KOLUM_TESTS_TOOL_KOLUM_RUN_H
 #define KOLUM_TESTS_TOOL_KOLUM_RUN_H
 
-#include <map>
 #include <nlohmann/json.hpp>
 #include <ostream>
 #include <string>
 #include <vector>
 
+#include "support/child_process.h"
+
 namespace kolum::test {
 
-struct Surroundings {
-  std::string input = {};       // on standard input
-  std::string folder = {};      // to run in, empty for the test's own
-  std::string outputFile = {};  // takes standard output instead of Outcome::out
-  bool outputClosed = false;
-  bool errorClosed = false;
-  std::map<std::string, std::string> environment = {};  // on top of the test's own
-};
-
 struct Outcome {
-  int status = -1;  // exit status, 128 and the signal's number for one that ended it
+  int status = -1;  // exit status, or minus the number of the signal
   std::string out;
   std::string err;
 
@@ -28,12 +20,11 @@ struct Outcome {
   std::vector<nlohmann::json> json() const;
 };
 
-void PrintTo(const Outcome& run, std::ostream* out);
+void PrintTo(const Outcome& outcome, std::ostream* out);
 
-Outcome kolum(const std::vector<std::string>& arguments, const Surroundings& surroundings = {});
-
-// Any program, found as a shell finds it.
-Outcome program(const std::vector<std::string>& arguments, const Surroundings& surroundings = {});
+// Runs kolum; REDIRECTION is a shell's, such as ">&-" or ">/dev/full".
+Outcome kolum(const std::vector<std::string>& arguments, const RunOptions& options = {},
+              const std::string& redirection = "");
 
 // The sample library, made on first use, with its closing "/".
 const std::string& samples();

@@ -16,10 +16,10 @@ using testing::Not;
 
 // Classification takes any name: its results tell which names the tool understood.
 std::vector<std::string> classified(const std::vector<std::string>& arguments,
-                                    const Surroundings& surroundings = {}) {
+                                    const RunOptions& options = {}) {
   std::vector<std::string> all = {"classify", "--json"};
   all.insert(all.end(), arguments.begin(), arguments.end());
-  const Outcome run = kolum(all, surroundings);
+  const Outcome run = kolum(all, options);
   EXPECT_EQ(run.status, 0) << run.err;
   std::vector<std::string> names;
   for (const auto& line : run.json()) names.push_back(line["file"]);

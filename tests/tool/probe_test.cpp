@@ -37,8 +37,7 @@ std::string makeVideo(const std::string& path, const std::vector<std::string>& m
                                         "-c:v",   "mpeg4"};
   arguments.insert(arguments.end(), metadata.begin(), metadata.end());
   arguments.push_back("file:" + path);
-  const Outcome run = program(arguments);
-  EXPECT_EQ(run.status, 0) << run.err;
+  mustRun(arguments);
   return path;
 }
 

@@ -1,0 +1,259 @@
+// The commands that speak to the appliance around the library.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <kolum/server.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <thread>
+
+#include "ipc/running_echo_server.h"
+#include "support/appliance_sandbox.h"
+#include "tool/kolum_run.h"
+
+namespace kolum::test {
+namespace {
+
+namespace wire = MediaLibrary::LUM::wire;
+using nlohmann::json;
+using testing::HasSubstr;
+
+constexpr char kVolume[] = "/tmp/volume";
+constexpr char kServerFile[] = "/tmp/volume/.system/lumserver.conf";
+constexpr char kApplianceFile[] = "/etc/config/medialibrary.conf";
+constexpr char kSetTool[] = "/sbin/setcfg";
+
+class Appliance : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  }
+};
+
+using ToolNotify = Appliance;
+using ToolSend = Appliance;
+using ToolConfig = Appliance;
+using ToolServeEcho = Appliance;
+using ToolExtensions = Appliance;
+
+const RunOptions kOnVolume = {.environment = {{"KO_DATA_DIR", kVolume}}};
+
+std::string contentOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  std::ostringstream content;
+  content << in.rdbuf();
+  return content.str();
+}
+
+TEST_F(ToolNotify, AWaitEndsWithWhatWasPosted) {
+  runInAppliance([] {
+    EXPECT_EQ(kolum({"notify", "post"}).status, 0);
+    const Outcome got = kolum({"notify", "wait", "--seconds", "0"});
+    EXPECT_EQ(got.status, 0);
+    EXPECT_EQ(got.out, "Change received.\n");
+    const Outcome none = kolum({"notify", "wait", "--seconds", "0"});
+    EXPECT_EQ(none.status, 1);
+    EXPECT_EQ(none.out, "");
+    EXPECT_THAT(none.err, HasSubstr("kolum: nothing posted within 0 s"));
+  });
+}
+
+TEST_F(ToolNotify, ChangesAndStopsAreTwoChannels) {
+  runInAppliance([] {
+    EXPECT_EQ(kolum({"notify", "stop"}).status, 0);
+    EXPECT_EQ(kolum({"notify", "wait", "--seconds", "0"}).status, 1);
+    EXPECT_EQ(kolum({"notify", "wait", "--stop", "--seconds", "1"}).status, 0);
+    EXPECT_EQ(kolum({"notify", "wait", "--stop", "--seconds", "0"}).status, 1);
+  });
+}
+
+TEST_F(ToolNotify, AWaiterIsWokenByAPost) {
+  runInAppliance([] {
+    Outcome waited;
+    std::thread waiter([&] { waited = kolum({"notify", "wait", "--json"}); });
+    EXPECT_EQ(kolum({"notify", "post", "--json"}).status, 0);
+    waiter.join();
+    EXPECT_EQ(waited.status, 0);
+    EXPECT_EQ(waited.json().front(), json::parse(R"({"action":"wait","channel":"changes"})"));
+  });
+}
+
+TEST_F(ToolNotify, ClearEmptiesBothChannels) {
+  runInAppliance([] {
+    for (const char* action : {"post", "post", "stop"}) kolum({"notify", action});
+    EXPECT_EQ(kolum({"notify", "clear"}).status, 0);
+    EXPECT_EQ(kolum({"notify", "wait", "--seconds", "0"}).status, 1);
+    EXPECT_EQ(kolum({"notify", "wait", "--stop", "--seconds", "0"}).status, 1);
+  });
+}
+
+TEST_F(ToolSend, PrintsTheAnswer) {
+  runInAppliance([] {
+    const RunningEchoServer server(wire::kSocketPath);
+    const Outcome text = kolum({"send", "7", "--text", "hello"});
+    EXPECT_EQ(text.status, 0) << text.err;
+    EXPECT_EQ(text.out, "Result  1 (success)\nAnswer  hello\n");
+    const Outcome answer = kolum({"send", "--json", "7", "--text", "hello"});
+    EXPECT_EQ(answer.json().front()["text"], "hello");
+    EXPECT_EQ(answer.json().front()["success"], true);
+  });
+}
+
+TEST_F(ToolSend, SendsWhatItWasGiven) {
+  runInAppliance([] {
+    std::vector<tool::EchoRequest> requests;
+    const RunningEchoServer server(wire::kSocketPath,
+                                   [&](const tool::EchoRequest& r) { requests.push_back(r); });
+    writeRootFile("/tmp/payload", std::string("\0\xff-", 3));
+    const std::vector<std::vector<std::string>> rows = {
+        {"send", "1"}, {"send", "-2", "-1", "5"}, {"send", "3", "--payload", "/tmp/payload"},
+        {"send", "4", "--text", std::string(4080, 'x')}};
+    for (const auto& arguments : rows) EXPECT_EQ(kolum(arguments).status, 0);
+    ASSERT_EQ(requests.size(), 4U);
+    EXPECT_EQ(requests[0].payload, "");
+    EXPECT_EQ(requests[1].command, -2);
+    EXPECT_EQ(requests[1].payload, std::string(8, '\xff') + std::string("\5\0\0\0\0\0\0\0", 8));
+    EXPECT_EQ(requests[2].payload, std::string("\0\xff-", 3));
+    EXPECT_EQ(requests[3].payload.size(), 4080U);
+  });
+}
+
+TEST_F(ToolSend, PayloadsBeyondTheBufferAreUsageMistakes) {
+  runInAppliance([] {
+    EXPECT_EQ(kolum({"send", "4", "--text", std::string(4081, 'x')}).status, 2);
+    writeRootFile("/tmp/payload", std::string(4081, 'x'));
+    EXPECT_EQ(kolum({"send", "4", "--payload", "/tmp/payload"}).status, 2);
+    EXPECT_EQ(kolum({"send", "4", "--payload", "/tmp/missing"}).status, 1);
+  });
+}
+
+TEST_F(ToolSend, WithoutAServerFails) {
+  runInAppliance([] {
+    const Outcome run = kolum({"send", "7"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, HasSubstr("kolum: no answer from a server at /tmp/.mllumsocket.xxx"));
+  });
+}
+
+TEST_F(ToolServeEcho, ServesUntilItIsInterrupted) {
+  runInAppliance([] {
+    Outcome served;
+    std::thread server([&] {
+      served = kolum({"--json", "serve-echo"}, {}, "& echo $! > /tmp/pid; wait $!");
+    });
+    Outcome answered;
+    for (int attempt = 0; attempt < 100 && answered.status != 0; ++attempt) {
+      answered = kolum({"send", "9", "--text", "hello"});
+      if (answered.status != 0) usleep(50000);
+    }
+    EXPECT_EQ(answered.out, "Result  1 (success)\nAnswer  hello\n");
+    kill(static_cast<pid_t>(std::stol(contentOf("/tmp/pid"))), SIGTERM);
+    server.join();
+    EXPECT_EQ(served.status, 0) << served.err;
+    EXPECT_EQ(served.json().back(), json::parse(R"({"command":9,"length":5,"payload":"hello"})"));
+    EXPECT_FALSE(std::filesystem::exists(wire::kSocketPath));
+  });
+}
+
+TEST_F(ToolConfig, ShowsEverySetting) {
+  runInAppliance([] {
+    writeRootFile(kServerFile, "[KOLUMSERVER]\nMODE = 2\nMC_VERSION = caf\xE9\n"
+                               "[THUMBNAIL]\nPHOTO_BLACKLIST = /a:/b c\nQUALITY = 3\n");
+    writeRootFile(kApplianceFile, "[PelmoCore]\nDeviceType = 1\n");
+    const Outcome text = kolum({"config", "show"}, kOnVolume);
+    EXPECT_EQ(text.status, 0) << text.err;
+    EXPECT_THAT(text.out, HasSubstr("KOLUMSERVER MODE                2\n"));
+    EXPECT_THAT(text.out, HasSubstr("THUMBNAIL PHOTO_BLACKLIST       /a:/b c\n"));
+    EXPECT_THAT(text.out, HasSubstr("THUMBNAIL VIDEO_BLACKLIST       (empty)\n"));
+    EXPECT_THAT(text.out, HasSubstr("KOLUMSERVER MC_VERSION          caf\\xe9\n"));
+    const json config = kolum({"config", "show", "--json"}, kOnVolume).json().front();
+    EXPECT_EQ(config["mode"], 2);
+    EXPECT_EQ(config["enable"], true);
+    EXPECT_EQ(config["deviceType"], 1);
+    EXPECT_EQ(config["dailyBuildEndHH"], -1);
+    EXPECT_EQ(config["photoBlacklist"], json::parse(R"(["/a","/b c"])"));
+    EXPECT_EQ(config["musicBlacklist"], json::array());
+    EXPECT_EQ(config["mcVersion"], "caf\xEF\xBF\xBD");
+    EXPECT_EQ(config.size(), 20U);
+  });
+}
+
+TEST_F(ToolConfig, AValueOutOfRangeIsShownAndReported) {
+  runInAppliance([] {
+    writeRootFile(kServerFile, "[KOLUMSERVER]\nMODE = 9\n");
+    writeRootFile(kApplianceFile, "");
+    const Outcome run = kolum({"config", "show"}, kOnVolume);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.out, HasSubstr("KOLUMSERVER MODE                9\n"));
+    EXPECT_THAT(run.err, HasSubstr("a value is out of its range"));
+    EXPECT_THAT(kolum({"config", "show", "--debug"}, kOnVolume).err, HasSubstr("KOLUMSERVER:MODE:9"));
+  });
+}
+
+TEST_F(ToolConfig, WhatIsMissingIsNamed) {
+  runInAppliance([] {
+    EXPECT_THAT(kolum({"config", "show"}).err, HasSubstr("the data volume is unknown"));
+    EXPECT_THAT(kolum({"config", "show"}, kOnVolume).err,
+                HasSubstr(std::string(kServerFile) + ": No such file or directory"));
+    writeRootFile(kServerFile, "");
+    std::filesystem::remove(kApplianceFile);
+    const Outcome run = kolum({"config", "show"}, kOnVolume);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.err, HasSubstr(std::string(kApplianceFile) + ": No such file or directory"));
+  });
+}
+
+TEST_F(ToolConfig, SetChangesTheFile) {
+  runInAppliance([] {
+    writeRootFile(kServerFile, "# kept\n[THUMBNAIL]\nQUALITY = 1\n");
+    writeRootFile(kApplianceFile, "");
+    std::filesystem::copy_file(KOLUM_SETCFG, kSetTool,
+                               std::filesystem::copy_options::overwrite_existing);
+    EXPECT_EQ(kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}, kOnVolume).status, 0);
+    EXPECT_EQ(kolum({"config", "set", "KOLUMSERVER", "MC_VERSION", "show me [1]"}, kOnVolume).status, 0);
+    EXPECT_EQ(kolum({"config", "set", "--", "KOLUMSERVER", "MODE", "2"}, kOnVolume).status, 0);
+    const json config = kolum({"config", "show", "--json"}, kOnVolume).json().front();
+    EXPECT_EQ(config["quality"], 3);
+    EXPECT_EQ(config["mcVersion"], "show me [1]");
+    EXPECT_EQ(config["mode"], 2);
+    EXPECT_THAT(contentOf(kServerFile), HasSubstr("# kept\n"));
+  });
+}
+
+TEST_F(ToolConfig, SetWithoutTheToolFails) {
+  runInAppliance([] {
+    writeRootFile(kServerFile, "");
+    std::filesystem::remove(kSetTool);
+    const Outcome run = kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}, kOnVolume);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.err, HasSubstr("/sbin/setcfg: No such file or directory"));
+    EXPECT_THAT(kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}).err,
+                HasSubstr("the data volume is unknown"));
+  });
+}
+
+TEST_F(ToolExtensions, XmlFollowsTheConfiguration) {
+  runInAppliance([] {
+    writeRootFile(kApplianceFile, "[OPTIONS]\nFileUmaskInternal3 = 5\n");
+    const Outcome run = kolum({"extensions", "--xml"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_THAT(run.out, testing::StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Root>\n"));
+    EXPECT_THAT(run.out, testing::EndsWith("\t<Media Type=\"Playlist\" MaxID=\"4\">\n"
+                                           "\t\t<Extension ID=\"2\">pls</Extension>\n"
+                                           "\t\t<Extension ID=\"4\">asx</Extension>\n"
+                                           "\t</Media>\n</Root>\n"));
+    std::filesystem::remove(kApplianceFile);
+    const Outcome missing = kolum({"extensions", "--xml"});
+    EXPECT_EQ(missing.status, 1);
+    EXPECT_EQ(missing.out, "");
+    EXPECT_THAT(missing.err, HasSubstr("medialibrary.conf: No such file or directory"));
+  });
+}
+
+}  // namespace
+}  // namespace kolum::test
