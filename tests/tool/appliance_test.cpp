@@ -110,7 +110,9 @@ TEST_F(ToolSend, SendsWhatItWasGiven) {
                                    [&](const tool::EchoRequest& r) { requests.push_back(r); });
     writeRootFile("/tmp/payload", std::string("\0\xff-", 3));
     const std::vector<std::vector<std::string>> rows = {
-        {"send", "1"}, {"send", "-2", "-1", "5"}, {"send", "3", "--payload", "/tmp/payload"},
+        {"send", "1"},
+        {"send", "-2", "-1", "5"},
+        {"send", "3", "--payload", "/tmp/payload"},
         {"send", "4", "--text", std::string(4080, 'x')}};
     for (const auto& arguments : rows) EXPECT_EQ(kolum(arguments).status, 0);
     ASSERT_EQ(requests.size(), 4U);
@@ -162,8 +164,9 @@ TEST_F(ToolServeEcho, ServesUntilItIsInterrupted) {
 
 TEST_F(ToolConfig, ShowsEverySetting) {
   runInAppliance([] {
-    writeRootFile(kServerFile, "[KOLUMSERVER]\nMODE = 2\nMC_VERSION = caf\xE9\n"
-                               "[THUMBNAIL]\nPHOTO_BLACKLIST = /a:/b c\nQUALITY = 3\n");
+    writeRootFile(kServerFile,
+                  "[KOLUMSERVER]\nMODE = 2\nMC_VERSION = caf\xE9\n"
+                  "[THUMBNAIL]\nPHOTO_BLACKLIST = /a:/b c\nQUALITY = 3\n");
     writeRootFile(kApplianceFile, "[PelmoCore]\nDeviceType = 1\n");
     const Outcome text = kolum({"config", "show"}, kOnVolume);
     EXPECT_EQ(text.status, 0) << text.err;
@@ -191,7 +194,8 @@ TEST_F(ToolConfig, AValueOutOfRangeIsShownAndReported) {
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.out, HasSubstr("KOLUMSERVER MODE                9\n"));
     EXPECT_THAT(run.err, HasSubstr("a value is out of its range"));
-    EXPECT_THAT(kolum({"config", "show", "--debug"}, kOnVolume).err, HasSubstr("KOLUMSERVER:MODE:9"));
+    EXPECT_THAT(kolum({"config", "show", "--debug"}, kOnVolume).err,
+                HasSubstr("KOLUMSERVER:MODE:9"));
   });
 }
 
@@ -215,7 +219,8 @@ TEST_F(ToolConfig, SetChangesTheFile) {
     std::filesystem::copy_file(KOLUM_SETCFG, kSetTool,
                                std::filesystem::copy_options::overwrite_existing);
     EXPECT_EQ(kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}, kOnVolume).status, 0);
-    EXPECT_EQ(kolum({"config", "set", "KOLUMSERVER", "MC_VERSION", "show me [1]"}, kOnVolume).status, 0);
+    EXPECT_EQ(
+        kolum({"config", "set", "KOLUMSERVER", "MC_VERSION", "show me [1]"}, kOnVolume).status, 0);
     EXPECT_EQ(kolum({"config", "set", "--", "KOLUMSERVER", "MODE", "2"}, kOnVolume).status, 0);
     const json config = kolum({"config", "show", "--json"}, kOnVolume).json().front();
     EXPECT_EQ(config["quality"], 3);
@@ -242,7 +247,8 @@ TEST_F(ToolExtensions, XmlFollowsTheConfiguration) {
     writeRootFile(kApplianceFile, "[OPTIONS]\nFileUmaskInternal3 = 5\n");
     const Outcome run = kolum({"extensions", "--xml"});
     EXPECT_EQ(run.status, 0);
-    EXPECT_THAT(run.out, testing::StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Root>\n"));
+    EXPECT_THAT(run.out,
+                testing::StartsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Root>\n"));
     EXPECT_THAT(run.out, testing::EndsWith("\t<Media Type=\"Playlist\" MaxID=\"4\">\n"
                                            "\t\t<Extension ID=\"2\">pls</Extension>\n"
                                            "\t\t<Extension ID=\"4\">asx</Extension>\n"

@@ -105,8 +105,10 @@ std::string Result::asBlock(std::size_t indent) const {
   std::size_t width = 0;
   for (const Line& line : lines_) width = std::max(width, line.label.size());
   for (const Line& line : lines_) {
-    out += std::string(inner, ' ') + padded(line.label, width + kColumnGap) + printable(line.text) +
-           "\n";
+    out += std::string(inner, ' ');
+    out += line.text.empty() ? line.label
+                             : padded(line.label, width + kColumnGap) + printable(line.text);
+    out += '\n';
   }
   for (const Result& section : sections_) out += section.asBlock(inner);
   return out;
