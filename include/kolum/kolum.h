@@ -8,6 +8,7 @@
 
 #include <kolum/config.h>
 #include <kolum/datetime.h>
+#include <kolum/dlna.h>
 #include <kolum/export.h>
 #include <kolum/filetype.h>
 #include <kolum/frame.h>

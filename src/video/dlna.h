@@ -2,6 +2,8 @@
 #ifndef KOLUM_VIDEO_DLNA_H
 #define KOLUM_VIDEO_DLNA_H
 
+#include <kolum/dlna.h>
+
 #include <cstdint>
 #include <functional>
 #include <optional>
@@ -44,20 +46,6 @@ struct DlnaName {
   std::string profile;   // empty when there is none
   std::string mimeType;  // empty when the rules leave it open
   std::optional<std::uint32_t> playException;
-};
-
-// One test that a name was put to.
-struct DlnaTest {
-  bool held = false;
-  std::string wanted;  // "height at most 720"
-  std::string actual;  // "1080"
-};
-
-// One name, or piece of a name, that was considered.
-struct DlnaCandidate {
-  std::string name;
-  std::vector<DlnaTest> tests;
-  bool taken = false;
 };
 
 // The way to a name, in the order in which it was gone.

@@ -21,6 +21,7 @@ struct VideoFacts {
   std::string creationDate;
   std::string mimeType;
   std::string dlnaProfile;
+  bool askedDlnaRules = false;  // else the container alone gave the MIME type
   std::string contentIdentifier;
   std::optional<int> creationYear;
   std::optional<std::int64_t> creationTime;

@@ -326,6 +326,7 @@ bool Probe::readVideoCodec() {
 }
 
 void Probe::nameProfile() {
+  facts_.askedDlnaRules = true;
   const DlnaName name = nameDlnaProfile(
       {.codec = *facts_.videoCodec,
        .demuxer = input_->demuxer(),

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <filesystem>
+#include <fstream>
 
 #include "support/temp_dir.h"
 #include "tool/kolum_run.h"
@@ -288,6 +289,62 @@ TEST(ProbeHostileTags, MatroskaTitlesDoNoHarm) {
       makeVideo(folder.path("tagged.mkv"),
                 {"-metadata", "title=\"}\n{\x1b\xFF", "-metadata", "creation_time=\xFFnonsense"});
   EXPECT_EQ(single(kolum({"probe", "--json", file}))["width"], 64);
+}
+
+TEST(Tracks, AreCounted) {
+  const TempDir folder;
+  const std::string file = makeVideo(
+      folder.path("three.mp4"), {"-f", "lavfi", "-i", "sine=duration=1", "-map", "0", "-map", "1",
+                                 "-map", "1", "-c:a", "mp2", "-metadata:s:v", "rotate=90"});
+  const json line = single(kolum({"tracks", "--json", file}));
+  EXPECT_EQ(line["audioTracks"], 2);
+  EXPECT_EQ(line["subtitleTracks"], 0);
+  EXPECT_EQ(line["rotation"], 90);
+  EXPECT_EQ(line["isProtected"], false);
+}
+
+TEST(Tracks, SongsHaveNoRotation) {
+  const Outcome run = kolum({"tracks", samples() + "Music/Tones/01-first-tone.mp3"});
+  EXPECT_THAT(run.out, testing::EndsWith("  Audio tracks     1\n  Subtitle tracks  0\n"
+                                         "  Protected        no\n"));
+}
+
+TEST(Tracks, DiscsAreNotLookedInto) {
+  const Outcome found = kolum({"tracks", "--json", samples() + "Videos"});
+  EXPECT_EQ(found.status, 0);
+  EXPECT_EQ(found.json().size(), 4U);
+  EXPECT_THAT(found.err, HasSubstr("discs are not looked into"));
+  const Outcome named = kolum({"tracks", samples() + "Videos/Sample DVD"});
+  EXPECT_EQ(named.status, 1);
+}
+
+TEST(Dlna, NamesProfileAndMimeType) {
+  const json line = single(kolum({"dlna", "--json", samples() + "Videos/harbour.mp4"}));
+  EXPECT_EQ(line, json({{"file", samples() + "Videos/harbour.mp4"},
+                        {"dlnaProfile", "AVC_MP4_BL_L31_HD_AAC"},
+                        {"mimeType", "video/mp4"}}));
+}
+
+TEST(Dlna, ExplainsEveryNameThatWasConsidered) {
+  const json line =
+      single(kolum({"dlna", "--json", "--explain", samples() + "Videos/evening-news.ts"}));
+  EXPECT_EQ(line["dlnaProfile"], "MPEG_TS_SD_EU_ISO");
+  EXPECT_EQ(line["nearest"], json::parse(R"({"name":"MPEG_TS_JP_T","missing":[
+      {"wanted":"audio other AAC","actual":"MP2","held":false}]})"));
+  ASSERT_EQ(line["candidates"].size(), 3U);
+  EXPECT_EQ(line["candidates"][1], json::parse(R"({"name":"MPEG_TS_HD_NA","taken":false,"tests":[
+      {"wanted":"width at least 1280","actual":"720","held":false},
+      {"wanted":"height at least 720","actual":"576","held":false}]})"));
+  EXPECT_EQ(line["candidates"][2]["taken"], true);
+}
+
+TEST(Dlna, TellsWhyThereIsNoProfile) {
+  const Outcome run = kolum({"dlna", "--explain", samples() + "Videos/short-film.mkv"});
+  EXPECT_EQ(run.out, samples() +
+                         "Videos/short-film.mkv\n"
+                         "  DLNA profile  (none)\n"
+                         "  MIME type     video/x-matroska\n"
+                         "  Reason        files of this container get a MIME type only\n");
 }
 
 }  // namespace

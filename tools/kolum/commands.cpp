@@ -15,18 +15,22 @@ namespace kolum::tool {
 
 Action defineClassify(CLI::App& command);
 Action defineConfig(CLI::App& command);
+Action defineDlna(CLI::App& command);
 Action defineExtensions(CLI::App& command);
 Action defineIds(CLI::App& command);
 Action defineNotify(CLI::App& command);
 Action defineProbe(CLI::App& command);
 Action defineSend(CLI::App& command);
 Action defineServeEcho(CLI::App& command);
+Action defineTracks(CLI::App& command);
 
 namespace {
 
 // In the order in which --help lists them.
 constexpr Command kCommands[] = {
     {"probe", "What is in media files", defineProbe},
+    {"tracks", "Track counts, rotation and protection", defineTracks},
+    {"dlna", "DLNA profiles, and how they come about", defineDlna},
     {"classify", "The kind of files, by their names", defineClassify},
     {"extensions", "The file types the library knows", defineExtensions},
     {"ids", "Identifier tables and conversions", defineIds},

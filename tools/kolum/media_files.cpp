@@ -17,6 +17,8 @@ namespace {
 constexpr std::size_t kLongestPath = 1023;
 
 // What makes a folder a disc, looked for in it and in the folder of that structure itself.
+constexpr std::string_view kDvdIndex = "VIDEO_TS.IFO";
+constexpr std::string_view kBluRayIndex = "index.bdmv";
 constexpr const char* kDiscIndexes[] = {"VIDEO_TS/VIDEO_TS.IFO", "VIDEO_TS.IFO", "BDMV/index.bdmv",
                                         "index.bdmv"};
 
@@ -28,9 +30,11 @@ class Walk {
   void named(const std::string& name) {
     struct stat status = {};
     if (stat(name.c_str(), &status) != 0) return context_.fail(name, std::strerror(errno));
-    if (!S_ISDIR(status.st_mode)) return file(name);
+    const bool isFolder = S_ISDIR(status.st_mode);
+    const std::string index = isFolder ? discIndex(withSlash(name)) : "";
+    if (!isFolder || !index.empty()) return file(isFolder ? index : name, true);
     const std::size_t before = visited_;
-    folder(name);
+    folder(withSlash(name));
     if (visited_ == before) context_.note(name, "no media files in this folder");
   }
 
@@ -41,25 +45,40 @@ class Walk {
     return KoLUM_GetFilenameType(path.c_str(), &row, kinds, &tag);
   }
 
-  void file(const std::string& path) {
+  void file(const std::string& path, bool isNamed) {
     ++visited_;
     const MediaPath split = splitPath(path);
     if (split.full().size() > kLongestPath) {
       return context_.fail(path,
                            "path longer than " + std::to_string(kLongestPath) + " characters");
     }
-    visit_({split, kindOf(split.name, kEveryKind)});
+    const bool isDisc = split.name == kDvdIndex || split.name == kBluRayIndex;
+    visit_({split, kindOf(split.name, kEveryKind), isNamed, isDisc});
   }
 
-  void folder(std::string path) {
-    if (path.back() != '/') path += '/';
+  static std::string withSlash(std::string path) {
+    if (path.empty() || path.back() != '/') path += '/';
+    return path;
+  }
+
+  // The index file of the disc in a folder, empty when it holds none.
+  static std::string discIndex(const std::string& folder) {
     struct stat status = {};
     for (const char* index : kDiscIndexes) {
-      if (stat((path + index).c_str(), &status) != 0 || !S_ISREG(status.st_mode)) continue;
-      if ((kinds_ & kVideoBit) != 0) file(path + index);
-      return;
+      if (stat((folder + index).c_str(), &status) == 0 && S_ISREG(status.st_mode))
+        return folder + index;
     }
+    return "";
+  }
+
+  void folder(const std::string& path) {
     for (const std::string& name : entries(path)) entry(path + name);
+  }
+
+  void subfolder(const std::string& path) {
+    const std::string index = discIndex(path);
+    if (index.empty()) return folder(path);
+    if ((kinds_ & kVideoBit) != 0) file(index, false);
   }
 
   // Names in byte order; folders that cannot be listed are reported.
@@ -81,9 +100,9 @@ class Walk {
   void entry(const std::string& path) {
     struct stat status = {};
     if (lstat(path.c_str(), &status) != 0) return;  // gone since the folder was listed
-    if (S_ISDIR(status.st_mode)) return folder(path);
+    if (S_ISDIR(status.st_mode)) return subfolder(path + "/");
     if (S_ISLNK(status.st_mode) && stat(path.c_str(), &status) != 0) return;
-    if (S_ISREG(status.st_mode) && kindOf(path, kinds_) != kNoMedia) file(path);
+    if (S_ISREG(status.st_mode) && kindOf(path, kinds_) != kNoMedia) file(path, false);
   }
 
   Context& context_;

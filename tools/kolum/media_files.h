@@ -19,7 +19,9 @@ inline constexpr unsigned kEveryKind = kMusicBit | kVideoBit | kPhotoBit | kPlay
 
 struct MediaFile {
   MediaPath path;
-  int kind;  // by its name
+  int kind;      // by its name
+  bool isNamed;  // by the caller, itself or as a disc's folder; else found in a folder
+  bool isDisc;   // the index file of a DVD or Blu-ray folder
 };
 
 // Calls VISIT for every file behind NAMES, in order. A folder that holds a DVD (VIDEO_TS.IFO) or a

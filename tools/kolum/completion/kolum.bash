@@ -26,7 +26,7 @@ _kolum() {
     if [[ -z $command ]]; then command=$word; else nested=$word && break; fi
   done
 
-  local commands="probe classify extensions ids config send serve-echo notify"
+  local commands="probe tracks dlna classify extensions ids config send serve-echo notify"
   if [[ -z $command ]]; then
     _kolum_words "$commands --help --version --json --debug"
     return
@@ -36,6 +36,8 @@ _kolum() {
   local options="--help --json --debug" words="" files=yes
   case $command in
     probe) options+=" --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
+    tracks) options+=" --files-from" ;;
+    dlna) options+=" --files-from --explain --audio-stream" ;;
     classify) options+=" --files-from --kinds --mask --tag" ;;
     extensions) options+=" --kinds --xml"; files= ;;
     ids) options+=" --codec --ffmpeg"; files=; [[ -z $nested ]] && words="formats brands codecs profiles exceptions" ;;
