@@ -291,16 +291,28 @@ TEST(ProbeHostileTags, MatroskaTitlesDoNoHarm) {
   EXPECT_EQ(single(kolum({"probe", "--json", file}))["width"], 64);
 }
 
+// ffmpeg turns a "rotate" tag into something else, so it is written under another name.
+void renameTag(const std::string& file, const std::string& from, const std::string& to) {
+  std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
+  const std::string content(std::istreambuf_iterator<char>(stream), {});
+  const std::size_t at = content.find(from);
+  ASSERT_NE(at, std::string::npos);
+  stream.seekp(static_cast<std::streamoff>(at));
+  stream.write(to.data(), static_cast<std::streamsize>(to.size()));
+}
+
 TEST(Tracks, AreCounted) {
   const TempDir folder;
   const std::string file = makeVideo(
-      folder.path("three.mp4"), {"-f", "lavfi", "-i", "sine=duration=1", "-map", "0", "-map", "1",
-                                 "-map", "1", "-c:a", "mp2", "-metadata:s:v", "rotate=90"});
+      folder.path("three.mkv"), {"-f", "lavfi", "-i", "sine=duration=1", "-map", "0", "-map", "1",
+                                 "-map", "1", "-c:a", "mp2", "-metadata:s:v", "rotaXe=90"});
+  renameTag(file, "ROTAXE", "ROTATE");
   const json line = single(kolum({"tracks", "--json", file}));
   EXPECT_EQ(line["audioTracks"], 2);
   EXPECT_EQ(line["subtitleTracks"], 0);
   EXPECT_EQ(line["rotation"], 90);
   EXPECT_EQ(line["isProtected"], false);
+  EXPECT_THAT(kolum({"probe", file}).out, HasSubstr("  Rotation     90 degrees\n"));
 }
 
 TEST(Tracks, SongsHaveNoRotation) {
