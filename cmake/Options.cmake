@@ -17,7 +17,10 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   target_compile_options(kolum_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
+# Shared objects leave nothing undefined, except what a sanitizer's run-time brings.
+set(KOLUM_NO_UNDEFINED -Wl,--no-undefined)
 if(KOLUM_SANITIZE)
+  set(KOLUM_NO_UNDEFINED)
   target_compile_options(kolum_options INTERFACE
     -fsanitize=${KOLUM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(kolum_options INTERFACE -fsanitize=${KOLUM_SANITIZE})

@@ -1,0 +1,17 @@
+#include <kolum/datetime.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  std::string text(reinterpret_cast<const char*>(data), size);
+  DateTimeStringToSeconds(text.c_str());
+  if (isYYYYMMDD(text.data()) == 1) {
+    // What was accepted once is in year-first order and stays accepted.
+    const std::string ordered = text;
+    if (isYYYYMMDD(text.data()) != 1 || text != ordered) std::abort();
+  }
+  return 0;
+}
