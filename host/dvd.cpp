@@ -6,12 +6,13 @@
 #include <sys/stat.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cctype>
 #include <cstring>
 #include <map>
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace {
 
@@ -38,20 +39,23 @@ struct TitleSet {
 };
 using TitleSets = std::map<int, TitleSet>;
 
+struct FilePlace {
+  int titleSet;
+  int part;
+};
+
 // "VTS_nn_p.VOB" in any case, p from 1; part 0 is the menu.
-std::optional<std::pair<int, int>> titleAndPart(const char* name) {
-  constexpr std::size_t kNameLength = 12;
-  int title = 0;
-  int part = 0;
-  if (std::strlen(name) != kNameLength || strncasecmp(name, "VTS_", 4) != 0 ||
-      strcasecmp(name + 8, ".VOB") != 0) {
-    return std::nullopt;
+std::optional<FilePlace> placeOf(std::string_view name) {
+  constexpr std::string_view kPattern = "VTS_00_0.VOB";
+  if (name.size() != kPattern.size()) return std::nullopt;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const bool isDigit = name[i] >= '0' && name[i] <= '9';
+    const bool fits = kPattern[i] == '0' ? isDigit : std::toupper(name[i]) == kPattern[i];
+    if (!fits) return std::nullopt;
   }
-  int used = 0;
-  if (std::sscanf(name + 4, "%2d_%1d%n", &title, &part, &used) != 2 || used != 4)
-    return std::nullopt;
-  if (title < 1 || part < 1) return std::nullopt;
-  return std::pair(title, part);
+  const FilePlace place = {(name[4] - '0') * 10 + (name[5] - '0'), name[7] - '0'};
+  if (place.titleSet < 1 || place.part < 1) return std::nullopt;
+  return place;
 }
 
 // FOLDER, or the VIDEO_TS folder in it, with a closing "/".
@@ -69,17 +73,17 @@ TitleSets readTitleSets(const std::string& folder) {
   const Directory directory(opendir(folder.c_str()));
   if (directory == nullptr) return sets;
   while (const dirent* entry = readdir(directory.get())) {
-    const auto numbers = titleAndPart(entry->d_name);
-    if (!numbers) continue;
+    const auto place = placeOf(entry->d_name);
+    if (!place) continue;
     struct stat status = {};
     const std::string path = folder + entry->d_name;
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0)
       continue;
-    TitleSet& set = sets[numbers->first];
+    TitleSet& set = sets[place->titleSet];
     set.size += status.st_size;
-    if (set.firstFile.empty() || numbers->second < set.firstPart) {
+    if (set.firstFile.empty() || place->part < set.firstPart) {
       set.firstFile = path;
-      set.firstPart = numbers->second;
+      set.firstPart = place->part;
     }
   }
   return sets;

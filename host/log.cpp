@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <memory>
 #include <string>
 
 namespace {
@@ -12,19 +13,18 @@ constexpr const char* kColourReset = "\x1b[0m";
 
 bool isShown(int level) {
   const char* wanted = std::getenv("KO_LOG_LEVEL");
-  return wanted != nullptr && std::atoi(wanted) >= level;
+  return wanted != nullptr && std::strtol(wanted, nullptr, 10) >= level;
 }
 
-std::string formatted(const char* format, std::va_list arguments) {
-  std::va_list again;
-  va_copy(again, arguments);
-  const int length = std::vsnprintf(nullptr, 0, format, again);
-  va_end(again);
-  if (length <= 0) return {};
-  std::string text(static_cast<std::size_t>(length) + 1, '\0');
-  std::vsnprintf(text.data(), text.size(), format, arguments);
-  text.pop_back();
-  return text;
+struct Freer {
+  void operator()(char* text) const { std::free(text); }
+};
+using Text = std::unique_ptr<char, Freer>;
+
+// Null when there is no memory for it.
+Text formatted(const char* format, std::va_list arguments) {
+  char* text = nullptr;
+  return Text(vasprintf(&text, format, arguments) >= 0 ? text : nullptr);
 }
 
 // One line whatever the threads: a single write that other writers cannot cut in two.
@@ -49,7 +49,8 @@ void koDebugUtilWrapperPrint(int level, const char* colour, const char* source, 
   std::va_list arguments;
   va_start(arguments, format);
   try {
-    writeLine(formatted(format, arguments), colour, source, line, function);
+    const Text text = formatted(format, arguments);
+    if (text != nullptr) writeLine(text.get(), colour, source, line, function);
   } catch (...) {
     // A message that does not fit in memory is lost; the program goes on.
   }

@@ -1,10 +1,9 @@
 #include <kolum/host.h>
 #include <spawn.h>
 #include <sys/wait.h>
+#include <unistd.h>
 
 #include <cerrno>
-
-extern char** environ;
 
 namespace {
 

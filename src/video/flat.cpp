@@ -95,7 +95,7 @@ void writeFacts(const VideoFacts& facts, const FlatOutputs& out) {
   writeText(out.creationDate, sizeof(Record::creationDate), facts.creationDate);
   writeFact(out.creationTime, facts.creationTime);
   writeFact(out.frameRate, facts.frameRate);
-  if (facts.aspect) {
+  if (facts.aspect && out.wantsAspect()) {
     *out.sampleAspectNum = facts.aspect->sample.num;
     *out.sampleAspectDen = facts.aspect->sample.den;
     *out.displayAspectNum = facts.aspect->display.num;

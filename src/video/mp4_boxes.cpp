@@ -133,8 +133,9 @@ std::optional<std::uint32_t> mp4SubFormat(const char* path) {
   }
   const std::string_view text = asText(window);
   const std::size_t found = text.find("ftyp");
-  // The four characters of the brand must lie inside the window as well.
-  if (found == std::string_view::npos || found > kBrandWindow - 9) return std::nullopt;
+  // Not found is beyond the window, too. The last start position leaves a byte behind the brand.
+  constexpr std::size_t kLastStart = 55;
+  if (found > kLastStart) return std::nullopt;
   const std::string_view brand = text.substr(found + 4, 4);
 
   const auto row = std::find_if(kBrands.begin(), kBrands.end(), [&](const BrandRow& candidate) {
