@@ -12,10 +12,12 @@
 #include <kolum/export.h>
 #include <kolum/filetype.h>
 #include <kolum/frame.h>
+#include <kolum/geocode.h>
 #include <kolum/host.h>
 #include <kolum/identifiers.h>
 #include <kolum/server.h>
 #include <kolum/socket.h>
+#include <kolum/thumbnail.h>
 #include <kolum/video.h>
 
 #endif

@@ -124,6 +124,14 @@ XMLNode XMLNode::getChildNode(const char* name, int number) const {
   return {document_, childElement(element_, number, named(name)).internal_object()};
 }
 
+std::vector<XMLNode> XMLNode::getChildNodes(const char* name) const {
+  std::vector<XMLNode> nodes;
+  for (const pugi::xml_node child : childrenOf(element_).children())
+    if (isElement(child) && (name == nullptr || std::strcmp(child.name(), name) == 0))
+      nodes.push_back(XMLNode(document_, child.internal_object()));
+  return nodes;
+}
+
 XMLNode XMLNode::addChild(const char* name) {
   return {document_, childrenOf(element_).append_child(name).internal_object()};
 }

@@ -10,6 +10,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace pugi {
 class xml_document;
@@ -56,6 +57,8 @@ class XMLNode {
   // The child element with this number among those; empty beyond the last.
   XMLNode getChildNode(int number) const;
   XMLNode getChildNode(const char* name, int number = 0) const;
+  // All of them (those of one name) in one pass: one by one takes quadratic time.
+  std::vector<XMLNode> getChildNodes(const char* name = nullptr) const;
 
   // Below a declaration, what is added stands after it.
   XMLNode addChild(const char* name);

@@ -1,0 +1,82 @@
+#include "geocode/osm_answer.h"
+
+#include <algorithm>
+#include <iterator>
+#include <string>
+#include <utility>
+
+#include "support/log.h"
+#include "xml/xml_node.h"
+
+using MediaLibrary::osm_place_s;
+
+namespace kolum::geocode {
+
+namespace {
+
+constexpr char kSource[] = "osm_metadata_query";
+constexpr char kFunction[] = "parseOsmInfo";
+
+// Positions are the numbers that hosts store: append only.
+constexpr std::string_view kLanguages[] = {
+    "cs", "da", "de", "el", "en", "es", "fi", "fr", "hu", "it",    "ja",    "ko",
+    "nl", "no", "pl", "pt", "ro", "ru", "sv", "th", "tr", "zh-cn", "zh-tw",
+};
+static_assert(std::size(kLanguages) == 23);
+
+constexpr std::string_view kOsmTypes[] = {"node", "way", "relation"};
+
+// The position of TEXT in LIST, the list's length when it is not in it.
+template <typename List>
+int positionIn(const List& list, std::string_view text) {
+  const auto found = std::find(std::begin(list), std::end(list), text);
+  return static_cast<int>(std::distance(std::begin(list), found));
+}
+
+// Appends the answer in one language; one that lacks a part is passed over.
+void addAnswer(const XMLNode& answer, osm_place_s& place) {
+  const char* code = answer.getAttribute("language");
+  const XMLNode result = answer.getChildNode("result");
+  const XMLNode parts = answer.getChildNode("addressparts");
+  if (code == nullptr || result.isEmpty() || parts.isEmpty()) return;
+  const char* osmType = result.getAttribute("osm_type");
+  const char* osmId = result.getAttribute("osm_id");
+  if (osmType == nullptr || osmId == nullptr) return;
+
+  const int language = languageIndex(code);
+  place.osmType = osmTypeOf(osmType);
+  place.osmId = osmId;
+  place.addressParts.push_back({language, {}});
+  parseAddressXml(parts, place.addressParts.back().units);
+  place.addresses.push_back({language, result.getText()});
+}
+
+}  // namespace
+
+int languageIndex(std::string_view code) {
+  return positionIn(kLanguages, code);
+}
+
+int osmTypeOf(std::string_view type) {
+  return positionIn(kOsmTypes, type) + 1;
+}
+
+int readAnswer(std::string_view xml, osm_place_s& place) {
+  const XMLNode error = XMLNode::parseString(xml, "error");
+  if (!error.isEmpty()) {
+    KOLUM_LOG_AS(kSource, kFunction, "osm error:%s", error.getText().c_str());
+    return kToolError;
+  }
+  XmlResults results;
+  const XMLNode output = XMLNode::parseString(xml, "output", &results);
+  if (output.isEmpty()) {
+    KOLUM_LOG_AS(kSource, kFunction, "parse osm xml fail:%d", results.error);
+    return kNoAnswer;
+  }
+  place.addresses.clear();
+  place.addressParts.clear();
+  for (const XMLNode& answer : output.getChildNodes("reversegeocode")) addAnswer(answer, place);
+  return place.addresses.empty() ? kNoAnswer : kSuccess;
+}
+
+}  // namespace kolum::geocode

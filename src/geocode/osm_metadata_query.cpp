@@ -1,0 +1,138 @@
+#include <kolum/geocode.h>
+#include <kolum/host.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <charconv>
+#include <cmath>
+#include <cstddef>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "geocode/osm_answer.h"
+#include "support/log.h"
+#include "xml/xml_node.h"
+
+namespace geocode = kolum::geocode;
+using MediaLibrary::osm_addr_unit_s;
+using MediaLibrary::osm_place_s;
+
+namespace {
+
+constexpr char kSource[] = "osm_metadata_query";
+constexpr char kLookUp[] = "koOsmInfo";
+
+constexpr char kTool[] = "/usr/local/medialibrary/bin/osm_info";
+constexpr std::size_t kCommandSize = 1024;
+constexpr int kAttempts = 3;
+
+// No answer comes near this; a tool that prints without end is cut off here.
+constexpr std::size_t kOutputMax = std::size_t{16} << 20;
+constexpr std::size_t kPieceSize = 1024;
+
+struct ClosePipe {
+  void operator()(FILE* pipe) const { pclose(pipe); }
+};
+using Pipe = std::unique_ptr<FILE, ClosePipe>;
+
+// Eight decimals, with a point whatever the host's locale says.
+std::string decimal(double value) {
+  std::array<char, 400> digits;
+  const auto end =
+      std::to_chars(digits.begin(), digits.end(), value, std::chars_format::fixed, 8).ptr;
+  return {digits.begin(), end};
+}
+
+std::string commandFor(const osm_param_s& param) {
+  std::string command = std::string(kTool) + " lat=" + decimal(param.lat) +
+                        " lon=" + decimal(param.lon) + " zoom=" + std::to_string(param.zoom);
+  command.resize(std::min(command.size(), kCommandSize - 1));
+  return command;
+}
+
+// Signals do not end the reading. The number of bytes read, none at the end.
+std::size_t readPiece(FILE* pipe, std::array<char, kPieceSize>& piece) {
+  ssize_t count = 0;
+  do {
+    count = read(fileno(pipe), piece.data(), piece.size());
+  } while (count < 0 && errno == EINTR);
+  return count > 0 ? static_cast<std::size_t>(count) : 0;
+}
+
+// All that the command prints. Empty when it cannot be started. Of what prints too much nothing is
+// used: a text cut short is no XML.
+std::optional<std::string> outputOf(const char* command) {
+  const Pipe pipe(popen(command, "re"));
+  if (pipe == nullptr) return std::nullopt;
+  std::string output;
+  std::array<char, kPieceSize> piece{};
+  while (const std::size_t count = readPiece(pipe.get(), piece)) {
+    output.append(piece.data(), count);
+    if (output.size() > kOutputMax) return "";
+  }
+  return output;
+}
+
+int lookUp(const osm_param_s& param, osm_place_s& place) {
+  const std::string command = commandFor(param);
+  KOLUM_LOG_AS(kSource, kLookUp, "@@@@@@@@cmd:%s", command.c_str());
+  int result = geocode::kNoAnswer;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    result = parseOsmInfo(command.c_str(), place);
+    if (result == geocode::kSuccess) return result;
+    KOLUM_LOG_AS(kSource, kLookUp, "retry:%d", attempt);
+    // After the last attempt, too: wanted, it keeps hosts from asking a tool in trouble at once
+    // again.
+    unsigned int seconds = 0;
+    setWaitSecond(attempt, seconds);
+    sleep(seconds);
+  }
+  return result;
+}
+
+}  // namespace
+
+int koOsmInfo(osm_param_s& param, osm_place_s& place) noexcept try {
+  return lookUp(param, place);
+} catch (const std::exception&) {
+  return geocode::kNoAnswer;
+}
+
+int parseOsmInfo(const char* command, osm_place_s& place) noexcept try {
+  if (command == nullptr) return geocode::kNoAnswer;
+  const auto output = outputOf(command);
+  return output ? geocode::readAnswer(*output, place) : geocode::kNoAnswer;
+} catch (const std::exception&) {
+  return geocode::kNoAnswer;
+}
+
+// By value, as hosts were built against it.
+// NOLINTNEXTLINE(performance-unnecessary-value-param)
+int parseAddressXml(XMLNode node, std::vector<osm_addr_unit_s>& units) noexcept try {
+  for (const XMLNode& part : node.getChildNodes()) {
+    const std::string name = part.getName();
+    const std::string value = part.getText();
+    if (!name.empty() && !value.empty()) units.push_back({name, value});
+  }
+  return 0;
+} catch (const std::exception&) {
+  return 0;
+}
+
+// Seeding on every call is wanted: processes that fail together wait alike within a second.
+// NOLINTBEGIN(cert-msc30-c,cert-msc50-cpp,cert-msc51-cpp): no secret, only a delay
+void setWaitSecond(int attempt, unsigned int& seconds) noexcept {
+  constexpr double kLongest = RAND_MAX;
+  const auto longest = static_cast<unsigned>(std::min(std::pow(2.0, attempt), kLongest));
+  std::srand(static_cast<unsigned>(std::time(nullptr)));
+  seconds = static_cast<unsigned>(std::rand()) % (longest + 1);
+}
+// NOLINTEND(cert-msc30-c,cert-msc50-cpp,cert-msc51-cpp)
