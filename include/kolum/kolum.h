@@ -6,6 +6,7 @@
 #ifndef KOLUM_KOLUM_H
 #define KOLUM_KOLUM_H
 
+#include <kolum/audio.h>
 #include <kolum/config.h>
 #include <kolum/datetime.h>
 #include <kolum/dlna.h>
@@ -15,6 +16,7 @@
 #include <kolum/geocode.h>
 #include <kolum/host.h>
 #include <kolum/identifiers.h>
+#include <kolum/photo.h>
 #include <kolum/server.h>
 #include <kolum/socket.h>
 #include <kolum/thumbnail.h>

@@ -1,0 +1,34 @@
+/*
+ * Photos: what a picture file's header tells, without decoding the picture.
+ *
+ * Every function may be called from any thread. The picture of a file is its first video stream. A
+ * file that opens but holds no picture is a success, with the outputs as described.
+ */
+#ifndef KOLUM_PHOTO_H
+#define KOLUM_PHOTO_H
+
+#include <stdint.h>
+
+#include <kolum/export.h>
+
+KOLUM_C_BEGIN
+
+/*
+ * The pixel format of a picture, as the number that the linked FFmpeg gives it. FOLDER closes with
+ * "/"; folder and name together have at most 1023 characters. PIXELFORMAT is set to all bits (-1)
+ * first and stays so when there is no picture. Returns 0 on success; 1 when an argument is null,
+ * the path is too long, or the file does not exist or cannot be opened as media.
+ */
+KOLUM_EXPORT unsigned int GetPhotoMetadata(const char* folder, const char* fileName,
+                                           uint32_t* pixelFormat);
+
+/*
+ * Width and height of a picture in pixels, as stored (an orientation in its tags does not count).
+ * Returns 0 on success, also without a picture; 1 when an argument is null or the file does not
+ * exist or cannot be opened as media. Without a picture, and on failure, both stay untouched.
+ */
+KOLUM_EXPORT unsigned int GetPhotoHW(const char* path, uint32_t* width, uint32_t* height);
+
+KOLUM_C_END
+
+#endif

@@ -1,0 +1,33 @@
+#include <kolum/photo.h>
+
+#include "mediainfo/opening.h"
+
+using namespace kolum;
+
+unsigned int GetPhotoMetadata(const char* folder, const char* fileName, uint32_t* pixelFormat) try {
+  if (pixelFormat == nullptr) return 1;
+  // Callers tell a file without a picture by this value.
+  *pixelFormat = static_cast<uint32_t>(-1);
+  if (folder == nullptr || fileName == nullptr) return 1;
+  const auto path = mediainfo::wholePath(folder, fileName);
+  const auto input = path ? mediainfo::openMedia(*path) : std::nullopt;
+  if (!input) return 1;
+  if (const av::Stream* picture = mediainfo::firstStream(*input, av::MediaType::kVideo))
+    *pixelFormat = static_cast<uint32_t>(picture->format());
+  return 0;
+} catch (...) {
+  return 1;
+}
+
+unsigned int GetPhotoHW(const char* path, uint32_t* width, uint32_t* height) try {
+  if (path == nullptr || width == nullptr || height == nullptr) return 1;
+  const auto input = mediainfo::openMedia(path);
+  if (!input) return 1;
+  if (const av::Stream* picture = mediainfo::firstStream(*input, av::MediaType::kVideo)) {
+    *width = static_cast<uint32_t>(picture->width());
+    *height = static_cast<uint32_t>(picture->height());
+  }
+  return 0;
+} catch (...) {
+  return 1;
+}
