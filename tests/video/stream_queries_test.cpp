@@ -1,0 +1,172 @@
+#include <gtest/gtest.h>
+#include <kolum/video.h>
+#include <sys/stat.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+
+#include "support/child_process.h"
+#include "support/descriptors.h"
+#include "support/media_factory.h"
+#include "support/mp4_builder.h"
+#include "support/temp_dir.h"
+
+using namespace kolum::test;
+
+namespace {
+
+constexpr unsigned kPattern = 0xABABABAB;
+
+std::string video() {
+  return media("query.mp4", "-f lavfi -i testsrc=s=176x144:d=1 -pix_fmt yuv420p -c:v libx264");
+}
+
+std::string song() {
+  return media("query.m4a", "-f lavfi -i sine=d=1:r=44100 -c:a aac");
+}
+
+struct Answer {
+  unsigned result;
+  unsigned value;
+  bool operator==(const Answer&) const = default;
+};
+
+void PrintTo(const Answer& answer, std::ostream* out) {
+  *out << "result " << answer.result << ", value " << answer.value;
+}
+
+Answer rotation(const std::string& path) {
+  Answer answer = {.result = 0, .value = kPattern};
+  const std::size_t slash = path.rfind('/');
+  answer.result = GetVideoRotationDegree(path.substr(0, slash + 1).c_str(),
+                                         path.substr(slash + 1).c_str(), &answer.value);
+  return answer;
+}
+
+using Query = unsigned (*)(const char*, unsigned*);
+
+Answer ask(Query query, const std::string& path) {
+  Answer answer = {.result = 0, .value = kPattern};
+  answer.result = query(path.c_str(), &answer.value);
+  return answer;
+}
+
+// A copy of an MP4 file with other four-character codes.
+std::string withCode(const std::string& path, const std::string& from, const std::string& to) {
+  return made(std::filesystem::path(path).filename(), path + from + to,
+              [&](const std::string& out) {
+                std::ifstream in(path, std::ios::binary);
+                std::string file{std::istreambuf_iterator<char>(in), {}};
+                const std::size_t found = file.rfind(from);
+                ASSERT_NE(found, std::string::npos);
+                file.replace(found, from.size(), to);
+                std::ofstream(out, std::ios::binary) << file;
+              });
+}
+
+TEST(GetVideoRotationDegree, ReportsTheDegreesAsStored) {
+  for (const int degrees : {90, 180, 270, 45}) {
+    EXPECT_EQ(rotation(withTrackMatrix(video(), rotationMatrix(degrees))),
+              (Answer{0, static_cast<unsigned>(degrees)}));
+  }
+  EXPECT_EQ(rotation(withTrackMatrix(video(), rotationMatrix(-90))), (Answer{0, 270}));
+}
+
+TEST(GetVideoRotationDegree, LeavesTheOutputAloneWithoutARotation) {
+  EXPECT_EQ(rotation(video()), (Answer{0, kPattern}));
+}
+
+TEST(GetVideoRotationDegree, FailsWithoutAVideoStream) {
+  EXPECT_EQ(rotation(song()), (Answer{1, kPattern}));
+}
+
+TEST(GetVideoRotationDegree, RefusesAPathThatDoesNotFit) {
+  // Cut at 1023 characters, this path would name the file.
+  const TempDir folder;
+  std::filesystem::create_symlink(video(), folder.path("a"));
+  std::string padded = folder.folder();
+  while (padded.size() < 1022) padded += "/";
+  EXPECT_EQ(rotation(padded + "a"), (Answer{0, kPattern})) << "1023 characters";
+  EXPECT_EQ(rotation(padded + "/a"), (Answer{1, kPattern})) << "1024 characters";
+}
+
+TEST(GetVideoRotationDegree, RefusesNull) {
+  unsigned degrees = kPattern;
+  EXPECT_EQ(GetVideoRotationDegree(nullptr, "a", &degrees), 1U);
+  EXPECT_EQ(GetVideoRotationDegree("/", nullptr, &degrees), 1U);
+  EXPECT_EQ(GetVideoRotationDegree("/", "a", nullptr), 1U);
+  EXPECT_EQ(degrees, kPattern);
+}
+
+TEST(StreamCounts, CountAudioAndSubtitleStreams) {
+  const std::string path =
+      media("three-audio.mkv",
+            "-f lavfi -i testsrc=s=176x144:d=1 -f lavfi -i sine=d=1 -map 0 -map 1 -map 1 -map 1 "
+            "-pix_fmt yuv420p -c:v libx264 -c:a ac3");
+  EXPECT_EQ(ask(GetAudioTrack, path), (Answer{0, 3}));
+  EXPECT_EQ(ask(GetSubtitleTrack, path), (Answer{0, 0}));
+  EXPECT_EQ(ask(GetAudioTrack, video()), (Answer{0, 0}));
+  EXPECT_EQ(ask(GetAudioTrack, song()), (Answer{0, 1}));
+
+  const TempDir folder;
+  const std::string lines = folder.write("a.srt", "1\n00:00:00,000 --> 00:00:01,000\none\n");
+  const std::string subtitled =
+      made("subtitled.mkv", "two srt streams", [&](const std::string& out) {
+        mustRun({"ffmpeg", "-loglevel", "error", "-nostdin", "-y",   "-i", video(),
+                 "-i",     lines,       "-map",  "0",        "-map", "1",  "-map",
+                 "1",      "-c:v",      "copy",  "-c:s",     "srt",  out});
+      });
+  EXPECT_EQ(ask(GetSubtitleTrack, subtitled), (Answer{0, 2}));
+}
+
+TEST(GetDRMProtectedInfo, TellsEncryptedTracksByTheirCodecTag) {
+  EXPECT_EQ(ask(GetDRMProtectedInfo, video()), (Answer{0, 0}));
+  EXPECT_EQ(ask(GetDRMProtectedInfo, song()), (Answer{0, 0}));
+  EXPECT_EQ(ask(GetDRMProtectedInfo, withCode(video(), "avc1", "drmi")), (Answer{0, 1}));
+  EXPECT_EQ(ask(GetDRMProtectedInfo, withCode(song(), "mp4a", "drms")), (Answer{0, 1}));
+  EXPECT_EQ(ask(GetDRMProtectedInfo, withCode(video(), "avc1", "DRMI")), (Answer{0, 0}))
+      << "letter case counts";
+  const std::string untagged =
+      media("untagged.mpg", "-f lavfi -i testsrc=s=176x144:d=1 -c:v mpeg2video -f vob");
+  EXPECT_EQ(ask(GetDRMProtectedInfo, untagged), (Answer{0, 0}));
+}
+
+TEST(StreamQueries, FailOnWhatIsNoMediaFile) {
+  const TempDir folder;
+  ASSERT_EQ(mkfifo(folder.path("pipe.mp4").c_str(), 0600), 0);
+  const std::string paths[] = {
+      folder.path("missing.mp4"), folder.path("pipe.mp4"),           folder.folder(),
+      folder.write("a.mp4", ""),  folder.write("b.mp4", "no video"), std::string(100'000, 'x'),
+  };
+  for (const std::string& path : paths) {
+    SCOPED_TRACE(path.substr(0, 80));
+    withinSeconds(20, [&] {
+      for (const Query query : {GetAudioTrack, GetSubtitleTrack, GetDRMProtectedInfo})
+        EXPECT_EQ(ask(query, path), (Answer{1, kPattern}));
+      EXPECT_EQ(rotation("/" + path), (Answer{1, kPattern}));
+    });
+  }
+}
+
+TEST(StreamQueries, RefuseNull) {
+  for (const Query query : {GetAudioTrack, GetSubtitleTrack, GetDRMProtectedInfo}) {
+    unsigned value = kPattern;
+    EXPECT_EQ(query(nullptr, &value), 1U);
+    EXPECT_EQ(value, kPattern);
+    EXPECT_EQ(query(video().c_str(), nullptr), 1U);
+  }
+}
+
+TEST(StreamQueries, LeaveNoDescriptorOpen) {
+  const std::string files[] = {video(), song()};
+  const ExpectNoDescriptorLeak leak;
+  for (const std::string& file : files) {
+    for (const Query query : {GetAudioTrack, GetSubtitleTrack, GetDRMProtectedInfo})
+      ask(query, file);
+    rotation(file);
+  }
+}
+
+}  // namespace
