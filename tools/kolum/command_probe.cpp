@@ -23,10 +23,9 @@ struct Prober {
   void (*probe)(Context&, const MediaPath&, const ProbeOptions&);
 };
 
+// A kind gets a row when its probe exists; folders are searched for the kinds that have one.
 constexpr Prober kProbers[] = {
     {kVideo, kVideoBit, "video", probeVideo},
-    {kMusic, kMusicBit, "audio", nullptr},
-    {kPhoto, kPhotoBit, "photo", nullptr},
 };
 
 // The prober that the first operand asks for; a lone operand always names a file.
@@ -48,20 +47,31 @@ const Prober* proberOf(int kind) {
   return nullptr;
 }
 
+unsigned probedKinds() {
+  unsigned bits = 0;
+  for (const Prober& prober : kProbers) bits |= prober.bit;
+  return bits;
+}
+
+const char* unprobedReason(int kind) {
+  switch (kind) {
+    case kNoMedia:
+      return "no media file by its name; \"kolum probe video FILE\" probes it nevertheless";
+    case kPlaylist:
+      return "a playlist has nothing to probe";
+    default:
+      return "songs and photos cannot be probed yet";
+  }
+}
+
 void run(Context& context, Options& options) {
   const Prober* forced = forcedProber(options.files);
-  const unsigned kinds = forced != nullptr ? forced->bit : kVideoBit | kMusicBit | kPhotoBit;
+  const unsigned kinds = forced != nullptr ? forced->bit : probedKinds();
   const std::vector<std::string> names = fileNames(context, options.files);
   forEachMediaFile(context, names, kinds, [&](const MediaFile& file) {
     const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
-    if (prober != nullptr && prober->probe == nullptr) {
-      return context.fail(file.path.full(), "only videos can be probed yet");
-    }
     if (prober != nullptr) return prober->probe(context, file.path, options.probe);
-    const char* reason = file.kind == kPlaylist ? "a playlist has nothing to probe"
-                                                : "no media file by its name; force a kind with "
-                                                  "\"kolum probe video|audio|photo FILE\"";
-    context.fail(file.path.full(), reason);
+    context.fail(file.path.full(), unprobedReason(file.kind));
   });
 }
 
@@ -76,9 +86,9 @@ Action defineProbe(CLI::App& command) {
       ->type_name("N");
   command.footer(
       "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
-      "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows from "
-      "its\n"
-      "name; \"video\", \"audio\" or \"photo\" in front of the names forces it for all of them.\n"
+      "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "
+      "from\n"
+      "its name; \"video\" in front of the names takes all of them for videos.\n"
       "\nExamples:\n"
       "  kolum probe Movies/ holiday.mp4\n"
       "  kolum probe video recording.dat\n"

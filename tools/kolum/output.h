@@ -16,7 +16,7 @@ namespace kolum::tool {
 struct Identifier {
   std::int64_t id;
   std::string name;
-  std::string_view prefix = "";  // of the name, left out in text
+  std::string_view prefix = {};  // of the name, left out in text
 
   nlohmann::ordered_json json() const;
   std::string text() const;  // "H264 (28)"

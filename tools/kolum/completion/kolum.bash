@@ -35,7 +35,7 @@ _kolum() {
 
   local options="--help --json --debug" words="" files=yes
   case $command in
-    probe) options+=" --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
+    probe) options+=" --files-from --audio-stream"; [[ -z $nested ]] && words="video" ;;
     tracks) options+=" --files-from" ;;
     dlna) options+=" --files-from --explain --audio-stream" ;;
     classify) options+=" --files-from --kinds --mask --tag" ;;

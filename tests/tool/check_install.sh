@@ -1,0 +1,15 @@
+#!/bin/sh
+# check_install.sh BUILD-FOLDER: installs into a fresh folder; what is there must work on its
+# own, wherever the folder lies.
+set -eu
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+cmake --install "$1" --prefix "$folder/first" --component kolum >/dev/null
+mv "$folder/first" "$folder/moved"
+"$folder/moved/bin/kolum" --version
+"$folder/moved/bin/kolum" ids codecs 28 | grep -q CODEC_ID_H264
+ldd "$folder/moved/bin/kolum" | grep 'libko' | grep -v "$folder/moved" && exit 1
+LD_BIND_NOW=1 ldd "$(find "$folder/moved" -name libkolum.so)" | grep libkohost.so | grep -q "$folder/moved"
+for file in share/man/man1/kolum.1 share/bash-completion/completions/kolum include/kolum/kolum.h; do
+  test -f "$folder/moved/$file"
+done
