@@ -1,0 +1,57 @@
+#include "thumbnail/artwork_commands.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace {
+
+using kolum::thumbnail::convertCommand;
+using kolum::thumbnail::ffmpegCommand;
+using kolum::thumbnail::kCommandSize;
+
+TEST(ArtworkCommands, ScalesAndCropsWithFfmpeg) {
+  EXPECT_EQ(ffmpegCommand("/tools/", "/music/a/@_b.jpg", "/music/a/b-1.jpg", 126),
+            "/tools/ffmpeg -y -i '/music/a/@_b.jpg' -vf "
+            "scale='max(126\\,iw*126/ih):126/min(1\\,iw/ih)',crop=126:126 "
+            "-vframes 1 -qscale:v 2 -an -f mjpeg '/music/a/b-1.jpg'");
+  EXPECT_EQ(ffmpegCommand("/tools/", "/music/a/@_b.jpg", "/music/a/b.jpg", 252),
+            "/tools/ffmpeg -y -i '/music/a/@_b.jpg' -vf "
+            "scale='max(252\\,iw*252/ih):252/min(1\\,iw/ih)',crop=252:252 "
+            "-vframes 1 -qscale:v 2 -an -f mjpeg '/music/a/b.jpg'");
+}
+
+TEST(ArtworkCommands, ResizesWithConvert) {
+  EXPECT_EQ(convertCommand("/music/", "/music/a/@_b.png", "/music/a/b-1.jpg", 126),
+            "MAGICK_TMPDIR=\"/music/\" /usr/local/sbin/convert -limit memory 64 -limit map 128 "
+            "-resize 126x126 '/music/a/@_b.png' '/music/a/b-1.jpg'");
+  EXPECT_EQ(convertCommand("/music/", "/music/a/@_b.png", "/music/a/b.jpg", 252),
+            "MAGICK_TMPDIR=\"/music/\" /usr/local/sbin/convert -limit memory 64 -limit map 128 "
+            "-resize 252x252 '/music/a/@_b.png' '/music/a/b.jpg'");
+}
+
+TEST(ArtworkCommands, RefusesWhatItsBufferCannotHold) {
+  const std::size_t around = ffmpegCommand("", "", "t", 126)->size();
+  const std::string longest(kCommandSize - 1 - around, 's');
+  EXPECT_EQ(ffmpegCommand("", longest, "t", 126)->size(), kCommandSize - 1);
+  EXPECT_FALSE(ffmpegCommand("", longest + "s", "t", 126));
+
+  const std::size_t aroundToo = convertCommand("", "", "t", 126)->size();
+  const std::string longestToo(kCommandSize - 1 - aroundToo, 's');
+  EXPECT_EQ(convertCommand("", longestToo, "t", 126)->size(), kCommandSize - 1);
+  EXPECT_FALSE(convertCommand("", longestToo + "s", "t", 126));
+}
+
+TEST(ArtworkCommands, RefusesNamesThatWouldEndTheirQuotes) {
+  EXPECT_FALSE(ffmpegCommand("/t/", "/m/it's.jpg", "/m/b.jpg", 252));
+  EXPECT_FALSE(ffmpegCommand("/t/", "/m/b.jpg", "/m/''.jpg", 252));
+  EXPECT_FALSE(convertCommand("/m/", "/m/it's.jpg", "/m/b.jpg", 252));
+  EXPECT_FALSE(convertCommand("/m/", "/m/b.jpg", "/m/it's.jpg", 252));
+  for (const char* folder : {"/m\"/", "/$HOME/", "/`id`/", "/m\\/"}) {
+    SCOPED_TRACE(folder);
+    EXPECT_FALSE(convertCommand(folder, "/m/b.jpg", "/m/c.jpg", 252));
+    EXPECT_TRUE(ffmpegCommand("/t/", folder, folder, 252)) << "harmless in single quotes";
+  }
+}
+
+}  // namespace
