@@ -1,9 +1,7 @@
 #include <kolum/filetype.h>
-#include <strings.h>
 
 #include <algorithm>
 #include <array>
-#include <cctype>
 #include <cstdint>
 #include <cstring>
 #include <mutex>
@@ -62,8 +60,8 @@ constexpr unsigned kBlurayRow = 1;
 std::size_t bucketOf(std::string_view extension, std::size_t buckets) {
   std::uint32_t hash = 0;
   for (const char c : extension) {
-    const auto lower = static_cast<signed char>(std::tolower(static_cast<unsigned char>(c)));
-    hash = hash * 31 + static_cast<std::uint32_t>(std::int32_t{lower});
+    const auto value = static_cast<signed char>(lowerCase(c));
+    hash = hash * 31 + static_cast<std::uint32_t>(std::int32_t{value});
   }
   return (hash & 0x7FFFFFFF) % buckets;
 }
@@ -86,9 +84,9 @@ void buildIndex() {
   }
 }
 
-std::optional<unsigned> findRow(const Kind& kind, const char* extension) {
+std::optional<unsigned> findRow(const Kind& kind, std::string_view extension) {
   const MediaHashNode* node = kind.index[bucketOf(extension, kind.index.size())];
-  while (node != nullptr && strcasecmp(node->extension, extension) != 0) node = node->next;
+  while (node != nullptr && !equalsIgnoringCase(node->extension, extension)) node = node->next;
   if (node == nullptr) return std::nullopt;
   return node->row;
 }

@@ -462,48 +462,72 @@ static_assert(kPlayExceptions.size() == 4);
 constexpr int kBrandShift = 16;
 constexpr unsigned kFormatMask = 0xFFFF;
 
-// FFmpeg numbers of release 57 that lead to the library's by a shift, range by range.
-struct CodecRange {
-  int first;
-  int last;
-  int shift;
-};
-
-constexpr auto kCodecRanges = std::to_array<CodecRange>({
-    {1, 56, 0},
-    // 137 leads to CODEC_ID_IFF_ILBM. CODEC_ID_IFF_BYTERUN1 claims the same FFmpeg number and is
-    // never reached, which hosts' databases rely on.
-    {57, 137, 1},
-    {138, 161, 2},
-    {162, 173, 3},
-    {174, 174, -10},
-});
-
-struct CodecPair {
+// COUNT numbers of FFmpeg's release 57, from FFMPEG on, that lead to as many of the library's.
+struct CodecRun {
   int ffmpeg;
   int library;
+  int count;
 };
 
-constexpr auto kCodecPairs = std::to_array<CodecPair>({
-    {0x800C, CODEC_ID_SNOW},
-    {0x17800, CODEC_ID_MICRODVD},
-    {0x17801, CODEC_ID_EIA_608},
-    {0x17802, CODEC_ID_JACOSUB},
-    {0x17803, CODEC_ID_SAMI},
-    {0x17804, CODEC_ID_REALTEXT},
-    {0x17806, CODEC_ID_SUBVIEWER1},
-    {0x17807, CODEC_ID_SUBVIEWER},
-    {0x17808, CODEC_ID_SUBRIP},
-    {0x17809, CODEC_ID_WEBVTT},
-    {0x1780A, CODEC_ID_MPL2},
-    {0x1780B, CODEC_ID_VPLAYER},
-    {0x1780C, CODEC_ID_PJS},
-    {0x1780D, CODEC_ID_ASS},
+// In the order of the library's identifiers; the first run that holds a number wins.
+constexpr auto kCodecRuns = std::to_array<CodecRun>({
+    {1, CODEC_ID_MPEG1VIDEO, 56},
+    {0x800C, CODEC_ID_SNOW, 1},
+    {57, CODEC_ID_TSCC, 80},
+    {137, CODEC_ID_IFF_ILBM, 1},
+    // Wanted, though never reached: FFmpeg has one number where the library has two, and hosts'
+    // records know it as the first.
+    {137, CODEC_ID_IFF_BYTERUN1, 1},
+    {138, CODEC_ID_KGV1, 24},
+    {174, CODEC_ID_HEVC, 1},
+    {162, CODEC_ID_MSS1, 12},
+    {0x10000, CODEC_ID_PCM_S16LE, 28},
+    {0x11000, CODEC_ID_ADPCM_IMA_QT, 30},
+    {0x12000, CODEC_ID_AMR_NB, 2},
+    {0x13000, CODEC_ID_RA_144, 2},
+    {0x14000, CODEC_ID_ROQ_DPCM, 4},
+    {0x15000, CODEC_ID_MP2, 59},
+    {0x17000, CODEC_ID_DVD_SUBTITLE, 9},
+    {0x17800, CODEC_ID_MICRODVD, 1},
+    {0x17801, CODEC_ID_EIA_608, 1},
+    {0x17802, CODEC_ID_JACOSUB, 1},
+    {0x17803, CODEC_ID_SAMI, 1},
+    {0x17804, CODEC_ID_REALTEXT, 1},
+    {0x17806, CODEC_ID_SUBVIEWER1, 1},
+    {0x17807, CODEC_ID_SUBVIEWER, 1},
+    {0x17808, CODEC_ID_SUBRIP, 1},
+    {0x17809, CODEC_ID_WEBVTT, 1},
+    {0x1780A, CODEC_ID_MPL2, 1},
+    {0x1780B, CODEC_ID_VPLAYER, 1},
+    {0x1780C, CODEC_ID_PJS, 1},
+    {0x1780D, CODEC_ID_ASS, 1},
+    {0x18000, CODEC_ID_TTF, 1},
+    {0x19000, CODEC_ID_PROBE, 1},
+    {0x20000, CODEC_ID_MPEG2TS, 2},
+    {0x21000, CODEC_ID_FFMETADATA, 1},
+    {0x16FFF, CODEC_ID_DSD, 1},
 });
 
-// From here on, up to the last, the library's numbers are FFmpeg's; in between only those it knows.
-constexpr int kFirstSharedCodec = CODEC_ID_FIRST_AUDIO;
-constexpr int kLastSharedCodec = CODEC_ID_FFMETADATA;
+// The runs lead to every codec but "none", and to each from one number only.
+consteval bool runsReachEachCodecOnce() {
+  for (const Identifier& codec : kCodecs) {
+    const auto reaches = [&](const CodecRun& run) {
+      return codec.id >= run.library && codec.id < run.library + run.count;
+    };
+    const auto wanted = codec.id == CODEC_ID_NONE ? 0 : 1;
+    if (std::count_if(kCodecRuns.begin(), kCodecRuns.end(), reaches) != wanted) return false;
+  }
+  return true;
+}
+static_assert(runsReachEachCodecOnce());
+
+// And to nothing else: 334 rows without "none" and without four second names.
+consteval int pairsOfRuns() {
+  int pairs = 0;
+  for (const CodecRun& run : kCodecRuns) pairs += run.count;
+  return pairs;
+}
+static_assert(pairsOfRuns() == 329);
 
 // AAC profiles that the library numbers without naming them.
 constexpr int kProfileAacHe = 36;
@@ -600,12 +624,18 @@ std::optional<int> idOf(const Table& table, const char* name) {
 }
 
 template <typename Table>
-std::optional<std::string_view> nameOf(const Table& table, int id) {
+constexpr std::optional<std::string_view> nameOf(const Table& table, int id) {
   const auto row =
       std::find_if(table.begin(), table.end(), [&](const Identifier& r) { return r.id == id; });
   if (row == table.end()) return std::nullopt;
   return row->name;
 }
+
+// The four identifiers with two names answer with the first.
+static_assert(nameOf(kCodecs, CODEC_ID_H265) == "CODEC_ID_HEVC");
+static_assert(nameOf(kCodecs, CODEC_ID_PCM_S16LE) == "CODEC_ID_FIRST_AUDIO");
+static_assert(nameOf(kCodecs, CODEC_ID_DVD_SUBTITLE) == "CODEC_ID_FIRST_SUBTITLE");
+static_assert(nameOf(kCodecs, CODEC_ID_TTF) == "CODEC_ID_FIRST_UNKNOWN");
 
 template <typename Table>
 std::optional<int> libraryProfile(const Table& table, int ffmpegProfile) {
@@ -729,13 +759,10 @@ int PlayExceptionNameToID(const char* name, unsigned int* id) {
 
 int ffmpegCodecIdConvert(int ffmpegCodecId) {
   if (ffmpegCodecId == 0) return CODEC_ID_NONE;
-  for (const CodecRange& range : kCodecRanges)
-    if (ffmpegCodecId >= range.first && ffmpegCodecId <= range.last)
-      return ffmpegCodecId + range.shift;
-  for (const CodecPair& pair : kCodecPairs)
-    if (pair.ffmpeg == ffmpegCodecId) return pair.library;
-  const bool isShared = ffmpegCodecId >= kFirstSharedCodec && ffmpegCodecId <= kLastSharedCodec;
-  return isShared && nameOf(kCodecs, ffmpegCodecId) ? ffmpegCodecId : -1;
+  for (const CodecRun& run : kCodecRuns)
+    if (ffmpegCodecId >= run.ffmpeg && ffmpegCodecId < run.ffmpeg + run.count)
+      return run.library + (ffmpegCodecId - run.ffmpeg);
+  return -1;
 }
 
 int FF_ProfileToKO_Profile(int codec, int profile) {

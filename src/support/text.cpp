@@ -5,14 +5,6 @@
 
 namespace kolum {
 
-namespace {
-
-constexpr char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-}  // namespace
-
 std::string joinPath(std::string_view folder, std::string_view name) {
   std::string path(folder.substr(0, kPathSize - 1));
   path += name.substr(0, kPathSize - 1 - path.size());
@@ -27,7 +19,7 @@ void copyText(char* out, std::size_t size, std::string_view text) {
 
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
-                    [](char x, char y) { return lower(x) == lower(y); });
+                    [](char x, char y) { return lowerCase(x) == lowerCase(y); });
 }
 
 bool endsWithIgnoringCase(std::string_view text, std::string_view ending) {

@@ -22,7 +22,10 @@ void copyText(char (&out)[kSize], std::string_view text) {
   copyText(out, kSize, text);
 }
 
-// Comparisons that take only ASCII letters as having case, whatever the locale.
+// Only ASCII letters have case here, whatever the locale.
+constexpr char lowerCase(char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+}
 bool equalsIgnoringCase(std::string_view a, std::string_view b);
 bool endsWithIgnoringCase(std::string_view text, std::string_view ending);
 

@@ -3,6 +3,9 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
+#include <cstdlib>
+#include <iterator>
 #include <string>
 #include <thread>
 #include <vector>
@@ -149,7 +152,15 @@ TEST(Classification, HandsTheTagBackWhenVideoIsOfInterest) {
   EXPECT_EQ(classify("a.avi", 0xABCD0302), (Answer{2, 4, 3})) << "bits above the tag do not count";
 }
 
-TEST(Umask, ExcludesRowsByTheirBit) {
+// Masks live for the process, so each test takes its own back.
+class Umask : public testing::Test {
+ protected:
+  void TearDown() override {
+    for (const Kind& kind : kKinds) KoLUM_SetFileTypeUmaskInternal(kind.number, 0);
+  }
+};
+
+TEST_F(Umask, ExcludesRowsByTheirBit) {
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(2, 0x20), 0);
   EXPECT_EQ(classify("a.mp4", kVideo), (Answer{0, 0}));
   EXPECT_EQ(classify("a.mpg", kVideo), (Answer{2, 5}));
@@ -157,7 +168,7 @@ TEST(Umask, ExcludesRowsByTheirBit) {
   EXPECT_EQ(classify("a.mp4", kVideo), (Answer{2, 6})) << "the mask replaces the former one";
 }
 
-TEST(Umask, ExcludesEveryRowOfEveryKind) {
+TEST_F(Umask, ExcludesEveryRowOfEveryKind) {
   for (const Kind& kind : kKinds) {
     for (unsigned i = 0; kind.table[i].extension != nullptr; ++i) {
       SCOPED_TRACE(kind.table[i].extension);
@@ -169,7 +180,7 @@ TEST(Umask, ExcludesEveryRowOfEveryKind) {
   }
 }
 
-TEST(Umask, RefusesUnknownKindsAndNegativeMasks) {
+TEST_F(Umask, RefusesUnknownKindsAndNegativeMasks) {
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(4, 0), 1);
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(0xFFFFFFFF, 0), 1);
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(2, -1), 1);
@@ -179,52 +190,86 @@ TEST(Umask, RefusesUnknownKindsAndNegativeMasks) {
   EXPECT_EQ(classify("a.mp4", kVideo), (Answer{0, 0}));
 }
 
+// Runs the body in a process that has classified nothing yet.
+void inFreshProcess(void (*body)()) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  const auto runAndExit = [&] {
+    body();
+    std::exit(testing::Test::HasFailure() ? 1 : 0);
+  };
+  EXPECT_EXIT(runAndExit(), testing::ExitedWithCode(0), "");
+}
+
 TEST(HashIndex, IsBuiltByTheFirstClassification) {
-  EXPECT_EQ(g_initHash, 0);
-  unsigned row = 0;
-  KoLUM_GetFilenameType(nullptr, &row, kAll, &row);
-  EXPECT_EQ(g_initHash, 1);
-  std::size_t nodes = 0;
-  for (const MediaHashNode* head : g_pHashVideo)
-    for (const MediaHashNode* node = head; node != nullptr; node = node->next, ++nodes)
-      EXPECT_EQ(node->extension, g_VideoFileInfo[node->row].extension);
-  EXPECT_EQ(nodes, 33U);
+  inFreshProcess([] {
+    EXPECT_EQ(g_initHash, 0);
+    for (const MediaHashNode* head : g_pHashVideo) EXPECT_EQ(head, nullptr);
+    EXPECT_EQ(KoLUM_GetFilenameType(nullptr, nullptr, kAll, nullptr), 0);
+    EXPECT_EQ(g_initHash, 1) << "a null name builds it too";
+    const MediaHashNode* const* first =
+        std::find_if(std::begin(g_pHashVideo), std::end(g_pHashVideo),
+                     [](const MediaHashNode* head) { return head != nullptr; });
+    ASSERT_NE(first, std::end(g_pHashVideo));
+    const MediaHashNode* const node = *first;
+    classify("a.mp4", kAll);
+    EXPECT_EQ(*first, node) << "and no later call builds it anew";
+  });
 }
 
-TEST(HashIndex, KeepsTheOrderOfTheTableInItsChains) {
-  classify("a.mp4", kAll);
-  for (const MediaHashNode* head : g_pHashPicture)
-    for (const MediaHashNode* node = head; node != nullptr && node->next != nullptr;
-         node = node->next)
-      EXPECT_LT(node->row, node->next->row);
-}
-
-TEST(HashIndex, PutsAnExtensionIntoTheBucketOfItsHash) {
-  // h = h * 31 + byte over ".mp4", modulo 180.
-  classify("a.mp4", kAll);
+// h = h * 31 + byte over the extension, modulo the number of buckets.
+std::size_t bucketOf(const std::string& extension, std::size_t buckets) {
   std::uint32_t hash = 0;
-  for (const char c : std::string(".mp4")) hash = hash * 31 + static_cast<std::uint32_t>(c);
-  const MediaHashNode* node = g_pHashVideo[(hash & 0x7FFFFFFF) % 180];
-  while (node != nullptr && std::string(node->extension) != ".mp4") node = node->next;
-  ASSERT_NE(node, nullptr);
-  EXPECT_EQ(node->row, 5U);
+  for (const char c : extension) hash = hash * 31 + static_cast<std::uint32_t>(c);
+  return (hash & 0x7FFFFFFF) % buckets;
+}
+
+template <std::size_t kBuckets>
+void expectIndex(MediaHashNode* const (&index)[kBuckets], const MediaFileInfo* table,
+                 unsigned rows) {
+  std::vector<unsigned> found;
+  for (std::size_t bucket = 0; bucket < kBuckets; ++bucket) {
+    for (const MediaHashNode* node = index[bucket]; node != nullptr; node = node->next) {
+      SCOPED_TRACE(node->extension);
+      ASSERT_LT(node->row, rows);
+      EXPECT_EQ(node->extension, table[node->row].extension) << "the table's own text";
+      EXPECT_EQ(bucket, bucketOf(node->extension, kBuckets));
+      EXPECT_TRUE(node->next == nullptr || node->row < node->next->row) << "in table order";
+      found.push_back(node->row);
+    }
+  }
+  std::sort(found.begin(), found.end());
+  EXPECT_EQ(found.size(), rows);
+  EXPECT_EQ(std::adjacent_find(found.begin(), found.end()), found.end());
+}
+
+TEST(HashIndex, HoldsEveryRowInTheBucketOfItsHash) {
+  classify("a.mp4", kAll);
+  expectIndex(g_pHashVideo, g_VideoFileInfo, 33);
+  expectIndex(g_pHashMusic, g_SongFileInfo, 22);
+  expectIndex(g_pHashPicture, g_PictureFileInfo, 33);
+  expectIndex(g_pHashPlaylist, g_PlaylistFileInfo, 4);
 }
 
 TEST(HashIndex, MayBeBuiltByManyThreadsAtOnce) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 8; ++i)
-    threads.emplace_back([] {
-      for (int n = 0; n < 1000; ++n) EXPECT_EQ(classify("a.f4v", kAll), (Answer{2, 33}));
-    });
-  for (std::thread& thread : threads) thread.join();
+  inFreshProcess([] {
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 8; ++i)
+      threads.emplace_back([] {
+        for (int n = 0; n < 1000; ++n) EXPECT_EQ(classify("a.f4v", kAll), (Answer{2, 33}));
+      });
+    for (std::thread& thread : threads) thread.join();
+  });
 }
 
 TEST(DumpHashTable, PrintsOnlyHeadingsBeforeTheFirstClassification) {
-  testing::internal::CaptureStdout();
-  dumpHashTable();
-  EXPECT_EQ(testing::internal::GetCapturedStdout(),
-            "g_pHashVideo[] -> \n\ng_pHashMusic[] -> \n\ng_pHashPicture[] -> \n\n"
-            "g_pHashPlaylist[] -> \n");
+  inFreshProcess([] {
+    testing::internal::CaptureStdout();
+    dumpHashTable();
+    EXPECT_EQ(testing::internal::GetCapturedStdout(),
+              "g_pHashVideo[] -> \n\ng_pHashMusic[] -> \n\ng_pHashPicture[] -> \n\n"
+              "g_pHashPlaylist[] -> \n");
+    EXPECT_EQ(g_initHash, 0) << "printing builds nothing";
+  });
 }
 
 TEST(DumpHashTable, PrintsEveryNodeWithItsDepth) {

@@ -257,6 +257,24 @@ TEST(FfmpegCodecs, ConvertEveryNumberUpToTheLast) {
         << ffmpeg;
 }
 
+// Later subtitles are numbered by their tags here and by position in FFmpeg.
+TEST(FfmpegCodecs, KnowNoFfmpegNumberBeyondTheLast) {
+  for (const auto& row : kExpectedCodecs) {
+    if (row.id < 0x22000) continue;
+    EXPECT_EQ(ffmpegCodecIdConvert(static_cast<int>(row.id)), -1) << row.name;
+  }
+}
+
+// Every codec is reached but the second claim on 137: 334 rows, four of them second names.
+TEST(FfmpegCodecs, ReachEveryCodec) {
+  std::set<int> reached;
+  for (int ffmpeg = 0; ffmpeg <= 0x22000; ++ffmpeg)
+    if (const int id = ffmpegCodecIdConvert(ffmpeg); id != -1) reached.insert(id);
+  for (const auto& row : kExpectedCodecs)
+    EXPECT_EQ(reached.contains(static_cast<int>(row.id)), row.id != 139) << row.name;
+  EXPECT_EQ(reached.size(), 334U - 4 - 1);
+}
+
 TEST(FfmpegCodecs, ConvertTheNumbersPeopleMeet) {
   EXPECT_EQ(ffmpegCodecIdConvert(28), 28);
   EXPECT_EQ(ffmpegCodecIdConvert(174), 164) << "HEVC";
