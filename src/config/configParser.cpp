@@ -1,18 +1,17 @@
 #include "config/configParser.h"
 
-#include <iniparser.h>
 #include <kolum/config.h>
 #include <kolum/host.h>
-#include <sys/stat.h>
 
 #include <array>
 #include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <memory>
+#include <optional>
 #include <string_view>
 
+#include "support/ini_file.h"
 #include "support/log.h"
 
 namespace {
@@ -111,37 +110,10 @@ constexpr Range kRanges[] = {
     {&lumCfg_s::quality, 1, 3, false, "THUMBNAIL:QUALITY:%d\n"},
 };
 
-struct FreeDictionary {
-  void operator()(dictionary* ini) const { iniparser_freedict(ini); }
-};
-using Dictionary = std::unique_ptr<dictionary, FreeDictionary>;
-
-// Null when the file cannot be read. What is no regular file is refused: opening a FIFO would
-// block.
-Dictionary load(const std::string& path) {
-  struct stat status {};
-  if (stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
-    if (Dictionary ini{iniparser_load(path.c_str())}) return ini;
-  }
-  KOLUM_LOG_AS(kSource, kParse, "can't open config file : %s.\n", path.c_str());
-  return nullptr;
-}
-
-// A section of the same name as a key gives the key a null text, which iniparser's own readers of
-// numbers and booleans do not survive; such a key counts as absent.
-const char* textOf(const dictionary* ini, const char* key, const char* fallback) {
-  const char* text = iniparser_getstring(ini, key, nullptr);
-  return text != nullptr ? text : fallback;
-}
-
-int numberOf(const dictionary* ini, const NumberKey& number) {
-  if (textOf(ini, number.key, nullptr) == nullptr) return number.fallback;
-  return iniparser_getint(ini, number.key, number.fallback);
-}
-
-bool booleanOf(const dictionary* ini, const BooleanKey& boolean) {
-  if (textOf(ini, boolean.key, nullptr) == nullptr) return boolean.fallback;
-  return iniparser_getboolean(ini, boolean.key, boolean.fallback ? 1 : 0) != 0;
+std::optional<kolum::IniFile> load(const std::string& path) {
+  auto ini = kolum::IniFile::load(path);
+  if (!ini) KOLUM_LOG_AS(kSource, kParse, "can't open config file : %s.\n", path.c_str());
+  return ini;
 }
 
 // Empty entries between two separators stay; after the last separator there is no empty entry.
@@ -162,14 +134,17 @@ void setDefaults(lumCfg_s& cfg) {
   cfg.mcVersion = kVersionFallback;
 }
 
-void readKeys(lumCfg_s& cfg, const dictionary* server, const dictionary* appliance) {
-  for (const BooleanKey& boolean : kBooleans) cfg.*boolean.field = booleanOf(server, boolean);
-  for (const NumberKey& number : kNumbers) {
-    cfg.*number.field = numberOf(number.file == File::kServer ? server : appliance, number);
+void readKeys(lumCfg_s& cfg, const kolum::IniFile& server, const kolum::IniFile& appliance) {
+  for (const BooleanKey& boolean : kBooleans) {
+    cfg.*boolean.field = server.boolean(boolean.key, boolean.fallback);
   }
-  cfg.mcVersion = textOf(server, kVersionKey, kVersionFallback);
+  for (const NumberKey& number : kNumbers) {
+    const kolum::IniFile& ini = number.file == File::kServer ? server : appliance;
+    cfg.*number.field = ini.number(number.key, number.fallback);
+  }
+  cfg.mcVersion = server.text(kVersionKey, kVersionFallback);
   for (const ListKey& list : kBlacklists) {
-    cfg.*list.field = splitList(textOf(server, list.key, ""));
+    cfg.*list.field = splitList(server.text(list.key, ""));
   }
 }
 
@@ -250,11 +225,11 @@ int update(const std::string& section, const std::string& key, const std::string
 
 bool kolum::readConfigFiles(const std::string& serverFile, const std::string& applianceFile,
                             lumCfg_s& cfg) {
-  const Dictionary server = load(serverFile);
+  const auto server = load(serverFile);
   if (!server) return false;
-  const Dictionary appliance = load(applianceFile);
+  const auto appliance = load(applianceFile);
   if (!appliance) return false;
-  readKeys(cfg, server.get(), appliance.get());
+  readKeys(cfg, *server, *appliance);
   return true;
 }
 

@@ -1,13 +1,12 @@
-#include <iniparser.h>
 #include <kolum/filetype.h>
 
 #include <array>
 #include <cstdint>
 #include <cstdio>
-#include <memory>
 #include <span>
 #include <string>
 
+#include "support/ini_file.h"
 #include "xml/xml_node.h"
 
 namespace {
@@ -50,11 +49,6 @@ const std::array<Kind, 4> kKinds = {{
     {"Playlist", g_PlaylistFileInfo, 4},
 }};
 
-struct DictionaryDeleter {
-  void operator()(dictionary* configuration) const { iniparser_freedict(configuration); }
-};
-using Configuration = std::unique_ptr<dictionary, DictionaryDeleter>;
-
 // Rows 32 and up share the bits of rows 0 and up, because the configured value has 32; and the
 // built-in exclusions of classification do not show. Both are what hosts' pages expect.
 void addExtensions(XMLNode& media, const Kind& kind, std::uint32_t excluded) {
@@ -66,7 +60,7 @@ void addExtensions(XMLNode& media, const Kind& kind, std::uint32_t excluded) {
   }
 }
 
-std::string extensionList(dictionary* configuration) {
+std::string extensionList(const kolum::IniFile& configuration) {
   XMLNode document = XMLNode::createXMLTopNode("xml", true);
   document.addAttribute("version", "1.0");
   document.addAttribute("encoding", "UTF-8");
@@ -74,7 +68,7 @@ std::string extensionList(dictionary* configuration) {
   for (std::size_t number = 0; number < kKinds.size(); ++number) {
     const Kind& kind = kKinds[number];
     const std::string key = "OPTIONS:FileUmaskInternal" + std::to_string(number);
-    const int excluded = iniparser_getint(configuration, key.c_str(), 0);
+    const int excluded = configuration.number(key.c_str(), 0);
     XMLNode media = root.addChild("Media");
     media.addAttribute("Type", kind.name);
     media.addAttribute("MaxID", std::to_string(kind.rows).c_str());
@@ -86,9 +80,9 @@ std::string extensionList(dictionary* configuration) {
 }  // namespace
 
 int KoLUM_PrintFileExtList() try {
-  const Configuration configuration(iniparser_load(kConfigurationFile));
-  if (configuration == nullptr) return 1;
-  std::printf("%s\n", extensionList(configuration.get()).c_str());
+  const auto configuration = kolum::IniFile::load(kConfigurationFile);
+  if (!configuration) return 1;
+  std::printf("%s\n", extensionList(*configuration).c_str());
   return 0;
 } catch (...) {
   return 1;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 #include <kolum/filetype.h>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cctype>
@@ -307,6 +309,44 @@ std::string printedList(int expectedResult) {
 TEST(PrintFileExtList, FailsWithoutTheConfiguration) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] { EXPECT_EQ(printedList(1), ""); });
+}
+
+TEST(PrintFileExtList, FailsAtOnceWhereNoFileStands) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([] {
+    writeRootFile(kConfiguration, "");
+    ASSERT_EQ(unlink(kConfiguration), 0);
+    ASSERT_EQ(mkfifo(kConfiguration, 0600), 0);
+    EXPECT_EQ(printedList(1), "") << "a FIFO nobody writes to";
+    ASSERT_EQ(unlink(kConfiguration), 0);
+    ASSERT_EQ(mkdir(kConfiguration, 0700), 0);
+    EXPECT_EQ(printedList(1), "");
+  });
+}
+
+TEST(PrintFileExtList, FailsForTextThatIsNoIniFile) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([] {
+    for (const std::string& text : {std::string("\xFF\xFE[OPT\n=\n"),
+                                    "[OPTIONS]\nFileUmaskInternal3=" + std::string(100'000, '9')}) {
+      writeRootFile(kConfiguration, text);
+      EXPECT_EQ(printedList(1), "") << text.substr(0, 40);
+    }
+  });
+}
+
+TEST(PrintFileExtList, ExcludesNothingForValuesThatAreNoNumbers) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([] {
+    writeRootFile(kConfiguration, "");
+    const std::string everything = printedList(0);
+    // A section of the key's name leaves the key without a text.
+    for (const char* text : {"[OPTIONS:FileUmaskInternal0]\n",
+                             "[OPTIONS]\nFileUmaskInternal0=\nFileUmaskInternal2=many\n"}) {
+      writeRootFile(kConfiguration, text);
+      EXPECT_EQ(printedList(0), everything) << text;
+    }
+  });
 }
 
 TEST(PrintFileExtList, ListsEverythingForAnEmptyConfiguration) {
