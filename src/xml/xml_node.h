@@ -35,8 +35,8 @@ class XMLNode {
   XMLNode() = default;
 
   // The first element of this name, in document order, or the top element when TAG is null. Empty
-  // when there is none; RESULTS, if given, tells why. What stands before a fault in the text
-  // counts.
+  // when there is none; RESULTS, if given, tells why. A text with a fault anywhere, a cut one too,
+  // is no XML.
   static XMLNode parseString(std::string_view text, const char* tag = nullptr,
                              XmlResults* results = nullptr);
 

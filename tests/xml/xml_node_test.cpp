@@ -33,6 +33,40 @@ TEST(XmlNode, TellsWhyThereIsNone) {
   parse("<A/>", "a", kXmlErrorTagMissing);
 }
 
+// Tools print what they like around their documents.
+TEST(XmlNode, FindsTheElementBehindOtherText) {
+  EXPECT_EQ(parse("reading file ...\n<ID3TAG><TITLE>t</TITLE></ID3TAG>", "TITLE", kXmlErrorNone)
+                .getText(),
+            "t");
+  EXPECT_EQ(parse("<a/><b>second top</b>", "b", kXmlErrorNone).getText(), "second top");
+  EXPECT_EQ(parse("\xEF\xBB\xBF<?xml version='1.0' encoding='UTF-8'?>\n<!DOCTYPE a>\n<a>t</a>", "a",
+                  kXmlErrorNone)
+                .getText(),
+            "t");
+}
+
+// Half an answer is no answer: callers ask again.
+TEST(XmlNode, TakesADocumentThatIsCutAnywhereForNone) {
+  const std::string whole = "<output><part lang='en'>text</part></output>";
+  for (std::size_t length = 1; length < whole.size(); ++length) {
+    SCOPED_TRACE(whole.substr(0, length));
+    parse(whole.substr(0, length), "output", kXmlErrorNoTagFound);
+    parse(whole.substr(whole.size() - length), "output", kXmlErrorNoTagFound);
+  }
+}
+
+TEST(XmlNode, ExpandsNoEntitiesOfTheDocumentsOwn) {
+  const XMLNode node = parse(
+      "<!DOCTYPE a [<!ENTITY x 'xx'><!ENTITY y '&x;&x;'><!ENTITY f SYSTEM 'file:///etc/passwd'>]>"
+      "<a>&y;&f;</a>",
+      "a", kXmlErrorNone);
+  EXPECT_EQ(node.getText(), "&y;&f;");
+}
+
+TEST(XmlNode, HandsBytesThatAreNotUtf8On) {
+  EXPECT_EQ(parse("<a>\xFF\xE9</a>", "a", kXmlErrorNone).getText(), "\xFF\xE9");
+}
+
 TEST(XmlNode, NumbersItsErrorsAsHostsKnowThem) {
   EXPECT_EQ(static_cast<int>(kXmlErrorNone), 0);
   EXPECT_EQ(static_cast<int>(kXmlErrorNoTagFound), 2);
