@@ -20,7 +20,9 @@ nobody '#include .*(libav|libsw)' "only src/av includes FFmpeg's headers" \
   $(sources include src host tools/kolum | grep -v '^src/av/')
 nobody '#include .*pugi' 'only src/xml includes pugixml' \
   $(sources include src host tools/kolum | grep -v '^src/xml/')
-nobody '#include "(tools|tests|host)/' 'the library stands on nothing above it' $(sources src)
+nobody '#include .*iniparser' 'only src/support includes iniparser' \
+  $(sources include src | grep -v '^src/support/')
+nobody '#include "(\.\.|tools|tests|host)/' 'the library stands on nothing above it' $(sources src)
 nobody '#include "' 'public headers include public headers only' $(sources include)
 nobody 'getenv' 'the library reads no environment variable' $(sources src)
 nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
