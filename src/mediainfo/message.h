@@ -1,0 +1,11 @@
+// The lines that this family writes to standard error.
+#ifndef KOLUM_MEDIAINFO_MESSAGE_H
+#define KOLUM_MEDIAINFO_MESSAGE_H
+
+#include <cstdio>
+
+// FORMAT begins with "[%s:%d]": the source's name and the line, ahead of the caller's arguments.
+#define KOLUM_MEDIAINFO_MESSAGE(format, ...) \
+  std::fprintf(stderr, format, "MediaInfo", __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+
+#endif
