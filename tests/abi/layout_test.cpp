@@ -54,6 +54,20 @@ TEST(Layout, OfTheVideoRecord) {
   EXPECT_EQ(sizeof(videoObject_st), 432U);
 }
 
+TEST(Layout, OfTheMediaInfoRecords) {
+  EXPECT_EQ(offsetof(MediaInfo, streamCount), 16U);
+  EXPECT_EQ(offsetof(MediaInfo, streams), 24U);
+  EXPECT_EQ(sizeof(MediaInfo), 32U);
+  // Seventeen numbers of 32 bits.
+  EXPECT_EQ(offsetof(MediaStreamInfo, profile), 3 * 4U);
+  EXPECT_EQ(offsetof(MediaStreamInfo, bitRate), 5 * 4U);
+  EXPECT_EQ(offsetof(MediaStreamInfo, isDivx), 9 * 4U);
+  EXPECT_EQ(offsetof(MediaStreamInfo, width), 11 * 4U);
+  EXPECT_EQ(offsetof(MediaStreamInfo, rotation), 13 * 4U);
+  EXPECT_EQ(offsetof(MediaStreamInfo, frameRateDen), 16 * 4U);
+  EXPECT_EQ(sizeof(MediaStreamInfo), 17 * 4U);
+}
+
 TEST(Layout, OfAHashNode) {
   EXPECT_EQ(offsetof(MediaHashNode, row), 0U);
   EXPECT_EQ(offsetof(MediaHashNode, extension), 8U);

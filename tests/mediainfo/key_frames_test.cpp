@@ -1,0 +1,528 @@
+// The two key-frame searches, on real files and against ffprobe's packets.
+#include <gtest/gtest.h>
+#include <kolum/mediainfo.h>
+#include <sys/stat.h>
+
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "av/input.h"
+#include "mediainfo/key_frames.h"
+#include "support/child_process.h"
+#include "support/descriptors.h"
+#include "support/media_factory.h"
+#include "support/mp4_builder.h"
+#include "support/temp_dir.h"
+
+using namespace kolum::test;
+using kolum::mediainfo::timestampAfter;
+using kolum::mediainfo::timestampAfter32;
+
+namespace {
+
+constexpr double kUntouched = -4711.5;
+constexpr double kTolerance = 1e-9;
+
+// What GetMediaInfo answers; the seconds asked for stand for "none found".
+double infoSearch(const std::string& path, std::int64_t seconds) {
+  MediaInfo* info = nullptr;
+  double time = kUntouched;
+  EXPECT_EQ(GetMediaInfo(path.c_str(), &info, seconds, &time), 0U) << path;
+  Free_MediaInfo(info);
+  return time;
+}
+
+struct Found {
+  unsigned result = 9;
+  double time = kUntouched;
+  std::string messages;  // of the library, without line numbers
+};
+
+// Its own lines on standard error, "[MediaInfo:123]" shortened to "[MediaInfo]".
+std::string ownMessages(const std::string& text) {
+  std::string own;
+  std::size_t at = 0;
+  while ((at = text.find("[MediaInfo:", at)) != std::string::npos) {
+    const std::size_t close = text.find(']', at);
+    const std::size_t end = text.find('\n', close);
+    own += "[MediaInfo]" + text.substr(close + 1, end - close);
+    at = end;
+  }
+  return own;
+}
+
+Found search(const std::string& path, int seconds) {
+  Found found;
+  testing::internal::CaptureStderr();
+  found.result = getVideoKeyFrameTime(path.c_str(), seconds, &found.time);
+  found.messages = ownMessages(testing::internal::GetCapturedStderr());
+  return found;
+}
+
+void expectFound(const Found& found, double time) {
+  EXPECT_EQ(found.result, 0U);
+  EXPECT_NEAR(found.time, time, kTolerance);
+  EXPECT_EQ(found.messages, "");
+}
+
+void expectNotFound(const Found& found, const std::string& messages) {
+  EXPECT_EQ(found.result, 1U);
+  EXPECT_EQ(found.time, kUntouched);
+  EXPECT_EQ(found.messages, messages);
+}
+
+constexpr char kSeekFailed[] = "[MediaInfo]: av_seek_frame failed\n";
+constexpr char kReadFailed[] = "[MediaInfo]: av_read_frame failed\n";
+constexpr char kNoStartSeek[] =
+    "[MediaInfo]: seek error, can't find valid PTS.\n"
+    "[MediaInfo]:Can't find valid PTS, assuming it is 0.\n";
+constexpr char kNoStartRead[] =
+    "[MediaInfo]: read error or EOF, abort search PTS\n"
+    "[MediaInfo]:Can't find valid PTS, assuming it is 0.\n";
+
+// A key frame as ffprobe lists it, in seconds from the stream's first time stamp.
+struct KeyFrame {
+  double pts;
+  double dts;
+};
+
+std::vector<KeyFrame> keyFrames(const std::string& path) {
+  const auto probed =
+      nlohmann::json::parse(mustRun({"ffprobe", "-v", "quiet", "-of", "json", "-select_streams",
+                                     "v:0", "-show_packets", "-show_streams", path}));
+  const double start = std::stod(probed["streams"][0]["start_time"].get<std::string>());
+  const auto time = [start](const nlohmann::json& packet, const char* key) {
+    return std::stod(packet.value(key, "0")) - start;
+  };
+  std::vector<KeyFrame> frames;
+  for (const auto& packet : probed["packets"]) {
+    if (packet["flags"].get<std::string>().front() == 'K' && packet.contains("pts_time"))
+      frames.push_back({time(packet, "pts_time"), time(packet, "dts_time")});
+  }
+  return frames;
+}
+
+const std::string kTwentySeconds =
+    "-f lavfi -i testsrc=s=64x48:r=25:d=20 -f lavfi -i sine=d=20 -pix_fmt yuv420p -g 50 ";
+const std::string kX264 = "-c:v libx264 -sc_threshold 0 ";
+const std::string kNoSceneCut = " -sc_threshold 1000000000 ";
+
+std::string twoSecondGroups(const std::string& extension) {
+  return media("groups." + extension, kTwentySeconds + kX264 + "-c:a aac");
+}
+
+// Where FFmpeg's seek leads in a container: to the first key frame at or after the time, by which
+// of its time stamps, and what there is beyond the last one.
+enum class SeekBy { kPts, kDts };
+enum class Beyond { kNothing, kLastKeyFrame };
+
+struct SearchRow {
+  const char* name;
+  std::string codecs;
+  SeekBy by;
+  Beyond beyond;
+  // Some demuxers know their streams only once they read, which the search alone does not wait for.
+  bool knowsStreamsAtOpen = true;
+};
+
+const std::vector<SearchRow>& searchRows() {
+  static const std::vector<SearchRow> rows = {
+      {"groups.mp4", kX264 + "-c:a aac", SeekBy::kPts, Beyond::kNothing},
+      {"groups.mov", kX264 + "-c:a aac", SeekBy::kPts, Beyond::kNothing},
+      {"groups.mkv", kX264 + "-c:a aac", SeekBy::kPts, Beyond::kNothing},
+      {"groups.webm", "-c:v libvpx -c:a libvorbis", SeekBy::kPts, Beyond::kNothing},
+      {"groups.avi", kNoSceneCut + "-c:v mpeg4 -c:a mp3", SeekBy::kDts, Beyond::kNothing},
+      {"groups.flv", kX264 + "-c:a aac", SeekBy::kDts, Beyond::kNothing, false},
+      {"groups.mpg", kNoSceneCut + "-c:v mpeg1video -c:a mp2", SeekBy::kDts, Beyond::kNothing,
+       false},
+      {"groups.ts", kX264 + "-c:a aac", SeekBy::kDts, Beyond::kNothing},
+      {"groups.asf", kNoSceneCut + "-c:v wmv2 -c:a wmav2", SeekBy::kPts, Beyond::kLastKeyFrame},
+      {"groups.rm", kNoSceneCut + "-c:v rv20 -s 176x144 -c:a ac3", SeekBy::kPts,
+       Beyond::kLastKeyFrame},
+      {"groups.ogv", "-c:v libtheora -c:a libvorbis", SeekBy::kPts, Beyond::kLastKeyFrame},
+  };
+  return rows;
+}
+
+std::optional<double> expectedTime(const SearchRow& row, const std::vector<KeyFrame>& keys,
+                                   double seconds) {
+  for (const KeyFrame& key : keys)
+    if ((row.by == SeekBy::kPts ? key.pts : key.dts) > seconds - 1e-6) return key.pts;
+  if (row.beyond == Beyond::kLastKeyFrame) return keys.back().pts;
+  return std::nullopt;
+}
+
+TEST(KeyFrameSearch, AgreesWithFfprobesPacketsInEveryContainer) {
+  for (const SearchRow& row : searchRows()) {
+    const std::string path = media(row.name, kTwentySeconds + row.codecs);
+    const std::vector<KeyFrame> keys = keyFrames(path);
+    ASSERT_GE(keys.size(), 9U) << row.name;
+    for (const int seconds : {1, 2, 3, 9, 18, 19, 40}) {
+      SCOPED_TRACE(std::string(row.name) + " at " + std::to_string(seconds));
+      const auto expected = expectedTime(row, keys, seconds);
+      EXPECT_NEAR(infoSearch(path, seconds), expected.value_or(seconds), 2e-6);
+      const Found found = search(path, seconds);
+      if (expected && row.knowsStreamsAtOpen) {
+        EXPECT_EQ(found.result, 0U);
+        EXPECT_NEAR(found.time, *expected, 2e-6);
+      } else {
+        EXPECT_EQ(found.result, 1U);
+        EXPECT_EQ(found.time, kUntouched);
+        EXPECT_EQ(found.messages.empty(), !row.knowsStreamsAtOpen);
+      }
+    }
+  }
+}
+
+TEST(KeyFrameSearch, TakesSecondZeroForTheFirstKeyFrame) {
+  expectFound(search(twoSecondGroups("mp4"), 0), 0);
+}
+
+TEST(KeyFrameSearch, CountsFromTheStreamsStart) {
+  for (const char* extension : {"mkv", "mp4", "ts"}) {
+    SCOPED_TRACE(extension);
+    const std::string path =
+        media(std::string("late.") + extension,
+              kTwentySeconds + kNoSceneCut + "-c:v mpeg4 -bf 0 -an -output_ts_offset 100");
+    ASSERT_GE(std::stod(ffprobe(path)["streams"][0]["start_time"].get<std::string>()), 100);
+    EXPECT_NEAR(infoSearch(path, 3), 4, kTolerance);
+    expectFound(search(path, 3), 4);
+  }
+}
+
+TEST(KeyFrameSearch, SaysWhatIsWrongWithTheSeekBeyondTheLastKeyFrame) {
+  expectNotFound(search(twoSecondGroups("mp4"), 30), kSeekFailed);
+}
+
+TEST(KeyFrameSearch, SaysWhatIsWrongWhenNoKeyFrameFollows) {
+  expectNotFound(search(twoSecondGroups("ts"), 19), kReadFailed);
+}
+
+// A copy of a transport stream whose first COUNT video packets have lost their time stamps.
+std::string withoutEarlyTimestamps(const std::string& path, int count) {
+  return made("late-pts.ts", std::to_string(count) + " of " + path, [&](const std::string& out) {
+    std::ifstream in(path, std::ios::binary);
+    std::string file{std::istreambuf_iterator<char>(in), {}};
+    // A video packet's header: start code with stream id, length, then two bytes of flags.
+    std::size_t at = 0;
+    for (int i = 0; i < count; ++i) {
+      at = file.find(std::string("\0\0\1\xE0", 4), at + 1);
+      ASSERT_NE(at, std::string::npos);
+      file[at + 7] = static_cast<char>(file[at + 7] & 0x3F);
+    }
+    std::ofstream(out, std::ios::binary) << file;
+  });
+}
+
+TEST(KeyFrameSearch, TakesTheFirstTimestampForTheStartOfATransportStreamThatBeginsWithout) {
+  const std::string whole =
+      media("intra.ts",
+            "-f lavfi -i testsrc=s=64x48:r=25:d=8 -pix_fmt yuv420p -c:v mpeg2video "
+            "-bf 0 -g 25 -sc_threshold 1000000000");
+  const std::string path = withoutEarlyTimestamps(whole, 10);
+  // Eleven packets in, 0.4 seconds: what was the third second's key frame now comes after 2.6.
+  expectFound(search(path, 2), 2.6);
+}
+
+TEST(KeyFrameSearch, AssumesAStartOfZeroWhereNoPacketHasATimestamp) {
+  const std::string raw =
+      media("raw.h264",
+            "-f lavfi -i testsrc=s=64x48:r=25:d=4 -pix_fmt yuv420p -c:v libx264 "
+            "-g 50");
+  expectNotFound(search(raw, 1), std::string(kNoStartSeek) + kSeekFailed);
+  EXPECT_EQ(infoSearch(raw, 1), 1);
+
+  const std::string stream =
+      media("intra.ts",
+            "-f lavfi -i testsrc=s=64x48:r=25:d=8 -pix_fmt yuv420p -c:v mpeg2video "
+            "-bf 0 -g 25 -sc_threshold 1000000000");
+  const Found found = search(withoutEarlyTimestamps(stream, 200), 1);
+  EXPECT_EQ(found.result, 1U);
+  EXPECT_EQ(found.messages.substr(0, sizeof kNoStartRead - 1), kNoStartRead);
+}
+
+TEST(KeyFrameSearch, FindsNothingInAnAttachedPicture) {
+  const std::string picture = media("picture.jpg", "-f lavfi -i color=red:s=32x24:d=1 -frames:v 1");
+  for (const char* codec : {"mp3", "flac"}) {
+    const std::string path = media(std::string("cover.") + codec,
+                                   "-f lavfi -i sine=d=5 -i '" + picture + "' -map 0 -map 1 -c:a " +
+                                       codec + " -c:v copy -disposition:v attached_pic");
+    EXPECT_EQ(infoSearch(path, 3), 3) << codec;
+    EXPECT_EQ(search(path, 3).result, 1U) << codec;
+  }
+}
+
+// A transport stream with 25 pictures a second and a key frame every GROUP of them. Demuxers of
+// such streams land on any picture, so the search has to read on to the next key frame.
+std::string longGroups(const std::string& name, int group, int pictures, const std::string& more) {
+  return media(name, "-f lavfi -i color=gray:s=16x16:r=25 " + more + " -frames:v " +
+                         std::to_string(pictures) +
+                         " -pix_fmt yuv420p -c:v libx264 -preset ultrafast -bf 0 -sc_threshold 0 "
+                         "-keyint_min 1 -g " +
+                         std::to_string(group));
+}
+
+TEST(KeyFrameSearch, GivesUpAfter3600PacketsWithoutAKeyFrame) {
+  const std::string path = longGroups("long.ts", 4000, 4100, "");
+  ASSERT_EQ(keyFrames(path).size(), 2U);
+  EXPECT_NEAR(infoSearch(path, 20), 160, kTolerance);  // 3500 packets on
+  EXPECT_EQ(infoSearch(path, 2), 2);                   // 3950 packets on
+  expectFound(search(path, 20), 160);
+  expectNotFound(search(path, 2), "");
+}
+
+TEST(KeyFrameSearch, CountsTheOtherStreamsPacketsInTheRecordsSearchOnly) {
+  const std::string path =
+      longGroups("sound.ts", 2000, 2100, "-f lavfi -i sine=r=48000 -c:a mp2 -shortest -t 84");
+  ASSERT_EQ(keyFrames(path).size(), 2U);
+  // 1750 pictures and, before the second key frame, more than 1850 pieces of sound.
+  EXPECT_EQ(infoSearch(path, 10), 10);
+  expectFound(search(path, 10), 80);
+}
+
+TEST(KeyFrameSearch, SharesOneLimitBetweenTheVideoStreams) {
+  const std::string first = longGroups("long.ts", 4000, 4100, "");
+  const std::string second =
+      media("short.ts",
+            "-f lavfi -i color=gray:s=16x16:r=25:d=164 -pix_fmt yuv420p -c:v mpeg2video "
+            "-g 25 -bf 0");
+  const std::string both =
+      media("two.ts", "-i '" + first + "' -i '" + second + "' -map 0:v -map 1:v -c copy");
+  ASSERT_EQ(ffprobe(both)["streams"].size(), 2U);
+  // The second stream has a key frame every second, but nothing is left to look at it with.
+  expectNotFound(search(both, 2), "");
+  EXPECT_EQ(infoSearch(both, 2), 2);
+}
+
+TEST(KeyFrameSearch, LooksAtTheFirstVideoStreamOnly) {
+  const std::string path =
+      media("two.mkv",
+            "-f lavfi -i testsrc=s=64x48:r=25:d=9 -f lavfi -i testsrc=s=32x24:r=25:d=9 "
+            "-map 0 -map 1 -pix_fmt yuv420p -c:v mpeg4 -bf 0 -sc_threshold 1000000000 "
+            "-g:v:0 100 -g:v:1 25");
+  EXPECT_NEAR(infoSearch(path, 1), 4, kTolerance);
+  expectFound(search(path, 1), 4);
+}
+
+std::string fileContent(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+TEST(KeyFrameSearch, FailsForAStreamThatNobodyCanDecode) {
+  TempDir folder;
+  std::string file =
+      fileContent(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"));
+  for (std::size_t at = 0; (at = file.find("FMP4", at)) != std::string::npos;)
+    file.replace(at, 4, "AVS2");
+  const std::string path = folder.write("avs2.avi", file);
+  expectNotFound(search(path, 1), "[MediaInfo]: Decoder not found, skipping...\n");
+  EXPECT_EQ(infoSearch(path, 1), 1);
+}
+
+TEST(KeyFrameSearch, FailsForADecoderThatRefusesTheStream) {
+  TempDir folder;
+  std::string file =
+      fileContent(media("raw.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v huffyuv"));
+  // The picture format chunk: 8 bytes of header, then size, width, height, planes, bits a pixel and
+  // the codec; what the codec needs follows it. Without that it refuses.
+  const std::size_t format = file.find("strf");
+  ASSERT_NE(format, std::string::npos);
+  file[format + 8 + 14] = 7;
+  const std::string path = folder.write("odd.avi", file);
+  expectNotFound(search(path, 1), "[MediaInfo]: Decoder failed to open, skipping...\n");
+  EXPECT_EQ(infoSearch(path, 1), 1);
+}
+
+TEST(KeyFrameSearch, RefusesBadArguments) {
+  double time = kUntouched;
+  const std::string path = twoSecondGroups("mp4");
+  testing::internal::CaptureStderr();
+  EXPECT_EQ(getVideoKeyFrameTime(nullptr, 1, &time), 1U);
+  EXPECT_EQ(getVideoKeyFrameTime(path.c_str(), 1, nullptr), 1U);
+  EXPECT_EQ(getVideoKeyFrameTime(path.c_str(), -1, &time), 1U);
+  const std::string line = "[MediaInfo]: input parameter error.\n";
+  EXPECT_EQ(ownMessages(testing::internal::GetCapturedStderr()), line + line + line);
+  EXPECT_EQ(time, kUntouched);
+}
+
+TEST(KeyFrameSearch, SaysWhichUrlItCannotOpen) {
+  TempDir folder;
+  for (const std::string& path : {folder.path("missing.mp4"), folder.write("text.mp4", "words"),
+                                  std::string("nosuch:thing"), std::string()}) {
+    expectNotFound(search(path, 1), "[MediaInfo]: avformat_open_input " + path + " fail.\n");
+  }
+}
+
+TEST(KeyFrameSearch, IsSilentAboutFilesWithoutStreamsOrVideo) {
+  TempDir folder;
+  expectNotFound(search(folder.write("none.ffmeta", ";FFMETADATA1\ntitle=none\n"), 1), "");
+  expectNotFound(search(media("sound.flac", "-f lavfi -i sine=d=1"), 1), "");
+}
+
+TEST(KeyFrameSearch, DoesNotWaitForAPipesWriter) {
+  TempDir folder;
+  const std::string pipe = folder.path("pipe.mkv");
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  withinSeconds(20, [&] { EXPECT_EQ(search(pipe, 1).result, 1U); });
+}
+
+TEST(KeyFrameSearch, WrapsLongTimesTo32BitsInTheSearchAloneOnly) {
+  // 47722 s are 12704 units of 1/90000 s more than 2^32: 0.14 s.
+  const std::string path = twoSecondGroups("ts");
+  EXPECT_EQ(infoSearch(path, 47722), 47722);
+  expectFound(search(path, 47722), 2);
+}
+
+TEST(KeyFrameSearch, LeavesNoDescriptorOpen) {
+  const std::string ts = twoSecondGroups("ts");
+  const std::string mp4 = twoSecondGroups("mp4");
+  infoSearch(mp4, 3);
+  const ExpectNoDescriptorLeak leaks;
+  for (const std::string& path : {ts, mp4}) {
+    for (const int seconds : {3, 40}) {
+      infoSearch(path, seconds);
+      search(path, seconds);
+    }
+  }
+}
+
+// An MP4 file of SECONDS pictures, one a second and a megabyte each, every tenth of them a key
+// frame; the pictures themselves are a hole.
+std::string sparseMovie(const TempDir& folder, std::uint32_t seconds) {
+  constexpr std::uint32_t kPictureSize = 1 << 20;
+  const auto u32 = [](std::uint64_t value) { return bigEndian(value, 4); };
+  const auto u16 = [](std::uint64_t value) { return bigEndian(value, 2); };
+  const std::string zero4 = u32(0);
+  std::string keys;
+  for (std::uint32_t i = 1; i <= seconds; i += 10) keys += u32(i);
+  const std::string entry =
+      box("jpeg", std::string(6, '\0') + u16(1) + std::string(16, '\0') + u16(64) + u16(48) +
+                      u32(0x480000) + u32(0x480000) + zero4 + u16(1) + std::string(32, '\0') +
+                      u16(24) + u16(0xFFFF));
+  std::string identity;
+  for (const std::uint64_t value : {0x10000, 0, 0, 0, 0x10000, 0, 0, 0, 0x40000000})
+    identity += u32(value);
+  const auto movie = [&](std::uint64_t dataBegin) {
+    const std::string table = box("stsd", zero4 + u32(1) + entry) +
+                              box("stts", zero4 + u32(1) + u32(seconds) + u32(1)) +
+                              box("stss", zero4 + u32((seconds + 9) / 10) + keys) +
+                              box("stsc", zero4 + u32(1) + u32(1) + u32(seconds) + u32(1)) +
+                              box("stsz", zero4 + u32(kPictureSize) + u32(seconds)) +
+                              box("co64", zero4 + u32(1) + bigEndian(dataBegin, 8));
+    const std::string media =
+        box("mdhd", zero4 + zero4 + zero4 + u32(1) + u32(seconds) + zero4) +
+        box("hdlr", zero4 + zero4 + "vide" + std::string(12, '\0') + '\0') +
+        box("minf", box("vmhd", u32(1) + std::string(8, '\0')) +
+                        box("dinf", box("dref", zero4 + u32(1) + box("url ", u32(1)))) +
+                        box("stbl", table));
+    const std::string track =
+        box("tkhd", u32(7) + zero4 + zero4 + u32(1) + zero4 + u32(seconds) + std::string(16, '\0') +
+                        identity + u32(64 << 16) + u32(48 << 16)) +
+        box("mdia", media);
+    return box("ftyp", "isom" + zero4 + "isom") +
+           box("moov", box("mvhd", zero4 + zero4 + zero4 + u32(1) + u32(seconds) + u32(0x10000) +
+                                       u16(0x100) + std::string(10, '\0') + identity +
+                                       std::string(24, '\0') + u32(2)) +
+                           box("trak", track));
+  };
+  const std::uint64_t dataSize = std::uint64_t{seconds} * kPictureSize;
+  const std::uint64_t dataBegin = movie(0).size() + 16;
+  const std::string path =
+      folder.write("sparse.mp4", movie(dataBegin) + u32(1) + "mdat" + bigEndian(dataSize + 16, 8));
+  std::filesystem::resize_file(path, dataBegin + dataSize);
+  return path;
+}
+
+// Bytes that this process has read so far.
+std::uint64_t bytesRead() {
+  std::ifstream io("/proc/self/io");
+  std::string key;
+  std::uint64_t value = 0;
+  io >> key >> value;
+  EXPECT_EQ(key, "rchar:");
+  return value;
+}
+
+TEST(KeyFrameSearch, SeeksInALongFileWithoutReadingItThrough) {
+  constexpr std::uint32_t kTenHours = 36000;
+  constexpr std::uint64_t kMegabyte = 1 << 20;
+  TempDir folder;
+  std::string path;
+  try {
+    path = sparseMovie(folder, kTenHours);
+  } catch (const std::filesystem::filesystem_error& error) {
+    GTEST_SKIP() << "no sparse file of 36 GB here: " << error.what();
+  }
+  ASSERT_EQ(std::stod(ffprobe(path)["format"]["duration"].get<std::string>()), kTenHours);
+  std::uint64_t before = bytesRead();
+  EXPECT_NEAR(infoSearch(path, 35001), 35010, kTolerance);
+  EXPECT_LT(bytesRead() - before, 64 * kMegabyte);
+  before = bytesRead();
+  expectFound(search(path, 35001), 35010);
+  EXPECT_LT(bytesRead() - before, 8 * kMegabyte);
+}
+
+TEST(TimestampAfter, MultipliesInSixtyFourBitsAndCutsFractions) {
+  struct Row {
+    std::int64_t start;
+    std::int64_t seconds;
+    kolum::av::Rational timeBase;
+    std::int64_t expected;
+  };
+  const Row rows[] = {
+      {0, 0, {1, 90000}, 0},
+      {126000, 10, {1, 90000}, 1026000},
+      {0, 47722, {1, 90000}, 4294980000},
+      {-5, 7, {1001, 30000}, 204},  // 209.79
+      {0, -7, {1001, 30000}, -209},
+      {0, INT64_MAX, {1, 2}, -2},  // wraps
+      {INT64_MAX, 1, {1, 1}, INT64_MIN},
+      {9, 5, {0, 0}, 9},
+      {9, 5, {0, 1}, 9},
+      {9, 5, {-1, 1}, 9},
+  };
+  for (const Row& row : rows)
+    EXPECT_EQ(timestampAfter(row.start, row.seconds, row.timeBase), row.expected)
+        << row.start << " " << row.seconds << " " << row.timeBase.num << "/" << row.timeBase.den;
+}
+
+TEST(TimestampAfter, WrapsProductAndQuotientToThirtyTwoBitsWhereHostsExpectIt) {
+  struct Row {
+    std::int64_t start;
+    std::int32_t seconds;
+    kolum::av::Rational timeBase;
+    std::int64_t expected;
+  };
+  const Row rows[] = {
+      {126000, 10, {1, 90000}, 1026000},
+      {0, 23860, {1, 90000}, 2147400000},
+      {0, 23861, {1, 90000}, -2147477296},
+      {100, 47722, {1, 90000}, 12804},
+      {INT64_C(1) << 40, 1, {1, 90000}, (INT64_C(1) << 40) + 90000},  // the sum does not
+      {0, INT32_MAX, {1, 1000000}, -1000000},
+      {0, 7, {1001, 30000}, 209},
+      {9, 5, {0, 0}, 9},
+  };
+  for (const Row& row : rows)
+    EXPECT_EQ(timestampAfter32(row.start, row.seconds, row.timeBase), row.expected)
+        << row.start << " " << row.seconds << " " << row.timeBase.num << "/" << row.timeBase.den;
+}
+
+TEST(ElapseTimeToPts, UsesTheStreamsTimeBase) {
+  const auto input = kolum::av::Input::open(twoSecondGroups("ts").c_str());
+  ASSERT_TRUE(input);
+  ASSERT_FALSE(input->streams().empty());
+  EXPECT_EQ(ElapseTimeToPts(input->streams()[0].raw(), 126000, 10), 1026000);
+  EXPECT_EQ(ElapseTimeToPts(input->streams()[0].raw(), 0, 47722), 4294980000);
+  EXPECT_EQ(ElapseTimeToPts(nullptr, 5, 10), 5);
+}
+
+}  // namespace
