@@ -46,10 +46,10 @@ TransportPieces transportPieces(const Naming& naming) {
 
 void nameMpeg2Transport(Naming& naming) {
   const std::string prefix = naming.primary() + "TS_";
-  // Japanese television is told by its AAC alone and has neither packet suffix nor alternative.
-  if (naming.candidate("MPEG_TS_JP_T")
-          .audio(naming.facts.audioClass, {kAudioClassAacOther})
-          .hold()) {
+  // Japanese television is told by its AAC alone and has neither packet suffix nor alternative. It
+  // is no aim for other files, so it is explained only where it holds.
+  if (naming.facts.audioClass == kAudioClassAacOther) {
+    naming.candidate("MPEG_TS_JP_T").audio(naming.facts.audioClass, {kAudioClassAacOther}).hold();
     naming.primary() = prefix + "JP_T";
     return;
   }
