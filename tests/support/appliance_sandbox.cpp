@@ -1,19 +1,26 @@
 #include "support/appliance_sandbox.h"
 
-#include <gtest/gtest.h>
+#include <fcntl.h>
+#include <mntent.h>
 #include <sched.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
+#include <cstdio>
 #include <cstring>
 #include <exception>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 #include <stdexcept>
+#include <vector>
+
+#include "support/child_process.h"
 
 namespace fs = std::filesystem;
 
@@ -21,17 +28,30 @@ namespace kolum::test {
 
 namespace {
 
-constexpr int kBodyFailed = 1;
-constexpr int kNoSandbox = 2;
+// Not to be overlaid and kept: the media made by tests stay in it.
+const std::string kBuildFolder = KOLUM_TEST_BUILD_FOLDER;
+
+// Where the sandbox is put together, in a mount namespace of its own: a folder that is everywhere,
+// so that nothing has to be made and removed again.
+const std::string kWorkshop = "/tmp";
+const std::string kNewRoot = kWorkshop + "/root";
+
+// Folders that are not overlaid: the system's own, and /tmp, which is to be empty.
+constexpr std::array kSystemFolders = {"/dev", "/proc", "/sys"};
+const std::string kTemporaryFolder = "/tmp";
 
 [[noreturn]] void fail(const std::string& what) {
   throw std::runtime_error(what + ": " + std::strerror(errno));
 }
 
+bool tryMount(const std::string& source, const std::string& target, const char* type,
+              unsigned long flags, const std::string& options = "") {
+  return mount(source.c_str(), target.c_str(), type, flags, options.c_str()) == 0;
+}
+
 void mountOrFail(const std::string& source, const std::string& target, const char* type,
                  unsigned long flags, const std::string& options = "") {
-  if (mount(source.c_str(), target.c_str(), type, flags, options.c_str()) != 0)
-    fail("mounting " + target);
+  if (!tryMount(source, target, type, flags, options)) fail("mounting " + target);
 }
 
 void writeMap(const char* file, const std::string& text) {
@@ -45,88 +65,215 @@ void enterNamespaces() {
   const uid_t user = geteuid();
   const gid_t group = getegid();
   if (user == 0) {
-    if (unshare(CLONE_NEWNS) != 0) fail("unshare");
+    if (unshare(CLONE_NEWNS) != 0) fail("making a mount namespace");
     return;
   }
-  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) fail("unshare");
+  if (unshare(CLONE_NEWUSER | CLONE_NEWNS) != 0) fail("making a user and a mount namespace");
   writeMap("/proc/self/setgroups", "deny");
   writeMap("/proc/self/uid_map", "0 " + std::to_string(user) + " 1");
   writeMap("/proc/self/gid_map", "0 " + std::to_string(group) + " 1");
 }
 
-void enterSandbox(const std::string& work) {
-  enterNamespaces();
-  mountOrFail("none", "/", nullptr, MS_REC | MS_PRIVATE);
-  mountOrFail("tmpfs", work, "tmpfs", 0, "size=512m");
-  for (const char* part : {"/upper", "/work", "/root", "/build"}) fs::create_directory(work + part);
-
-  // The build tree may lie under /tmp, which is to be empty in the sandbox.
-  const std::string build = KOLUM_TEST_BUILD_FOLDER;
-  mountOrFail(build, work + "/build", nullptr, MS_BIND);
-
-  const std::string root = work + "/root";
-  mountOrFail("overlay", root, "overlay", 0,
-              "lowerdir=/,upperdir=" + work + "/upper,workdir=" + work + "/work");
-  // What is mounted below "/" is not part of the overlay.
-  for (const char* part : {"/dev", "/proc", "/sys"})
-    mountOrFail(part, root + part, nullptr, MS_BIND | MS_REC);
-  fs::create_directories(root + "/dev/shm");
-  mountOrFail("tmpfs", root + "/dev/shm", "tmpfs", 0, "mode=1777");
-  mountOrFail("tmpfs", root + "/tmp", "tmpfs", 0, "mode=1777");
-  fs::create_directories(root + build);
-  mountOrFail(work + "/build", root + build, nullptr, MS_BIND);
-
-  if (chroot(root.c_str()) != 0 || chdir("/") != 0) fail("chroot");
+bool isWithin(const std::string& path, const std::string& folder) {
+  return path == folder || path.starts_with(folder + "/");
 }
 
-// Runs the body in a sandboxed child; the child's exit status, or minus the number of its signal.
-int runSandboxed(const std::function<void()>& body) {
-  std::string work = (fs::temp_directory_path() / "kolum-sandbox-XXXXXX").string();
-  if (mkdtemp(work.data()) == nullptr) fail("mkdtemp");
-  std::fflush(nullptr);
+bool isOverlaid(const std::string& path) {
+  return !isWithin(path, kTemporaryFolder) &&
+         std::none_of(kSystemFolders.begin(), kSystemFolders.end(),
+                      [&](const char* folder) { return isWithin(path, folder); });
+}
+
+// The mount points below "/" that an overlay of "/" does not cover, parents first.
+std::vector<std::string> otherMounts() {
+  const std::unique_ptr<std::FILE, int (*)(std::FILE*)> table(setmntent("/proc/self/mounts", "re"),
+                                                              endmntent);
+  if (table == nullptr) fail("reading the mounts");
+  std::vector<std::string> paths;
+  mntent entry = {};
+  std::array<char, 65536> buffer = {};
+  while (getmntent_r(table.get(), &entry, buffer.data(), static_cast<int>(buffer.size())) !=
+         nullptr) {
+    const std::string path = entry.mnt_dir;
+    if (path != "/" && isOverlaid(path)) paths.push_back(path);
+  }
+  std::sort(paths.begin(), paths.end());
+  paths.erase(std::unique(paths.begin(), paths.end()), paths.end());
+  return paths;
+}
+
+// Gives the layer a folder of its own for each one in LOWER, so many levels deep.
+void takeOverFolders(const fs::path& lower, const fs::path& layer, int levels) {
+  std::error_code error;
+  fs::create_directories(layer);
+  fs::permissions(layer, fs::status(lower).permissions() | fs::perms::owner_all, error);
+  if (levels <= 0) return;
+  for (const fs::directory_entry& entry : fs::directory_iterator(lower, error))
+    if (!entry.is_symlink(error) && entry.is_directory(error))
+      takeOverFolders(entry.path(), layer / entry.path().filename(), levels - 1);
+}
+
+// Puts the new root together from what is outside.
+class RootBuilder {
+ public:
+  // In a user namespace the machine's folders belong to nobody, and not even its root may write
+  // there unless the overlay has folders of its own: /etc/config and /usr/local/bin are deep
+  // enough.
+  explicit RootBuilder(bool isMachineRoot)
+      : levelsToTakeOver_(isMachineRoot ? 0 : 3), mounts_(otherMounts()) {}
+
+  void build() {
+    fs::create_directory(kNewRoot);
+    if (tryOverlay("/")) {
+      for (const std::string& path : mounts_)
+        if (!tryOverlay(path)) bindReadOnly(path);
+    } else {
+      coverEntries("/");
+    }
+    for (const std::string folder : kSystemFolders) fs::create_directories(kNewRoot + folder);
+    fs::create_directories(kNewRoot + kTemporaryFolder);
+  }
+
+ private:
+  bool tryOverlay(const std::string& path) {
+    // What separates the options of an overlay.
+    if (path.find_first_of(",:\\") != std::string::npos) return false;
+    const std::string layers = kWorkshop + "/" + std::to_string(overlays_++);
+    const auto depth = path == "/" ? 0 : std::count(path.begin(), path.end(), '/');
+    takeOverFolders(path, layers + "/upper", levelsToTakeOver_ - static_cast<int>(depth));
+    fs::create_directory(layers + "/work");
+    return tryMount(
+        "overlay", kNewRoot + path, "overlay", 0,
+        "lowerdir=" + path + ",upperdir=" + layers + "/upper,workdir=" + layers + "/work");
+  }
+
+  // For what cannot be overlaid: single files and the stranger file systems. One that is not even
+  // to be had this way is missing in the sandbox.
+  static void bindReadOnly(const std::string& path) {
+    const std::string target = kNewRoot + path;
+    if (!tryMount(path, target, nullptr, MS_BIND)) return;
+    mount_attr readOnly = {};
+    readOnly.attr_set = MOUNT_ATTR_RDONLY;
+    if (mount_setattr(AT_FDCWD, target.c_str(), 0, &readOnly, sizeof readOnly) != 0 &&
+        umount2(target.c_str(), MNT_DETACH) != 0)
+      fail("protecting " + path);
+  }
+
+  // A user namespace cannot overlay a folder with mounts below it; then what is in it is covered
+  // one by one.
+  void coverEntries(const fs::path& folder) {
+    std::error_code error;
+    for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
+      if (isOverlaid(entry.path())) coverEntry(entry);
+  }
+
+  void coverEntry(const fs::directory_entry& entry) {
+    const std::string path = entry.path();
+    const std::string target = kNewRoot + path;
+    std::error_code error;
+    if (entry.is_symlink(error)) {
+      fs::copy_symlink(path, target, error);
+    } else if (!entry.is_directory(error)) {
+      std::ofstream(target).flush();
+      bindReadOnly(path);
+    } else {
+      fs::create_directory(target);
+      if (tryOverlay(path)) return;
+      if (hasMountsBelow(path))
+        coverEntries(path);
+      else
+        bindReadOnly(path);
+    }
+  }
+
+  bool hasMountsBelow(const std::string& path) const {
+    return std::any_of(mounts_.begin(), mounts_.end(), [&](const std::string& mounted) {
+      return mounted != path && isWithin(mounted, path);
+    });
+  }
+
+  int levelsToTakeOver_;
+  std::vector<std::string> mounts_;
+  int overlays_ = 0;
+};
+
+void freshFolder(const std::string& path) {
+  if (fs::exists(kNewRoot + path))
+    mountOrFail("tmpfs", kNewRoot + path, "tmpfs", 0, "mode=1777,size=512m");
+}
+
+void enterSandbox() {
+  const bool isMachineRoot = geteuid() == 0;
+  enterNamespaces();
+  mountOrFail("none", "/", nullptr, MS_REC | MS_PRIVATE);
+  // Held open, because the build tree may lie where the next mount hides it.
+  const int build = open(kBuildFolder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
+  if (build < 0) fail("opening " + kBuildFolder);
+
+  RootBuilder root(isMachineRoot);
+  mountOrFail("tmpfs", kWorkshop, "tmpfs", 0, "size=512m");
+  root.build();
+  for (const std::string folder : kSystemFolders)
+    mountOrFail(folder, kNewRoot + folder, nullptr, MS_BIND | MS_REC);
+  freshFolder("/dev/shm");
+  freshFolder(kTemporaryFolder);
+  fs::create_directories(kNewRoot + kBuildFolder);
+  mountOrFail("/proc/self/fd/" + std::to_string(build), kNewRoot + kBuildFolder, nullptr,
+              MS_BIND | MS_REC);
+  close(build);
+
+  if (chroot(kNewRoot.c_str()) != 0 || chdir("/") != 0) fail("entering the new root");
+}
+
+// Why a child could not enter the sandbox; empty if it could.
+std::string whySandboxFails() {
+  std::array<int, 2> ends = {};
+  if (pipe2(ends.data(), O_CLOEXEC) != 0) fail("pipe2");
   const pid_t child = fork();
   if (child == 0) {
+    std::string why;
     try {
-      enterSandbox(work);
+      enterSandbox();
     } catch (const std::exception& error) {
-      std::fprintf(stderr, "no sandbox: %s\n", error.what());
-      _exit(kNoSandbox);
+      why = error.what();
     }
-    const bool failedBefore = ::testing::Test::HasFailure();
-    try {
-      body();
-    } catch (const std::exception& error) {
-      ADD_FAILURE() << "exception: " << error.what();
-    }
-    std::fflush(nullptr);
-    _exit(!failedBefore && ::testing::Test::HasFailure() ? kBodyFailed : 0);
+    _exit(write(ends[1], why.data(), why.size()) == static_cast<ssize_t>(why.size()) ? 0 : 1);
   }
-  int status = 0;
-  while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
-  }
-  fs::remove(work);
-  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+  close(ends[1]);
+  std::array<char, 1024> why = {};
+  const ssize_t size = child < 0 ? -1 : read(ends[0], why.data(), why.size());
+  close(ends[0]);
+  int status = -1;
+  if (child > 0) waitpid(child, &status, 0);
+  if (size < 0 || status != 0) return "a process to try it in failed";
+  return {why.data(), static_cast<std::size_t>(size)};
 }
 
 }  // namespace
 
 std::optional<std::string> sandboxUnavailable() {
-  static const int status = runSandboxed([] {});
-  if (status == 0) return std::nullopt;
-  return "no private mount namespace with an overlay can be had here";
+  static const std::string kWhy = whySandboxFails();
+  if (kWhy.empty()) return std::nullopt;
+  return "no sandbox can be had here: " + kWhy;
 }
 
 void runInAppliance(const std::function<void()>& body) {
-  EXPECT_EQ(runSandboxed(body), 0) << "the sandboxed process failed or crashed, see above";
+  runInChild([&] {
+    enterSandbox();
+    body();
+  });
 }
 
 void writeRootFile(const std::string& path, const std::string& content, unsigned mode) {
   fs::create_directories(fs::path(path).parent_path());
+  // In a user namespace the machine's own files can be replaced, not changed.
+  std::error_code ignored;
+  fs::remove(path, ignored);
   std::ofstream out(path, std::ios::binary);
   out << content;
-  if (!out.flush()) throw std::runtime_error("cannot write " + path);
   out.close();
-  chmod(path.c_str(), mode);
+  if (!out) throw std::runtime_error("cannot write " + path);
+  if (chmod(path.c_str(), mode) != 0) fail("chmod " + path);
 }
 
 }  // namespace kolum::test

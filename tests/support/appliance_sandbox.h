@@ -13,12 +13,14 @@ namespace kolum::test {
 //   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
 std::optional<std::string> sandboxUnavailable();
 
-// Runs the body, with ordinary assertions, in a sandbox: what it writes anywhere is gone at the
-// end, /tmp and /dev/shm are empty and its own (the build tree stays visible). Failures in the
-// body, a crash included, fail the calling test.
+// Runs the body as runInChild() does, in a sandbox: what it writes anywhere is gone at the end,
+// and /tmp and /dev/shm are empty and its own. Only these are the machine's: the build tree, for
+// the media kept there, and what else is below /dev, /proc and /sys. Mounts that no overlay can
+// cover are read-only.
 void runInAppliance(const std::function<void()>& body);
 
-// Writes a file at an absolute path; missing folders are made. For use in the body only.
+// Writes a file at an absolute path; missing folders are made, a file that is there
+// is replaced. For use in the body only.
 void writeRootFile(const std::string& path, const std::string& content, unsigned mode = 0644);
 
 }  // namespace kolum::test

@@ -1,50 +1,100 @@
 #include "support/child_process.h"
 
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <poll.h>
-#include <signal.h>
+#include <sys/mman.h>
+#include <sys/prctl.h>
+#include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include <algorithm>
+#include <fcntl.h>
 #include <array>
+#include <cerrno>
 #include <condition_variable>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 #include <exception>
-#include <utility>
+#include <filesystem>
+#include <iterator>
 #include <mutex>
 #include <stdexcept>
 #include <thread>
+#include <utility>
+
+// Present in programs built with a leak checker only.
+extern "C" __attribute__((weak)) int __lsan_do_recoverable_leak_check();
 
 namespace kolum::test {
 
 namespace {
 
-struct Pipe {
-  Pipe() {
-    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("pipe failed");
+using Clock = std::chrono::steady_clock;
+
+class Descriptor {
+ public:
+  explicit Descriptor(int number = -1) : number_(number) {}
+  Descriptor(Descriptor&& other) noexcept : number_(std::exchange(other.number_, -1)) {}
+  Descriptor& operator=(Descriptor&& other) noexcept {
+    std::swap(number_, other.number_);
+    return *this;
   }
-  ~Pipe() {
-    closeEnd(0);
-    closeEnd(1);
+  ~Descriptor() { reset(); }
+  int get() const { return number_; }
+  bool isOpen() const { return number_ >= 0; }
+  void reset() {
+    if (isOpen()) close(std::exchange(number_, -1));
   }
-  Pipe(const Pipe&) = delete;
-  Pipe& operator=(const Pipe&) = delete;
-  void closeEnd(std::size_t end) {
-    if (ends[end] >= 0) close(ends[end]);
-    ends[end] = -1;
-  }
-  std::array<int, 2> ends = {-1, -1};
+
+ private:
+  int number_;
 };
 
+Descriptor opened(int number, const char* what) {
+  if (number < 0) throw std::runtime_error(std::string(what) + ": " + std::strerror(errno));
+  return Descriptor(number);
+}
+
+struct Pipe {
+  Pipe() {
+    std::array<int, 2> ends = {};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) throw std::runtime_error("pipe2 failed");
+    reading = Descriptor(ends[0]);
+    writing = Descriptor(ends[1]);
+  }
+  Descriptor reading;
+  Descriptor writing;
+};
+
+// A file in memory, to be read from its beginning. Unlike a pipe it never fills up and never ends
+// the writer with SIGPIPE.
+Descriptor memoryFile(std::string_view content) {
+  Descriptor file = opened(memfd_create("input", MFD_CLOEXEC), "memfd_create");
+  while (!content.empty()) {
+    const ssize_t written = write(file.get(), content.data(), content.size());
+    if (written <= 0) throw std::runtime_error("cannot keep the input");
+    content.remove_prefix(static_cast<std::size_t>(written));
+  }
+  lseek(file.get(), 0, SEEK_SET);
+  return file;
+}
+
+// A child must not outlive a test that is killed for taking too long.
+void endWithParent(pid_t parent) {
+  prctl(PR_SET_PDEATHSIG, SIGKILL);
+  if (getppid() != parent) _exit(1);
+}
+
 [[noreturn]] void execute(const std::vector<std::string>& arguments, const RunOptions& options,
-                          Pipe& in, Pipe& out, Pipe& err) {
-  dup2(in.ends[0], STDIN_FILENO);
-  dup2(out.ends[1], STDOUT_FILENO);
-  dup2(err.ends[1], STDERR_FILENO);
+                          int in, int out, int err) {
+  setpgid(0, 0);
+  signal(SIGPIPE, SIG_DFL);
+  dup2(in, STDIN_FILENO);
+  dup2(out, STDOUT_FILENO);
+  dup2(err, STDERR_FILENO);
   for (const auto& [name, value] : options.environment) setenv(name.c_str(), value.c_str(), 1);
   if (!options.folder.empty() && chdir(options.folder.c_str()) != 0) _exit(126);
   std::vector<char*> argv;
@@ -55,69 +105,113 @@ struct Pipe {
   _exit(127);
 }
 
-// Moves what is ready between the pipes and the texts; false when both outputs have ended.
-bool exchange(Pipe& in, std::string_view& input, Pipe& out, Pipe& err, RunResult& result,
-              int milliseconds) {
-  std::array<pollfd, 3> waits = {pollfd{in.ends[1], POLLOUT, 0}, pollfd{out.ends[0], POLLIN, 0},
-                                 pollfd{err.ends[0], POLLIN, 0}};
-  poll(waits.data(), waits.size(), milliseconds);
-  if (waits[0].revents != 0) {
-    const ssize_t sent = input.empty() ? -1 : write(in.ends[1], input.data(), input.size());
-    if (sent > 0) input.remove_prefix(static_cast<std::size_t>(sent));
-    if (sent <= 0 || input.empty()) in.closeEnd(1);
-  }
-  const auto take = [](pollfd& wait, Pipe& pipe, std::string& text) {
-    if (wait.revents == 0) return;
-    std::array<char, 65536> buffer = {};
-    const ssize_t got = read(pipe.ends[0], buffer.data(), buffer.size());
-    if (got > 0)
-      text.append(buffer.data(), static_cast<std::size_t>(got));
-    else
-      pipe.closeEnd(0);
-  };
-  take(waits[1], out, result.out);
-  take(waits[2], err, result.err);
-  return out.ends[0] >= 0 || err.ends[0] >= 0;
+// Takes over what a pipe holds; closes it at its end.
+void drain(Descriptor& from, std::string& text) {
+  std::array<char, 65536> buffer = {};
+  const ssize_t got = read(from.get(), buffer.data(), buffer.size());
+  if (got > 0)
+    text.append(buffer.data(), static_cast<std::size_t>(got));
+  else if (got == 0 || errno != EINTR)
+    from.reset();
 }
 
-int statusOf(int waitStatus) {
-  return WIFEXITED(waitStatus) ? WEXITSTATUS(waitStatus) : -WTERMSIG(waitStatus);
+// Collects the outputs until they and the process have ended; false when the time is up first.
+bool collect(Descriptor process, Descriptor& out, Descriptor& err, RunResult& result,
+             Clock::time_point deadline) {
+  while (process.isOpen() || out.isOpen() || err.isOpen()) {
+    const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+    if (left.count() <= 0) return false;
+    // Closed descriptors are negative, which poll() passes over.
+    std::array<pollfd, 3> waits = {pollfd{process.get(), POLLIN, 0}, pollfd{out.get(), POLLIN, 0},
+                                   pollfd{err.get(), POLLIN, 0}};
+    if (poll(waits.data(), waits.size(), static_cast<int>(left.count())) <= 0) continue;
+    if (waits[0].revents != 0) process.reset();
+    if (waits[1].revents != 0) drain(out, result.out);
+    if (waits[2].revents != 0) drain(err, result.err);
+  }
+  return true;
 }
 
 int waitFor(pid_t child) {
   int status = 0;
   while (waitpid(child, &status, 0) < 0 && errno == EINTR) {
   }
-  return statusOf(status);
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+}
+
+// How a child tells of its body. Unusual numbers, so that an exit() from within the body, with
+// whatever status, is not taken for its end.
+constexpr int kBodyPassed = 101;
+constexpr int kBodyFailed = 102;
+constexpr int kBodySkipped = 103;
+
+void callBody(const std::function<void()>& body) {
+  try {
+    body();
+  } catch (const std::exception& error) {
+    ADD_FAILURE() << "exception: " << error.what();
+  } catch (...) {
+    ADD_FAILURE() << "exception of an unknown type";
+  }
+}
+
+bool isSingleThreaded() {
+  const std::filesystem::directory_iterator threads("/proc/self/task");
+  return std::distance(begin(threads), end(threads)) == 1;
+}
+
+// What is checked only when a program ends the ordinary way, which a child never does.
+void checkForLeaks() {
+  if (__lsan_do_recoverable_leak_check != nullptr && __lsan_do_recoverable_leak_check() != 0)
+    ADD_FAILURE() << "memory leaked";
+}
+
+[[noreturn]] void runBodyAndEnd(const std::function<void()>& body, bool checksLeaks) {
+  // A test that failed before the fork fails anyway.
+  const bool hadFailed = ::testing::Test::HasFailure();
+  callBody(body);
+  if (checksLeaks) checkForLeaks();
+  std::fflush(nullptr);
+  if (::testing::Test::HasFailure() && !hadFailed) _exit(kBodyFailed);
+  _exit(::testing::Test::IsSkipped() ? kBodySkipped : kBodyPassed);
+}
+
+void report(int status) {
+  if (status == kBodyPassed) return;
+  if (status == kBodySkipped) GTEST_SKIP() << "skipped in the child process, see above";
+  if (status == kBodyFailed) FAIL() << "failed in the child process, see above";
+  if (status < 0) {
+    FAIL() << "the child process was killed by signal " << -status << " (" << strsignal(-status)
+           << ")";
+  }
+  FAIL() << "the child process exited with status " << status
+         << " before the end of its body: a sanitizer's report, see above, or a call of exit()";
 }
 
 }  // namespace
 
 RunResult run(const std::vector<std::string>& arguments, const RunOptions& options) {
-  using Clock = std::chrono::steady_clock;
-  signal(SIGPIPE, SIG_IGN);
-  Pipe in;
+  const Descriptor in = memoryFile(options.input);
   Pipe out;
   Pipe err;
+  const pid_t parent = getpid();
   const pid_t child = fork();
   if (child < 0) throw std::runtime_error("fork failed");
   if (child == 0) {
-    signal(SIGPIPE, SIG_DFL);
-    execute(arguments, options, in, out, err);
+    endWithParent(parent);
+    execute(arguments, options, in.get(), out.writing.get(), err.writing.get());
   }
-  in.closeEnd(0);
-  out.closeEnd(1);
-  err.closeEnd(1);
+  out.writing.reset();
+  err.writing.reset();
 
   RunResult result;
-  std::string_view input = options.input;
-  if (input.empty()) in.closeEnd(1);
-  const auto deadline = Clock::now() + options.timeout;
-  while (exchange(in, input, out, err, result, 100)) {
-    if (Clock::now() < deadline) continue;
-    result.timedOut = true;
+  // By number: the call has no wrapper that C++ programs can link with in Debian 12.
+  Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, child, 0)));
+  result.timedOut = !collect(std::move(process), out.reading, err.reading, result,
+                             Clock::now() + options.timeout);
+  if (result.timedOut) {
+    kill(-child, SIGKILL);
     kill(child, SIGKILL);
-    break;
   }
   result.status = waitFor(child);
   return result;
@@ -125,75 +219,71 @@ RunResult run(const std::vector<std::string>& arguments, const RunOptions& optio
 
 std::string mustRun(const std::vector<std::string>& arguments, const RunOptions& options) {
   const RunResult result = run(arguments, options);
-  if (result.status == 0) return result.out;
+  if (result.status == 0 && !result.timedOut) return result.out;
   std::string line;
   for (const std::string& argument : arguments) line += argument + " ";
-  throw std::runtime_error(line + "ended with " + std::to_string(result.status) + ": " +
-                           result.err + result.out);
+  throw std::runtime_error(line + (result.timedOut ? "took too long, " : "") + "ended with " +
+                           std::to_string(result.status) + ": " + result.err + result.out);
 }
 
-std::vector<std::string> shellWords(const std::string& text) {
+std::vector<std::string> shellWords(std::string_view text) {
   std::vector<std::string> words;
   std::string word;
   bool inWord = false;
   char quote = '\0';
-  for (const char c : text) {
-    if (quote != '\0') {
-      if (c == quote)
-        quote = '\0';
-      else
-        word += c;
-    } else if (c == '\'' || c == '"') {
-      quote = c;
-      inWord = true;
-    } else if (c == ' ') {
+  for (std::size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    const bool opensQuote = quote == '\0' && (c == '\'' || c == '"');
+    const bool endsWord = quote == '\0' && (c == ' ' || c == '\t' || c == '\n');
+    const bool escapes = c == '\\' && quote != '\'' && i + 1 < text.size() &&
+                         (quote == '\0' || text[i + 1] == '"' || text[i + 1] == '\\');
+    if (endsWord) {
       if (inWord) words.push_back(std::exchange(word, ""));
       inWord = false;
-    } else {
-      word += c;
-      inWord = true;
+      continue;
     }
+    inWord = true;
+    if (opensQuote)
+      quote = c;
+    else if (c == quote)
+      quote = '\0';
+    else
+      word += escapes ? text[++i] : c;
   }
+  if (quote != '\0') throw std::invalid_argument("open quote in: " + std::string(text));
   if (inWord) words.push_back(word);
   return words;
 }
 
 void runInChild(const std::function<void()>& body, const Environment& environment) {
   std::fflush(nullptr);
+  // The stacks of other threads are missing in the child: what only they hold would count as
+  // leaked.
+  const bool checksLeaks = isSingleThreaded();
+  const pid_t parent = getpid();
   const pid_t child = fork();
   ASSERT_GE(child, 0) << "fork failed";
   if (child == 0) {
+    endWithParent(parent);
     for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
     tzset();
-    const bool failedBefore = ::testing::Test::HasFailure();
-    try {
-      body();
-    } catch (const std::exception& error) {
-      ADD_FAILURE() << "exception: " << error.what();
-    }
-    std::fflush(nullptr);
-    _exit(!failedBefore && ::testing::Test::HasFailure() ? 1 : 0);
+    runBodyAndEnd(body, checksLeaks);
   }
-  EXPECT_EQ(waitFor(child), 0) << "the child process failed or crashed, see above";
+  report(waitFor(child));
 }
 
 void withinSeconds(int seconds, const std::function<void()>& body) {
   std::mutex mutex;
-  std::condition_variable changed;
-  bool done = false;
-  std::thread watchdog([&] {
+  std::condition_variable_any changed;
+  // Asked to stop, and joined, however the body is left.
+  const std::jthread watchdog([&](const std::stop_token& bodyDone) {
     std::unique_lock lock(mutex);
-    if (changed.wait_for(lock, std::chrono::seconds(seconds), [&] { return done; })) return;
+    changed.wait_for(lock, bodyDone, std::chrono::seconds(seconds), [] { return false; });
+    if (bodyDone.stop_requested()) return;
     std::fprintf(stderr, "still not done after %d seconds\n", seconds);
     _exit(1);
   });
   body();
-  {
-    const std::lock_guard lock(mutex);
-    done = true;
-  }
-  changed.notify_one();
-  watchdog.join();
 }
 
 }  // namespace kolum::test

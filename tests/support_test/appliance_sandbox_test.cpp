@@ -1,0 +1,198 @@
+#include "support/appliance_sandbox.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/mman.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <sstream>
+#include <thread>
+#include <vector>
+
+#include "support/temp_dir.h"
+#include "support_test/failing_body_run.h"
+
+namespace fs = std::filesystem;
+
+namespace kolum::test {
+
+namespace {
+
+using ::testing::HasSubstr;
+
+std::string contentOf(const std::string& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), {}};
+}
+
+std::vector<std::string> namesIn(const std::string& folder) {
+  std::vector<std::string> names;
+  for (const auto& entry : fs::directory_iterator(folder)) names.push_back(entry.path().filename());
+  std::sort(names.begin(), names.end());
+  return names;
+}
+
+class ApplianceSandbox : public testing::Test {
+ protected:
+  void SetUp() override {
+    if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  }
+};
+
+TEST_F(ApplianceSandbox, HoldsTheFilesWrittenAtFixedPaths) {
+  runInAppliance([] {
+    struct Row {
+      const char* path;
+      unsigned mode;
+    };
+    for (const Row& row : {Row{"/etc/config/kolum/test.conf", 0644}, Row{"/sbin/kolum-test", 0755},
+                           Row{"/usr/local/kolum/bin/test", 0700}, Row{"/kolum-test/file", 0600},
+                           Row{"/etc/hostname", 0600}, Row{"/tmp/.kolum-test.xxx", 0644}}) {
+      SCOPED_TRACE(row.path);
+      writeRootFile(row.path, "content of the test", row.mode);
+      EXPECT_EQ(contentOf(row.path), "content of the test");
+      struct stat status = {};
+      ASSERT_EQ(stat(row.path, &status), 0);
+      EXPECT_EQ(status.st_mode & 07777U, row.mode);
+    }
+  });
+}
+
+TEST_F(ApplianceSandbox, LeavesTheMachineUntouched) {
+  const std::string hosts = contentOf("/etc/hostname");
+  const std::vector<std::string> root = namesIn("/");
+  const std::vector<std::string> etc = namesIn("/etc");
+  const std::string passwords = contentOf("/etc/passwd");
+  runInAppliance([] {
+    writeRootFile("/etc/config/kolum-test.conf", "x");
+    writeRootFile("/etc/hostname", "another");
+    writeRootFile("/kolum-test/file", "x");
+    writeRootFile("/tmp/kolum-test-file", "x");
+    writeRootFile("/dev/shm/kolum-test-file", "x");
+    fs::remove("/etc/passwd");
+    EXPECT_FALSE(fs::exists("/etc/passwd"));
+  });
+  EXPECT_EQ(contentOf("/etc/hostname"), hosts);
+  EXPECT_EQ(contentOf("/etc/passwd"), passwords);
+  EXPECT_EQ(namesIn("/"), root);
+  EXPECT_EQ(namesIn("/etc"), etc);
+  EXPECT_FALSE(fs::exists("/tmp/kolum-test-file"));
+  EXPECT_FALSE(fs::exists("/dev/shm/kolum-test-file"));
+}
+
+TEST_F(ApplianceSandbox, StartsWithEmptyTemporaryFolders) {
+  const TempDir outside;
+  runInAppliance([&] {
+    EXPECT_EQ(namesIn("/tmp"), std::vector<std::string>());
+    EXPECT_FALSE(fs::exists(outside.folder()));
+    if (fs::exists("/dev/shm")) {
+      EXPECT_EQ(namesIn("/dev/shm"), std::vector<std::string>());
+    }
+    const TempDir inside;
+    EXPECT_EQ(contentOf(inside.write("file", "x")), "x");
+  });
+}
+
+TEST_F(ApplianceSandbox, KeepsDevicesProcessesAndProgramsUsable) {
+  runInAppliance([] {
+    EXPECT_TRUE(std::ofstream("/dev/null") << "x" << std::flush);
+    EXPECT_EQ(contentOf("/proc/self/comm").empty(), false);
+    EXPECT_TRUE(fs::exists("/sys/kernel"));
+    EXPECT_EQ(mustRun({"sh", "-c", "echo word | cat"}), "word\n");
+    const int memory = shm_open("/kolum-test", O_CREAT | O_RDWR, 0600);
+    EXPECT_GE(memory, 0);
+    close(memory);
+  });
+}
+
+TEST_F(ApplianceSandbox, SeesTheBuildTreeAndWritesToIt) {
+  const fs::path folder = fs::path(KOLUM_FAILING_BODIES).parent_path();
+  const std::string file = folder / ("written-by-" + std::to_string(getpid()));
+  runInAppliance([&] {
+    EXPECT_TRUE(fs::exists(KOLUM_FAILING_BODIES));
+    writeRootFile(file, "x");
+  });
+  EXPECT_EQ(contentOf(file), "x");
+  fs::remove(file);
+}
+
+// A mount below "/" as machines have them for /home or /usr, here one of a machine within a
+// machine.
+TEST_F(ApplianceSandbox, CoversWhatIsMountedBelowTheRoot) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs root";
+  runInAppliance([] {
+    fs::create_directories("/kolum test");
+    mustRun({"mount", "-t", "tmpfs", "tmpfs", "/kolum test"});
+    writeRootFile("/kolum test/file", "outside");
+    runInAppliance([] {
+      EXPECT_EQ(contentOf("/kolum test/file"), "outside");
+      // A fine overlay, or at least read-only: never the mount itself.
+      std::ofstream("/kolum test/file") << "inside";
+    });
+    EXPECT_EQ(contentOf("/kolum test/file"), "outside");
+  });
+}
+
+TEST_F(ApplianceSandbox, GivesEachOfManyAtOnceItsOwnFiles) {
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([i] {
+      runInAppliance([i] {
+        const std::string own = std::to_string(i);
+        writeRootFile("/etc/kolum-test.conf", own);
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+        EXPECT_EQ(contentOf("/etc/kolum-test.conf"), own);
+      });
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+TEST_F(ApplianceSandbox, ReportsEveryWayToFail) {
+  struct Row {
+    const char* body;
+    const char* said;
+  };
+  const Row rows[] = {
+      {"Sandbox.FailedExpectation", "the body's own words"},
+      {"Sandbox.FailedAssertion", "the body's own words"},
+      {"Sandbox.Exception", "the body's own words"},
+      {"Sandbox.Kill", "killed by signal 9"},
+      {"Sandbox.Exit", "exited with status 0 before the end"},
+      {"Sandbox.UnwritableFile", "exception: "},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.body);
+    const RunResult result = runFailingBody(row.body);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.out, HasSubstr(row.said));
+    EXPECT_THAT(result.out, HasSubstr("[  FAILED  ] " + std::string(row.body)));
+  }
+}
+
+TEST_F(ApplianceSandbox, PassesSkippingOn) {
+  const RunResult result = runFailingBody("Sandbox.Skip");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, HasSubstr("[  SKIPPED ] Sandbox.Skip"));
+}
+
+TEST_F(ApplianceSandbox, ReportsWhatTheSanitizerFinds) {
+  if (!kHasAddressSanitizer) GTEST_SKIP() << "built without the address sanitizer";
+  for (const std::string body : {"Sandbox.Overflow", "Sandbox.Leak"}) {
+    const RunResult result = runFailingBody(body);
+    EXPECT_EQ(result.status, 1) << body;
+    EXPECT_THAT(result.out, HasSubstr("[  FAILED  ] " + body));
+    EXPECT_THAT(result.err, HasSubstr("Sanitizer")) << body;
+  }
+}
+
+}  // namespace
+
+}  // namespace kolum::test

@@ -1,0 +1,232 @@
+#include "support/child_process.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <stdexcept>
+
+#include "support/descriptors.h"
+#include "support/temp_dir.h"
+#include "support_test/failing_body_run.h"
+
+namespace kolum::test {
+
+namespace {
+
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using Clock = std::chrono::steady_clock;
+
+TEST(Run, GivesStatusAndBothOutputs) {
+  const RunResult result = run({"sh", "-c", "echo out; echo err >&2; exit 3"});
+  EXPECT_EQ(result.status, 3);
+  EXPECT_EQ(result.out, "out\n");
+  EXPECT_EQ(result.err, "err\n");
+  EXPECT_FALSE(result.timedOut);
+}
+
+TEST(Run, TellsASignalAsANegativeStatus) {
+  EXPECT_EQ(run({"sh", "-c", "kill -TERM $$"}).status, -SIGTERM);
+}
+
+TEST(Run, TellsWhatCannotBeRun) {
+  EXPECT_EQ(run({"/no/such/program"}).status, 127);
+  EXPECT_EQ(run({"true"}, {.folder = "/no/such/folder"}).status, 126);
+}
+
+TEST(Run, HandsArgumentsOnAsTheyAre) {
+  EXPECT_EQ(run({"printf", "[%s]", "a b", "", "$HOME", "'", "*"}).out, "[a b][][$HOME]['][*]");
+}
+
+TEST(Run, HandsOnInputFolderAndEnvironment) {
+  const TempDir folder;
+  EXPECT_EQ(run({"cat"}).out, "");
+  EXPECT_EQ(run({"cat"}, {.input = "some\ninput"}).out, "some\ninput");
+  EXPECT_EQ(run({"pwd"}, {.folder = folder.folder()}).out + "/",
+            std::filesystem::canonical(folder.folder()).string() + "\n/");
+  EXPECT_EQ(run({"sh", "-c", "echo $KOLUM_TEST"}, {.environment = {{"KOLUM_TEST", "x y"}}}).out,
+            "x y\n");
+}
+
+TEST(Run, MovesMoreThanAPipeHolds) {
+  const std::string large(3'000'000, 'x');
+  EXPECT_EQ(run({"cat"}, {.input = large}).out, large);
+  EXPECT_EQ(run({"sh", "-c", "cat >&2"}, {.input = large}).err, large);
+  EXPECT_EQ(run({"true"}, {.input = large}).status, 0) << "input that nobody reads";
+}
+
+TEST(Run, KillsWhatTakesTooLong) {
+  for (const char* command : {
+           "echo before; sleep 100",
+           "echo before; sleep 100 & wait",         // in a process of its own
+           "echo before; exec >&- 2>&-; sleep 100"  // with its outputs ended
+       }) {
+    SCOPED_TRACE(command);
+    const auto start = Clock::now();
+    const RunResult result = run({"sh", "-c", command}, {.timeout = std::chrono::seconds(1)});
+    EXPECT_LT(Clock::now() - start, std::chrono::seconds(30));
+    EXPECT_TRUE(result.timedOut);
+    EXPECT_EQ(result.status, -SIGKILL);
+    EXPECT_EQ(result.out, "before\n");
+  }
+}
+
+TEST(Run, LeavesNothingBehind) {
+  const ExpectNoDescriptorLeak leak;
+  struct sigaction before = {};
+  struct sigaction after = {};
+  sigaction(SIGPIPE, nullptr, &before);
+  run({"true"}, {.input = std::string(1'000'000, 'x')});
+  sigaction(SIGPIPE, nullptr, &after);
+  EXPECT_EQ(before.sa_handler, after.sa_handler) << "of the test that runs something";
+}
+
+TEST(MustRun, GivesTheOutputOrThrowsTheToolsWords) {
+  EXPECT_EQ(mustRun({"echo", "fine"}), "fine\n");
+  try {
+    mustRun({"sh", "-c", "echo said; echo warned >&2; exit 4"});
+    FAIL() << "nothing thrown";
+  } catch (const std::runtime_error& error) {
+    EXPECT_THAT(error.what(), HasSubstr("said"));
+    EXPECT_THAT(error.what(), HasSubstr("warned"));
+    EXPECT_THAT(error.what(), HasSubstr("ended with 4"));
+  }
+}
+
+TEST(ShellWords, AreSplitAsAShellSplitsThem) {
+  EXPECT_THAT(shellWords(""), IsEmpty());
+  EXPECT_THAT(shellWords(" \t\n "), IsEmpty());
+  for (const char* text : {"a b  c", "\ta\tb ", "'a b' c", "\"a b\" c", "a' 'b\" \"c", "'' a \"\"",
+                           "'\"' \"'\"", "a\\ b", "\\'", "\"a\\\"b\\\\c\\d\"", "'a\\b'",
+                           "-vf \"drawtext=text='x y':x=1\"", "-metadata title='\xC3\xA9 \xFF'"}) {
+    // printf ends each word with a byte that none of them has.
+    const std::string shell = run({"sh", "-c", "printf '%s\\001' " + std::string(text)}).out;
+    std::string ours;
+    for (const std::string& word : shellWords(text)) ours += word + '\1';
+    EXPECT_EQ(ours, shell) << text;
+  }
+}
+
+TEST(ShellWords, WithAnOpenQuoteAreRefused) {
+  for (const char* text : {"'a", "a\"b", "'a\\'b'", "\"a\\\""})
+    EXPECT_THROW(shellWords(text), std::invalid_argument) << text;
+}
+
+TEST(RunInChild, SetsTheEnvironmentOfTheChildAlone) {
+  const char* const zone = std::getenv("TZ");
+  const std::string before = zone == nullptr ? "none" : zone;
+  const std::time_t noon = 43'200;
+  const auto hourOf = [&] {
+    std::tm local = {};
+    return localtime_r(&noon, &local)->tm_hour;
+  };
+  const int hour = hourOf();
+  runInChild([&] { EXPECT_EQ(hourOf(), 17); }, {{"TZ", "FIVE-5"}});
+  runInChild([&] { EXPECT_EQ(hourOf(), 9); }, {{"TZ", "THREE3"}});
+  EXPECT_EQ(hourOf(), hour);
+  const char* const zoneAfter = std::getenv("TZ");
+  EXPECT_EQ(zoneAfter == nullptr ? "none" : std::string(zoneAfter), before);
+}
+
+TEST(RunInChild, KeepsTheBodysChangesToTheChild) {
+  int value = 1;
+  runInChild([&] { value = 2; });
+  EXPECT_EQ(value, 1);
+}
+
+TEST(RunInChild, ReportsEveryWayToFail) {
+  struct Row {
+    const char* body;
+    const char* said;
+  };
+  const Row rows[] = {
+      {"Child.FailedExpectation", "the body's own words"},
+      {"Child.FailedAssertion", "the body's own words"},
+      {"Child.Exception", "the body's own words"},
+      {"Child.ExceptionOfAnotherType", "unknown type"},
+      {"Child.Kill", "killed by signal 9"},
+      {"Child.Exit", "exited with status 0 before the end"},
+  };
+  for (const Row& row : rows) {
+    SCOPED_TRACE(row.body);
+    const RunResult result = runFailingBody(row.body);
+    EXPECT_EQ(result.status, 1);
+    EXPECT_THAT(result.out, HasSubstr(row.said));
+    EXPECT_THAT(result.out, HasSubstr("[  FAILED  ] " + std::string(row.body)));
+  }
+}
+
+TEST(RunInChild, PassesSkippingOn) {
+  const RunResult result = runFailingBody("Child.Skip");
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, HasSubstr("[  SKIPPED ] Child.Skip"));
+}
+
+TEST(RunInChild, ReportsWhatTheSanitizerFinds) {
+  if (!kHasAddressSanitizer) GTEST_SKIP() << "built without the address sanitizer";
+  for (const std::string body : {"Child.Overflow", "Child.Leak"}) {
+    const RunResult result = runFailingBody(body);
+    EXPECT_EQ(result.status, 1) << body;
+    EXPECT_THAT(result.out, HasSubstr("[  FAILED  ] " + body));
+    EXPECT_THAT(result.err, HasSubstr("Sanitizer")) << body;
+  }
+}
+
+TEST(RunInChild, EndsTheChildWithTheTestThatStartedIt) {
+  const TempDir folder;
+  ASSERT_EQ(mkfifo(folder.path("alive").c_str(), 0600), 0);
+  runInChild([&] {
+    if (fork() != 0) return;
+    // A test whose child kills it.
+    runInChild([&] {
+      alarm(60);  // if it is not ended
+      EXPECT_GE(open(folder.path("alive").c_str(), O_WRONLY), 0);
+      kill(getppid(), SIGKILL);
+      while (true) pause();
+    });
+    _exit(1);
+  });
+  // Reading ends when the last process that could write is gone.
+  EXPECT_FALSE(run({"cat", folder.path("alive")}, {.timeout = std::chrono::seconds(20)}).timedOut);
+}
+
+TEST(WithinSeconds, LetsAQuickBodyPass) {
+  bool ran = false;
+  withinSeconds(60, [&] { ran = true; });
+  EXPECT_TRUE(ran);
+}
+
+TEST(WithinSeconds, FailsABodyThatHangsOrThrows) {
+  const RunResult hung = runFailingBody("Within.Hang");
+  EXPECT_EQ(hung.status, 1);
+  EXPECT_THAT(hung.err, HasSubstr("still not done after 1 seconds"));
+  const RunResult thrown = runFailingBody("Within.Exception");
+  EXPECT_EQ(thrown.status, 1);
+  EXPECT_THAT(thrown.out, HasSubstr("[  FAILED  ] Within.Exception"));
+}
+
+TEST(OpenDescriptorCount, CountsWhatIsOpen) {
+  const int before = openDescriptorCount();
+  const int added = dup(0);
+  ASSERT_GE(added, 0);
+  EXPECT_EQ(openDescriptorCount(), before + 1);
+  close(added);
+  EXPECT_EQ(openDescriptorCount(), before);
+}
+
+TEST(ExpectNoDescriptorLeak, FailsTheTestThatLeaks) {
+  const RunResult result = runFailingBody("Descriptors.Leak");
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.out, HasSubstr("[  FAILED  ] Descriptors.Leak"));
+}
+
+}  // namespace
+
+}  // namespace kolum::test

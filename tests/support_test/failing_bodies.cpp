@@ -1,0 +1,118 @@
+// Tests that must not pass, each in its own way. CTest does not know them.
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstdlib>
+#include <stdexcept>
+
+#include "support/appliance_sandbox.h"
+#include "support/child_process.h"
+#include "support/descriptors.h"
+
+namespace {
+
+using namespace kolum::test;
+
+void failExpectation() {
+  EXPECT_EQ(1, 2) << "the body's own words";
+}
+void failAssertion() {
+  ASSERT_EQ(1, 2) << "the body's own words";
+}
+void throwException() {
+  throw std::runtime_error("the body's own words");
+}
+void throwNumber() {
+  throw 1;
+}
+void beKilled() {
+  raise(SIGKILL);
+}
+void exitAsIfAllWereWell() {
+  _exit(0);
+}
+void skip() {
+  GTEST_SKIP() << "the body's own words";
+}
+// Through volatile pointers, or compilers would see and forbid it, or remove it.
+void writeBeyondTheEnd() {
+  char* volatile bytes = static_cast<char*>(std::malloc(1));
+  bytes[1] = 'x';
+  std::free(bytes);
+}
+void leakMemory() {
+  void* volatile lost = std::malloc(1000);
+  EXPECT_NE(lost, nullptr);
+  lost = nullptr;
+}
+
+TEST(Child, FailedExpectation) {
+  runInChild(failExpectation);
+}
+TEST(Child, FailedAssertion) {
+  runInChild(failAssertion);
+}
+TEST(Child, Exception) {
+  runInChild(throwException);
+}
+TEST(Child, ExceptionOfAnotherType) {
+  runInChild(throwNumber);
+}
+TEST(Child, Kill) {
+  runInChild(beKilled);
+}
+TEST(Child, Exit) {
+  runInChild(exitAsIfAllWereWell);
+}
+TEST(Child, Skip) {
+  runInChild(skip);
+}
+TEST(Child, Overflow) {
+  runInChild(writeBeyondTheEnd);
+}
+TEST(Child, Leak) {
+  runInChild(leakMemory);
+}
+
+TEST(Sandbox, FailedExpectation) {
+  runInAppliance(failExpectation);
+}
+TEST(Sandbox, FailedAssertion) {
+  runInAppliance(failAssertion);
+}
+TEST(Sandbox, Exception) {
+  runInAppliance(throwException);
+}
+TEST(Sandbox, Kill) {
+  runInAppliance(beKilled);
+}
+TEST(Sandbox, Exit) {
+  runInAppliance(exitAsIfAllWereWell);
+}
+TEST(Sandbox, Skip) {
+  runInAppliance(skip);
+}
+TEST(Sandbox, Overflow) {
+  runInAppliance(writeBeyondTheEnd);
+}
+TEST(Sandbox, Leak) {
+  runInAppliance(leakMemory);
+}
+TEST(Sandbox, UnwritableFile) {
+  runInAppliance([] { writeRootFile("/proc/no/such/file", "x"); });
+}
+
+TEST(Within, Hang) {
+  withinSeconds(1, [] { pause(); });
+}
+TEST(Within, Exception) {
+  withinSeconds(60, throwException);
+}
+
+TEST(Descriptors, Leak) {
+  const ExpectNoDescriptorLeak leak;
+  EXPECT_GE(dup(0), 0);
+}
+
+}  // namespace
