@@ -50,7 +50,8 @@ std::optional<FilePlace> placeOf(std::string_view name) {
   if (name.size() != kPattern.size()) return std::nullopt;
   for (std::size_t i = 0; i < name.size(); ++i) {
     const bool isDigit = name[i] >= '0' && name[i] <= '9';
-    const bool fits = kPattern[i] == '0' ? isDigit : std::toupper(name[i]) == kPattern[i];
+    const auto byte = static_cast<unsigned char>(name[i]);
+    const bool fits = kPattern[i] == '0' ? isDigit : std::toupper(byte) == kPattern[i];
     if (!fits) return std::nullopt;
   }
   const FilePlace place = {(name[4] - '0') * 10 + (name[5] - '0'), name[7] - '0'};
@@ -63,8 +64,11 @@ std::string videoFolder(std::string folder) {
   if (folder.empty() || folder.back() != '/') folder += '/';
   const Directory directory(opendir(folder.c_str()));
   if (directory == nullptr) return folder;
-  while (const dirent* entry = readdir(directory.get()))
-    if (strcasecmp(entry->d_name, kVideoFolder) == 0) return folder + entry->d_name + "/";
+  while (const dirent* entry = readdir(directory.get())) {
+    if (strcasecmp(entry->d_name, kVideoFolder) != 0) continue;
+    const std::string video = folder + entry->d_name + "/";
+    if (isFolderExist(video.c_str()) != 0) return video;
+  }
   return folder;
 }
 
@@ -87,6 +91,22 @@ TitleSets readTitleSets(const std::string& folder) {
     }
   }
   return sets;
+}
+
+// Whether a pipe or a device poses as an index file: opening it could wait forever.
+bool holdsOddIndex(const std::string& folder) {
+  const Directory directory(opendir(folder.c_str()));
+  if (directory == nullptr) return false;
+  while (const dirent* entry = readdir(directory.get())) {
+    const std::string_view name = entry->d_name;
+    const std::string extension(name.substr(name.size() - std::min<std::size_t>(4, name.size())));
+    if (strcasecmp(extension.c_str(), ".IFO") != 0 && strcasecmp(extension.c_str(), ".BUP") != 0)
+      continue;
+    struct stat status = {};
+    const std::string path = folder + entry->d_name;
+    if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return true;
+  }
+  return false;
 }
 
 // Seconds of a program chain's playback time, which is in packed decimal digits.
@@ -112,6 +132,7 @@ void dropMessage(void* /*context*/, dvd_logger_level_t /*level*/, const char* /*
                  va_list /*arguments*/) {}
 
 Disc openDisc(const std::string& folder) {
+  if (holdsOddIndex(folder)) return nullptr;
   static const dvd_logger_cb kQuiet = {dropMessage};
   return Disc(DVDOpen2(nullptr, &kQuiet, folder.c_str()));
 }
@@ -119,6 +140,7 @@ Disc openDisc(const std::string& folder) {
 // The title set that plays longest, the larger of equal ones. Sets whose IFO files cannot be read
 // count as playing for no time, so on a disc with damaged ones the size alone decides.
 const TitleSet* mainTitleSet(const std::string& folder, const TitleSets& sets) {
+  if (sets.empty()) return nullptr;
   const Disc disc = openDisc(folder);
   const TitleSet* best = nullptr;
   long bestPlayback = 0;
