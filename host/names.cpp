@@ -21,10 +21,34 @@ bool isShellSafe(char c) {
          kSafe.find(c) != std::string_view::npos;
 }
 
+// The bytes that a character takes in a shell word.
+std::size_t shellLength(char c) {
+  if (c == '\n') return 3;
+  return isShellSafe(c) ? 1 : 2;
+}
+
+void writeForShell(char c, char* out) {
+  switch (shellLength(c)) {
+    case 1:
+      out[0] = c;
+      break;
+    case 2:
+      out[0] = '\\';
+      out[1] = c;
+      break;
+    default:
+      // After a backslash the shell would drop the line end; quotes keep it.
+      out[0] = '\'';
+      out[1] = c;
+      out[2] = '\'';
+  }
+}
+
 // Characters that no file name may hold, or that would end a quoted word of a shell command.
 bool isFileSafe(wint_t c) {
   constexpr std::wstring_view kUnsafe = L"/\\:*?\"'<>|`$";
-  return c >= 0x20 && c != 0x7F && kUnsafe.find(static_cast<wchar_t>(c)) == std::wstring_view::npos;
+  const bool isControl = c < 0x20 || (c >= 0x7F && c < 0xA0);
+  return !isControl && kUnsafe.find(static_cast<wchar_t>(c)) == std::wstring_view::npos;
 }
 
 locale_t utf8Locale() {
@@ -84,17 +108,16 @@ void cutToCharacters(std::string& text, std::size_t size) {
 
 void StringConvert2SystemCmdFilename(char* path) {
   if (path == nullptr) return;
-  std::string word;
-  for (const char* c = path; *c != '\0'; ++c) {
-    if (*c == '\n') {
-      // A backslash would make the shell drop the line end, quotes keep it.
-      word += "'\n'";
-    } else {
-      if (!isShellSafe(*c)) word += '\\';
-      word += *c;
-    }
+  const std::size_t length = std::strlen(path);
+  std::size_t end = 0;
+  for (std::size_t i = 0; i < length; ++i) end += shellLength(path[i]);
+  path[end] = '\0';
+  // From the back, so that nothing is overwritten before it is read and no memory is needed.
+  for (std::size_t i = length; i-- > 0;) {
+    const char c = path[i];
+    end -= shellLength(c);
+    writeForShell(c, path + end);
   }
-  std::memcpy(path, word.c_str(), word.size() + 1);
 }
 
 int StringConvert2LowerFileString(const char* src, int srcLength, char* dst, int dstSize) try {
@@ -104,8 +127,9 @@ int StringConvert2LowerFileString(const char* src, int srcLength, char* dst, int
   std::string name = lowerFileName(text);
   cutToCharacters(name, static_cast<std::size_t>(dstSize) - 1);
   if (name.empty()) return -1;
-  // The folder itself and its parent are no names for something new.
-  if (name == "." || name == "..") name.front() = kReplacement;
+  // The folder itself and its parent are no names for something new, and "@_" begins the names of
+  // album source pictures, which a finished thumbnail in the same folder must not look like.
+  if (name == "." || name == ".." || name.starts_with("@_")) name.front() = kReplacement;
   std::memcpy(dst, name.c_str(), name.size() + 1);
   return 0;
 } catch (...) {
