@@ -1,6 +1,8 @@
 #include <kolum/host.h>
 #include <unistd.h>
 
+#include <algorithm>
+#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -11,9 +13,21 @@ namespace {
 
 constexpr const char* kColourReset = "\x1b[0m";
 
+// Callers log between a failed call and their look at its error number.
+class KeptErrno {
+ public:
+  KeptErrno() = default;
+  ~KeptErrno() { errno = before_; }
+  KeptErrno(const KeptErrno&) = delete;
+  KeptErrno& operator=(const KeptErrno&) = delete;
+
+ private:
+  int before_ = errno;
+};
+
 bool isShown(int level) {
   const char* wanted = std::getenv("KO_LOG_LEVEL");
-  return wanted != nullptr && std::strtol(wanted, nullptr, 10) >= level;
+  return (wanted != nullptr ? std::strtol(wanted, nullptr, 10) : 0) >= level;
 }
 
 struct Freer {
@@ -31,6 +45,7 @@ Text formatted(const char* format, std::va_list arguments) {
 void writeLine(std::string text, const char* colour, const char* source, int line,
                const char* function) {
   while (!text.empty() && text.back() == '\n') text.pop_back();
+  std::replace(text.begin(), text.end(), '\n', ' ');
   std::string out = colour != nullptr ? colour : "";
   out.append("[").append(source != nullptr ? source : "");
   out.append(":").append(std::to_string(line));
@@ -45,6 +60,7 @@ void writeLine(std::string text, const char* colour, const char* source, int lin
 
 void koDebugUtilWrapperPrint(int level, const char* colour, const char* source, int line,
                              const char* function, const char* format, ...) {
+  const KeptErrno kept;
   if (format == nullptr || !isShown(level)) return;
   std::va_list arguments;
   va_start(arguments, format);
