@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -104,6 +105,11 @@ TEST(Removal, TakesTreesAndNeverFollowsLinks) {
   EXPECT_FALSE(fs::exists(folder.path("tree")));
   EXPECT_TRUE(fs::exists(folder.path("kept/file")));
   EXPECT_EQ(koremove2(folder.path("kept/file").c_str()), 0);
+  fs::create_directory_symlink(folder.path("stays"), folder.path("link"));
+  folder.write("stays/file", "x");
+  EXPECT_EQ(koremove2(folder.path("link/").c_str()), 0) << "a closing slash does not follow either";
+  EXPECT_FALSE(fs::is_symlink(folder.path("link")));
+  EXPECT_TRUE(fs::exists(folder.path("stays/file")));
   EXPECT_EQ(koremove2(folder.path("missing").c_str()), -1);
   EXPECT_EQ(koremove2(nullptr), -1);
   EXPECT_EQ(koremove2(""), -1);
@@ -172,8 +178,15 @@ TEST(ShellWords, AreReadBackByTheShellAsTheyWere) {
   }
 }
 
-TEST(ShellWords, AllowNull) {
+TEST(ShellWords, TakeAtMostThreeTimesTheLength) {
+  EXPECT_EQ(shellWord(std::string(100, '\n')).size(), 300U);
+  EXPECT_EQ(shellWord(std::string(100, ' ')).size(), 200U);
+  EXPECT_EQ(shellWord("/plain/path.mp4"), "/plain/path.mp4");
+}
+
+TEST(ShellWords, AllowNullAndNothing) {
   StringConvert2SystemCmdFilename(nullptr);
+  EXPECT_EQ(shellWord(""), "");
 }
 
 struct Lowered {
@@ -202,11 +215,19 @@ TEST(LowerFileNames, HoldNothingThatAFileOrAQuotedWordCannot) {
   EXPECT_EQ(lower("a:b*c?d\"e<f>g|h\\i`j$k").name, "a_b_c_d_e_f_g_h_i_j_k");
   EXPECT_EQ(lower(std::string("a\nb\0c", 5)).name, "a_b");
   EXPECT_EQ(lower("\x7F").name, "_");
+  EXPECT_EQ(lower("a\xC2\x85z").name, "a_z") << "a control character beyond ASCII";
   EXPECT_EQ(lower("a\xFF\xFE").name, "a__");
   EXPECT_EQ(lower("cut\xE6\x97").name, "cut__");
   EXPECT_EQ(lower(".").name, "_");
   EXPECT_EQ(lower("..").name, "_.");
   EXPECT_EQ(lower("...").name, "...");
+  EXPECT_EQ(lower("..cut", 3).name, "_.");
+}
+
+TEST(LowerFileNames, NeverLookLikeAnAlbumSourcePicture) {
+  EXPECT_EQ(lower("@_Album").name, "__album");
+  EXPECT_EQ(lower("@/Album").name, "__album");
+  EXPECT_EQ(lower("@Album@_").name, "@album@_");
 }
 
 TEST(LowerFileNames, AreCutBetweenCharacters) {
@@ -267,6 +288,40 @@ TEST(MainTitle, GoesByTimeAndNotBySize) {
   EXPECT_TRUE(mainTitle(copy.folder()).path.ends_with("VTS_02_1.VOB"));
 }
 
+TEST(MainTitle, IsTheLargerOfTwoThatPlayEquallyLong) {
+  for (const std::string larger : {"1", "2"}) {
+    const TempDir copy;
+    for (const std::string set : {"1", "2"})
+      for (const std::string rest : {"_0.IFO", "_0.BUP", "_1.VOB"}) {
+        fs::create_directories(copy.path("VIDEO_TS"));
+        fs::copy(dvdFolder() + "VTS_01" + rest, copy.path("VIDEO_TS/VTS_0" + set + rest));
+      }
+    fs::copy(dvdFolder() + "VIDEO_TS.IFO", copy.path("VIDEO_TS/VIDEO_TS.IFO"));
+    std::ofstream(copy.path("VIDEO_TS/VTS_0" + larger + "_2.VOB")) << "x";
+    EXPECT_TRUE(mainTitle(copy.folder()).path.ends_with("VTS_0" + larger + "_1.VOB")) << larger;
+  }
+}
+
+// A pipe in place of an index file would be waited on without end.
+TEST(MainTitle, DoesNotWaitForPipes) {
+  for (const char* name : {"VTS_02_0.IFO", "VTS_02_0.BUP", "VTS_01_1.VOB"}) {
+    const TempDir copy;
+    fs::copy(dvdFolder(), copy.path("VIDEO_TS"));
+    const std::string pipe = copy.path(std::string("VIDEO_TS/") + name);
+    fs::remove(copy.path("VIDEO_TS/VTS_02_0.IFO"));
+    fs::remove(pipe);
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_TRUE(mainTitle(copy.folder()).path.ends_with("VTS_02_1.VOB")) << name;
+  }
+}
+
+TEST(MainTitle, IgnoresAFileNamedAsTheVideoFolder) {
+  const TempDir copy;
+  fs::copy(dvdFolder(), copy.path("disc"));
+  copy.write("disc/video_ts", "x");
+  EXPECT_TRUE(mainTitle(copy.path("disc")).path.ends_with("disc/VTS_02_1.VOB"));
+}
+
 TEST(MainTitle, CountsAllPartsOfTheTitle) {
   const TempDir copy;
   fs::copy(dvdFolder(), copy.path("VIDEO_TS"));
@@ -297,8 +352,10 @@ TEST(MainTitle, IsTheLargestWhenTheIndexIsBroken) {
         std::ofstream(entry.path(), std::ios::binary) << content;
     }
     testing::internal::CaptureStdout();
+    testing::internal::CaptureStderr();
     const Title title = mainTitle(copy.folder());
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_EQ(title.result, 0);
     EXPECT_TRUE(title.path.ends_with("VTS_02_1.VOB")) << title.path;
   }
@@ -369,6 +426,7 @@ TEST(Log, IsQuietBelowItsLevel) {
   EXPECT_EQ(logged("4", nullptr, "text"), "");
   EXPECT_EQ(logged("0", nullptr, "text"), "");
   EXPECT_EQ(logged("", nullptr, "text"), "");
+  EXPECT_EQ(logged("loud", nullptr, "text"), "");
 }
 
 TEST(Log, WritesOneLineForAMessage) {
@@ -377,6 +435,23 @@ TEST(Log, WritesOneLineForAMessage) {
   EXPECT_EQ(logged("7", nullptr, ""), "[Source:42 function] \n");
   EXPECT_EQ(logged("7", nullptr, std::string(100'000, 'x').c_str()).size(),
             100'000 + std::strlen("[Source:42 function] \n"));
+}
+
+TEST(Log, KeepsAMessageOnOneLine) {
+  EXPECT_EQ(logged("5", nullptr, "a\nb\n\n"), "[Source:42 function] a b\n");
+}
+
+TEST(Log, LeavesTheErrorNumberAlone) {
+  for (const char* level : {"0", "7", "99999999999999999999999"}) {
+    errno = EDOM;
+    logged(level, nullptr, "text");
+    const Print print = hostPrint();
+    testing::internal::CaptureStderr();
+    errno = EDOM;
+    print(5, nullptr, "Source", 42, "function", "%s", "text");
+    EXPECT_EQ(errno, EDOM) << level;
+    testing::internal::GetCapturedStderr();
+  }
 }
 
 TEST(Log, ResetsTheColourItSets) {
