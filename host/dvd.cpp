@@ -66,7 +66,7 @@ std::string videoFolder(std::string folder) {
   if (directory == nullptr) return folder;
   while (const dirent* entry = readdir(directory.get())) {
     if (strcasecmp(entry->d_name, kVideoFolder) != 0) continue;
-    const std::string video = folder + entry->d_name + "/";
+    std::string video = folder + entry->d_name + "/";
     if (isFolderExist(video.c_str()) != 0) return video;
   }
   return folder;
