@@ -68,7 +68,8 @@ unsigned kindBits(const std::vector<std::string>& kinds) {
 
 void setExclusionMask(const std::string& value) {
   const std::size_t equals = value.find('=');
-  const FileTypeTable& table = tableNamed(value.substr(0, equals));
+  const std::string kind = value.substr(0, equals);
+  const FileTypeTable& table = tableNamed(kind);
   const auto mask = parseNumber(equals == std::string::npos ? "" : value.substr(equals + 1));
   if (!mask || KoLUM_SetFileTypeUmaskInternal(table.maskNumber, *mask) != 0) {
     throw UsageError("no mask from 0 to 0x7fffffffffffffff in \"" + value + "\"");
