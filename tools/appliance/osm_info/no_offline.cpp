@@ -1,0 +1,9 @@
+#include "osm_info/sources.h"
+
+namespace kolum::osm_info {
+
+std::vector<Answer> answerOffline(const Settings&, const Query&) {
+  throw LookUpError("this osm_info is built without libgeonames and needs a server");
+}
+
+}  // namespace kolum::osm_info

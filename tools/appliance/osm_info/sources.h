@@ -1,0 +1,20 @@
+// Where answers come from.
+#ifndef KOLUM_OSM_INFO_SOURCES_H
+#define KOLUM_OSM_INFO_SOURCES_H
+
+#include <vector>
+
+#include "osm_info/answer.h"
+#include "osm_info/query.h"
+#include "osm_info/settings.h"
+
+namespace kolum::osm_info {
+
+// Each gives one answer a language, in the settings' order, and throws LookUpError when there is
+// none.
+std::vector<Answer> askServer(const Settings& settings, const Query& query);
+std::vector<Answer> answerOffline(const Settings& settings, const Query& query);
+
+}  // namespace kolum::osm_info
+
+#endif
