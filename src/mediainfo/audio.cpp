@@ -59,6 +59,7 @@ constexpr Demuxer kDemuxers[] = {
     {"wv", FORMAT_WV},
 };
 constexpr unsigned kOtherDemuxer = 0xFFFFFFFF;
+constexpr std::int32_t kUnknownLevel = -99;
 
 unsigned containerFormat(std::string_view demuxer, const std::string& path) {
   for (const Demuxer& row : kDemuxers) {
@@ -113,9 +114,38 @@ unsigned describe(const av::Input& input, const av::Stream& stream, const std::s
   return 0;
 }
 
+struct DsdExtension {
+  std::string_view extension;
+  unsigned format;
+};
+
+constexpr DsdExtension kDsdExtensions[] = {{".dsf", FORMAT_DSF}, {".dff", FORMAT_DFF}};
+
+// The format of a DSD file, told by its name alone; 0 for other files.
+unsigned dsdFormat(std::string_view path) {
+  const std::size_t dot = path.rfind('.');
+  if (dot == std::string_view::npos) return FORMAT_UNKNOWN;
+  for (const DsdExtension& row : kDsdExtensions)
+    if (equalsIgnoringCase(path.substr(dot), row.extension)) return row.format;
+  return FORMAT_UNKNOWN;
+}
+
+unsigned describeDsd(const char* folder, const char* fileName, unsigned format,
+                     const AudioOutputs& out) {
+  put(out.channels, 2);
+  put(out.profile, PROFILE_UNKNOWN);
+  put(out.level, kUnknownLevel);
+  put(out.containerFormat, format);
+  return GetDsfMetadata2(folder, fileName, out.containerBitRate, out.bitRate, out.sampleRate,
+                         out.bitsPerSample, out.channels, out.durationSec);
+}
+
 unsigned audioMetadata(const char* folder, const char* fileName, const AudioOutputs& out) {
   const auto path = wholePath(folder, fileName);
-  const auto input = path ? openMedia(*path) : std::nullopt;
+  if (!path || !hasStatus(*path)) return 1;
+  if (const unsigned format = dsdFormat(*path); format != FORMAT_UNKNOWN)
+    return describeDsd(folder, fileName, format, out);
+  const auto input = openMedia(*path);
   if (!input) return 1;
   // A file without audio is a success with nothing to tell: hosts keep it listed.
   const av::Stream* stream = firstStream(*input, av::MediaType::kAudio);

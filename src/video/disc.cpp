@@ -10,8 +10,8 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <vector>
 
+#include "support/shell.h"
 #include "support/text.h"
 
 namespace kolum::video {
@@ -59,15 +59,6 @@ std::optional<MainTitle> blurayTitle(const std::string& streamFolder,
   auto path = largestFile(streamFolder, kStreamSuffix);
   if (!path) return std::nullopt;
   return MainTitle{.path = std::move(*path), .containerFormat = containerFormat};
-}
-
-// PATH as one word of a shell command.
-std::string shellWord(const std::string& path) {
-  // The host rewrites in place and needs up to three bytes for one.
-  std::vector<char> word(path.size() * 3 + 1);
-  copyText(word.data(), word.size(), path);
-  StringConvert2SystemCmdFilename(word.data());
-  return word.data();
 }
 
 int shell(const std::string& command) {

@@ -68,6 +68,24 @@ TEST(Layout, OfTheMediaInfoRecords) {
   EXPECT_EQ(sizeof(MediaStreamInfo), 17 * 4U);
 }
 
+TEST(Layout, OfTheSongRecord) {
+  EXPECT_EQ(offsetof(songObject_st, track), 0U);
+  EXPECT_EQ(offsetof(songObject_st, duration), 4U);
+  EXPECT_EQ(offsetof(songObject_st, title), 8U);
+  EXPECT_EQ(offsetof(songObject_st, artist), 264U);
+  EXPECT_EQ(offsetof(songObject_st, albumArtist), 520U);
+  EXPECT_EQ(offsetof(songObject_st, album), 776U);
+  EXPECT_EQ(offsetof(songObject_st, year), 1032U);
+  EXPECT_EQ(offsetof(songObject_st, genre), 1036U);
+  EXPECT_EQ(offsetof(songObject_st, sampleRate), 1292U);
+  EXPECT_EQ(offsetof(songObject_st, bitRate), 1296U);
+  EXPECT_EQ(offsetof(songObject_st, channels), 1300U);
+  EXPECT_EQ(offsetof(songObject_st, containerFormat), 1304U);
+  EXPECT_EQ(offsetof(songObject_st, profile), 1308U);
+  EXPECT_EQ(offsetof(songObject_st, level), 1312U);
+  EXPECT_EQ(sizeof(songObject_st), 1316U);
+}
+
 TEST(Layout, OfAHashNode) {
   EXPECT_EQ(offsetof(MediaHashNode, row), 0U);
   EXPECT_EQ(offsetof(MediaHashNode, extension), 8U);

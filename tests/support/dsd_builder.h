@@ -1,0 +1,39 @@
+// DSD files, byte by byte: DSF and DFF containers, and the ID3v2 tags in them.
+#ifndef KOLUM_TESTS_SUPPORT_DSD_BUILDER_H
+#define KOLUM_TESTS_SUPPORT_DSD_BUILDER_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace kolum::test {
+
+enum class TextEncoding { kLatin1 = 0, kUtf16 = 1, kUtf16BigEndian = 2, kUtf8 = 3 };
+
+// A text frame of an ID3v2.4 tag. TEXT is ASCII, or UTF-8 for kUtf8, or Latin-1 for kLatin1.
+struct TextFrame {
+  std::string id;  // "TIT2"
+  std::string text;
+  TextEncoding encoding = TextEncoding::kUtf8;
+};
+
+std::string id3v2Tag(const std::vector<TextFrame>& frames);
+
+struct DsdFile {
+  std::uint32_t sampleRate = 2822400;
+  std::uint32_t channels = 2;
+  std::uint32_t seconds = 2;
+  std::string tag = "";
+  // Where the header says the tag is; by default where it is, 0 when there is none.
+  std::optional<std::uint64_t> tagOffset = {};
+};
+
+std::string dsfFile(const DsdFile& file);
+// TAG becomes an "ID3 " chunk; artist and title, unless empty, one of the container's own kind.
+std::string dffFile(const DsdFile& file, const std::string& artist = "",
+                    const std::string& title = "");
+
+}  // namespace kolum::test
+
+#endif
