@@ -26,6 +26,7 @@ struct Prober {
 // A kind gets a row when its probe exists; folders are searched for the kinds that have one.
 constexpr Prober kProbers[] = {
     {kVideo, kVideoBit, "video", probeVideo},
+    {kPhoto, kPhotoBit, "photo", probePhoto},
 };
 
 // The prober that the first operand asks for; a lone operand always names a file.
@@ -60,7 +61,7 @@ const char* unprobedReason(int kind) {
     case kPlaylist:
       return "a playlist has nothing to probe";
     default:
-      return "songs and photos cannot be probed yet";
+      return "songs cannot be probed yet";
   }
 }
 

@@ -11,6 +11,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "numbers.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -20,8 +21,8 @@ namespace {
 namespace wire = MediaLibrary::LUM::wire;
 
 struct Options {
-  int command = 0;
-  std::vector<std::int64_t> values;
+  std::string command;
+  std::vector<std::string> values;
   std::string text;
   std::string payloadFile;
   const CLI::Option* textOption = nullptr;
@@ -37,10 +38,22 @@ std::string readPayload(const std::string& file) {
   return payload;
 }
 
+std::int64_t number(const std::string& text) {
+  if (const auto value = parseNumber(text)) return *value;
+  throw UsageError("\"" + text + "\" is no number");
+}
+
+int commandCode(const std::string& text) {
+  const std::int64_t code = number(text);
+  if (code == static_cast<int>(code)) return static_cast<int>(code);
+  throw UsageError("command " + text + " has more than 32 bits");
+}
+
 // Each value is 64 bits wide, in host byte order.
-std::string valuesPayload(const std::vector<std::int64_t>& values) {
+std::string valuesPayload(const std::vector<std::string>& values) {
   std::string payload;
-  for (const std::int64_t value : values) {
+  for (const std::string& text : values) {
+    const std::int64_t value = number(text);
     payload.append(reinterpret_cast<const char*>(&value), sizeof value);
   }
   return payload;
@@ -60,10 +73,10 @@ std::string payloadOf(const Options& options) {
   return payload;
 }
 
-void print(Context& context, const Options& options, const MediaLibrary::LUM::SocketResp_t& answer,
+void print(Context& context, int command, const MediaLibrary::LUM::SocketResp_t& answer,
            const std::string& text) {
   Result result;
-  result.data("command", options.command);
+  result.data("command", command);
   result.data("result", answer.result);
   result.data("success", answer.result == wire::kResultSuccess);
   result.show("Result", std::to_string(answer.result) +
@@ -75,18 +88,19 @@ void print(Context& context, const Options& options, const MediaLibrary::LUM::So
 }
 
 void run(Context& context, const Options& options) {
+  const int command = commandCode(options.command);
   const std::string payload = payloadOf(options);
   // The record is left alone when no answer comes.
   constexpr std::int64_t kNoAnswer = std::numeric_limits<std::int64_t>::min();
   MediaLibrary::LUM::SocketResp_t answer = {kNoAnswer, 0, nullptr};
-  const int status = sendCommand(&answer, options.command,
-                                 payload.empty() ? nullptr : payload.data(), payload.size());
+  const int status =
+      sendCommand(&answer, command, payload.empty() ? nullptr : payload.data(), payload.size());
   if (status != 0 && answer.result == kNoAnswer) {
     return context.fail(std::string("no answer from a server at ") + wire::kSocketPath);
   }
   const std::string text = answer.data == nullptr ? "" : answer.data;
   std::free(answer.data);
-  print(context, options, answer, text);
+  print(context, command, answer, text);
   if (status != 0) context.fail("the server answered with result " + std::to_string(answer.result));
 }
 
@@ -94,10 +108,8 @@ void run(Context& context, const Options& options) {
 
 Action defineSend(CLI::App& command) {
   auto options = std::make_shared<Options>();
-  command.add_option("COMMAND", options->command, "The server's command code")
-      ->required()
-      ->type_name("");
-  command.add_option("VALUE", options->values, "Numbers, sent as 64 bits each")->type_name("");
+  addText(command, "COMMAND", options->command, "The server's command code")->required();
+  addTexts(command, "VALUE", options->values, "Numbers, sent as 64 bits each");
   CLI::Option* text = addText(command, "--text", options->text, "Sends this text as the payload");
   CLI::Option* file =
       addText(command, "--payload", options->payloadFile, "Sends this file's bytes");

@@ -13,10 +13,13 @@
 
 namespace kolum::tool {
 
+Action defineArtwork(CLI::App& command);
 Action defineClassify(CLI::App& command);
 Action defineConfig(CLI::App& command);
+Action defineCover(CLI::App& command);
 Action defineDlna(CLI::App& command);
 Action defineExtensions(CLI::App& command);
+Action defineGeocode(CLI::App& command);
 Action defineIds(CLI::App& command);
 Action defineNotify(CLI::App& command);
 Action defineProbe(CLI::App& command);
@@ -31,9 +34,12 @@ constexpr Command kCommands[] = {
     {"probe", "What is in media files", defineProbe},
     {"tracks", "Track counts, rotation and protection", defineTracks},
     {"dlna", "DLNA profiles, and how they come about", defineDlna},
+    {"cover", "Album pictures", defineCover},
     {"classify", "The kind of files, by their names", defineClassify},
     {"extensions", "The file types the library knows", defineExtensions},
     {"ids", "Identifier tables and conversions", defineIds},
+    {"artwork", "Thumbnails of albums and artists", defineArtwork},
+    {"geocode", "The place of a position", defineGeocode},
     {"config", "The server's configuration", defineConfig},
     {"send", "Sends a command to the server", defineSend},
     {"serve-echo", "A small server for trying \"send\"", defineServeEcho},

@@ -17,7 +17,7 @@ std::string standInFolder() {
   std::error_code error;
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) return "";
-  const std::filesystem::path folder = self.parent_path().parent_path() / "appliance";
+  const std::filesystem::path folder = self.parent_path().parent_path() / "appliance" / "bin";
   return std::filesystem::is_directory(folder, error) ? folder.string() + "/" : "";
 }
 

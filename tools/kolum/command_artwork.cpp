@@ -1,0 +1,118 @@
+#include <kolum/thumbnail.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "media_files.h"
+#include "numbers.h"
+#include "paths.h"
+
+namespace kolum::tool {
+
+namespace {
+
+// Holds every relative path that the library writes.
+constexpr std::size_t kRelativePathSize = 1024;
+
+struct Options {
+  std::string base;
+  std::string artist;
+  std::string album;
+  FileArguments files;
+  std::string mediaType;
+  std::string item;
+};
+
+std::string withSlash(const std::string& folder) {
+  return folder.ends_with('/') ? folder : folder + "/";
+}
+
+void print(Context& context, const std::string& base, const char* relativePath) {
+  Result result = Result::ofFile(base + relativePath);
+  result.data("relativePath", relativePath);
+  result.show("Relative path", relativePath);
+  context.printer.block(result);
+}
+
+void showArtist(Context& context, const Options& options) {
+  char relativePath[kRelativePathSize] = "";
+  const std::string base = withSlash(options.base);
+  if (LUM_CheckMusicArtistThumbnail(base.c_str(), options.artist.c_str(), relativePath) == 1) {
+    return print(context, base, relativePath);
+  }
+  context.fail(base + relativePath, "no picture of this artist");
+}
+
+void makeAlbum(Context& context, const Options& options) {
+  if (!context.initLibrary()) return;
+  char relativePath[kRelativePathSize] = "";
+  const std::string base = withSlash(options.base);
+  if (LUM_CheckMusicAlbumArt(base.c_str(), options.artist.c_str(), options.album.c_str(),
+                             relativePath) == 1) {
+    return print(context, base, relativePath);
+  }
+  context.fail(base + relativePath, "no thumbnail, and none could be made from a \"@_\" picture");
+}
+
+void showTranscoded(Context& context, const Options& options) {
+  for (const std::string& name : fileNames(context, options.files)) {
+    const MediaPath path = splitPath(name);
+    const bool exists = LUM_IsTranscodeFileExist(path.folder.c_str(), path.name.c_str()) == 0;
+    Result result = Result::ofFile(name);
+    result.data("isTranscoded", exists);
+    result.show("Transcoded copy", exists ? "yes" : "no");
+    context.printer.block(result);
+  }
+}
+
+void showFolder(Context& context, const Options& options) {
+  const auto mediaType = parseNumber(options.mediaType);
+  const auto item = parseNumber(options.item);
+  char name[16] = "";
+  if (!mediaType || !item || *mediaType < 0 || *mediaType > UINT32_MAX ||
+      getSystemThumbFolderName(static_cast<unsigned>(*mediaType), *item, sizeof name, name) != 0) {
+    throw UsageError("TYPE is a number from 0 to 20, ITEM one from 1");
+  }
+  Result result;
+  result.text("folder", "Folder", name);
+  context.printer.block(result);
+}
+
+}  // namespace
+
+Action defineArtwork(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  command.require_subcommand(1);
+  CLI::App* album =
+      command.add_subcommand("album", "Makes an album's thumbnails when they are missing");
+  CLI::App* artist = command.add_subcommand("artist", "Finds an artist's picture");
+  CLI::App* transcoded =
+      command.add_subcommand("transcoded", "Looks for transcoded copies of videos");
+  CLI::App* folder = command.add_subcommand("folder", "Names the folder of a system thumbnail");
+  for (CLI::App* nested : {album, artist}) {
+    addText(*nested, "BASE", options->base, "The music thumbnails' folder")->required();
+    addText(*nested, "ARTIST", options->artist, "The artist's name")->required();
+  }
+  addText(*album, "ALBUM", options->album, "The album's name")->required();
+  addFileArguments(*transcoded, options->files);
+  addText(*folder, "TYPE", options->mediaType, "The media type's number, 0 to 20")->required();
+  addText(*folder, "ITEM", options->item, "The item's number")->required();
+  command.footer(
+      "Artwork as the media library keeps it: below BASE a folder for each artist, in it "
+      "artist.jpg\n"
+      "and a thumbnail for each album. An album's thumbnails are made, by ffmpeg or ImageMagick, "
+      "from\n"
+      "the picture \"@_ALBUM.jpg\" or \".png\" beside them, which is deleted afterwards.\n"
+      "\nExample:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");
+  return [=](Context& context) {
+    if (album->parsed()) return makeAlbum(context, *options);
+    if (artist->parsed()) return showArtist(context, *options);
+    if (transcoded->parsed()) return showTranscoded(context, *options);
+    showFolder(context, *options);
+  };
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,135 @@
+#include <kolum/geocode.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "numbers.h"
+#include "text.h"
+
+namespace kolum::tool {
+
+namespace {
+
+using MediaLibrary::osm_place_s;
+
+constexpr char kFixedTool[] = "/usr/local/medialibrary/bin/osm_info";
+constexpr int kBuilding = 18;
+
+constexpr auto kLanguages = std::to_array<const char*>(
+    {"cs", "da", "de", "el", "en", "es", "fi", "fr", "hu", "it",    "ja",   "ko",
+     "nl", "no", "pl", "pt", "ro", "ru", "sv", "th", "tr", "zh-cn", "zh-tw"});
+constexpr auto kObjectTypes = std::to_array<const char*>({"node", "way", "relation", "other"});
+
+struct Options {
+  std::string latitude;
+  std::string longitude;
+  int zoom = kBuilding;
+  std::string language;
+};
+
+double degrees(const std::string& text, const char* what, double limit) {
+  const auto value = parseDecimal(text);
+  if (value && std::abs(*value) <= limit) return *value;
+  throw UsageError(std::string(what) + " is a number from -" + decimalText(limit, 0) + " to " +
+                   decimalText(limit, 0) + " degrees, not \"" + text + "\"");
+}
+
+Identifier language(int index) {
+  const bool known = index >= 0 && index < static_cast<int>(kLanguages.size());
+  return {index, known ? kLanguages[static_cast<std::size_t>(index)] : "other"};
+}
+
+Identifier objectType(int type) {
+  const bool known = type >= 1 && type <= static_cast<int>(kObjectTypes.size());
+  return {type, known ? kObjectTypes[static_cast<std::size_t>(type - 1)] : ""};
+}
+
+std::string shellQuoted(const std::string& text) {
+  std::string quoted = "'";
+  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
+  return quoted + "'";
+}
+
+// One attempt with the stand-in; numbers are all that reaches the shell besides its path.
+int askStandIn(const std::string& tool, const osm_param_s& query, osm_place_s& place) {
+  char arguments[128];
+  std::snprintf(arguments, sizeof arguments, " lat=%.8f lon=%.8f zoom=%d", query.lat, query.lon,
+                query.zoom);
+  return parseOsmInfo((shellQuoted(tool) + arguments).c_str(), place);
+}
+
+Result addressResult(const osm_place_s& place, std::size_t index) {
+  const MediaLibrary::osm_address_s& address = place.addresses[index];
+  const Identifier identifier = language(address.language);
+  Result result = Result::titled(identifier.name + ": " + address.address);
+  result.data("language", identifier.json());
+  result.data("address", address.address);
+  nlohmann::ordered_json parts = nlohmann::ordered_json::array();
+  for (const MediaLibrary::osm_addr_unit_s& unit : place.addressParts[index].units) {
+    parts.push_back({{"name", unit.name}, {"value", unit.value}});
+    result.show(unit.name, unit.value);
+  }
+  result.data("parts", std::move(parts));
+  return result;
+}
+
+void print(Context& context, const Options& options, const osm_param_s& query,
+           const osm_place_s& place) {
+  Result result;
+  result.data("lat", query.lat);
+  result.data("lon", query.lon);
+  result.data("zoom", query.zoom);
+  result.show("Position", decimalText(query.lat, 8) + ", " + decimalText(query.lon, 8));
+  const Identifier type = objectType(place.osmType);
+  result.data("osmType", type.json());
+  result.data("osmId", place.osmId);
+  result.show("Map object", joined({type.name, place.osmId}));
+  std::vector<Result> addresses;
+  for (std::size_t i = 0; i < place.addresses.size() && i < place.addressParts.size(); ++i) {
+    const bool wanted =
+        options.language.empty() || options.language == language(place.addresses[i].language).name;
+    if (wanted) addresses.push_back(addressResult(place, i));
+  }
+  result.list("addresses", std::move(addresses));
+  context.printer.block(result);
+}
+
+void run(Context& context, const Options& options) {
+  osm_param_s query = {degrees(options.latitude, "LATITUDE", 90),
+                       degrees(options.longitude, "LONGITUDE", 180), options.zoom};
+  const bool fixed = access(kFixedTool, X_OK) == 0;
+  const std::string tool = fixed ? kFixedTool : standInFolder() + "osm_info";
+  if (access(tool.c_str(), X_OK) != 0) return context.fail(kFixedTool, "no such tool");
+  osm_place_s place = {};
+  const int status = fixed ? koOsmInfo(query, place) : askStandIn(tool, query, place);
+  if (status == 0) return print(context, options, query, place);
+  context.fail(tool, status == 2 ? "the tool knows no place there" : "no usable answer");
+}
+
+}  // namespace
+
+Action defineGeocode(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  addText(command, "LATITUDE", options->latitude, "Degrees, north positive")->required();
+  addText(command, "LONGITUDE", options->longitude, "Degrees, east positive")->required();
+  command.add_option("--zoom", options->zoom, "Level of detail, 0 the world to 18 a building")
+      ->check(CLI::Range(0, kBuilding))
+      ->type_name("N");
+  addText(command, "--language", options->language, "Prints the address in this language only")
+      ->type_name("CODE");
+  command.footer(
+      "Tells the place of a position and its address in several languages. The tool osm_info looks "
+      "it\n"
+      "up: the appliance's, else the stand-in built beside kolum.\n"
+      "\nExample:\n  kolum geocode 48.8584 2.2945 --language en");
+  return [options](Context& context) { run(context, *options); };
+}
+
+}  // namespace kolum::tool

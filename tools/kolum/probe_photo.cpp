@@ -1,0 +1,49 @@
+#include <kolum/audio.h>
+#include <kolum/photo.h>
+
+#include <cstdint>
+
+#include "file_types.h"
+#include "identifiers.h"
+#include "media_files.h"
+#include "probe.h"
+
+namespace kolum::tool {
+
+namespace {
+
+constexpr std::uint32_t kNoPicture = UINT32_MAX;
+
+// What the name says of the picture; nothing for a photo that was forced to be one.
+void addFileType(Result& result, const std::string& name) {
+  unsigned row = 0;
+  if (KoLUM_GetFilenameType(name.c_str(), &row, kPhotoBit, nullptr) != kPhoto) return;
+  const MediaFileInfo& type = fileTypesOfKind(kPhoto)->rows[row - 1];
+  result.text("mimeType", "MIME type", type.mimeType);
+  result.number("pictureFormat", "Picture format", static_cast<std::int64_t>(type.formatIds));
+}
+
+}  // namespace
+
+void probePhoto(Context& context, const MediaPath& path, const ProbeOptions&) {
+  std::uint32_t pixelFormat = kNoPicture;
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  if (GetPhotoMetadata(path.folder.c_str(), path.name.c_str(), &pixelFormat) != 0 ||
+      GetPhotoHW(path.full().c_str(), &width, &height) != 0 || pixelFormat == kNoPicture) {
+    return context.fail(path.full(), refusalReason(path, "no picture that can be read"));
+  }
+  Result result = Result::ofFile(path.full());
+  addKind(result, kPhoto);
+  addFileType(result, path.name);
+  result.data("width", width);
+  result.data("height", height);
+  result.show("Picture", std::to_string(width) + " x " + std::to_string(height));
+  result.number("pixelFormat", "Pixel format", pixelFormat);
+  const bool isCover = KoLUM_CheckSpecialCover(path.name.c_str()) == 0;
+  result.data("isAlbumCover", isCover);
+  if (isCover) result.show("Album cover", "yes, by its name");
+  context.printer.block(result);
+}
+
+}  // namespace kolum::tool
