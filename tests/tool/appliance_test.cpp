@@ -39,6 +39,8 @@ using ToolSend = Appliance;
 using ToolConfig = Appliance;
 using ToolServeEcho = Appliance;
 using ToolExtensions = Appliance;
+using ToolArtwork = Appliance;
+using ToolGeocode = Appliance;
 
 const RunOptions kOnVolume = {.environment = {{"KO_DATA_DIR", kVolume}}};
 
@@ -259,6 +261,108 @@ TEST_F(ToolExtensions, XmlFollowsTheConfiguration) {
     EXPECT_EQ(missing.out, "");
     EXPECT_THAT(missing.err, HasSubstr("medialibrary.conf: No such file or directory"));
   });
+}
+
+TEST_F(ToolArtwork, MakesAnAlbumsThumbnails) {
+  runInAppliance([] {
+    std::filesystem::create_directories("/tmp/art/the oscillators");
+    const std::string source = "/tmp/art/the oscillators/@_tones.jpg";
+    std::filesystem::copy_file(samples() + "Photos/pattern.jpg", source);
+    const Outcome run =
+        kolum({"artwork", "album", "--json", "/tmp/art", "The Oscillators", "Tones"});
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.json().front(), json::parse(R"({"file":"/tmp/art/the oscillators/tones.jpg",
+        "relativePath":"the oscillators/tones.jpg"})"));
+    EXPECT_FALSE(std::filesystem::exists(source));
+    const json picture =
+        kolum({"probe", "--json", "/tmp/art/the oscillators/tones.jpg"}).json().front();
+    EXPECT_EQ(picture["width"], 252);
+    EXPECT_EQ(picture["height"], 252);
+    EXPECT_EQ(kolum({"artwork", "album", "/tmp/art/", "The Oscillators", "Tones"}).status, 0);
+  });
+}
+
+TEST_F(ToolArtwork, WithoutASourceFails) {
+  runInAppliance([] {
+    std::filesystem::create_directories("/tmp/art");
+    EXPECT_EQ(kolum({"artwork", "album", "/tmp/art", "Nobody", "Nothing"}).status, 1);
+    EXPECT_EQ(kolum({"artwork", "artist", "/tmp/art", "Nobody"}).status, 1);
+    writeRootFile("/tmp/art/nobody/artist.jpg", "picture");
+    EXPECT_THAT(kolum({"artwork", "artist", "/tmp/art", "Nobody"}).out,
+                HasSubstr("nobody/artist.jpg"));
+  });
+}
+
+TEST_F(ToolArtwork, FindsTranscodedCopies) {
+  runInAppliance([] {
+    writeRootFile("/tmp/v/.@__thumb/transcode/a.mp4.mobile480p", "copy");
+    const auto lines =
+        kolum({"artwork", "transcoded", "--json", "/tmp/v/a.mp4", "/tmp/v/b.mp4"}).json();
+    EXPECT_EQ(lines[0]["isTranscoded"], true);
+    EXPECT_EQ(lines[1]["isTranscoded"], false);
+  });
+}
+
+TEST(ToolSystemThumbnails, FoldersAreNamed) {
+  EXPECT_EQ(kolum({"artwork", "folder", "3", "0x1234"}).out, "Folder  334/\n");
+  EXPECT_EQ(kolum({"artwork", "folder", "20", "255"}).out, "Folder  14ff/\n");
+  EXPECT_EQ(kolum({"artwork", "folder", "21", "1"}).status, 2);
+  EXPECT_EQ(kolum({"artwork", "folder", "1", "0"}).status, 2);
+}
+
+// A tool that prints ANSWER and notes its arguments.
+void installOsmInfo(const std::string& answer) {
+  writeRootFile("/tmp/answer", answer);
+  writeRootFile("/usr/local/medialibrary/bin/osm_info",
+                "#!/bin/sh\necho \"$@\" > /tmp/arguments\ncat /tmp/answer\n", 0755);
+}
+
+TEST_F(ToolGeocode, PrintsTheAddresses) {
+  runInAppliance([] {
+    installOsmInfo(
+        "<output><reversegeocode language=\"en\">"
+        "<result osm_type=\"way\" osm_id=\"42\">Caf\xC3\xA9 \"X\", Paris</result>"
+        "<addressparts><city>Paris</city><country>France</country></addressparts>"
+        "</reversegeocode><reversegeocode language=\"de\">"
+        "<result osm_type=\"way\" osm_id=\"42\">Paris, Frankreich</result>"
+        "<addressparts><city>Paris</city></addressparts></reversegeocode></output>");
+    const Outcome text = kolum({"geocode", "48.8584", "-2.2945"});
+    EXPECT_EQ(text.status, 0) << text.err;
+    EXPECT_EQ(text.out,
+              "Position    48.8584, -2.2945\n"
+              "Map object  way, 42\n"
+              "en: Caf\xC3\xA9 \"X\", Paris\n"
+              "  city     Paris\n"
+              "  country  France\n"
+              "de: Paris, Frankreich\n"
+              "  city  Paris\n");
+    EXPECT_EQ(contentOf("/tmp/arguments"), "lat=48.85840000 lon=-2.29450000 zoom=18\n");
+    const json german =
+        kolum({"geocode", "--json", "48.8584", "2.2945", "--zoom", "10", "--language", "de"})
+            .json()
+            .front();
+    EXPECT_EQ(german["osmType"], json::parse(R"({"id":2,"name":"way"})"));
+    EXPECT_EQ(german["osmId"], "42");
+    EXPECT_EQ(german["addresses"], json::parse(R"([{"language":{"id":2,"name":"de"},
+        "address":"Paris, Frankreich","parts":[{"name":"city","value":"Paris"}]}])"));
+  });
+}
+
+TEST_F(ToolGeocode, AnErrorOfTheToolIsTold) {
+  runInAppliance([] {
+    installOsmInfo("<error>Unable to geocode</error>");
+    const Outcome run = kolum({"geocode", "0", "0"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_THAT(run.err, HasSubstr("the tool knows no place there"));
+  });
+}
+
+TEST_F(ToolGeocode, PositionsBeyondTheEarthAreUsageMistakes) {
+  const std::vector<std::pair<const char*, const char*>> rows = {
+      {"90.1", "0"}, {"0", "-180.5"}, {"nan", "0"}, {"0", "inf"}, {"1;id", "0"}, {"", "0"}};
+  for (const auto& [latitude, longitude] : rows) {
+    EXPECT_EQ(kolum({"geocode", latitude, longitude}).status, 2) << latitude << " " << longitude;
+  }
 }
 
 }  // namespace

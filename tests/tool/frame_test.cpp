@@ -102,6 +102,13 @@ TEST(Usage, MistakesEndWithStatusTwoAndAHint) {
       {"send"},
       {"send", "x"},
       {"send", "1", "2", "--text", "a"},
+      {"send", "4294967296"},
+      {"keyframe", "-1", "a.mkv"},
+      {"keyframe", "1"},
+      {"info", "--seek", "0", "a.mkv"},
+      {"artwork"},
+      {"artwork", "album", "base", "artist"},
+      {"geocode", "1"},
   };
   for (const auto& arguments : mistakes) {
     const Outcome run = kolum(arguments);
@@ -153,7 +160,8 @@ TEST(Messages, AreLostSilentlyWithStandardErrorClosed) {
 
 // The song's probe writes a line to standard error, the video's some to standard output.
 TEST(LibraryLines, NeverReachTheToolsOutput) {
-  const Outcome run = kolum({"probe", "--json", samples() + "Videos"});
+  const Outcome run =
+      kolum({"probe", "--json", samples() + "Videos", samples() + "Music/Tones/01-first-tone.mp3"});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_FALSE(run.json().empty());
 #ifndef KOLUM_SANITIZED

@@ -360,5 +360,154 @@ TEST(Dlna, TellsWhyThereIsNoProfile) {
                          "  Reason        files of this container get a MIME type only\n");
 }
 
+TEST(ProbeAudio, JsonTellsTheSong) {
+  const std::string file = samples() + "Music/Tones/01-first-tone.mp3";
+  const json line = single(kolum({"probe", "--json", file}));
+  EXPECT_EQ(line["kind"]["name"], "music");
+  EXPECT_EQ(line["containerFormat"]["name"], "FORMAT_MP3");
+  EXPECT_EQ(line["mimeType"], "audio/mpeg");
+  EXPECT_EQ(line["dlnaProfile"], "MP3");
+  EXPECT_EQ(line["duration"], 3);
+  EXPECT_EQ(line["audioCodec"], json::parse(R"({"id":86017,"name":"CODEC_ID_MP3"})"));
+  EXPECT_EQ(line["audioBitRate"], 192000);
+  EXPECT_EQ(line["sampleRate"], 48000);
+  EXPECT_EQ(line["channels"], 2);
+}
+
+TEST(ProbeAudio, LeavesOutWhatTheFileDoesNotTell) {
+  const json line =
+      single(kolum({"probe", "--json", samples() + "Music/Tones/02-second-tone.flac"}));
+  for (const char* key : {"dlnaProfile", "audioLevel", "audioBitRate", "bitsPerSample"}) {
+    EXPECT_FALSE(line.contains(key)) << key << " in " << line;
+  }
+}
+
+TEST(ProbeAudio, AVideoWithoutSoundIsNoSong) {
+  const TempDir folder;
+  const Outcome run = kolum({"probe", "audio", makeVideo(folder.path("silent.mkv")), "-"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("no song that can be probed"));
+}
+
+TEST(ProbeAudio, AVideoCanBeForcedToBeASong) {
+  const json line =
+      single(kolum({"probe", "--json", "audio", samples() + "Videos/harbour.mp4", "-"}));
+  EXPECT_EQ(line["kind"]["name"], "music");
+  EXPECT_EQ(line["dlnaProfile"], "AAC_ISO");
+}
+
+TEST(ProbePhoto, TellsThePicture) {
+  const std::string file = samples() + "Photos/pattern.jpg";
+  const json line = single(kolum({"probe", "--json", file}));
+  EXPECT_EQ(line["kind"]["name"], "photo");
+  EXPECT_EQ(line["mimeType"], "image/jpeg");
+  EXPECT_EQ(line["pictureFormat"], 1);
+  EXPECT_EQ(line["width"], 1600);
+  EXPECT_EQ(line["height"], 1200);
+  EXPECT_EQ(line["isAlbumCover"], false);
+  EXPECT_TRUE(line["pixelFormat"].is_number_unsigned());
+  EXPECT_THAT(kolum({"probe", file}).out, HasSubstr("  Picture         1600 x 1200\n"));
+}
+
+TEST(ProbePhoto, CoversAreMarked) {
+  const json line = single(kolum({"probe", "--json", samples() + "Music/Tones/cover.jpg"}));
+  EXPECT_EQ(line["isAlbumCover"], true);
+}
+
+TEST(ProbePhoto, WhatHoldsNoPictureFails) {
+  const TempDir folder;
+  const Outcome text = kolum({"probe", folder.write("text.jpg", std::string(5000, 'x'))});
+  EXPECT_EQ(text.status, 1);
+  EXPECT_THAT(text.err, HasSubstr("no picture that can be read"));
+  const Outcome song =
+      kolum({"probe", "photo", samples() + "Music/Tones/02-second-tone.flac", "-"});
+  EXPECT_EQ(song.status, 1);
+}
+
+TEST(Info, ListsTheStreams) {
+  const json line = single(kolum({"info", "--json", samples() + "Videos/evening-news.ts"}));
+  EXPECT_EQ(line["containerFormat"]["name"], "FORMAT_TS");
+  EXPECT_EQ(line["duration"], 3);
+  EXPECT_FALSE(line.contains("keyFrameTime"));
+  ASSERT_EQ(line["streams"].size(), 2U);
+  const json& video = line["streams"][0];
+  EXPECT_EQ(video["type"]["name"], "video");
+  EXPECT_EQ(video["streamId"], 256);
+  EXPECT_EQ(video["codec"], json::parse(R"({"id":2,"name":"CODEC_ID_MPEG2VIDEO","ffmpeg":2})"));
+  EXPECT_EQ(video["width"], 720);
+  EXPECT_EQ(video["frameRateNum"], 25);
+  const json& audio = line["streams"][1];
+  EXPECT_EQ(audio["type"]["name"], "audio");
+  EXPECT_EQ(audio["sampleRate"], 48000);
+  EXPECT_FALSE(audio.contains("width"));
+}
+
+// The record keeps the profile where the bit rate belongs.
+TEST(Info, AudioStreamsShowTheirProfile) {
+  const json line = single(kolum({"info", "--json", samples() + "Videos/harbour.mp4"}));
+  EXPECT_EQ(line["streams"][1]["profile"], json::parse(R"({"id":4,"name":"PROFILE_AAC_LOW"})"));
+  EXPECT_FALSE(line["streams"][1].contains("bitRate"));
+}
+
+TEST(Info, TextHasALineForEachStream) {
+  const Outcome run = kolum({"info", samples() + "Videos/evening-news.ts"});
+  EXPECT_THAT(run.out,
+              HasSubstr("  Video      MPEG2VIDEO main, main level, 720 x 576, 25 frames/s, id 256\n"
+                        "  Audio      MP2, 48 kHz, 1 channel, id 257\n"));
+}
+
+TEST(Info, FindsAKeyFrameOnTheWay) {
+  const json line =
+      single(kolum({"info", "--json", "--seek", "1", samples() + "Videos/evening-news.ts"}));
+  const json alone =
+      single(kolum({"keyframe", "--json", "1", samples() + "Videos/evening-news.ts"}));
+  EXPECT_NEAR(line["keyFrameTime"], alone["keyFrameTime"], 1e-6);
+}
+
+TEST(Info, OfADiscTellsItsMainTitle) {
+  const Outcome run = kolum({"info", samples() + "Videos/Sample DVD"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_THAT(run.out, HasSubstr("  Source     main title of a DVD\n"));
+}
+
+TEST(Keyframe, TellsWherePlayingStarts) {
+  const Outcome run = kolum({"keyframe", "1", samples() + "Videos/short-film.mkv"});
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("no key frame from there on"));
+  EXPECT_EQ(
+      single(kolum({"keyframe", "--json", "0", samples() + "Videos/short-film.mkv"})),
+      json({{"file", samples() + "Videos/short-film.mkv"}, {"seconds", 0}, {"keyFrameTime", 0.0}}));
+}
+
+TEST(Keyframe, OfADiscIsLeftToInfo) {
+  const Outcome run = kolum({"keyframe", "0", samples() + "Videos/Sample DVD"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("kolum info --seek"));
+}
+
+TEST(Cover, IsFoundInAFolderAndBesideASong) {
+  const std::string tones = samples() + "Music/Tones";
+  for (const std::string& name : {tones, tones + "/", tones + "/04-silence.dsf"}) {
+    const json line = single(kolum({"cover", "--json", name}));
+    EXPECT_EQ(line["file"], name);
+    EXPECT_EQ(line["found"], true);
+    EXPECT_EQ(line["cover"], tones + "/cover.jpg");
+  }
+}
+
+TEST(Cover, ThatDoesNotExistIsNoFailure) {
+  EXPECT_EQ(kolum({"cover", samples() + "Photos"}).out, samples() + "Photos\n  Cover  (none)\n");
+  EXPECT_EQ(kolum({"cover", samples() + "Nothing"}).status, 1);
+}
+
+TEST(Cover, NamesCanBeChecked) {
+  const auto lines =
+      kolum({"cover", "--names", "--json", "a/cover.jpg", "Folder.jpg~", "altcover.jpg"}).json();
+  EXPECT_EQ(lines[0]["isAlbumCover"], true);
+  EXPECT_EQ(lines[1]["isAlbumCover"], true);
+  EXPECT_EQ(lines[2]["isAlbumCover"], false);
+}
+
 }  // namespace
 }  // namespace kolum::test

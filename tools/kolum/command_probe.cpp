@@ -23,9 +23,9 @@ struct Prober {
   void (*probe)(Context&, const MediaPath&, const ProbeOptions&);
 };
 
-// A kind gets a row when its probe exists; folders are searched for the kinds that have one.
 constexpr Prober kProbers[] = {
     {kVideo, kVideoBit, "video", probeVideo},
+    {kMusic, kMusicBit, "audio", probeAudio},
     {kPhoto, kPhotoBit, "photo", probePhoto},
 };
 
@@ -48,31 +48,18 @@ const Prober* proberOf(int kind) {
   return nullptr;
 }
 
-unsigned probedKinds() {
-  unsigned bits = 0;
-  for (const Prober& prober : kProbers) bits |= prober.bit;
-  return bits;
-}
-
-const char* unprobedReason(int kind) {
-  switch (kind) {
-    case kNoMedia:
-      return "no media file by its name; \"kolum probe video FILE\" probes it nevertheless";
-    case kPlaylist:
-      return "a playlist has nothing to probe";
-    default:
-      return "songs cannot be probed yet";
-  }
-}
+constexpr char kPlaylistReason[] = "a playlist has nothing to probe";
+constexpr char kNoMediaReason[] =
+    "no media file by its name; \"kolum probe video|audio|photo FILE\" probes it nevertheless";
 
 void run(Context& context, Options& options) {
   const Prober* forced = forcedProber(options.files);
-  const unsigned kinds = forced != nullptr ? forced->bit : probedKinds();
+  const unsigned kinds = forced != nullptr ? forced->bit : kVideoBit | kMusicBit | kPhotoBit;
   const std::vector<std::string> names = fileNames(context, options.files);
   forEachMediaFile(context, names, kinds, [&](const MediaFile& file) {
     const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
     if (prober != nullptr) return prober->probe(context, file.path, options.probe);
-    context.fail(file.path.full(), unprobedReason(file.kind));
+    context.fail(file.path.full(), file.kind == kPlaylist ? kPlaylistReason : kNoMediaReason);
   });
 }
 
@@ -89,7 +76,8 @@ Action defineProbe(CLI::App& command) {
       "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
       "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "
       "from\n"
-      "its name; \"video\" in front of the names takes all of them for videos.\n"
+      "its name; \"video\", \"audio\" or \"photo\" in front of the names forces it for all of "
+      "them.\n"
       "\nExamples:\n"
       "  kolum probe Movies/ holiday.mp4\n"
       "  kolum probe video recording.dat\n"

@@ -21,6 +21,8 @@ Action defineDlna(CLI::App& command);
 Action defineExtensions(CLI::App& command);
 Action defineGeocode(CLI::App& command);
 Action defineIds(CLI::App& command);
+Action defineInfo(CLI::App& command);
+Action defineKeyframe(CLI::App& command);
 Action defineNotify(CLI::App& command);
 Action defineProbe(CLI::App& command);
 Action defineSend(CLI::App& command);
@@ -32,6 +34,8 @@ namespace {
 // In the order in which --help lists them.
 constexpr Command kCommands[] = {
     {"probe", "What is in media files", defineProbe},
+    {"info", "The streams of a file, for players", defineInfo},
+    {"keyframe", "The key frame to start from", defineKeyframe},
     {"tracks", "Track counts, rotation and protection", defineTracks},
     {"dlna", "DLNA profiles, and how they come about", defineDlna},
     {"cover", "Album pictures", defineCover},

@@ -88,4 +88,14 @@ void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row
   result.data("flag", type.flag);
 }
 
+const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit) {
+  unsigned row = 0;
+  const int kind = KoLUM_GetFilenameType(name.c_str(), &row, bit, nullptr);
+  const FileTypeTable* table = fileTypesOfKind(kind);
+  if (table == nullptr) return nullptr;
+  const MediaFileInfo& type = table->rows[row - 1];
+  result.text("mimeType", "MIME type", type.mimeType);
+  return &type;
+}
+
 }  // namespace kolum::tool

@@ -12,6 +12,7 @@ struct ProbeOptions {
   int audioStream = 0;  // counted among the audio streams
 };
 
+void probeAudio(Context& context, const MediaPath& path, const ProbeOptions& options);
 void probePhoto(Context& context, const MediaPath& path, const ProbeOptions& options);
 void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& options);
 

@@ -14,15 +14,6 @@ namespace {
 
 constexpr std::uint32_t kNoPicture = UINT32_MAX;
 
-// What the name says of the picture; nothing for a photo that was forced to be one.
-void addFileType(Result& result, const std::string& name) {
-  unsigned row = 0;
-  if (KoLUM_GetFilenameType(name.c_str(), &row, kPhotoBit, nullptr) != kPhoto) return;
-  const MediaFileInfo& type = fileTypesOfKind(kPhoto)->rows[row - 1];
-  result.text("mimeType", "MIME type", type.mimeType);
-  result.number("pictureFormat", "Picture format", static_cast<std::int64_t>(type.formatIds));
-}
-
 }  // namespace
 
 void probePhoto(Context& context, const MediaPath& path, const ProbeOptions&) {
@@ -35,7 +26,9 @@ void probePhoto(Context& context, const MediaPath& path, const ProbeOptions&) {
   }
   Result result = Result::ofFile(path.full());
   addKind(result, kPhoto);
-  addFileType(result, path.name);
+  if (const MediaFileInfo* type = addMimeTypeOfName(result, path.name, kPhotoBit)) {
+    result.number("pictureFormat", "Picture format", static_cast<std::int64_t>(type->formatIds));
+  }
   result.data("width", width);
   result.data("height", height);
   result.show("Picture", std::to_string(width) + " x " + std::to_string(height));

@@ -19,7 +19,6 @@ namespace {
 constexpr int kUnset = INT_MIN;
 constexpr unsigned kUnsetUnsigned = UINT_MAX;
 constexpr int64_t kUnsetTime = INT64_MIN;
-constexpr int kUnknownLevel = -99;
 
 videoObject_st blankRecord() {
   videoObject_st record = {};
@@ -35,20 +34,6 @@ videoObject_st blankRecord() {
 
 std::string ratioText(int num, int den) {
   return std::to_string(num) + ":" + std::to_string(den);
-}
-
-// H.264 counts levels in tenths, HEVC in thirtieths; MPEG-2 numbers four names.
-std::string levelText(int codec, int level) {
-  if (level == kUnknownLevel) return "";
-  const std::string_view mpeg2 = level == 10  ? "low"
-                                 : level == 8 ? "main"
-                                 : level == 6 ? "high 1440"
-                                 : level == 4 ? "high"
-                                              : "";
-  if (codec == CODEC_ID_H264) return "level " + decimalText(level / 10.0, 1);
-  if (codec == CODEC_ID_HEVC) return "level " + decimalText(level / 30.0, 1);
-  if (codec == CODEC_ID_MPEG2VIDEO && !mpeg2.empty()) return std::string(mpeg2) + " level";
-  return "level " + std::to_string(level);
 }
 
 void addBitRate(Result& result, const char* key, unsigned bitRate) {

@@ -7,9 +7,10 @@ _kolum_value() {
   case $1 in
     --files-from | --payload | --socket) compopt -o filenames; COMPREPLY=($(compgen -f -- "$cur")) ;;
     --kinds) _kolum_words "music photo playlist video" ;;
+    --language) _kolum_words "cs da de el en es fi fr hu it ja ko nl no pl pt ro ru sv th tr zh-cn zh-tw" ;;
     --mask) compopt -o nospace; _kolum_words "music= photo= playlist= video=" ;;
     --codec) _kolum_words "$("$kolum" ids codecs 2>/dev/null | awk 'NR > 1 { sub("CODEC_ID_", "", $3); print $3 }')" ;;
-    --tag | --text | --seconds | --audio-stream | --zoom) ;;
+    --tag | --text | --seconds | --audio-stream | --zoom | --seek) ;;
     *) return 1 ;;
   esac
 }
@@ -26,7 +27,7 @@ _kolum() {
     if [[ -z $command ]]; then command=$word; else nested=$word && break; fi
   done
 
-  local commands="probe tracks dlna classify extensions ids config send serve-echo notify"
+  local commands="probe info keyframe tracks dlna cover classify extensions ids artwork geocode config send serve-echo notify"
   if [[ -z $command ]]; then
     _kolum_words "$commands --help --version --json --debug"
     return
@@ -35,7 +36,15 @@ _kolum() {
 
   local options="--help --json --debug" words="" files=yes
   case $command in
-    probe) options+=" --files-from --audio-stream"; [[ -z $nested ]] && words="video" ;;
+    probe) options+=" --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
+    info) options+=" --files-from --seek" ;;
+    keyframe) options+=" --files-from" ;;
+    cover) options+=" --files-from --names" ;;
+    artwork)
+      [[ $nested == transcoded ]] && options+=" --files-from"
+      [[ -z $nested ]] && files= && words="album artist transcoded folder"
+      ;;
+    geocode) options+=" --zoom --language"; files= ;;
     tracks) options+=" --files-from" ;;
     dlna) options+=" --files-from --explain --audio-stream" ;;
     classify) options+=" --files-from --kinds --mask --tag" ;;

@@ -1,0 +1,167 @@
+#include <kolum/identifiers.h>
+#include <kolum/mediainfo.h>
+
+#include <CLI/CLI.hpp>
+#include <algorithm>
+#include <cctype>
+#include <climits>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "identifiers.h"
+#include "media_files.h"
+#include "text.h"
+
+namespace kolum::tool {
+
+namespace {
+
+// What FFmpeg's "no time stamp" becomes as a duration in whole seconds.
+constexpr auto kUnknownDuration = static_cast<unsigned>(INT64_MIN / 1000000);
+
+struct Options {
+  FileArguments files;
+  std::int64_t seekSeconds = 0;
+};
+
+struct FreeInfo {
+  void operator()(MediaInfo* info) const { Free_MediaInfo(info); }
+};
+
+Identifier streamType(unsigned type) {
+  const char* const names[] = {"video", "audio", "subtitle"};
+  return {type, names[std::min<std::size_t>(type, std::size(names) - 1)]};
+}
+
+nlohmann::ordered_json codecJson(const MediaStreamInfo& stream, int codec) {
+  nlohmann::ordered_json json = nlohmann::ordered_json::object();
+  if (codec >= 0) json = codecIdentifier(codec).json();
+  json["ffmpeg"] = stream.codecId;
+  return json;
+}
+
+// The record keeps an audio stream's profile where a video stream's bit rate stands.
+int profileOf(const MediaStreamInfo& stream) {
+  return stream.streamType == MEDIA_STREAM_AUDIO ? static_cast<int>(stream.bitRate)
+                                                 : stream.profile;
+}
+
+void addVideo(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
+  if (stream.bitRate != 0) json["bitRate"] = stream.bitRate;
+  json["width"] = stream.width;
+  json["height"] = stream.height;
+  json["rotation"] = stream.rotation;
+  json["frameRate"] = stream.frameRate;
+  json["frameRateNum"] = stream.frameRateNum;
+  json["frameRateDen"] = stream.frameRateDen;
+  json["isDivx"] = stream.isDivx != 0;
+}
+
+void addAudio(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
+  json["sampleRate"] = stream.sampleRate;
+  if (stream.bitsPerSample != 0) json["bitsPerSample"] = stream.bitsPerSample;
+  json["channels"] = stream.channels;
+}
+
+nlohmann::ordered_json streamJson(const MediaStreamInfo& stream, int codec) {
+  nlohmann::ordered_json json = {{"type", streamType(stream.streamType).json()},
+                                 {"streamId", stream.streamId},
+                                 {"codec", codecJson(stream, codec)}};
+  if (stream.streamType == MEDIA_STREAM_SUBTITLE) return json;
+  json["profile"] = profileIdentifier(profileOf(stream), codec).json();
+  if (stream.level != kUnknownLevel) json["level"] = stream.level;
+  if (stream.streamType == MEDIA_STREAM_VIDEO) addVideo(json, stream);
+  if (stream.streamType == MEDIA_STREAM_AUDIO) addAudio(json, stream);
+  return json;
+}
+
+std::string frameRateText(const MediaStreamInfo& stream) {
+  if (stream.frameRateDen == 0) return "";
+  const double rate = static_cast<double>(stream.frameRateNum) / stream.frameRateDen;
+  return decimalText(rate, 3) + " frames/s";
+}
+
+std::string videoText(const MediaStreamInfo& stream) {
+  return joined(
+      {std::to_string(stream.width) + " x " + std::to_string(stream.height), frameRateText(stream),
+       stream.rotation == 0 ? "" : "turned by " + std::to_string(stream.rotation) + " degrees",
+       stream.bitRate == 0 ? "" : bitRateText(stream.bitRate), stream.isDivx == 0 ? "" : "DivX"});
+}
+
+std::string audioText(const MediaStreamInfo& stream) {
+  return joined(
+      {frequencyText(stream.sampleRate), counted(stream.channels, "channel"),
+       stream.bitsPerSample == 0 ? "" : counted(stream.bitsPerSample, "bit") + "/sample"});
+}
+
+std::string streamText(const MediaStreamInfo& stream, int codec) {
+  const bool isVideo = stream.streamType == MEDIA_STREAM_VIDEO;
+  const bool isAudio = stream.streamType == MEDIA_STREAM_AUDIO;
+  const std::string name = codec < 0 ? "FFmpeg's codec " + std::to_string(stream.codecId)
+                                     : codecText(codec, profileOf(stream));
+  return joined({name, isVideo ? levelText(codec, stream.level) : "",
+                 isVideo   ? videoText(stream)
+                 : isAudio ? audioText(stream)
+                           : "",
+                 stream.streamId == 0 ? "" : "id " + std::to_string(stream.streamId)});
+}
+
+void addStreams(Result& result, const MediaInfo& info) {
+  nlohmann::ordered_json streams = nlohmann::ordered_json::array();
+  for (int i = 0; i < info.streamCount; ++i) {
+    const MediaStreamInfo& stream = info.streams[i];
+    const int codec = ffmpegCodecIdConvert(static_cast<int>(stream.codecId));
+    streams.push_back(streamJson(stream, codec));
+    std::string label = streamType(stream.streamType).name;
+    label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(label[0])));
+    result.show(label, streamText(stream, codec));
+  }
+  result.data("streams", std::move(streams));
+}
+
+void printInfo(Context& context, const MediaPath& path, const Options& options) {
+  MediaInfo* record = nullptr;
+  double keyFrame = -1;
+  const unsigned failed =
+      GetMediaInfo(path.full().c_str(), &record, options.seekSeconds, &keyFrame);
+  const std::unique_ptr<MediaInfo, FreeInfo> info(record);
+  if (failed != 0 || info == nullptr) {
+    return context.fail(path.full(), refusalReason(path, "no media file with streams"));
+  }
+  Result result = Result::ofFile(path.full());
+  const ContainerNames container = containerNames(info->containerFormat);
+  result.data("containerFormat", container.json());
+  if (info->containerFormat != FORMAT_UNKNOWN) result.show("Container", container.text());
+  result.data("sourceKind", containerNames(info->sourceKind).json());
+  if (info->sourceKind == FORMAT_DVDIFO) result.show("Source", "main title of a DVD");
+  if (info->sourceKind == FORMAT_BDBDMV) result.show("Source", "largest stream of a Blu-ray disc");
+  if (info->duration != kUnknownDuration) result.duration("duration", "Duration", info->duration);
+  if (info->bitRate != 0) result.bitRate("bitRate", "Bit rate", info->bitRate);
+  if (keyFrame >= 0) {
+    result.data("keyFrameTime", keyFrame);
+    result.show("Key frame", decimalText(keyFrame, 3) + " s");
+  }
+  addStreams(result, *info);
+  context.printer.block(result);
+}
+
+}  // namespace
+
+Action defineInfo(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  addFileArguments(command, options->files);
+  command.add_option("--seek", options->seekSeconds, "Also finds the key frame to start from")
+      ->check(CLI::Range(std::int64_t{1}, std::int64_t{INT_MAX}))
+      ->type_name("SECONDS");
+  command.footer(
+      "Lists the video, audio and subtitle streams of videos and songs as a player needs them.\n"
+      "\nExample:\n  kolum info --seek 90 movie.mkv");
+  return [options](Context& context) {
+    forEachMediaFile(context, fileNames(context, options->files), kVideoBit | kMusicBit,
+                     [&](const MediaFile& file) { printInfo(context, file.path, *options); });
+  };
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,63 @@
+#include <kolum/mediainfo.h>
+
+#include <CLI/CLI.hpp>
+#include <climits>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "media_files.h"
+#include "numbers.h"
+#include "text.h"
+
+namespace kolum::tool {
+
+namespace {
+
+struct Options {
+  std::string seconds;
+  FileArguments files;
+};
+
+int wholeSeconds(const std::string& text) {
+  const auto seconds = parseNumber(text);
+  if (seconds && *seconds >= 0 && *seconds <= INT_MAX) return static_cast<int>(*seconds);
+  throw UsageError("SECONDS is a whole number from 0, not \"" + text + "\"");
+}
+
+void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
+  const std::string full = file.path.full();
+  if (file.isDisc) {
+    return context.fail(full, "a disc; \"kolum info --seek\" finds key frames of its main title");
+  }
+  double keyFrame = 0;
+  if (getVideoKeyFrameTime(full.c_str(), seconds, &keyFrame) != 0) {
+    return context.fail(full, refusalReason(file.path, "no key frame from there on"));
+  }
+  Result result = Result::ofFile(full);
+  result.data("seconds", seconds);
+  result.data("keyFrameTime", keyFrame);
+  result.show("Key frame", decimalText(keyFrame, 3) + " s");
+  context.printer.block(result);
+}
+
+}  // namespace
+
+Action defineKeyframe(CLI::App& command) {
+  auto options = std::make_shared<Options>();
+  addText(command, "SECONDS", options->seconds, "From the start of the video")->required();
+  addFileArguments(command, options->files);
+  command.footer(
+      "Finds the key frame from which a player starts to play at SECONDS: mostly the first one at "
+      "or\n"
+      "after it.\n"
+      "\nExample:\n  kolum keyframe 90 movie.mkv");
+  return [options](Context& context) {
+    const int seconds = wholeSeconds(options->seconds);
+    forEachMediaFile(context, fileNames(context, options->files), kVideoBit,
+                     [&](const MediaFile& file) { printKeyFrame(context, file, seconds); });
+  };
+}
+
+}  // namespace kolum::tool
