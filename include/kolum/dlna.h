@@ -15,6 +15,12 @@
 
 namespace kolum {
 
+/* Something about the file that the rules went by. */
+struct DlnaDetail {
+  std::string label; /* "frame size" */
+  std::string value; /* "1280 x 720" */
+};
+
 /* One test that a name was put to. */
 struct DlnaTest {
   bool held = false;
@@ -22,19 +28,25 @@ struct DlnaTest {
   std::string actual; /* "1080" */
 };
 
-/* One name, or piece of a name, that was considered, with every test it was put to. */
+/* One name that was considered, with every test it was put to; suffixes that depend on nothing but
+   the packets of a transport stream are left out. */
 struct DlnaCandidate {
   std::string name;
-  std::vector<DlnaTest> tests;
-  bool taken = false; /* every test held */
+  std::vector<DlnaTest> tests; /* empty when nothing was asked any more */
+  bool taken = false;          /* every test held */
 };
 
-/* What a video is named, and the candidates in the order in which they were considered. */
+/* What a video is named, and how that came about. */
 struct DlnaNaming {
   std::string profile;                   /* empty when there is none */
   std::string mimeType;                  /* empty when nothing is known */
-  bool wasAsked = false;                 /* false: the container alone decided, without any rule */
-  std::vector<DlnaCandidate> candidates; /* empty when no rule knows the codec in the container */
+  std::vector<DlnaDetail> details;       /* empty when no rule was asked */
+  std::vector<DlnaCandidate> candidates; /* in the order in which they were considered */
+  std::vector<std::string> remarks;      /* what the candidates cannot tell, in sentences */
+  /* The index of the refused candidate that the least would have to change for, of equals the one
+     that is preferred; -1 when there is none. With a name, only the candidates that were considered
+     before it count. */
+  int next = -1;
 };
 
 }  // namespace kolum

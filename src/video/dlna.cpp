@@ -2,7 +2,9 @@
 
 #include <kolum/identifiers.h>
 
+#include <algorithm>
 #include <array>
+#include <cstdio>
 
 #include "support/text.h"
 #include "video/dlna_rules.h"
@@ -10,47 +12,6 @@
 namespace kolum::video {
 
 namespace {
-
-struct AudioClassName {
-  unsigned audioClass;
-  const char* name;
-};
-
-// What people call the classes.
-constexpr auto kAudioClassNames = std::to_array<AudioClassName>({
-    {kAudioClassNone, "none or other"},
-    {kAudioClassMp3, "MP3"},
-    {kAudioClassAc3, "AC-3 or DTS"},
-    {kAudioClassWmaBase, "WMA up to 193 kbit/s"},
-    {kAudioClassWmaFull, "WMA up to 385 kbit/s"},
-    {kAudioClassWmaPro, "WMA Pro"},
-    {kAudioClassMp2, "MP2"},
-    {kAudioClassPcm, "PCM"},
-    {kAudioClassAacStereo, "AAC-LC stereo"},
-    {kAudioClassAacMultichannel, "AAC-LC multichannel"},
-    {kAudioClassAmr, "AMR"},
-    {kAudioClassAacOther, "other AAC"},
-});
-
-std::string audioName(unsigned audioClass) {
-  for (const AudioClassName& row : kAudioClassNames)
-    if (row.audioClass == audioClass) return row.name;
-  return std::to_string(audioClass);
-}
-
-// Joins what may stand in a test's text: "a, b or c".
-template <typename List, typename ToText>
-std::string alternatives(const List& list, ToText toText) {
-  std::string text;
-  std::size_t left = list.size();
-  for (const auto& item : list) {
-    text += toText(item);
-    --left;
-    if (left > 1) text += ", ";
-    if (left == 1) text += " or ";
-  }
-  return text;
-}
 
 using Rules = void (*)(Naming&);
 
@@ -61,6 +22,7 @@ struct CodecRules {
 
 void nameMsMpeg4(Naming& naming) {
   naming.name.mimeType = "video/x-msvideo";
+  naming.remark("MPEG-4 of this kind gets a MIME type only");
 }
 
 // Every other codec has no profile.
@@ -73,6 +35,16 @@ constexpr auto kCodecRules = std::to_array<CodecRules>({
     {CODEC_ID_VC1, nameWindowsMedia},
     {CODEC_ID_WMV3, nameWindowsMedia},
 });
+
+void nameOther(Naming& naming) {
+  naming.remark("no profile is known for this video codec");
+}
+
+Rules rulesFor(int codec) {
+  const auto row = std::find_if(kCodecRules.begin(), kCodecRules.end(),
+                                [codec](const CodecRules& r) { return r.codec == codec; });
+  return row != kCodecRules.end() ? row->rules : nameOther;
+}
 
 constexpr auto kWmvHighTestStreams = std::to_array<std::string_view>({
     "O-WVH_F-02_CBR_17M_193_48_2_16",
@@ -96,55 +68,85 @@ constexpr auto kFallbackMimeTypes = std::to_array<MimeRow>({
     {av::kDemuxerFlv, false, "video/x-flv"},
 });
 
+// --- What an explanation tells about the file
+
+struct ContainerName {
+  std::string_view demuxer;
+  const char* name;
+};
+
+constexpr auto kContainerNames = std::to_array<ContainerName>({
+    {av::kDemuxerMp4, "MP4"},
+    {av::kDemuxerMpegTs, "MPEG transport stream"},
+    {av::kDemuxerMpegPs, "MPEG program stream"},
+    {"mpegvideo", "none, plain MPEG video"},
+    {av::kDemuxerAsf, "ASF"},
+});
+
+std::string containerName(std::string_view demuxer) {
+  for (const ContainerName& row : kContainerNames)
+    if (row.demuxer == demuxer) return row.name;
+  return std::string(demuxer);
+}
+
+std::string codecName(int codec) {
+  constexpr std::string_view kPrefix = "CODEC_ID_";
+  constexpr std::size_t kCodecNameSize = 64;
+  char name[kCodecNameSize] = {};
+  if (CodecIDToName(name, static_cast<unsigned>(codec)) != 0) return std::to_string(codec);
+  return std::string_view(name).starts_with(kPrefix) ? name + kPrefix.size() : name;
+}
+
+std::string framesPerSecond(const av::Rational& rate) {
+  if (rate.den == 0) return "unknown";
+  char text[32];
+  std::snprintf(text, sizeof text, "%.4g per second", static_cast<double>(rate.num) / rate.den);
+  return text;
+}
+
+std::string valueText(const Quantity& quantity) {
+  return quantity.text(quantity.value);
+}
+
+void describe(const DlnaFacts& facts, DlnaExplanation& explanation) {
+  const auto add = [&](const char* label, std::string value) {
+    explanation.details.push_back({label, std::move(value)});
+  };
+  add("container", containerName(facts.demuxer));
+  add("video", codecName(facts.codec));
+  if (facts.codec == CODEC_ID_H264) {
+    add("profile", valueText(h264Profile(facts.profile)));
+    add("level", valueText(h264Level(facts.level)));
+  } else if (facts.codec == CODEC_ID_MPEG4) {
+    add("profile", valueText(mpeg4Profile(facts.profile)));
+    add("level", valueText(mpeg4Level(facts.level)));
+  }
+  add("frame size", std::to_string(facts.width) + " x " + std::to_string(facts.height));
+  add("frames", framesPerSecond(facts.realFrameRate));
+  add("video bit rate", valueText(videoBitRate(facts.streamBitRate)));
+  add("overall bit rate", valueText(overallBitRate(facts.containerBitRate)));
+  add("audio", valueText(audio(facts)));
+}
+
+std::string packetsText(const TransportPackets& packets) {
+  const std::string size = valueText(packetSize(packets));
+  if (packets.size != 192) return size;
+  return size + (packets.isTimeStamped ? ", time-stamped" : ", time stamps empty");
+}
+
 }  // namespace
 
-Tests& Tests::limited(bool held, const char* fact, const char* relation, std::int64_t wanted,
-                      std::int64_t actual) {
-  held_ = held_ && held;
-  if (explanation_ != nullptr)
-    explanation_->back().tests.push_back(
-        {held, fact + std::string(relation) + std::to_string(wanted), std::to_string(actual)});
-  return *this;
-}
-
-Tests& Tests::oneOf(const char* fact, std::int64_t actual,
-                    std::initializer_list<std::int64_t> allowed) {
-  const bool held = std::find(allowed.begin(), allowed.end(), actual) != allowed.end();
-  held_ = held_ && held;
-  if (explanation_ != nullptr) {
-    const auto toText = [](std::int64_t number) { return std::to_string(number); };
-    explanation_->back().tests.push_back(
-        {held, fact + std::string(" ") + alternatives(allowed, toText), toText(actual)});
-  }
-  return *this;
-}
-
-Tests& Tests::audio(unsigned actual, std::initializer_list<unsigned> allowed) {
-  const bool held = std::find(allowed.begin(), allowed.end(), actual) != allowed.end();
-  held_ = held_ && held;
-  if (explanation_ != nullptr)
-    explanation_->back().tests.push_back(
-        {held, "audio " + alternatives(allowed, audioName), audioName(actual)});
-  return *this;
-}
-
-Tests& Tests::that(bool held, const char* wanted, std::string_view actual) {
-  held_ = held_ && held;
-  if (explanation_ != nullptr)
-    explanation_->back().tests.push_back({held, wanted, std::string(actual)});
-  return *this;
-}
-
-bool Tests::hold() {
-  if (explanation_ != nullptr) explanation_->back().taken = held_;
-  return held_;
+TransportPackets Naming::readPackets() const {
+  const TransportPackets packets = packetReader();
+  if (explanation != nullptr) explanation->details.push_back({"packets", packetsText(packets)});
+  return packets;
 }
 
 DlnaName nameDlnaProfile(const DlnaFacts& facts, const PacketReader& readPackets,
                          DlnaExplanation* explanation) {
-  Naming naming = {.facts = facts, .readPackets = readPackets, .explanation = explanation};
-  for (const CodecRules& row : kCodecRules)
-    if (row.codec == facts.codec) row.rules(naming);
+  if (explanation != nullptr) describe(facts, *explanation);
+  Naming naming = {.facts = facts, .packetReader = readPackets, .explanation = explanation};
+  rulesFor(facts.codec)(naming);
   return naming.name;
 }
 

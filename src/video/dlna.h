@@ -48,8 +48,12 @@ struct DlnaName {
   std::optional<std::uint32_t> playException;
 };
 
-// The way to a name, in the order in which it was gone.
-using DlnaExplanation = std::vector<DlnaCandidate>;
+// How a name came about, in words; see the public record of the same parts.
+struct DlnaExplanation {
+  std::vector<DlnaDetail> details;
+  std::vector<DlnaCandidate> candidates;
+  std::vector<std::string> remarks;
+};
 
 // READPACKETS is called at most once, and only when a rule asks for the packets. An EXPLANATION is
 // filled when one is given and costs nothing otherwise.

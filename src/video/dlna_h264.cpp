@@ -1,6 +1,7 @@
 // The rules for H.264 video.
 #include <kolum/identifiers.h>
 
+#include <array>
 #include <cstdio>
 
 #include "support/text.h"
@@ -15,16 +16,24 @@ constexpr int kBaseline = 66;
 constexpr int kConstrainedBaseline = 578;
 constexpr int kMain = 77;
 constexpr int kHigh = 100;
-// Takes the profile's place once a frame rate has named the stream.
-constexpr int kNamedByFrameRate = -100;
 
-// FFmpeg's level numbers.
-constexpr int kLevel3 = 30;
-constexpr int kLevel31 = 31;
-constexpr int kLevel32 = 32;
+// The audio that a name takes.
+constexpr std::int64_t kAc3[] = {kAudioClassAc3};
+constexpr std::int64_t kAacStereo[] = {kAudioClassAacStereo};
+constexpr std::int64_t kTransportAudio[] = {kAudioClassAc3, kAudioClassAacStereo,
+                                            kAudioClassAacMultichannel, kAudioClassMp3};
+constexpr std::span<const std::int64_t> kAnyAudio = {};
 
-// A name of this length or less is no name: "AVC_MP4_MP_" without a suffix.
-constexpr std::size_t kLongestFragment = 11;
+constexpr int kAnySize = 0;
+
+// A piece of a name with what a stream must keep to. The bit rate is the video stream's.
+struct Form {
+  std::string_view piece;
+  int width;
+  int height;
+  std::int64_t bitRate;
+  std::span<const std::int64_t> audio;
+};
 
 bool isTaggedAvc1(std::uint32_t tag) {
   std::string text;
@@ -32,333 +41,312 @@ bool isTaggedAvc1(std::uint32_t tag) {
   return equalsIgnoringCase(text, "avc1");
 }
 
-void applyLengthRule(Naming& naming) {
-  if (naming.primary().size() <= kLongestFragment) naming.primary().clear();
-}
-
-std::string_view sdAudioSuffix(unsigned audioClass) {
+// "AC3", "AAC_MULT5" or "MPEG1_L3"; empty for other audio.
+std::string_view audioSuffix(unsigned audioClass) {
   switch (audioClass) {
     case kAudioClassAc3:
-      return "_AC3";
+      return "AC3";
     case kAudioClassAacStereo:
     case kAudioClassAacMultichannel:
-      return "_AAC_MULT5";
+      return "AAC_MULT5";
     case kAudioClassMp3:
-      return "_MPEG1_L3";
+      return "MPEG1_L3";
     default:
       return "";
   }
 }
 
+Tests testsOf(const Naming& naming, std::string_view prefix, const Form& form,
+              std::string_view suffix) {
+  const DlnaFacts& facts = naming.facts;
+  Tests tests = naming.candidate({prefix, form.piece, suffix});
+  if (form.width != kAnySize)
+    tests.frame(facts, form.width, form.height)
+        .atMost(videoBitRate(facts.streamBitRate), form.bitRate);
+  if (!form.audio.empty()) tests.oneOf(audio(facts), form.audio);
+  return tests;
+}
+
+// --- In MP4
+
+constexpr std::string_view kMp4Prefix = "AVC_MP4_";
+
+constexpr Form kHighInMp4 = {"HP_HD_AAC", 1920, 1080, 25000000, kAacStereo};
+
+constexpr Form kMainSdInMp4 = {"MP_SD", 720, 576, 10000000, kAnyAudio};
+// The last one also takes 720-line streams whose bit rate is too high for the name of their own;
+// renderers expect it.
+constexpr auto kMainHdInMp4 = std::to_array<Form>({
+    {"MP_HD_720p_AAC", 1280, 720, 15000000, kAacStereo},
+    {"MP_HD_1080i_AAC", 1920, 1080, 21000000, kAacStereo},
+});
+
+void nameHighInMp4(Naming& naming) {
+  naming.primary() = kMp4Prefix;
+  if (testsOf(naming, kMp4Prefix, kHighInMp4, "").take())
+    naming.primary() += kHighInMp4.piece;
+  else  // Stays as it is: renderers of the time play such streams by that.
+    naming.remark("AVC_MP4_ alone stays for streams of the High profile that no name fits");
+}
+
 void nameMainInMp4(Naming& naming) {
-  constexpr std::int64_t kSdBitRate = 10000000;
-  constexpr std::int64_t k720pBitRate = 15000000;
-  constexpr std::int64_t k1080iBitRate = 21000000;
-  const DlnaFacts& facts = naming.facts;
+  // A name of this length or less is none, such as "AVC_MP4_MP_" without an ending.
+  constexpr std::size_t kLongestFragment = 11;
   std::string& primary = naming.primary();
-  primary += "MP_";
-  if (naming.candidate("AVC_MP4_MP_SD")
-          .frame(facts, 720, 576)
-          .atMost("video bit rate", facts.streamBitRate, kSdBitRate)
-          .hold()) {
-    primary += "SD";
-    primary += sdAudioSuffix(facts.audioClass);
-  } else if (naming.candidate("AVC_MP4_MP_HD_720p_AAC")
-                 .frame(facts, 1280, 720)
-                 .atMost("video bit rate", facts.streamBitRate, k720pBitRate)
-                 .audio(facts.audioClass, {kAudioClassAacStereo})
-                 .hold()) {
-    primary += "HD_720p_AAC";
-  } else if (naming.candidate("AVC_MP4_MP_HD_1080i_AAC")
-                 .frame(facts, 1920, 1080)
-                 .atMost("video bit rate", facts.streamBitRate, k1080iBitRate)
-                 .audio(facts.audioClass, {kAudioClassAacStereo})
-                 .hold()) {
-    // Also a 720-line stream whose bit rate is too high for its own name; renderers expect it.
-    primary += "HD_1080i_AAC";
-  }
-  applyLengthRule(naming);
-}
+  primary = "AVC_MP4_MP_";
+  static_assert(std::string_view("AVC_MP4_MP_").size() == kLongestFragment);
 
-std::string cifPiece(const Naming& naming) {
-  const std::int64_t rate = naming.facts.containerBitRate;
-  if (naming.candidate("BL_CIF15").atMost("overall bit rate", rate, 599999).hold())
-    return "BL_CIF15_";
-  if (naming.candidate("BL_CIF30").atMost("overall bit rate", rate, 4999999).hold())
-    return "BL_CIF30_";
-  return "";
-}
-
-constexpr std::int64_t kL31BitRate = 15000000;
-constexpr std::int64_t kL32BitRate = 21000000;
-
-std::string sdPiece(const Naming& naming) {
-  constexpr std::int64_t kL3BitRate = 5000000;
-  const DlnaFacts& facts = naming.facts;
-  if (naming.candidate("BL_L3L_SD")
-          .exactly("level", facts.level, kLevel3)
-          .atMost("overall bit rate", facts.containerBitRate, kL3BitRate)
-          .hold()) {
-    return "BL_L3L_SD_";
-  }
-  if (naming.candidate("BL_L31_HD")
-          .atMost("level", facts.level, kLevel31)
-          .atMost("overall bit rate", facts.containerBitRate, kL31BitRate)
-          .hold()) {
-    return "BL_L31_HD_";
-  }
-  return "";
-}
-
-std::string hdPiece(const Naming& naming) {
-  const DlnaFacts& facts = naming.facts;
-  std::printf("^^^^^^^^^^^^^^^^\n");
-  std::printf("^^^^^^^^^^^^^^^^\n");
-  if (naming.candidate("BL_L31_HD")
-          .atMost("height", facts.height, 720)
-          .atMost("level", facts.level, kLevel31)
-          .atMost("overall bit rate", facts.containerBitRate, kL31BitRate)
-          .hold()) {
-    return "BL_L31_HD_";
-  }
-  if (naming.candidate("BL_L32_HD")
-          .atMost("height", facts.height, 720)
-          .atMost("level", facts.level, kLevel32)
-          .atMost("overall bit rate", facts.containerBitRate, kL32BitRate)
-          .hold()) {
-    return "BL_L32_HD_";
-  }
-  return "";
-}
-
-// The piece behind "AVC_MP4_" by frame size, rate and level; empty when none fits.
-std::string baselinePiece(const Naming& naming) {
-  const DlnaFacts& facts = naming.facts;
-  if (facts.width <= 352 && facts.height <= 288) return cifPiece(naming);
-  if (facts.width <= 720 && facts.height <= 576) return sdPiece(naming);
-  if (facts.width <= 1280) return hdPiece(naming);
-  return "";
-}
-
-std::string baselineAudioSuffix(const Naming& naming, const std::string& piece) {
-  const DlnaFacts& facts = naming.facts;
-  const bool isCif = piece.starts_with("BL_CIF");
-  if (isCif && naming.candidate(piece + "AMR").audio(facts.audioClass, {kAudioClassAmr}).hold())
-    return "AMR";
-  if (!isCif)
-    return naming.candidate(piece + "AAC").audio(facts.audioClass, {kAudioClassAacStereo}).hold()
-               ? "AAC"
-               : "";
-  const struct {
-    const char* suffix;
-    std::int64_t bitRate;
-  } rows[] = {{"AAC_520", 519999}, {"AAC_940", 939999}};
-  for (const auto& row : rows) {
-    if (naming.candidate(piece + row.suffix)
-            .audio(facts.audioClass, {kAudioClassAacStereo})
-            .atMost("overall bit rate", facts.containerBitRate, row.bitRate)
-            .hold()) {
-      return row.suffix;
+  const std::string_view suffix = audioSuffix(naming.facts.audioClass);
+  const std::string_view joint = suffix.empty() ? "" : "_";
+  std::string sdSuffix(joint);
+  sdSuffix += suffix;
+  if (testsOf(naming, kMp4Prefix, kMainSdInMp4, sdSuffix).take()) {
+    primary = kMp4Prefix;
+    primary += kMainSdInMp4.piece;
+    primary += sdSuffix;
+  } else {
+    for (const Form& form : kMainHdInMp4) {
+      if (!testsOf(naming, kMp4Prefix, form, "").take()) continue;
+      primary = kMp4Prefix;
+      primary += form.piece;
+      break;
     }
   }
-  return "";
+  if (primary.size() <= kLongestFragment) primary.clear();
+}
+
+// A name for the Baseline profile; levels are FFmpeg's, the bit rate is the whole file's.
+struct BaselineRow {
+  std::string_view piece;
+  std::string_view suffix;
+  int lowestLevel;
+  int highestLevel;
+  std::int64_t bitRate;
+  unsigned audioClass;
+};
+
+constexpr int kAnyLevel = 0;
+
+constexpr auto kBaselineCif = std::to_array<BaselineRow>({
+    {"BL_CIF15_", "AAC_520", kAnyLevel, kAnyLevel, 519999, kAudioClassAacStereo},
+    {"BL_CIF15_", "AAC_940", kAnyLevel, kAnyLevel, 599999, kAudioClassAacStereo},
+    {"BL_CIF15_", "AMR", kAnyLevel, kAnyLevel, 599999, kAudioClassAmr},
+    {"BL_CIF30_", "AAC_940", kAnyLevel, kAnyLevel, 939999, kAudioClassAacStereo},
+    {"BL_CIF30_", "AMR", kAnyLevel, kAnyLevel, 4999999, kAudioClassAmr},
+});
+
+constexpr auto kBaselineSd = std::to_array<BaselineRow>({
+    {"BL_L3L_SD_", "AAC", 30, 30, 5000000, kAudioClassAacStereo},
+    {"BL_L31_HD_", "AAC", kAnyLevel, 31, 15000000, kAudioClassAacStereo},
+});
+
+constexpr auto kBaselineHd = std::to_array<BaselineRow>({
+    {"BL_L31_HD_", "AAC", kAnyLevel, 31, 15000000, kAudioClassAacStereo},
+    {"BL_L32_HD_", "AAC", kAnyLevel, 32, 21000000, kAudioClassAacStereo},
+});
+
+// The rows for frames of at most this size; the first group that holds a frame serves it alone.
+struct BaselineGroup {
+  int width;
+  int height;
+  std::span<const BaselineRow> rows;
+  bool printsCarets;
+};
+
+constexpr auto kBaselineGroups = std::to_array<BaselineGroup>({
+    {352, 288, kBaselineCif, false},
+    {720, 576, kBaselineSd, false},
+    {1280, 720, kBaselineHd, true},
+});
+
+Tests videoTestsOf(const Naming& naming, const BaselineGroup& group, const BaselineRow& row) {
+  const DlnaFacts& facts = naming.facts;
+  Tests tests = naming.candidate({kMp4Prefix, row.piece, row.suffix});
+  tests.frame(facts, group.width, group.height);
+  if (row.lowestLevel != kAnyLevel) tests.atLeast(h264Level(facts.level), row.lowestLevel);
+  if (row.highestLevel != kAnyLevel) tests.atMost(h264Level(facts.level), row.highestLevel);
+  tests.atMost(overallBitRate(facts.containerBitRate), row.bitRate);
+  return tests;
+}
+
+// False when no row fits.
+bool nameByBaselineGroup(Naming& naming, const BaselineGroup& group) {
+  // Hosts' logs show these lines.
+  if (group.printsCarets) std::printf("^^^^^^^^^^^^^^^^\n^^^^^^^^^^^^^^^^\n");
+  std::string_view piece;
+  bool named = false;
+  for (const BaselineRow& row : group.rows) {
+    Tests tests = videoTestsOf(naming, group, row);
+    // The first piece that fits the video is printed, also when no audio suffix follows.
+    if (piece.empty() && tests.held()) piece = row.piece;
+    named = tests.oneOf(audio(naming.facts), {row.audioClass}).take();
+    if (!named) continue;
+    naming.primary() = kMp4Prefix;
+    naming.primary() += row.piece;
+    naming.primary() += row.suffix;
+    break;
+  }
+  if (!piece.empty())
+    std::printf("1. dlnaProfile_:%.*s %%%%%%%%\n", static_cast<int>(piece.size()), piece.data());
+  return named;
+}
+
+const BaselineGroup* baselineGroupOf(const DlnaFacts& facts) {
+  for (const BaselineGroup& group : kBaselineGroups)
+    if (facts.width <= group.width && facts.height <= group.height) return &group;
+  // Higher frames count as the last group too, as far as its debug lines go.
+  return facts.width <= kBaselineGroups.back().width ? &kBaselineGroups.back() : nullptr;
 }
 
 void nameBaselineInMp4(Naming& naming) {
-  const std::string piece = baselinePiece(naming);
-  if (!piece.empty()) {
-    std::printf("1. dlnaProfile_:%s %%%%%%%%\n", piece.c_str());
-    const std::string suffix = baselineAudioSuffix(naming, piece);
-    if (!suffix.empty()) {
-      naming.primary() += piece + suffix;
-      return;
-    }
-  }
-  nameMainInMp4(naming);
+  const BaselineGroup* group = baselineGroupOf(naming.facts);
+  if (group == nullptr || !nameByBaselineGroup(naming, *group)) nameMainInMp4(naming);
 }
 
 void nameInMp4(Naming& naming) {
-  constexpr std::int64_t kHighBitRate = 25000000;
-  const DlnaFacts& facts = naming.facts;
-  naming.primary() += "MP4_";
-  switch (facts.profile) {
+  switch (naming.facts.profile) {
     case kHigh:
-      // A stream that fails keeps "AVC_MP4_": renderers of the time play it by that.
-      if (naming.candidate("AVC_MP4_HP_HD_AAC")
-              .frame(facts, 1920, 1080)
-              .atMost("video bit rate", facts.streamBitRate, kHighBitRate)
-              .audio(facts.audioClass, {kAudioClassAacStereo})
-              .hold()) {
-        naming.primary() += "HP_HD_AAC";
-      }
-      return;
+      return nameHighInMp4(naming);
     case kMain:
       return nameMainInMp4(naming);
     case kBaseline:
     case kConstrainedBaseline:
       return nameBaselineInMp4(naming);
     default:
-      naming.primary().clear();
+      naming.remark("of H.264, only the Baseline, Main and High profiles have names in MP4");
   }
+}
+
+// --- In transport streams
+
+constexpr std::string_view kTransportPrefix = "AVC_TS_";
+
+// What no baseline form holds keeps "BL_" in front of the main form; such streams have been named
+// so from the beginning.
+constexpr auto kBaselineForms = std::to_array<Form>({
+    {"BL_CIF15_", 352, 288, 384000, kTransportAudio},
+    {"BL_CIF30_", 352, 288, 3000000, kTransportAudio},
+    {"BL_MP_SD_", 720, 576, 10000000, kTransportAudio},
+    {"BL_MP_HD_", 1920, 1152, 20000000, kTransportAudio},
+});
+
+constexpr auto kMainForms = std::to_array<Form>({
+    {"MP_SD_", 720, 576, 10000000, kTransportAudio},
+    {"MP_HD_", 1920, 1152, 20000000, kTransportAudio},
+});
+
+constexpr auto kHighForms = std::to_array<Form>({
+    {"HP_HD_", 1920, 1152, 30000000, kAc3},
+});
+
+// Other profiles are named by their audio alone.
+constexpr auto kOtherForms = std::to_array<Form>({
+    {"", kAnySize, kAnySize, 0, kTransportAudio},
+});
+
+std::span<const Form> transportForms(int profile) {
+  switch (profile) {
+    case kBaseline:
+      return kBaselineForms;
+    case kMain:
+    case kConstrainedBaseline:
+      return kMainForms;
+    case kHigh:
+      return kHighForms;
+    default:
+      return kOtherForms;
+  }
+}
+
+// Every name needs packets of known size.
+bool take(Tests& tests, const TransportPackets& packets) {
+  return tests.oneOf(packetSize(packets), {188, 192}).take();
 }
 
 enum class FrameRateTest { kNone, k50Hz, k60Hz };
 
-// The frame rates as the rules see them. TICKS is the rate's numerator by the time base's
-// denominator, an integer quotient and so mostly 0; the names in use depend on it.
-struct FrameRate {
-  int perSecond;
-  int ticks;
-};
+// True when the rate's numerator reaches the denominator of the stream's time base, which few
+// streams do. The names in use depend on it.
+bool countsInClockTicks(const DlnaFacts& facts) {
+  return quotient(facts.realFrameRate.num, facts.timeBaseDen) != 0;
+}
 
-FrameRateTest frameRateTest(const DlnaFacts& facts, const FrameRate& rate) {
+FrameRateTest frameRateTest(const DlnaFacts& facts) {
+  const bool inTicks = countsInClockTicks(facts);
+  const bool is60 = frameRate(facts).value == 59;
   const bool isFullHd = (facts.width == 1440 || facts.width == 1920) && facts.height == 1080;
-  const bool is60 = rate.perSecond == 59;
-  if (isFullHd && rate.ticks != 0 && is60) return FrameRateTest::k60Hz;
+  if (isFullHd && inTicks && is60) return FrameRateTest::k60Hz;
   if (facts.width == 720 && facts.height == 480)
-    return rate.ticks != 0 && is60 ? FrameRateTest::k60Hz : FrameRateTest::kNone;
+    return inTicks && is60 ? FrameRateTest::k60Hz : FrameRateTest::kNone;
+  // The other way about than the sizes above; wanted like that.
   if (facts.width == 1280 && facts.height == 720)
-    return rate.ticks == 0 && is60 ? FrameRateTest::k60Hz : FrameRateTest::k50Hz;
+    return !inTicks && is60 ? FrameRateTest::k60Hz : FrameRateTest::k50Hz;
   if (isFullHd || (facts.width == 720 && facts.height == 576)) return FrameRateTest::k50Hz;
   return FrameRateTest::kNone;
 }
 
-std::string_view frameRatePiece(const Naming& naming) {
+Quantity clockTicks(const DlnaFacts& facts) {
+  return {"", facts.timeBaseDen,
+          [](std::int64_t ticks) { return std::to_string(ticks) + " ticks per second"; }};
+}
+
+bool fits60Hz(const Naming& naming, const TransportPackets& packets) {
   const DlnaFacts& facts = naming.facts;
-  const FrameRate rate = {quotient(facts.realFrameRate.num, facts.realFrameRate.den),
-                          quotient(facts.realFrameRate.num, facts.timeBaseDen)};
-  switch (frameRateTest(facts, rate)) {
-    case FrameRateTest::kNone:
-      return "";
+  Tests tests = naming.candidate({kTransportPrefix, "HD_60_AC3"});
+  tests.oneOf(h264Profile(facts.profile), {kHigh, kMain}).oneOf(audio(facts), kAc3);
+  return take(tests, packets);
+}
+
+bool fits50Hz(const Naming& naming, const TransportPackets& packets) {
+  const DlnaFacts& facts = naming.facts;
+  Tests tests = naming.candidate({kTransportPrefix, "HD_50_AC3"});
+  tests.oneOf(frameRate(facts), {50})
+      .that(countsInClockTicks(facts), "stream clock no finer than the frame rate",
+            clockTicks(facts))
+      .oneOf(h264Profile(facts.profile), {kHigh, kMain})
+      .oneOf(audio(facts), kAc3);
+  return take(tests, packets);
+}
+
+// The piece that a frame rate gives; empty when it gives none.
+std::string_view frameRatePiece(const Naming& naming, const TransportPackets& packets) {
+  switch (frameRateTest(naming.facts)) {
     case FrameRateTest::k60Hz:
-      return naming.candidate("AVC_TS_HD_60")
-                     .oneOf("profile", facts.profile, {kHigh, kMain})
-                     .audio(facts.audioClass, {kAudioClassAc3})
-                     .hold()
-                 ? "HD_60_"
-                 : "";
+      return fits60Hz(naming, packets) ? "HD_60_" : "";
     case FrameRateTest::k50Hz:
-      return naming.candidate("AVC_TS_HD_50")
-                     .exactly("frames per second", rate.perSecond, 50)
-                     .that(rate.ticks != 0, "frame rate in time base units",
-                           rate.ticks != 0 ? "yes" : "no")
-                     .oneOf("profile", facts.profile, {kHigh, kMain})
-                     .audio(facts.audioClass, {kAudioClassAc3})
-                     .hold()
-                 ? "HD_50_"
-                 : "";
+      return fits50Hz(naming, packets) ? "HD_50_" : "";
+    case FrameRateTest::kNone:
+      break;
   }
   return "";
 }
 
-// False when no form of the main profile fits.
-bool appendMainForm(Naming& naming) {
-  const DlnaFacts& facts = naming.facts;
-  naming.primary() += "MP_";
-  if (naming.candidate("AVC_TS_MP_SD")
-          .frame(facts, 720, 576)
-          .atMost("video bit rate", facts.streamBitRate, 10000000)
-          .hold()) {
-    naming.primary() += "SD_";
-    return true;
+void writeTransportName(Naming& naming, std::string_view piece, const TransportPackets& packets,
+                        bool isHigh) {
+  std::string& primary = naming.primary();
+  primary = kTransportPrefix;
+  primary += piece;
+  primary += audioSuffix(naming.facts.audioClass);
+  if (packets.size == 188) {
+    primary += "_ISO";
+    return;
   }
-  if (naming.candidate("AVC_TS_MP_HD")
-          .frame(facts, 1920, 1152)
-          .atMost("video bit rate", facts.streamBitRate, 20000000)
-          .hold()) {
-    naming.primary() += "HD_";
-    return true;
-  }
-  return false;
-}
-
-bool appendBaselineForm(Naming& naming) {
-  const DlnaFacts& facts = naming.facts;
-  naming.primary() += "BL_";
-  if (naming.candidate("AVC_TS_BL_CIF15")
-          .frame(facts, 352, 288)
-          .atMost("video bit rate", facts.streamBitRate, 384000)
-          .hold()) {
-    naming.primary() += "CIF15_";
-    return true;
-  }
-  if (naming.candidate("AVC_TS_BL_CIF30")
-          .frame(facts, 352, 288)
-          .atMost("video bit rate", facts.streamBitRate, 3000000)
-          .hold()) {
-    naming.primary() += "CIF30_";
-    return true;
-  }
-  // "BL_" stays in front of the main form; such streams have been named so from the beginning.
-  return appendMainForm(naming);
-}
-
-bool appendHighForm(Naming& naming) {
-  const DlnaFacts& facts = naming.facts;
-  naming.primary() += "HP_HD_";
-  return naming.candidate("AVC_TS_HP_HD")
-      .frame(facts, 1920, 1152)
-      .atMost("video bit rate", facts.streamBitRate, 30000000)
-      .audio(facts.audioClass, {kAudioClassAc3})
-      .hold();
-}
-
-bool appendProfileForm(Naming& naming) {
-  switch (naming.facts.profile) {
-    case kBaseline:
-      return appendBaselineForm(naming);
-    case kMain:
-    case kConstrainedBaseline:
-      return appendMainForm(naming);
-    case kHigh:
-      return appendHighForm(naming);
-    default:
-      return true;
-  }
-}
-
-bool appendTransportAudio(Naming& naming) {
-  const std::string_view suffix = sdAudioSuffix(naming.facts.audioClass);
-  if (!naming.candidate("AVC_TS with audio")
-           .audio(naming.facts.audioClass, {kAudioClassAc3, kAudioClassAacStereo,
-                                            kAudioClassAacMultichannel, kAudioClassMp3})
-           .hold()) {
-    return false;
-  }
-  naming.primary() += suffix.substr(1);
-  return true;
-}
-
-bool appendPackets(Naming& naming, const TransportPackets& packets, int profile) {
-  if (packets.size == 192) {
-    if (packets.isTimeStamped || profile == kHigh) naming.primary() += "_T";
-    naming.name.mimeType = kTimeStampedMimeType;
-    return true;
-  }
-  const std::string size = std::to_string(packets.size);
-  if (!naming.candidate("AVC_TS with packets")
-           .that(packets.size == 188, "packets of 188 or 192 bytes", size)
-           .hold()) {
-    return false;
-  }
-  naming.primary() += "_ISO";
-  return true;
+  // Streams of the High profile count as time-stamped whatever the stamps say.
+  if (packets.isTimeStamped || isHigh) primary += "_T";
+  naming.name.mimeType = kTimeStampedMimeType;
 }
 
 void nameInTransportStream(Naming& naming) {
+  const DlnaFacts& facts = naming.facts;
   const TransportPackets packets = naming.readPackets();
-  naming.primary() += "TS_";
-  int profile = naming.facts.profile;
-  const std::string_view piece = frameRatePiece(naming);
-  bool named = true;
-  if (!piece.empty()) {
-    naming.primary() += piece;
-    profile = kNamedByFrameRate;
-  } else {
-    named = appendProfileForm(naming);
+  const std::string_view piece = frameRatePiece(naming, packets);
+  // A stream that its frame rate named does not count as one of the High profile any more.
+  if (!piece.empty()) return writeTransportName(naming, piece, packets, false);
+  for (const Form& form : transportForms(facts.profile)) {
+    Tests tests = testsOf(naming, kTransportPrefix, form, audioSuffix(facts.audioClass));
+    if (!take(tests, packets)) continue;
+    return writeTransportName(naming, form.piece, packets, facts.profile == kHigh);
   }
-  named = named && appendTransportAudio(naming) && appendPackets(naming, packets, profile);
-  if (!named) naming.primary().clear();
 }
 
 }  // namespace
@@ -366,13 +354,12 @@ void nameInTransportStream(Naming& naming) {
 void nameH264(Naming& naming) {
   const DlnaFacts& facts = naming.facts;
   if (isTaggedAvc1(facts.codecTag)) naming.name.playException = PLAY_EXCEPTION_H264_AVC1;
-  naming.primary() = "AVC_";
   if (facts.demuxer == av::kDemuxerMpegTs)
     nameInTransportStream(naming);
   else if (facts.demuxer == av::kDemuxerMp4)
     nameInMp4(naming);
   else
-    naming.primary().clear();
+    naming.remark("H.264 video has names in MP4 files and MPEG transport streams only");
 }
 
 }  // namespace kolum::video

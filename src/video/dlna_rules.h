@@ -2,8 +2,9 @@
 #ifndef KOLUM_VIDEO_DLNA_RULES_H
 #define KOLUM_VIDEO_DLNA_RULES_H
 
-#include <algorithm>
+#include <cstdint>
 #include <initializer_list>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -14,36 +15,58 @@ namespace kolum::video {
 
 inline constexpr const char* kTimeStampedMimeType = "video/vnd.dlna.mpeg-tts";
 
+// FFmpeg's mark of an unknown profile or level.
+inline constexpr int kUnknownNumber = -99;
+
+// A number that a test looks at, with its words for people.
+struct Quantity {
+  const char* label;
+  std::int64_t value;
+  std::string (*text)(std::int64_t value);
+};
+
+Quantity width(const DlnaFacts& facts);
+Quantity height(const DlnaFacts& facts);
+Quantity audio(const DlnaFacts& facts);
+// Bits per second.
+Quantity videoBitRate(std::int64_t rate);
+Quantity overallBitRate(std::int64_t rate);
+// Whole frames per second; the rest is cut off.
+Quantity frameRate(const DlnaFacts& facts);
+Quantity packetSize(const TransportPackets& packets);
+
+Quantity h264Profile(int profile);
+Quantity h264Level(int level);
+Quantity mpeg4Profile(int profile);
+Quantity mpeg4Level(int level);
+
 // The tests that a name is put to. All of them are made, so that an explanation tells everything
 // that is missing and not only the first thing.
 class Tests {
  public:
-  Tests(DlnaExplanation* explanation, std::string_view name) : explanation_(explanation) {
-    if (explanation_ != nullptr) explanation_->push_back({std::string(name), {}, false});
-  }
+  // The name comes in pieces, which are put together only when somebody wants to know.
+  Tests(DlnaExplanation* explanation, std::initializer_list<std::string_view> name);
 
-  Tests& atMost(const char* fact, std::int64_t actual, std::int64_t limit) {
-    return limited(actual <= limit, fact, " at most ", limit, actual);
+  Tests& atMost(const Quantity& quantity, std::int64_t limit);
+  Tests& atLeast(const Quantity& quantity, std::int64_t limit);
+  Tests& oneOf(const Quantity& quantity, std::span<const std::int64_t> allowed);
+  Tests& oneOf(const Quantity& quantity, std::initializer_list<std::int64_t> allowed) {
+    return oneOf(quantity, std::span(allowed.begin(), allowed.size()));
   }
-  Tests& atLeast(const char* fact, std::int64_t actual, std::int64_t limit) {
-    return limited(actual >= limit, fact, " at least ", limit, actual);
+  Tests& frame(const DlnaFacts& facts, int maxWidth, int maxHeight) {
+    return atMost(width(facts), maxWidth).atMost(height(facts), maxHeight);
   }
-  Tests& exactly(const char* fact, std::int64_t actual, std::int64_t wanted) {
-    return limited(actual == wanted, fact, " ", wanted, actual);
-  }
-  Tests& oneOf(const char* fact, std::int64_t actual, std::initializer_list<std::int64_t> allowed);
-  Tests& frame(const DlnaFacts& facts, int width, int height) {
-    return atMost("width", facts.width, width).atMost("height", facts.height, height);
-  }
-  Tests& audio(unsigned actual, std::initializer_list<unsigned> allowed);
-  Tests& that(bool held, const char* wanted, std::string_view actual);
+  // A test in words of its own: what is wanted, and what there is.
+  Tests& that(bool held, const char* wanted, const Quantity& actual);
 
-  // True when every test held; ends the candidate.
-  bool hold();
+  // True while every test held.
+  bool held() const { return held_; }
+  // True when every test held; ends the candidate, which is then taken.
+  bool take();
 
  private:
-  Tests& limited(bool held, const char* fact, const char* relation, std::int64_t wanted,
-                 std::int64_t actual);
+  void record(bool held, const std::string& wanted, const Quantity& actual);
+  Tests& limited(bool held, const Quantity& quantity, const char* relation, std::int64_t limit);
 
   DlnaExplanation* explanation_;
   bool held_ = true;
@@ -52,16 +75,22 @@ class Tests {
 // One run of the naming: the facts, and the name as it grows.
 struct Naming {
   const DlnaFacts& facts;
-  const PacketReader& readPackets;
+  const PacketReader& packetReader;
   DlnaExplanation* explanation;
   DlnaName name = {};
 
-  Tests candidate(std::string_view what) const { return {explanation, what}; }
   std::string& primary() { return name.profile; }
+  Tests candidate(std::initializer_list<std::string_view> pieces) const {
+    return {explanation, pieces};
+  }
+  void remark(const char* sentence) const {
+    if (explanation != nullptr) explanation->remarks.emplace_back(sentence);
+  }
+  TransportPackets readPackets() const;
 };
 
-// Numerator by denominator as an integer quotient; 0 when there is no denominator.
-constexpr int quotient(int numerator, int denominator) {
+// An integer quotient; 0 when there is no denominator.
+constexpr std::int64_t quotient(std::int64_t numerator, std::int64_t denominator) {
   return denominator != 0 ? numerator / denominator : 0;
 }
 

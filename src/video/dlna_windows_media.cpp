@@ -1,6 +1,7 @@
 // The rules for WMV3 and VC-1 video.
 #include <kolum/identifiers.h>
 
+#include <algorithm>
 #include <array>
 
 #include "video/dlna_rules.h"
@@ -10,79 +11,89 @@ namespace kolum::video {
 namespace {
 
 constexpr int kSimpleProfile = 0;
-constexpr int kUnknownProfile = -99;
 
 struct AudioSuffix {
-  unsigned audioClass;
+  std::int64_t audioClass;
   std::string_view suffix;
 };
 
-constexpr auto kSimpleLowSuffixes = std::to_array<AudioSuffix>({{kAudioClassWmaBase, "BASE"}});
-constexpr auto kSimpleMediumSuffixes = std::to_array<AudioSuffix>({
+constexpr auto kSuffixes = std::to_array<AudioSuffix>({
     {kAudioClassWmaBase, "BASE"},
+    {kAudioClassWmaFull, "FULL"},
+    {kAudioClassWmaPro, "PRO"},
     {kAudioClassMp3, "MP3"},
 });
-constexpr auto kMainMediumSuffixes = std::to_array<AudioSuffix>({
-    {kAudioClassWmaBase, "BASE"},
-    {kAudioClassWmaFull, "FULL"},
-    {kAudioClassWmaPro, "PRO"},
-});
-// Base audio has no name at the high level.
-constexpr auto kMainHighSuffixes = std::to_array<AudioSuffix>({
-    {kAudioClassWmaFull, "FULL"},
-    {kAudioClassWmaPro, "PRO"},
-});
 
-// The first tier whose video tests hold decides, also when the audio then finds no suffix.
+constexpr std::int64_t kBase[] = {kAudioClassWmaBase};
+constexpr std::int64_t kBaseOrMp3[] = {kAudioClassWmaBase, kAudioClassMp3};
+constexpr std::int64_t kBaseToPro[] = {kAudioClassWmaBase, kAudioClassWmaFull, kAudioClassWmaPro};
+// Base audio has no name at the high level.
+constexpr std::int64_t kFullOrPro[] = {kAudioClassWmaFull, kAudioClassWmaPro};
+
+// The first tier whose video tests hold decides, also when it then refuses the audio.
 struct Tier {
   std::string_view name;
   bool needsSimpleProfile;
   int width;
   int height;
   std::int64_t bitRate;
-  std::span<const AudioSuffix> suffixes;
+  std::span<const std::int64_t> audio;
 };
 
 constexpr auto kTiers = std::to_array<Tier>({
-    {"WMVSPLL_", true, 176, 144, 96000, kSimpleLowSuffixes},
-    {"WMVSPML_", true, 352, 288, 384000, kSimpleMediumSuffixes},
-    {"WMVMED_", false, 720, 576, 10000000, kMainMediumSuffixes},
-    {"WMVHIGH_", false, 1920, 1080, 20000000, kMainHighSuffixes},
+    {"WMVSPLL_", true, 176, 144, 96000, kBase},
+    {"WMVSPML_", true, 352, 288, 384000, kBaseOrMp3},
+    {"WMVMED_", false, 720, 576, 10000000, kBaseToPro},
+    {"WMVHIGH_", false, 1920, 1080, 20000000, kFullOrPro},
 });
+
+std::string_view suffixOf(std::int64_t audioClass) {
+  const auto row = std::find_if(kSuffixes.begin(), kSuffixes.end(),
+                                [&](const AudioSuffix& r) { return r.audioClass == audioClass; });
+  return row != kSuffixes.end() ? row->suffix : "";
+}
+
+// The suffix of the file's audio, else of the first that the tier takes.
+std::string_view suffixIn(const Tier& tier, unsigned audioClass) {
+  const auto fits = std::find(tier.audio.begin(), tier.audio.end(), audioClass);
+  return suffixOf(fits != tier.audio.end() ? *fits : tier.audio.front());
+}
 
 // Where FFmpeg tells no profile, the sequence header does, in its top two bits.
 int wmv3Profile(const DlnaFacts& facts) {
   constexpr int kProfileShift = 6;
-  if (facts.profile == kUnknownProfile && !facts.extraData.empty())
+  if (facts.profile == kUnknownNumber && !facts.extraData.empty())
     return facts.extraData.front() >> kProfileShift;
   return facts.profile;
 }
 
-bool fits(const Naming& naming, const Tier& tier) {
-  const DlnaFacts& facts = naming.facts;
-  // ASF headers without extended properties tell no stream rate.
-  const std::int64_t rate = facts.streamBitRate > 0 ? facts.streamBitRate : facts.containerBitRate;
-  Tests tests = naming.candidate(tier.name);
-  if (tier.needsSimpleProfile) {
-    const bool isSimple = facts.codec == CODEC_ID_WMV3 && wmv3Profile(facts) == kSimpleProfile;
-    tests.that(isSimple, "WMV3 of the Simple profile", isSimple ? "yes" : "no");
-  }
-  return tests.frame(facts, tier.width, tier.height).atMost("bit rate", rate, tier.bitRate).hold();
+Quantity simpleProfile(bool isSimple) {
+  return {"", isSimple ? 1 : 0, [](std::int64_t held) -> std::string {
+            return held != 0 ? "WMV3 of the Simple profile" : "another";
+          }};
 }
 
 }  // namespace
 
 void nameWindowsMedia(Naming& naming) {
-  if (naming.facts.demuxer != av::kDemuxerAsf) return;
+  const DlnaFacts& facts = naming.facts;
+  if (facts.demuxer != av::kDemuxerAsf)
+    return naming.remark("WMV3 and VC-1 video have names in ASF files only");
   naming.name.mimeType = "video/x-ms-wmv";
-  const auto tier = std::find_if(kTiers.begin(), kTiers.end(),
-                                 [&](const Tier& candidate) { return fits(naming, candidate); });
-  if (tier == kTiers.end()) return;
-  for (const AudioSuffix& row : tier->suffixes) {
-    const std::string name = std::string(tier->name) + std::string(row.suffix);
-    if (!naming.candidate(name).audio(naming.facts.audioClass, {row.audioClass}).hold()) continue;
-    naming.primary() = name;
-    return;
+  // ASF headers without extended properties tell no stream rate.
+  const Quantity rate = facts.streamBitRate > 0 ? videoBitRate(facts.streamBitRate)
+                                                : overallBitRate(facts.containerBitRate);
+  const bool isSimple = facts.codec == CODEC_ID_WMV3 && wmv3Profile(facts) == kSimpleProfile;
+  for (const Tier& tier : kTiers) {
+    const std::string_view suffix = suffixIn(tier, facts.audioClass);
+    Tests tests = naming.candidate({tier.name, suffix});
+    if (tier.needsSimpleProfile)
+      tests.that(isSimple, "WMV3 of the Simple profile", simpleProfile(isSimple));
+    tests.frame(facts, tier.width, tier.height).atMost(rate, tier.bitRate);
+    const bool decides = tests.held();
+    if (tests.oneOf(audio(facts), tier.audio).take())
+      naming.primary() = std::string(tier.name) + std::string(suffix);
+    if (decides) return;
   }
 }
 

@@ -1,5 +1,6 @@
 #include <kolum/dlna.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "video/probe.h"
@@ -8,19 +9,53 @@ namespace kolum::video {
 
 namespace {
 
+std::ptrdiff_t failures(const DlnaCandidate& candidate) {
+  return std::count_if(candidate.tests.begin(), candidate.tests.end(),
+                       [](const DlnaTest& test) { return !test.held; });
+}
+
+// The index of the refused candidate that the least is missing for, or -1. Those behind the last
+// taken one are no better than it.
+int nextBetter(const std::vector<DlnaCandidate>& candidates) {
+  const auto taken = std::find_if(candidates.rbegin(), candidates.rend(),
+                                  [](const DlnaCandidate& candidate) { return candidate.taken; });
+  const auto end = taken != candidates.rend() ? taken.base() : candidates.end();
+  auto best = end;
+  for (auto it = candidates.begin(); it != end; ++it)
+    if (!it->taken && (best == end || failures(*it) < failures(*best))) best = it;
+  return best != end ? static_cast<int>(best - candidates.begin()) : -1;
+}
+
+// Why the rules are not the last word, or were not asked at all.
+void remarkOnTheWayAround(const VideoFacts& facts, std::string_view fileName, DlnaNaming& naming) {
+  if (!facts.askedDlnaRules) {
+    naming.remarks.emplace_back(facts.mimeType.empty()
+                                    ? "disc images get no profile"
+                                    : "files of this container get a MIME type only");
+  } else if (isWmvHighTestStream(fileName)) {
+    naming.remarks.emplace_back("DLNA's own test stream, named so whatever it holds");
+    naming.next = -1;
+  }
+}
+
 unsigned int explain(const char* folder, const char* fileName, int audioStreamIndex,
                      DlnaNaming& naming) {
-  DlnaExplanation candidates;
+  DlnaExplanation explanation;
   const ProbeResult result = probeVideo({.folder = folder,
                                          .fileName = fileName,
                                          .audioStreamIndex = audioStreamIndex,
-                                         .explanation = &candidates},
+                                         .explanation = &explanation},
                                         kRecordPolicy);
   if (!result.succeeded) return 1;
-  naming = {.profile = result.facts.dlnaProfile,
-            .mimeType = result.facts.mimeType,
-            .wasAsked = result.facts.askedDlnaRules,
-            .candidates = std::move(candidates)};
+  DlnaNaming answer = {.profile = result.facts.dlnaProfile,
+                       .mimeType = result.facts.mimeType,
+                       .details = std::move(explanation.details),
+                       .candidates = std::move(explanation.candidates),
+                       .remarks = std::move(explanation.remarks),
+                       .next = -1};
+  answer.next = nextBetter(answer.candidates);
+  remarkOnTheWayAround(result.facts, fileName, answer);
+  naming = std::move(answer);
   return 0;
 }
 

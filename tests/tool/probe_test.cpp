@@ -341,14 +341,20 @@ TEST(Dlna, ExplainsEveryNameThatWasConsidered) {
   const json line =
       single(kolum({"dlna", "--json", "--explain", samples() + "Videos/evening-news.ts"}));
   EXPECT_EQ(line["dlnaProfile"], "MPEG_TS_SD_EU_ISO");
-  const json missing = json::parse(R"([
-      {"wanted":"width at least 1280","actual":"720","held":false},
-      {"wanted":"height at least 720","actual":"576","held":false}])");
-  EXPECT_EQ(line["nearest"], (json{{"name", "MPEG_TS_HD_NA"}, {"missing", missing}}));
+  EXPECT_EQ(line["details"], json::parse(R"({"container":"MPEG transport stream",
+      "video":"MPEG2VIDEO","frame size":"720 x 576","frames":"25 per second",
+      "video bit rate":"unknown","overall bit rate":")" +
+                                         line["details"]["overall bit rate"].get<std::string>() +
+                                         R"(","audio":"MP2","packets":"188 bytes"})"));
   ASSERT_EQ(line["candidates"].size(), 2U);
-  EXPECT_EQ(line["candidates"][0],
-            (json{{"name", "MPEG_TS_HD_NA"}, {"taken", false}, {"tests", missing}}));
+  const json refused = json::parse(R"({"name":"MPEG_TS_HD_NA","taken":false,"tests":[
+      {"wanted":"width at least 1280","actual":"720","held":false},
+      {"wanted":"height at least 720","actual":"576","held":false}]})");
+  EXPECT_EQ(line["candidates"][0], refused);
+  EXPECT_EQ(line["candidates"][1]["name"], "MPEG_TS_SD_EU");
   EXPECT_EQ(line["candidates"][1]["taken"], true);
+  EXPECT_EQ(line["next"], json({{"name", "MPEG_TS_HD_NA"}, {"missing", refused["tests"]}}));
+  EXPECT_EQ(line["remarks"], json::array());
 }
 
 TEST(Dlna, TellsWhyThereIsNoProfile) {
@@ -357,7 +363,7 @@ TEST(Dlna, TellsWhyThereIsNoProfile) {
                          "Videos/short-film.mkv\n"
                          "  DLNA profile  (none)\n"
                          "  MIME type     video/x-matroska\n"
-                         "  Reason        files of this container get a MIME type only\n");
+                         "  Remark        files of this container get a MIME type only\n");
 }
 
 TEST(ProbeAudio, JsonTellsTheSong) {

@@ -1,8 +1,8 @@
 #include <kolum/dlna.h>
 
 #include <CLI/CLI.hpp>
-#include <algorithm>
 #include <memory>
+#include <utility>
 
 #include "arguments.h"
 #include "commands.h"
@@ -37,23 +37,7 @@ Result candidateResult(const DlnaCandidate& candidate) {
   return result;
 }
 
-std::ptrdiff_t failures(const DlnaCandidate& candidate) {
-  return std::count_if(candidate.tests.begin(), candidate.tests.end(),
-                       [](const DlnaTest& test) { return !test.held; });
-}
-
-// The refused name that the least would have to change for; of equals the one tried first, which is
-// the better one. Null when none was refused.
-const DlnaCandidate* nearest(const DlnaNaming& naming) {
-  const DlnaCandidate* best = nullptr;
-  for (const DlnaCandidate& candidate : naming.candidates) {
-    if (candidate.taken) continue;
-    if (best == nullptr || failures(candidate) < failures(*best)) best = &candidate;
-  }
-  return best;
-}
-
-void addNearest(Result& result, const DlnaCandidate& candidate) {
+void addNext(Result& result, const DlnaCandidate& candidate) {
   nlohmann::ordered_json missing = nlohmann::ordered_json::array();
   std::string label = "For " + candidate.name;
   for (const DlnaTest& test : candidate.tests) {
@@ -61,23 +45,26 @@ void addNearest(Result& result, const DlnaCandidate& candidate) {
     missing.push_back(testJson(test));
     result.show(std::exchange(label, ""), "needs " + test.wanted + ", has " + test.actual);
   }
-  result.data("nearest", {{"name", candidate.name}, {"missing", std::move(missing)}});
+  result.data("next", {{"name", candidate.name}, {"missing", std::move(missing)}});
 }
 
-// Why no rule was put to work; empty when some were.
-std::string untouchedReason(const DlnaNaming& naming) {
-  if (!naming.wasAsked && naming.mimeType.empty()) return "disc images get no profile";
-  if (!naming.wasAsked) return "files of this container get a MIME type only";
-  if (naming.candidates.empty() && naming.profile.empty()) {
-    return "no profile is known for this codec in this container";
+// The label of a line for people: "frame size" becomes "Frame size".
+std::string capitalized(std::string text) {
+  if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') {
+    text[0] = static_cast<char>(text[0] - 'a' + 'A');
   }
-  return "";
+  return text;
 }
 
 void addExplanation(Result& result, const DlnaNaming& naming) {
-  const std::string reason = untouchedReason(naming);
-  result.text("reason", "Reason", reason);
-  if (const DlnaCandidate* other = nearest(naming)) addNearest(result, *other);
+  nlohmann::ordered_json details = nlohmann::ordered_json::object();
+  for (const DlnaDetail& detail : naming.details) {
+    details[detail.label] = detail.value;
+    result.show(capitalized(detail.label), detail.value);
+  }
+  result.data("details", std::move(details));
+  result.texts("remarks", "Remark", naming.remarks);
+  if (naming.next >= 0) addNext(result, naming.candidates[static_cast<std::size_t>(naming.next)]);
   std::vector<Result> candidates;
   for (const DlnaCandidate& candidate : naming.candidates) {
     candidates.push_back(candidateResult(candidate));
@@ -118,8 +105,8 @@ Action defineDlna(CLI::App& command) {
       ->type_name("N");
   command.footer(
       "Names the DLNA media format profile and MIME type of videos. With --explain it also tells\n"
-      "every name that was considered, each test with what the file has, and what would have to\n"
-      "change for the nearest other name.\n"
+      "what counted about the file, every name that was considered, each test with what the file\n"
+      "has, and what would have to change for the next better name.\n"
       "\nExample:\n  kolum dlna --explain movie.mp4");
   return [options](Context& context) { run(context, *options); };
 }
