@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
+#include <map>
 
 #include "support/child_process.h"
 #include "support/media_factory.h"
@@ -33,6 +35,35 @@ void addSubtitle(const std::string& from, const std::string& to, const TempDir& 
                  work.path("sub.png") + "\"/></stream></subpictures>");
   mustRun({"sh", "-c", "spumux -P \"$1\" <\"$2\" >\"$3\"", "sh", work.path("sub.xml"), from, to},
           {.environment = {{"VIDEO_FORMAT", "PAL"}}});
+}
+
+// All that an image of the folder depends on: names, kinds and contents.
+std::string contentOf(const fs::path& folder) {
+  std::map<std::string, std::string> entries;
+  for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+    std::string& content = entries[entry.path().lexically_relative(folder)];
+    if (!entry.is_regular_file()) continue;
+    std::ifstream in(entry.path(), std::ios::binary);
+    content = "file " + std::string(std::istreambuf_iterator<char>(in), {});
+  }
+  std::string all;
+  for (const auto& [name, content] : entries)
+    all += name + '\0' + std::to_string(content.size()) + '\0' + content;
+  return all;
+}
+
+std::string whyLoopMountFails() {
+  if (geteuid() != 0) return "mounting disc images needs root";
+  const TempDir work;
+  work.write("content/file", "x");
+  fs::create_directory(work.path("mounted"));
+  const RunResult packed = run({"mksquashfs", work.path("content"), work.path("image"), "-quiet"});
+  if (packed.status != 0) return "disc images cannot be made here: " + packed.err;
+  // Where nobody else sees it, and gone with the process.
+  const RunResult mounted = run(
+      {"unshare", "--mount", "mount", "-o", "loop,ro", work.path("image"), work.path("mounted")});
+  if (mounted.status != 0) return "disc images cannot be mounted here: " + mounted.err;
+  return "";
 }
 
 }  // namespace
@@ -70,7 +101,7 @@ std::string discRoot(const std::string& folder) {
 }
 
 std::string discImage(const std::string& folder, const std::string& name, ImageKind kind) {
-  const std::string recipe = folder + (kind == ImageKind::kExt4 ? " ext4" : " squashfs");
+  const std::string recipe = (kind == ImageKind::kExt4 ? "ext4 " : "squashfs ") + contentOf(folder);
   return made(name, recipe, [&](const std::string& path) {
     if (kind == ImageKind::kSquashfs) {
       mustRun({"mksquashfs", folder, path, "-quiet", "-no-progress"});
@@ -86,17 +117,9 @@ std::string discImage(const std::string& folder, const std::string& name, ImageK
 }
 
 std::optional<std::string> loopMountUnavailable() {
-  if (geteuid() != 0) return "mounting disc images needs root";
-  const TempDir work;
-  work.write("content/file", "x");
-  fs::create_directory(work.path("mounted"));
-  const std::string image = discImage(work.path("content"), "try.iso");
-  const std::string folder = work.path("mounted");
-  const RunResult mounted = run({"mount", "-o", "loop,ro", image, folder});
-  fs::remove_all(fs::path(image).parent_path());
-  if (mounted.status != 0) return "disc images cannot be mounted here: " + mounted.err;
-  run({"umount", folder});
-  return std::nullopt;
+  static const std::string kWhy = whyLoopMountFails();
+  if (kWhy.empty()) return std::nullopt;
+  return kWhy;
 }
 
 }  // namespace kolum::test

@@ -19,7 +19,7 @@ std::string discRoot(const std::string& folder);
 
 enum class ImageKind { kSquashfs, kExt4 };
 
-// An image file of this name that holds what is in FOLDER.
+// An image file of this name that holds what is in FOLDER; kept for all folders of that content.
 std::string discImage(const std::string& folder, const std::string& name,
                       ImageKind kind = ImageKind::kSquashfs);
 

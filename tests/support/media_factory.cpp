@@ -61,20 +61,21 @@ std::string made(const std::string& name, const std::string& recipe,
   fs::remove_all(unfinished);
   fs::create_directories(unfinished);
   make(unfinished / name);
+  if (!fs::exists(unfinished / name)) throw std::runtime_error("nothing was made as " + name);
   fs::remove_all(folder);
   fs::rename(unfinished, folder);
   return result;
 }
 
-std::string media(const std::string& name, const std::string& ffmpegArguments) {
-  return made(name, ffmpegArguments, [&](const std::string& path) {
+std::string media(std::string_view name, std::string_view ffmpegArguments) {
+  const auto make = [&](const std::string& path) {
     std::vector<std::string> command = {"ffmpeg", "-hide_banner", "-loglevel",
                                         "error",  "-nostdin",     "-y"};
     for (std::string& word : shellWords(ffmpegArguments)) command.push_back(std::move(word));
-    // A relative name would be taken for an option or a protocol if it looked like one.
     command.push_back(path);
     mustRun(command);
-  });
+  };
+  return made(std::string(name), std::string(ffmpegArguments), make);
 }
 
 nlohmann::json ffprobe(const std::string& path) {

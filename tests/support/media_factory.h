@@ -5,15 +5,19 @@
 #include <functional>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
+#include <string_view>
 
 namespace kolum::test {
 
 // The path of the file NAME as `ffmpeg ARGUMENTS NAME` makes it. Arguments are split like a shell
-// does. Other arguments make another file, also under the same name.
-std::string media(const std::string& name, const std::string& ffmpegArguments);
+// does. Other arguments make another file, also under the same name. Throws with ffmpeg's words
+// when it fails.
+std::string media(std::string_view name, std::string_view ffmpegArguments);
 
 // The path of what MAKE leaves under the path it is given: a file or a folder. RECIPE is all that
-// the content depends on; another recipe makes another one.
+// the content depends on; another recipe makes another one. Test processes that want the same
+// thing at once make it once. Throws what MAKE throws, and when MAKE leaves nothing; then nothing
+// is kept.
 std::string made(const std::string& name, const std::string& recipe,
                  const std::function<void(const std::string& path)>& make);
 

@@ -68,6 +68,17 @@ std::string largeBox(const std::string& type, const std::string& payload) {
   return bigEndian(1, 4) + type + bigEndian(2 * kHeaderSize + payload.size(), 8) + payload;
 }
 
+std::string fullBox(const std::string& type, int version, std::uint32_t flags,
+                    const std::string& payload) {
+  return box(type, static_cast<char>(version) + bigEndian(flags, 3) + payload);
+}
+
+std::string ftyp(const std::string& brand, const std::vector<std::string>& compatibleBrands) {
+  std::string payload = brand + bigEndian(0, 4);
+  for (const std::string& compatible : compatibleBrands) payload += compatible;
+  return box("ftyp", payload);
+}
+
 TrackMatrix rotationMatrix(int degrees, bool flipped) {
   const double angle = degrees * std::numbers::pi / 180;
   const auto fixed = [](double value) {

@@ -5,6 +5,7 @@
 #include <array>
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace kolum::test {
 
@@ -13,6 +14,14 @@ std::string box(const std::string& type, const std::string& payload);
 
 // A box whose 32-bit size is 1 and whose 64-bit size follows the type.
 std::string largeBox(const std::string& type, const std::string& payload);
+
+// A box whose payload begins with a version and 24 bits of flags.
+std::string fullBox(const std::string& type, int version, std::uint32_t flags,
+                    const std::string& payload);
+
+// The file type box: BRAND, the minor version 0 and the compatible brands, four characters each.
+std::string ftyp(const std::string& brand,
+                 const std::vector<std::string>& compatibleBrands = {"isom", "iso2"});
 
 // VALUE in SIZE bytes, the highest first.
 std::string bigEndian(std::uint64_t value, int size);

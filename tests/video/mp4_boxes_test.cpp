@@ -17,13 +17,9 @@ namespace {
 
 constexpr unsigned kPattern = 0xABABABAB;
 
+// Behind a file type box these two make more than the 64 bytes that are read.
 const std::string kMoov = box("moov", std::string(40, 'm'));
 const std::string kMdat = box("mdat", std::string(40, 'd'));
-
-// A file type box with two compatible brands, so that any two boxes after it make 64 bytes.
-std::string fileType(const std::string& brand) {
-  return box("ftyp", brand + std::string(4, '\0') + "isomiso2");
-}
 
 class Mp4Boxes : public ::testing::Test {
  protected:
@@ -74,29 +70,29 @@ TEST_F(GetMp4SubFormatTest, TellsEveryBrandByItsFirstCharacters) {
   for (const Row& row : rows) {
     SCOPED_TRACE(row.brand);
     const std::string brand(row.brand, 4);
-    EXPECT_EQ(subFormat(fileType(brand) + kMoov + kMdat), row.moovFirst);
-    EXPECT_EQ(subFormat(fileType(brand) + kMdat + kMoov), row.moovLast);
+    EXPECT_EQ(subFormat(ftyp(brand) + kMoov + kMdat), row.moovFirst);
+    EXPECT_EQ(subFormat(ftyp(brand) + kMdat + kMoov), row.moovLast);
   }
 }
 
 TEST_F(GetMp4SubFormatTest, NeverReportsIsomAsFastStart) {
-  EXPECT_EQ(subFormat(fileType("isom") + kMoov + kMdat), static_cast<unsigned>(MPEG4_ISOM));
+  EXPECT_EQ(subFormat(ftyp("isom") + kMoov + kMdat), static_cast<unsigned>(MPEG4_ISOM));
 }
 
 TEST_F(GetMp4SubFormatTest, TakesAnUnknownBoxForNotFastStart) {
-  EXPECT_EQ(subFormat(fileType("qt  ") + box("meta", std::string(30, 'x')) + kMoov + kMdat),
+  EXPECT_EQ(subFormat(ftyp("qt  ") + box("meta", std::string(30, 'x')) + kMoov + kMdat),
             static_cast<unsigned>(MPEG4_MOV));
 }
 
 TEST_F(GetMp4SubFormatTest, FoldsAnUnreadableWalkIntoNotFastStart) {
   // The brand can be read, but the box says that it is longer than the file.
-  std::string content = fileType("mp42") + kMoov + kMdat;
+  std::string content = ftyp("mp42") + kMoov + kMdat;
   content[2] = '\x7F';
   EXPECT_EQ(subFormat(content), static_cast<unsigned>(MPEG4_MP4));
 }
 
 TEST_F(GetMp4SubFormatTest, RefusesAFileShorterThan64BytesEvenWithABrand) {
-  const std::string content = (fileType("mp42") + kMoov).substr(0, 63);
+  const std::string content = (ftyp("mp42") + kMoov).substr(0, 63);
   unsigned value = kPattern;
   EXPECT_EQ(GetMp4SubFormat(file(content).c_str(), &value), 1);
   EXPECT_EQ(value, 0U);
@@ -126,7 +122,7 @@ TEST_F(GetMp4SubFormatTest, TakesTheFirstOfSeveralFileTypes) {
 
 TEST_F(GetMp4SubFormatTest, RefusesANullResultWithoutTouchingTheFile) {
   EXPECT_EQ(GetMp4SubFormat("/nonexistent/movie.mp4", nullptr), 1);
-  EXPECT_EQ(GetMp4SubFormat(file(fileType("mp42") + kMoov + kMdat).c_str(), nullptr), 1);
+  EXPECT_EQ(GetMp4SubFormat(file(ftyp("mp42") + kMoov + kMdat).c_str(), nullptr), 1);
 }
 
 TEST_F(GetMp4SubFormatTest, RefusesWhatIsNoReadableFile) {
@@ -146,17 +142,17 @@ TEST_F(GetMp4SubFormatTest, RefusesWhatIsNoReadableFile) {
 }
 
 TEST_F(CheckMp4MoovAtEndTest, TellsTheLastBox) {
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMoov + kMdat), 0);
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + kMoov), 1);
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + kMoov + box("free", "")), 0);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMoov + kMdat), 0);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + kMoov), 1);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + kMoov + box("free", "")), 0);
 }
 
 TEST_F(CheckMp4MoovAtEndTest, StepsOverEveryKnownBox) {
   for (const char* type :
        {"free", "junk", "mdat", "moov", "pnot", "skip", "wide", "PICT", "uuid"}) {
     SCOPED_TRACE(type);
-    EXPECT_EQ(moovAtEnd(fileType("mp42") + box(type, "body") + kMdat), 0);
-    EXPECT_EQ(moovAtEnd(fileType("mp42") + box(type, "body") + kMoov), 1);
+    EXPECT_EQ(moovAtEnd(ftyp("mp42") + box(type, "body") + kMdat), 0);
+    EXPECT_EQ(moovAtEnd(ftyp("mp42") + box(type, "body") + kMoov), 1);
   }
 }
 
@@ -164,13 +160,13 @@ TEST_F(CheckMp4MoovAtEndTest, EndsAtOnceAtABoxOfUnknownType) {
   for (const char* type : {"meta", "moof", "sidx", "Moov", "free\1"}) {
     SCOPED_TRACE(type);
     const std::string unknown = box(std::string(type).substr(std::string(type).size() - 4), "body");
-    EXPECT_EQ(moovAtEnd(fileType("mp42") + unknown + kMdat), 1);
+    EXPECT_EQ(moovAtEnd(ftyp("mp42") + unknown + kMdat), 1);
   }
 }
 
 TEST_F(CheckMp4MoovAtEndTest, StepsOverA64BitSize) {
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + largeBox("mdat", std::string(100, 'd')) + kMoov), 1);
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMoov + largeBox("mdat", std::string(100, 'd'))), 0);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + largeBox("mdat", std::string(100, 'd')) + kMoov), 1);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMoov + largeBox("mdat", std::string(100, 'd'))), 0);
 }
 
 TEST_F(CheckMp4MoovAtEndTest, FindsMoovBehindMoreThanFourGibibytes) {
@@ -180,7 +176,7 @@ TEST_F(CheckMp4MoovAtEndTest, FindsMoovBehindMoreThanFourGibibytes) {
   for (int i = 0; i < 8; ++i)
     header[8 + static_cast<std::size_t>(i)] =
         static_cast<char>((kBody + 16) >> (56 - 8 * i) & 0xFF);
-  const std::string path = file(fileType("mp42") + header);
+  const std::string path = file(ftyp("mp42") + header);
   const auto end = static_cast<std::int64_t>(std::filesystem::file_size(path)) + kBody;
   std::filesystem::resize_file(path, static_cast<std::uintmax_t>(end));
   FILE* out = fopen(path.c_str(), "ab");
@@ -194,23 +190,23 @@ TEST_F(CheckMp4MoovAtEndTest, EndsAtABoxOfSizeZeroWithTheVerdictOfItsType) {
   const auto openEnded = [](const std::string& type) {
     return std::string(4, '\0') + type + std::string(64, 'x');
   };
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMoov + openEnded("mdat")), 0);
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + openEnded("moov")), 1);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMoov + openEnded("mdat")), 0);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + openEnded("moov")), 1);
 }
 
 TEST_F(CheckMp4MoovAtEndTest, EndsAtASizeThatHoldsNoHeader) {
   for (char size = 2; size < 8; ++size) {
     SCOPED_TRACE(static_cast<int>(size));
     const std::string tiny = std::string(3, '\0') + size + "moov";
-    EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + tiny + kMdat), 1);
+    EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + tiny + kMdat), 1);
   }
 }
 
 TEST_F(CheckMp4MoovAtEndTest, EndsAtATruncatedHeader) {
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMoov + kMdat + "\x01\x02\x03"), 0);
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + kMoov + "\x01\x02\x03"), 1);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMoov + kMdat + "\x01\x02\x03"), 0);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + kMoov + "\x01\x02\x03"), 1);
   // A 64-bit size that is cut off ends the walk as well.
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + std::string("\0\0\0\1moov\0\0", 10)), 1);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + std::string("\0\0\0\1moov\0\0", 10)), 1);
 }
 
 TEST_F(CheckMp4MoovAtEndTest, IsNotLedInCirclesByHostileSizes) {
@@ -220,22 +216,22 @@ TEST_F(CheckMp4MoovAtEndTest, IsNotLedInCirclesByHostileSizes) {
     std::string hostile = largeBox("mdat", "");
     for (int i = 0; i < 8; ++i)
       hostile[8 + static_cast<std::size_t>(i)] = static_cast<char>(size >> (56 - 8 * i) & 0xFF);
-    const int verdict = moovAtEnd(fileType("mp42") + hostile + kMoov);
+    const int verdict = moovAtEnd(ftyp("mp42") + hostile + kMoov);
     EXPECT_GE(verdict, 0);
     EXPECT_LE(verdict, 2);
   }
 }
 
 TEST_F(CheckMp4MoovAtEndTest, ReportsAFileTypeBoxThatCannotBeReadWhole) {
-  std::string content = fileType("mp42") + kMoov + kMdat;
+  std::string content = ftyp("mp42") + kMoov + kMdat;
   content[0] = '\x7F';
   EXPECT_EQ(moovAtEnd(content), 2);
-  EXPECT_EQ(moovAtEnd(fileType("mp42").substr(0, 20)), 2);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42").substr(0, 20)), 2);
 }
 
 TEST_F(CheckMp4MoovAtEndTest, TakesAnotherTruncatedBoxAsItStands) {
   // Only the file type box is read whole; the others are stepped over, past the end if need be.
-  EXPECT_EQ(moovAtEnd(fileType("mp42") + kMdat + kMoov.substr(0, 20)), 1);
+  EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + kMoov.substr(0, 20)), 1);
 }
 
 TEST_F(CheckMp4MoovAtEndTest, ReportsFilesThatCannotBeOpened) {
@@ -256,9 +252,9 @@ TEST_F(CheckMp4MoovAtEndTest, DoesNotWaitForAPipe) {
 
 TEST_F(CheckMp4MoovAtEndTest, LeavesNoDescriptorOpen) {
   const int before = openDescriptorCount();
-  moovAtEnd(fileType("mp42") + kMoov + kMdat);
-  moovAtEnd(fileType("mp42").substr(0, 20));
-  moovAtEnd(fileType("mp42") + box("meta", ""));
+  moovAtEnd(ftyp("mp42") + kMoov + kMdat);
+  moovAtEnd(ftyp("mp42").substr(0, 20));
+  moovAtEnd(ftyp("mp42") + box("meta", ""));
   CheckMp4MoovAtEnd(folder_.path("missing").c_str());
   EXPECT_EQ(openDescriptorCount(), before);
 }

@@ -2,31 +2,19 @@
 #include <kolum/video.h>
 #include <sys/stat.h>
 
+#include <cstdint>
 #include <string>
 
 #include "support/descriptors.h"
 #include "support/media_factory.h"
 #include "support/temp_dir.h"
+#include "support/ts_builder.h"
 
 using namespace kolum::test;
 
 namespace {
 
 constexpr unsigned kPattern = 0xABABABAB;
-
-// Packets of 188 bytes: a sync byte and filling.
-std::string packets188(int count) {
-  std::string bytes;
-  for (int i = 0; i < count; ++i) bytes += "G" + std::string(187, 'x');
-  return bytes;
-}
-
-// Packets of 192 bytes: four bytes of time stamp, then a packet of 188.
-std::string packets192(int count, const std::string& stamp) {
-  std::string bytes;
-  for (int i = 0; i < count; ++i) bytes += stamp + packets188(1);
-  return bytes;
-}
 
 struct Probed {
   int result;
@@ -49,28 +37,23 @@ Probed probeBytes(const std::string& bytes) {
   return probe(folder.write("stream.ts", bytes));
 }
 
-const std::string kZero(4, '\0');
-
 TEST(ProbeTsPacketSize, TellsBothPacketSizes) {
-  EXPECT_EQ(probeBytes(packets188(4)), (Probed{0, 188}));
-  EXPECT_EQ(probeBytes(packets192(4, kZero)), (Probed{0, 192}));
-  EXPECT_EQ(probeBytes(packets192(4, "\1\2\3\4")), (Probed{1, 192}));
+  EXPECT_EQ(probeBytes(tsPackets(4)), (Probed{0, 188}));
+  EXPECT_EQ(probeBytes(timeStampedPackets(tsPackets(4), 0)), (Probed{0, 192}));
+  EXPECT_EQ(probeBytes(timeStampedPackets(tsPackets(4), 0x01020304)), (Probed{1, 192}));
 }
 
 TEST(ProbeTsPacketSize, CountsAnyByteOfATimeStamp) {
-  for (int i = 0; i < 4; ++i) {
-    std::string stamp = kZero;
-    stamp[static_cast<std::size_t>(i)] = '\1';
-    EXPECT_EQ(probeBytes(packets192(4, stamp)), (Probed{1, 192})) << i;
-  }
+  for (const std::uint32_t stamp : {0x01000000U, 0x00010000U, 0x00000100U, 0x00000001U})
+    EXPECT_EQ(probeBytes(timeStampedPackets(tsPackets(4), stamp)), (Probed{1, 192})) << stamp;
 }
 
 TEST(ProbeTsPacketSize, FindsPacketsBehindOtherBytes) {
   for (const int before : {1, 7, 100, 191}) {
     const std::string filling(static_cast<std::size_t>(before), 'y');
-    EXPECT_EQ(probeBytes(filling + packets188(5)).size, 188U) << before;
+    EXPECT_EQ(probeBytes(filling + tsPackets(5)).size, 188U) << before;
   }
-  EXPECT_EQ(probeBytes(std::string(192, 'y') + packets188(1) + std::string(500, 'z')),
+  EXPECT_EQ(probeBytes(std::string(192, 'y') + tsPackets(1) + std::string(500, 'z')),
             (Probed{0, 0}))
       << "beyond the last offset";
 }
@@ -86,7 +69,7 @@ TEST(ProbeTsPacketSize, ReportsZeroWhereNothingFits) {
   EXPECT_EQ(probeBytes(std::string(1000, 'x')), (Probed{0, 0}));
   EXPECT_EQ(probeBytes("G" + std::string(1000, 'x')), (Probed{0, 0}));
   // Two sync bytes at the right distance are not enough.
-  EXPECT_EQ(probeBytes(packets188(2) + std::string(400, 'x')), (Probed{0, 0}));
+  EXPECT_EQ(probeBytes(tsPackets(2) + std::string(400, 'x')), (Probed{0, 0}));
 }
 
 // Naming takes the flag of such a file as set.
@@ -100,11 +83,11 @@ TEST(ProbeTsPacketSize, CountsAFileThatCannotBeReadAsTimeStamped) {
 
 TEST(ProbeTsPacketSize, CountsAShortFileAsTimeStampedAndSaysSo) {
   const TempDir folder;
-  const std::string path = folder.write("short.ts", packets188(4).substr(0, 575));
+  const std::string path = folder.write("short.ts", tsPackets(4).substr(0, 575));
   testing::internal::CaptureStderr();
   EXPECT_EQ(probe(path), (Probed{1, kPattern}));
   EXPECT_TRUE(testing::internal::GetCapturedStderr().starts_with("[MediaInfo:1170] read: "));
-  EXPECT_EQ(probe(folder.write("exact.ts", packets188(4).substr(0, 576))), (Probed{0, 188}));
+  EXPECT_EQ(probe(folder.write("exact.ts", tsPackets(4).substr(0, 576))), (Probed{0, 188}));
 }
 
 TEST(ProbeTsPacketSize, NeitherWaitsNorLeaks) {
