@@ -1,0 +1,20 @@
+// The XML document that dsf2flac prints.
+#ifndef KOLUM_DSF2FLAC_DOCUMENT_H
+#define KOLUM_DSF2FLAC_DOCUMENT_H
+
+#include <cstddef>
+#include <string>
+
+#include "dsf2flac/dsd_file.h"
+
+namespace kolum::dsf2flac {
+
+// Readers take what fits into this many bytes and lose the beginning of anything longer.
+inline constexpr std::size_t kLongestDocument = 4095;
+
+// Never longer than that, whatever the texts hold.
+std::string documentOf(const DsdFacts& facts);
+
+}  // namespace kolum::dsf2flac
+
+#endif

@@ -1,0 +1,89 @@
+#include "dsf2flac/dsd_file.h"
+
+#include <algorithm>
+#include <cstdlib>
+#include <string_view>
+
+#include "av/input.h"
+#include "dsf2flac/dff_tag.h"
+
+namespace kolum::dsf2flac {
+
+namespace {
+
+// FFmpeg counts bytes of eight samples.
+constexpr int kSamplesPerByte = 8;
+
+constexpr std::string_view kDsdCodecs[] = {"dsd_lsbf", "dsd_msbf", "dsd_lsbf_planar",
+                                           "dsd_msbf_planar", "dst"};
+
+bool isDsd(const av::Stream& stream) {
+  return std::any_of(std::begin(kDsdCodecs), std::end(kDsdCodecs), [&](std::string_view name) {
+    return stream.classicCodec() == av::classicCodecNumber(name);
+  });
+}
+
+struct TextRow {
+  std::string_view key;
+  std::string DsdFacts::*field;
+};
+constexpr TextRow kTexts[] = {
+    {"title", &DsdFacts::title},
+    {"artist", &DsdFacts::artist},
+    {"album", &DsdFacts::album},
+};
+
+struct NumberRow {
+  std::string_view key;
+  int DsdFacts::*field;
+};
+constexpr NumberRow kNumbers[] = {
+    {"date", &DsdFacts::year},
+    {"track", &DsdFacts::track},
+};
+
+int leadingNumber(const std::string& text) {
+  const long number = std::strtol(text.c_str(), nullptr, 10);
+  return number > 0 && number < 100'000 ? static_cast<int>(number) : 0;
+}
+
+void takeTags(const av::Input& input, DsdFacts& facts) {
+  for (const auto& [key, value] : input.tags()) {
+    for (const TextRow& row : kTexts)
+      if (row.key == key) facts.*row.field = value;
+    for (const NumberRow& row : kNumbers)
+      if (row.key == key) facts.*row.field = leadingNumber(value);
+  }
+}
+
+// FFmpeg does not read the ID3v2 tags of DFF files.
+void takeDffTag(const std::string& path, DsdFacts& facts) {
+  const DffTag tag = readDffTag(path);
+  if (facts.title.empty()) facts.title = tag.title;
+  if (facts.artist.empty()) facts.artist = tag.artist;
+  if (facts.album.empty()) facts.album = tag.album;
+  if (facts.year == 0) facts.year = tag.year;
+  if (facts.track == 0) facts.track = tag.track;
+}
+
+}  // namespace
+
+std::optional<DsdFacts> readDsdFile(const std::string& path) {
+  av::registerFormats();
+  auto input = av::Input::open(path.c_str());
+  if (!input) return std::nullopt;
+  input->readStreamInfo();
+  const auto& streams = input->streams();
+  const auto stream = std::find_if(streams.begin(), streams.end(), isDsd);
+  if (stream == streams.end()) return std::nullopt;
+
+  DsdFacts facts;
+  facts.seconds = std::max<std::int64_t>(input->duration(), 0) / av::kTimeBase;
+  facts.channels = stream->channels();
+  facts.frequency = std::int64_t{stream->sampleRate()} * kSamplesPerByte;
+  takeTags(*input, facts);
+  takeDffTag(path, facts);
+  return facts;
+}
+
+}  // namespace kolum::dsf2flac

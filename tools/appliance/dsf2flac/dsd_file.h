@@ -1,0 +1,27 @@
+// What a DSD file tells about itself.
+#ifndef KOLUM_DSF2FLAC_DSD_FILE_H
+#define KOLUM_DSF2FLAC_DSD_FILE_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kolum::dsf2flac {
+
+struct DsdFacts {
+  std::string title;
+  std::string artist;
+  std::string album;
+  int year = 0;   // 0 unknown
+  int track = 0;  // 0 unknown
+  std::int64_t seconds = 0;
+  int channels = 0;
+  std::int64_t frequency = 0;  // Hz, of the one-bit samples: 2822400 for DSD64
+};
+
+// Empty when there is no such file, or it is no DSD file.
+std::optional<DsdFacts> readDsdFile(const std::string& path);
+
+}  // namespace kolum::dsf2flac
+
+#endif
