@@ -5,8 +5,8 @@
 /* Marks what the shared object offers; everything else is hidden. */
 #define KOLUM_EXPORT __attribute__((visibility("default")))
 
-/* The layout of every record counts on it. (It also gives C something to compile in the headers that
-   are for C++ alone.) */
+/* The layout of every record counts on it. (It also gives C something to compile in the headers
+   that are for C++ alone.) */
 #ifdef __cplusplus
 static_assert(sizeof(long) == 8, "libkolum is for 64-bit systems");
 #else
