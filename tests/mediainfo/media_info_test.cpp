@@ -209,7 +209,7 @@ TEST(GetMediaInfo, LeavesWhatDoesNotBelongToAStreamsTypeAtZero) {
 
 TEST(GetMediaInfo, ConvertsTheVideoProfile) {
   const std::string path = media("high.mp4", kVideo + "-c:v libx264 -profile:v high -level 3.1");
-  const MediaStreamInfo& video = infoOf(path)->streams[0];
+  const MediaStreamInfo video = infoOf(path)->streams[0];
   EXPECT_EQ(video.profile, 260098);
   EXPECT_EQ(video.level, 31);
 }
@@ -230,11 +230,11 @@ TEST(GetMediaInfo, TellsTheCodedBitsPerSample) {
 
 TEST(GetMediaInfo, DividesTheFrameRateByTheTimeBaseNotByItsDenominator) {
   // 25 frames/s; time bases of 1/25 and 1/12800.
-  const MediaStreamInfo& avi = infoOf(media("rate.avi", kVideo + "-c:v mpeg4"))->streams[0];
+  const MediaStreamInfo avi = infoOf(media("rate.avi", kVideo + "-c:v mpeg4"))->streams[0];
   EXPECT_EQ(avi.frameRateNum, 25);
   EXPECT_EQ(avi.frameRateDen, 1);
   EXPECT_EQ(avi.frameRate, 1);
-  const MediaStreamInfo& mp4 = infoOf(media("rate.mp4", kVideo + "-c:v mpeg4"))->streams[0];
+  const MediaStreamInfo mp4 = infoOf(media("rate.mp4", kVideo + "-c:v mpeg4"))->streams[0];
   EXPECT_EQ(mp4.frameRateNum, 25);
   EXPECT_EQ(mp4.frameRate, 0);
 }
