@@ -59,7 +59,8 @@ struct osm_place_s {
 
 }  // namespace MediaLibrary
 
-using MediaLibrary::osm_param_s;
+/* Hosts name it without the namespace. */
+using MediaLibrary::osm_param_s;  // NOLINT(google-global-names-in-headers)
 
 /*
  * Looks a position up. Three attempts are made, with a wait of up to 1, 2 and 4 seconds after each

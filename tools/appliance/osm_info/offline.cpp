@@ -77,15 +77,13 @@ Answer answerIn(const Language& language, const CityNames& city, int zoom) {
   if (zoom >= kZoomState) add("state", city.countryCode + "." + city.stateCode, city.state);
   add("country", city.countryCode, city.country);
 
-  Answer answer{.language = std::string(language.code),
-                .osmType = kObjectType,
-                .osmId = city.id,
-                .address = joined(parts),
-                .parts = std::move(parts)};
-  if (!city.countryCode.empty()) {
-    answer.parts.push_back({"country_code", lowerCase(city.countryCode)});
-  }
-  return answer;
+  const std::string address = joined(parts);
+  if (!city.countryCode.empty()) parts.push_back({"country_code", lowerCase(city.countryCode)});
+  return {.language = std::string(language.code),
+          .osmType = kObjectType,
+          .osmId = city.id,
+          .address = address,
+          .parts = std::move(parts)};
 }
 
 }  // namespace
