@@ -129,7 +129,7 @@ void describe(const DlnaFacts& facts, DlnaExplanation& explanation) {
 }
 
 std::string packetsText(const TransportPackets& packets) {
-  const std::string size = valueText(packetSize(packets));
+  std::string size = valueText(packetSize(packets));
   if (packets.size != 192) return size;
   return size + (packets.isTimeStamped ? ", time-stamped" : ", time stamps empty");
 }
