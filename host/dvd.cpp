@@ -1,12 +1,12 @@
 #include <dirent.h>
 #include <dvdread/dvd_reader.h>
-#include <dvdread/ifo_read.h>
 #include <kolum/host.h>
 #include <strings.h>
 #include <sys/stat.h>
 
 #include <algorithm>
 #include <cctype>
+#include <cstdint>
 #include <cstring>
 #include <map>
 #include <memory>
@@ -24,12 +24,12 @@ struct DirectoryCloser {
 struct DiscCloser {
   void operator()(dvd_reader_t* disc) const { DVDClose(disc); }
 };
-struct IfoCloser {
-  void operator()(ifo_handle_t* ifo) const { ifoClose(ifo); }
+struct FileCloser {
+  void operator()(dvd_file_t* file) const { DVDCloseFile(file); }
 };
 using Directory = std::unique_ptr<DIR, DirectoryCloser>;
 using Disc = std::unique_ptr<dvd_reader_t, DiscCloser>;
-using Ifo = std::unique_ptr<ifo_handle_t, IfoCloser>;
+using File = std::unique_ptr<dvd_file_t, FileCloser>;
 
 // The video files of one title set.
 struct TitleSet {
@@ -109,23 +109,64 @@ bool holdsOddIndex(const std::string& folder) {
   return false;
 }
 
-// Seconds of a program chain's playback time, which is in packed decimal digits.
-long seconds(const dvd_time_t& time) {
-  const auto decimal = [](unsigned packed) { return (packed >> 4) * 10L + (packed & 0xF); };
-  return decimal(time.hour) * 3600 + decimal(time.minute) * 60 + decimal(time.second);
+// The index files are read here and not by libdvdread's own parser, which crashes on damaged ones.
+constexpr std::size_t kMaxIndexSize = 32U << 20U;
+constexpr std::uint64_t kChainTableSector = 0xCC;
+
+// The whole index file of a title set, or nothing.
+std::string readIndex(dvd_reader_t* disc, int titleSet, dvd_read_domain_t domain) {
+  const File file(DVDOpenFile(disc, titleSet, domain));
+  if (file == nullptr) return {};
+  const auto blocks = DVDFileSize(file.get());
+  if (blocks <= 0 || static_cast<std::size_t>(blocks) > kMaxIndexSize / DVD_VIDEO_LB_LEN) return {};
+  std::string content(static_cast<std::size_t>(blocks) * DVD_VIDEO_LB_LEN, '\0');
+  const auto size = static_cast<ssize_t>(content.size());
+  return DVDReadBytes(file.get(), content.data(), content.size()) == size ? content : std::string();
 }
 
-// The longest program chain of a title set; 0 when its IFO file tells none.
-long longestPlayback(dvd_reader_t* disc, int titleSet) {
-  const Ifo ifo(ifoOpenVTSI(disc, titleSet));
-  if (ifo == nullptr || ifoRead_PGCIT(ifo.get()) == 0 || ifo->vts_pgcit == nullptr) return 0;
-  const pgcit_t& chains = *ifo->vts_pgcit;
+// The big-endian number of SIZE bytes at AT, unless it reaches beyond the end.
+std::optional<std::uint32_t> number(std::string_view bytes, std::uint64_t at, std::size_t size) {
+  if (at > bytes.size() || bytes.size() - at < size) return std::nullopt;
+  std::uint32_t value = 0;
+  for (const char c : bytes.substr(at, size)) value = value << 8U | static_cast<unsigned char>(c);
+  return value;
+}
+
+// Seconds of a playback time: hours, minutes, seconds and frames, two decimal digits a byte.
+// 0 for what is no decimal number.
+long seconds(std::uint32_t time) {
+  long total = 0;
+  for (const unsigned shift : {24U, 16U, 8U}) {
+    const std::uint32_t tens = time >> (shift + 4) & 0xFU;
+    const std::uint32_t ones = time >> shift & 0xFU;
+    if (tens > 9 || ones > 9) return 0;
+    total = total * 60 + static_cast<long>(tens * 10 + ones);
+  }
+  return total;
+}
+
+// The longest program chain that an index file tells of.
+long longestChain(std::string_view index) {
+  if (!index.starts_with("DVDVIDEO-VTS")) return 0;
+  const std::uint64_t sector = number(index, kChainTableSector, 4).value_or(0);
+  if (sector == 0) return 0;
+  const std::uint64_t table = sector * DVD_VIDEO_LB_LEN;
+  const std::uint32_t count = number(index, table, 2).value_or(0);
   long longest = 0;
-  for (int i = 0; i < chains.nr_of_pgci_srp; ++i) {
-    const pgc_t* chain = chains.pgci_srp[i].pgc;
-    if (chain != nullptr) longest = std::max(longest, seconds(chain->playback_time));
+  for (std::uint32_t i = 0; i < count; ++i) {
+    // An entry is eight bytes after the table's eight; its second half is the chain's offset.
+    const auto chain = number(index, table + 8 + std::uint64_t{i} * 8 + 4, 4);
+    const auto time = chain ? number(index, table + *chain + 4, 4) : std::nullopt;
+    if (time) longest = std::max(longest, seconds(*time));
   }
   return longest;
+}
+
+// The longest program chain of a title set; 0 when neither its index file nor the copy tells.
+long longestPlayback(dvd_reader_t* disc, int titleSet) {
+  for (const auto domain : {DVD_READ_INFO_FILE, DVD_READ_INFO_BACKUP_FILE})
+    if (const long playback = longestChain(readIndex(disc, titleSet, domain))) return playback;
+  return 0;
 }
 
 void dropMessage(void* /*context*/, dvd_logger_level_t /*level*/, const char* /*format*/,

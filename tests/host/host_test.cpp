@@ -315,6 +315,26 @@ TEST(MainTitle, DoesNotWaitForPipes) {
   }
 }
 
+// Every offset and count of the index damaged in turn, in the file and in its copy.
+TEST(MainTitle, SurvivesDamagedIndexes) {
+  const TempDir copy;
+  fs::copy(dvdFolder(), copy.path("VIDEO_TS"));
+  std::ifstream in(copy.path("VIDEO_TS/VTS_02_0.IFO"), std::ios::binary);
+  const std::string intact(std::istreambuf_iterator<char>(in), {});
+  std::mt19937 random(1);
+  for (int round = 0; round < 300; ++round) {
+    std::string damaged = intact;
+    for (auto n = 1 + random() % 20; n > 0; --n)
+      damaged[random() % damaged.size()] = static_cast<char>(random());
+    for (const std::size_t at : {0xCCU, 0xCFU, 2048U, 2049U})
+      if (random() % 4 == 0) damaged[at] = static_cast<char>(random());
+    if (random() % 8 == 0) damaged.resize(random() % damaged.size());
+    for (const char* name : {"VIDEO_TS/VTS_02_0.IFO", "VIDEO_TS/VTS_02_0.BUP"})
+      std::ofstream(copy.path(name), std::ios::binary) << damaged;
+    EXPECT_EQ(mainTitle(copy.folder()).result, 0) << round;
+  }
+}
+
 TEST(MainTitle, IgnoresAFileNamedAsTheVideoFolder) {
   const TempDir copy;
   fs::copy(dvdFolder(), copy.path("disc"));
