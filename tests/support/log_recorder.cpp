@@ -1,6 +1,7 @@
 #include "support/log_recorder.h"
 
 #include <kolum/host.h>
+#include <pthread.h>
 
 #include <algorithm>
 #include <array>
@@ -19,6 +20,11 @@ struct Recording {
 
 std::mutex g_mutex;
 std::vector<Recording> g_recordings;  // those alive, guarded by g_mutex
+
+// The library logs between fork and exec, too: a child must not find the lock held by a thread that
+// it has not got.
+[[maybe_unused]] const int g_forkHandlers =
+    pthread_atfork([] { g_mutex.lock(); }, [] { g_mutex.unlock(); }, [] { g_mutex.unlock(); });
 
 std::vector<LogMessage>& messagesOf(const LogRecorder* owner) {
   return std::find_if(g_recordings.begin(), g_recordings.end(),
