@@ -4,21 +4,19 @@
 
 #include <algorithm>
 #include <array>
-#include <cerrno>
 #include <charconv>
 #include <cmath>
 #include <cstddef>
-#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <exception>
-#include <memory>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "geocode/osm_answer.h"
 #include "support/log.h"
+#include "support/shell.h"
 #include "xml/xml_node.h"
 
 namespace geocode = kolum::geocode;
@@ -34,15 +32,6 @@ constexpr char kTool[] = "/usr/local/medialibrary/bin/osm_info";
 constexpr std::size_t kCommandSize = 1024;
 constexpr int kAttempts = 3;
 
-// No answer comes near this; a tool that prints without end is cut off here.
-constexpr std::size_t kOutputMax = std::size_t{16} << 20;
-constexpr std::size_t kPieceSize = 1024;
-
-struct ClosePipe {
-  void operator()(FILE* pipe) const { pclose(pipe); }
-};
-using Pipe = std::unique_ptr<FILE, ClosePipe>;
-
 // Eight decimals, with a point whatever the host's locale says.
 std::string decimal(double value) {
   std::array<char, 400> digits;
@@ -56,29 +45,6 @@ std::string commandFor(const osm_param_s& param) {
                         " lon=" + decimal(param.lon) + " zoom=" + std::to_string(param.zoom);
   command.resize(std::min(command.size(), kCommandSize - 1));
   return command;
-}
-
-// Signals do not end the reading. The number of bytes read, none at the end.
-std::size_t readPiece(FILE* pipe, std::array<char, kPieceSize>& piece) {
-  ssize_t count = 0;
-  do {
-    count = read(fileno(pipe), piece.data(), piece.size());
-  } while (count < 0 && errno == EINTR);
-  return count > 0 ? static_cast<std::size_t>(count) : 0;
-}
-
-// All that the command prints. Empty when it cannot be started. Of what prints too much nothing is
-// used: a text cut short is no XML.
-std::optional<std::string> outputOf(const char* command) {
-  const Pipe pipe(popen(command, "re"));
-  if (pipe == nullptr) return std::nullopt;
-  std::string output;
-  std::array<char, kPieceSize> piece{};
-  while (const std::size_t count = readPiece(pipe.get(), piece)) {
-    output.append(piece.data(), count);
-    if (output.size() > kOutputMax) return "";
-  }
-  return output;
 }
 
 int lookUp(const osm_param_s& param, osm_place_s& place) {
@@ -108,7 +74,7 @@ int koOsmInfo(osm_param_s& param, osm_place_s& place) noexcept try {
 
 int parseOsmInfo(const char* command, osm_place_s& place) noexcept try {
   if (command == nullptr) return geocode::kNoAnswer;
-  const auto output = outputOf(command);
+  const auto output = kolum::outputOf(command);
   return output ? geocode::readAnswer(*output, place) : geocode::kNoAnswer;
 } catch (const std::exception&) {
   return geocode::kNoAnswer;

@@ -4,9 +4,7 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <memory>
 #include <new>
-#include <vector>
 
 #include "support/shell.h"
 
@@ -17,28 +15,22 @@ namespace {
 constexpr std::size_t kFirstRead = 4096;
 constexpr std::size_t kGrowth = 2048;
 
-struct PipeCloser {
-  // Waits for the tool, so that no child is left behind.
-  void operator()(std::FILE* pipe) const { pclose(pipe); }
-};
-using Pipe = std::unique_ptr<std::FILE, PipeCloser>;
-
-// What the first read that does not fill its buffer brings; earlier reads are dropped. Wanted: a
+// The tool's output is read in attempts, each into a fresh and larger buffer, and the first that
+// does not fill its buffer is the document; what earlier ones brought is dropped. Wanted: a
 // document is far shorter than the first buffer, and for one that is not, hosts count on getting
 // what its later part gives. Nothing behind a NUL counts.
-std::string readLastPart(std::FILE* pipe) {
-  for (std::size_t size = kFirstRead;; size += kGrowth) {
-    std::vector<char> buffer(size + 1);
-    if (std::fread(buffer.data(), 1, size, pipe) < size) return buffer.data();
-  }
+std::string lastPart(const std::string& output) {
+  std::size_t begin = 0;
+  for (std::size_t size = kFirstRead; output.size() - begin >= size; size += kGrowth) begin += size;
+  return output.c_str() + begin;
 }
 
 std::optional<std::string> toolOutput(const std::string& path) try {
   if (g_localWorkingPath == nullptr) return std::nullopt;
   const std::string command =
       std::string(g_localWorkingPath) + "dsf2flac -i " + shellWord(path) + " -f ";
-  const Pipe pipe(popen(command.c_str(), "re"));
-  if (pipe != nullptr) return readLastPart(pipe.get());
+  const auto output = outputOf(command.c_str());
+  if (output) return lastPart(*output);
   std::puts("error");
   return std::nullopt;
 } catch (const std::bad_alloc&) {

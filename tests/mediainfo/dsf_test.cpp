@@ -6,9 +6,11 @@
 #include <kolum/identifiers.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/time.h>
 #include <sys/wait.h>
 
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <string>
@@ -330,6 +332,28 @@ TEST_F(GetDsfMetadata2Test, LeavesNoChildAndNoDescriptorBehind) {
     EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1);
     EXPECT_EQ(errno, ECHILD);
   }
+}
+
+TEST_F(GetDsfMetadata2Test, EndsAToolThatPrintsWithoutEnd) {
+  setTool("yes '<ID3TAG>'\n");
+  withinSeconds(30, [&] {
+    const Numbers n = numbersOf(files_.folder(), "x.dsf");
+    EXPECT_EQ(n.result, 1U);
+    expectUntouched(n);
+  });
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+}
+
+TEST_F(GetDsfMetadata2Test, LosesNothingToSignals) {
+  setTool("printf '<ID3TAG>'; sleep 0.2; echo '<CHANNEL>6</CHANNEL></ID3TAG>'\n");
+  runInChild([&] {
+    struct sigaction action {};
+    action.sa_handler = [](int) {};  // without SA_RESTART
+    ASSERT_EQ(sigaction(SIGALRM, &action, nullptr), 0);
+    const itimerval often{{0, 10'000}, {0, 10'000}};
+    ASSERT_EQ(setitimer(ITIMER_REAL, &often, nullptr), 0);
+    EXPECT_EQ(numbersOf(files_.folder(), "x.dsf").channels, 6U);
+  });
 }
 
 TEST_F(GetDsfMetadata2Test, MayRunInParallel) {
