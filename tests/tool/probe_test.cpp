@@ -492,6 +492,35 @@ TEST(Keyframe, OfADiscIsLeftToInfo) {
   EXPECT_THAT(run.err, HasSubstr("kolum info --seek"));
 }
 
+TEST(Dsf, TellsTagsAndNumbers) {
+  const std::string song = samples() + "Music/Tones/04-silence.dsf";
+  EXPECT_EQ(single(kolum({"dsf", "--json", song})),
+            json({{"file", song},
+                  {"containerFormat", {{"id", 22}, {"name", "FORMAT_DSF"}}},
+                  {"title", "Silence"},
+                  {"artist", "The Oscillators"},
+                  {"album", "Tones"},
+                  {"track", 4},
+                  {"year", 2015},
+                  {"genre", "Electronic"},
+                  {"duration", 1},
+                  {"sampleRate", 2822400},
+                  {"channels", 2},
+                  {"bitRate", 5644000}}));
+  EXPECT_THAT(kolum({"dsf", song}).out, HasSubstr("  Sample rate  2.8224 MHz\n"));
+}
+
+TEST(Dsf, OfAFolderTakesItsDsdSongsOnly) {
+  EXPECT_EQ(single(kolum({"dsf", "--json", samples() + "Music"}))["title"], "Silence");
+}
+
+TEST(Dsf, OfAFileThatIsNoSongFails) {
+  const Outcome run = kolum({"dsf", KOLUM_SOURCE_FOLDER "/README.md"});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, HasSubstr("README.md: no DSD song that can be read\n"));
+}
+
 TEST(Cover, IsFoundInAFolderAndBesideASong) {
   const std::string tones = samples() + "Music/Tones";
   for (const std::string& name : {tones, tones + "/", tones + "/04-silence.dsf"}) {

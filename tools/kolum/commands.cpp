@@ -18,6 +18,7 @@ Action defineClassify(CLI::App& command);
 Action defineConfig(CLI::App& command);
 Action defineCover(CLI::App& command);
 Action defineDlna(CLI::App& command);
+Action defineDsf(CLI::App& command);
 Action defineExtensions(CLI::App& command);
 Action defineGeocode(CLI::App& command);
 Action defineIds(CLI::App& command);
@@ -38,6 +39,7 @@ constexpr Command kCommands[] = {
     {"keyframe", "The key frame to start from", defineKeyframe},
     {"tracks", "Track counts, rotation and protection", defineTracks},
     {"dlna", "DLNA profiles, and how they come about", defineDlna},
+    {"dsf", "DSD songs and their tags", defineDsf},
     {"cover", "Album pictures", defineCover},
     {"classify", "The kind of files, by their names", defineClassify},
     {"extensions", "The file types the library knows", defineExtensions},

@@ -1,5 +1,7 @@
 #include "file_types.h"
 
+#include <kolum/identifiers.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
@@ -96,6 +98,13 @@ const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, 
   const MediaFileInfo& type = table->rows[row - 1];
   result.text("mimeType", "MIME type", type.mimeType);
   return &type;
+}
+
+bool isDsdName(const std::string& name) {
+  unsigned row = 0;
+  if (KoLUM_GetFilenameType(name.c_str(), &row, kMusicBit, nullptr) != kMusic) return false;
+  const std::uint64_t codec = fileTypesOfKind(kMusic)->rows[row - 1].formatIds >> 32;
+  return codec == CODEC_ID_DSD;
 }
 
 }  // namespace kolum::tool

@@ -42,6 +42,9 @@ void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row
 // "mimeType" by a file's name, when it is of the kind of BIT; the row is returned, null otherwise.
 const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit);
 
+// Whether a file's name is that of a DSD song.
+bool isDsdName(const std::string& name);
+
 }  // namespace kolum::tool
 
 #endif

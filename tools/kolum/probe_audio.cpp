@@ -33,13 +33,6 @@ struct Song {
   bool isFound() const { return codec != kUnset || sampleRate != kUnset; }
 };
 
-bool isDsdName(const std::string& name) {
-  unsigned row = 0;
-  if (KoLUM_GetFilenameType(name.c_str(), &row, kMusicBit, nullptr) != kMusic) return false;
-  const std::uint64_t codec = fileTypesOfKind(kMusic)->rows[row - 1].formatIds >> 32;
-  return codec == CODEC_ID_DSD;
-}
-
 bool read(const MediaPath& path, Song& song) {
   return GetAudioMetadata(path.folder.c_str(), path.name.c_str(), &song.containerBitRate,
                           &song.bitRate, &song.sampleRate, &song.bitsPerSample, &song.channels,

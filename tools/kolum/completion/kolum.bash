@@ -27,7 +27,7 @@ _kolum() {
     if [[ -z $command ]]; then command=$word; else nested=$word && break; fi
   done
 
-  local commands="probe info keyframe tracks dlna cover classify extensions ids artwork geocode config send serve-echo notify"
+  local commands="probe info keyframe tracks dlna dsf cover classify extensions ids artwork geocode config send serve-echo notify"
   if [[ -z $command ]]; then
     _kolum_words "$commands --help --version --json --debug"
     return
@@ -38,7 +38,7 @@ _kolum() {
   case $command in
     probe) options+=" --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
     info) options+=" --files-from --seek" ;;
-    keyframe) options+=" --files-from" ;;
+    keyframe|dsf) options+=" --files-from" ;;
     cover) options+=" --files-from --names" ;;
     artwork)
       [[ $nested == transcoded ]] && options+=" --files-from"

@@ -1,0 +1,68 @@
+#include <kolum/audio.h>
+
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "arguments.h"
+#include "commands.h"
+#include "context.h"
+#include "file_types.h"
+#include "identifiers.h"
+#include "media_files.h"
+#include "paths.h"
+
+namespace kolum::tool {
+
+namespace {
+
+constexpr std::uint64_t kBitsOfAKilobit = 1000;
+
+void addTags(Result& result, const songObject_st& song) {
+  result.text("title", "Title", song.title);
+  result.text("artist", "Artist", song.artist);
+  result.text("albumArtist", "Album artist", song.albumArtist);
+  result.text("album", "Album", song.album);
+  if (song.track != 0) result.number("track", "Track", song.track);
+  if (song.year != 0) result.number("year", "Year", song.year);
+  result.text("genre", "Genre", song.genre);
+}
+
+void addNumbers(Result& result, const songObject_st& song) {
+  if (song.duration != 0) result.duration("duration", "Duration", song.duration);
+  if (song.sampleRate != 0) result.frequency("sampleRate", "Sample rate", song.sampleRate);
+  result.number("channels", "Channels", song.channels);
+  if (song.bitRate != 0) result.bitRate("bitRate", "Bit rate", song.bitRate * kBitsOfAKilobit);
+}
+
+void describe(Context& context, const MediaPath& path) {
+  songObject_st song = {};
+  if (GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
+    return context.fail(path.full(), refusalReason(path, "no DSD song that can be read"));
+  }
+  if (song.sampleRate == 0) context.note(path.full(), "dsf2flac tells no numbers of it");
+  Result result = Result::ofFile(path.full());
+  addContainer(result, song.containerFormat);
+  addTags(result, song);
+  addNumbers(result, song);
+  context.printer.block(result);
+}
+
+}  // namespace
+
+Action defineDsf(CLI::App& command) {
+  auto files = std::make_shared<FileArguments>();
+  addFileArguments(command, *files);
+  command.footer(
+      "Describes DSD songs (.dsf and .dff) with their tags, as the server stores them. The "
+      "numbers\n"
+      "come from the tool dsf2flac.\n"
+      "\nExample:\n  kolum dsf Music/*.dsf");
+  return [files](Context& context) {
+    if (!context.initLibrary()) return;
+    forEachMediaFile(context, fileNames(context, *files), kMusicBit, [&](const MediaFile& file) {
+      if (file.isNamed || isDsdName(file.path.name)) describe(context, file.path);
+    });
+  };
+}
+
+}  // namespace kolum::tool
