@@ -24,8 +24,10 @@ wanted_packages() {
 ensure_packages() {
   local wanted missing=() name reason installed
   wanted=$(wanted_packages "$@")
-  installed=$(dpkg-query -W -f='${Package} ${db:Status-Status}\n' \
-    $(awk '{ print $1 }' <<<"$wanted") 2>/dev/null | awk '$2 == "installed" { print $1 }')
+  # dpkg-query fails when it has never heard of one of them, having told about the others.
+  installed=$({ dpkg-query -W -f='${Package} ${db:Status-Status}\n' \
+    $(awk '{ print $1 }' <<<"$wanted") 2>/dev/null || true; } |
+    awk '$2 == "installed" { print $1 }')
   while read -r name reason; do
     grep -qxF -- "$name" <<<"$installed" && continue
     missing+=("$name")
