@@ -4,7 +4,6 @@
 #include <array>
 #include <cstdint>
 #include <cstring>
-#include <mutex>
 #include <new>
 #include <optional>
 #include <span>
@@ -46,7 +45,7 @@ struct Kind {
   std::span<MediaHashNode*> index;
 };
 
-const std::array<Kind, kKindCount> kKinds = {{
+constexpr std::array<Kind, kKindCount> kKinds = {{
     {kVideo, 2, 2, g_VideoFileInfo, g_pHashVideo},
     {kMusic, 1, 1, g_SongFileInfo, g_pHashMusic},
     {kPhoto, 4, 3, g_PictureFileInfo, g_pHashPicture},
@@ -57,14 +56,28 @@ const std::array<Kind, kKindCount> kKinds = {{
 constexpr unsigned kDvdRow = 0;
 constexpr unsigned kBlurayRow = 1;
 
-std::size_t bucketOf(std::string_view extension, std::size_t buckets) {
-  std::uint32_t hash = 0;
-  for (const char c : extension) {
-    const auto value = static_cast<signed char>(lowerCase(c));
-    hash = hash * 31 + static_cast<std::uint32_t>(std::int32_t{value});
+// An extension as the index knows it, folded and hashed once for all kinds.
+class Extension {
+ public:
+  explicit Extension(std::string_view text) {
+    for (const char c : text) *end_++ = fold(c);
   }
-  return (hash & 0x7FFFFFFF) % buckets;
-}
+
+  std::size_t bucket(std::size_t buckets) const { return (hash_ & 0x7FFFFFFF) % buckets; }
+  // The tables' extensions are in lower case.
+  bool is(const char* known) const { return std::strcmp(folded_.data(), known) == 0; }
+
+ private:
+  char fold(char c) {
+    const char lower = lowerCase(c);
+    hash_ = hash_ * 31 + static_cast<std::uint32_t>(std::int32_t{static_cast<signed char>(lower)});
+    return lower;
+  }
+
+  std::array<char, kLongestExtension + 1> folded_ = {};
+  char* end_ = folded_.data();
+  std::uint32_t hash_ = 0;
+};
 
 void append(MediaHashNode*& head, unsigned row, const char* extension) {
   MediaHashNode** end = &head;
@@ -79,14 +92,14 @@ void buildIndex() {
   for (const Kind& kind : kKinds) {
     for (unsigned row = 0; kind.table[row].extension != nullptr; ++row) {
       const char* extension = kind.table[row].extension;
-      append(kind.index[bucketOf(extension, kind.index.size())], row, extension);
+      append(kind.index[Extension(extension).bucket(kind.index.size())], row, extension);
     }
   }
 }
 
-std::optional<unsigned> findRow(const Kind& kind, std::string_view extension) {
-  const MediaHashNode* node = kind.index[bucketOf(extension, kind.index.size())];
-  while (node != nullptr && !equalsIgnoringCase(node->extension, extension)) node = node->next;
+std::optional<unsigned> findRow(const Kind& kind, const Extension& extension) {
+  const MediaHashNode* node = kind.index[extension.bucket(kind.index.size())];
+  while (node != nullptr && !extension.is(node->extension)) node = node->next;
   if (node == nullptr) return std::nullopt;
   return node->row;
 }
@@ -110,10 +123,10 @@ struct Classified {
   unsigned row = 0;
 };
 
-Classified classify(const char* fileName, unsigned kinds) {
-  const char* extension = std::strrchr(fileName, '.');
-  if (extension == nullptr || strnlen(extension, kLongestExtension + 1) > kLongestExtension)
-    return {};
+Classified classify(const char* fileName, const char* dot, unsigned kinds) {
+  const std::size_t length = strnlen(dot, kLongestExtension + 1);
+  if (length > kLongestExtension) return {};
+  const Extension extension({dot, length});
   for (const Kind& kind : kKinds) {
     if ((kinds & kind.interest) == 0) continue;
     const auto row = findRow(kind, extension);
@@ -134,14 +147,14 @@ using namespace kolum::filetype;
 int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int kinds,
                           unsigned int* tag) {
   constexpr unsigned kVideoInterest = 2;
-  static std::once_flag built;
-  std::call_once(built, buildIndex);
+  [[maybe_unused]] static const bool kIndexIsBuilt = (buildIndex(), true);
   if (fileName == nullptr) return 0;
 
-  const bool hasExtension = std::strrchr(fileName, '.') != nullptr;
-  const Classified classified = classify(fileName, kinds);
+  const char* dot = std::strrchr(fileName, '.');
+  const Classified classified = dot != nullptr ? classify(fileName, dot, kinds) : Classified{};
   if (row != nullptr) *row = classified.row;
-  if (tag != nullptr) *tag = hasExtension && (kinds & kVideoInterest) != 0 ? kinds >> 8 & 0xFF : 0;
+  if (tag != nullptr)
+    *tag = dot != nullptr && (kinds & kVideoInterest) != 0 ? kinds >> 8 & 0xFF : 0;
   return classified.result;
 }
 
