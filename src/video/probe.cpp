@@ -69,12 +69,6 @@ struct OrientationRow {
 
 constexpr auto kOrientations = std::to_array<OrientationRow>({{180, 3}, {270, 6}, {90, 8}});
 
-std::string fourCharacters(std::uint32_t tag) {
-  std::string text;
-  for (int shift = 0; shift < 32; shift += 8) text += static_cast<char>(tag >> shift & 0xFF);
-  return text;
-}
-
 const ContainerRow& containerOf(std::string_view demuxer) {
   const auto row = std::find_if(kContainers.begin(), kContainers.end(),
                                 [&](const ContainerRow& r) { return r.demuxer == demuxer; });
@@ -255,7 +249,7 @@ void Probe::readContainerFormat() {
 
   if (row.format == FORMAT_MPEG4) readMp4Format();
   if (row.format == FORMAT_AVI && ffmpegCodecIdConvert(video_->classicCodec()) == CODEC_ID_MPEG4) {
-    const std::string tag = fourCharacters(video_->codecTag());
+    const std::string tag = video_->codecTagText();
     for (const DivxRow& divx : kDivxTags)
       if (equalsIgnoringCase(tag, divx.tag)) facts_.playException = divx.playException;
   }

@@ -1,6 +1,9 @@
-// Runs one of the bodies that have to fail.
+// Runs the bodies that have to fail, and looks at what is told of them.
 #ifndef KOLUM_TESTS_SUPPORT_TEST_FAILING_BODY_RUN_H
 #define KOLUM_TESTS_SUPPORT_TEST_FAILING_BODY_RUN_H
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <string>
 
@@ -18,6 +21,28 @@ constexpr bool kHasAddressSanitizer = false;
 
 inline RunResult runFailingBody(const std::string& name) {
   return run({KOLUM_FAILING_BODIES, "--gtest_filter=" + name});
+}
+
+inline void expectFailure(const std::string& name, const std::string& said) {
+  SCOPED_TRACE(name);
+  const RunResult result = runFailingBody(name);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.out, testing::HasSubstr(said));
+  EXPECT_THAT(result.out, testing::HasSubstr("[  FAILED  ] " + name));
+}
+
+inline void expectSkipped(const std::string& name) {
+  const RunResult result = runFailingBody(name);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, testing::HasSubstr("[  SKIPPED ] " + name));
+}
+
+inline void expectSanitizerReport(const std::string& name) {
+  SCOPED_TRACE(name);
+  const RunResult result = runFailingBody(name);
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.out, testing::HasSubstr("[  FAILED  ] " + name));
+  EXPECT_THAT(result.err, testing::HasSubstr("Sanitizer"));
 }
 
 }  // namespace kolum::test
