@@ -133,7 +133,7 @@ void expectLikeFfprobe(const MediaStreamInfo& entry, const nlohmann::json& strea
     EXPECT_EQ(entry.frameRate, numberBefore('/', rate) / numberAfter('/', stream["time_base"]));
   }
   if (entry.streamType == MEDIA_STREAM_AUDIO) {
-    EXPECT_EQ(std::to_string(entry.sampleRate), stream["sample_rate"]);
+    EXPECT_EQ(stream["sample_rate"], std::to_string(entry.sampleRate));
     EXPECT_EQ(entry.channels, stream["channels"]);
   }
 }
