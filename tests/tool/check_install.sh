@@ -10,6 +10,15 @@ mv "$folder/first" "$folder/moved"
 "$folder/moved/bin/kolum" ids codecs 28 | grep -q CODEC_ID_H264
 ldd "$folder/moved/bin/kolum" | grep 'libko' | grep -v "$folder/moved" && exit 1
 LD_BIND_NOW=1 ldd "$(find "$folder/moved" -name libkolum.so)" | grep libkohost.so | grep -q "$folder/moved"
+"$folder/moved/libexec/kolum/dsf2flac" 2>&1 | grep -q dsf2flac
 for file in share/man/man1/kolum.1 share/bash-completion/completions/kolum include/kolum/kolum.h; do
   test -f "$folder/moved/$file"
 done
+
+# The appliance's own programs, where the library looks for them.
+DESTDIR=$folder/appliance cmake --install "$1" --component appliance >/dev/null
+(cd "$folder/appliance" && find . -type f | LC_ALL=C sort) | diff - /dev/fd/3 3<<'LIST'
+./sbin/setcfg
+./usr/local/medialibrary/bin/dsf2flac
+./usr/local/medialibrary/bin/osm_info
+LIST

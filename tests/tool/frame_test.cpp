@@ -47,29 +47,6 @@ TEST(Help, OfEveryCommandTellsWhatItDoesAndShowsAnExample) {
   }
 }
 
-std::string sourceFile(const std::string& name) {
-  std::ifstream in(KOLUM_SOURCE_FOLDER "/" + name);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
-
-TEST(Help, CommandsAreInTheManPageTheReferenceAndTheCompletion) {
-  const std::string manPage = sourceFile("docs/kolum.1");
-  const std::string reference = sourceFile("docs/tool.md");
-  const std::string completion = sourceFile("tools/kolum/completion/kolum.bash");
-  for (const std::string& name : commandNames()) {
-    const std::string escaped = std::regex_replace(name, std::regex("-"), "\\-");
-    EXPECT_TRUE(std::regex_search(
-        manPage,
-        std::regex("\n\\.BI?R? \"?" + std::regex_replace(escaped, std::regex("\\\\"), "\\\\"))))
-        << name;
-    EXPECT_THAT(reference, HasSubstr("## " + name + "\n")) << name;
-    EXPECT_TRUE(std::regex_search(completion, std::regex("commands=\"[^\"]*\\b" + name + "\\b")))
-        << name;
-  }
-}
-
 TEST(Version, IsPrinted) {
   const Outcome run = kolum({"--version"});
   EXPECT_EQ(run.status, 0);

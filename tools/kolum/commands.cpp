@@ -8,7 +8,7 @@
 // command's --help says beyond its options (what it prints, an example), and returns the action.
 // The action gets the Context: it prints through context.printer and reports with context.fail().
 // Then add the declaration and one row here, the file to CMakeLists.txt, its JSON keys to
-// docs/tool.md, a paragraph to docs/kolum.1, its options to completion/kolum.bash and its tests to
+// docs/tool.md, a line to docs/kolum.1, its options to completion/kolum.bash and its tests to
 // tests/tool.
 
 namespace kolum::tool {

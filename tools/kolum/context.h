@@ -30,10 +30,9 @@ class Context {
   void note(std::string_view name, std::string_view text);
   bool failed() const { return failed_; }
 
-  // Hands the library the folder of its external tools: the stand-ins beside a kolum that runs from
-  // the build tree, else the installed default. Call it before anything that needs such a tool or
-  // the notification channels; repeated calls do nothing. False (reported) when the library
-  // refuses.
+  // Hands the library the folder of its external tools: the stand-ins that were built or installed
+  // with this program, else the appliance's. Call it before anything that needs such a tool or the
+  // notification channels; repeated calls do nothing. False (reported) when the library refuses.
   bool initLibrary();
 
   const bool json;
@@ -44,8 +43,8 @@ class Context {
   bool failed_ = false;
 };
 
-// The folder of the stand-in tools in the build tree with its closing "/", empty when there is
-// none.
+// The folder of the stand-in tools, found from where this program lies, with its closing "/"; empty
+// when there is none.
 std::string standInFolder();
 
 }  // namespace kolum::tool

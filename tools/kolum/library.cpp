@@ -17,8 +17,11 @@ std::string standInFolder() {
   std::error_code error;
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe", error);
   if (error) return "";
-  const std::filesystem::path folder = self.parent_path().parent_path() / "appliance" / "bin";
-  return std::filesystem::is_directory(folder, error) ? folder.string() + "/" : "";
+  for (const char* place : {KOLUM_TOOL_FOLDER_BUILT, KOLUM_TOOL_FOLDER_INSTALLED}) {
+    const std::filesystem::path folder = self.parent_path() / place;
+    if (std::filesystem::is_directory(folder, error)) return folder.lexically_normal().string() + "/";
+  }
+  return "";
 }
 
 }  // namespace kolum::tool

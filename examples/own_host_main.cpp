@@ -1,0 +1,7 @@
+// Reads a configuration that is not there, to show where the library's messages go.
+#include <kolum/kolum.h>
+
+int main() {
+  lumCfg_s config;
+  return parseConfig(&config) == 1 ? 0 : 1;
+}

@@ -1,0 +1,43 @@
+// A small host in C++: lists the videos of a folder with their length and picture.
+//
+//   videos FOLDER
+#include <kolum/kolum.h>
+
+#include <cstdio>
+#include <filesystem>
+#include <string>
+
+namespace {
+
+constexpr int kVideo = 2;
+constexpr unsigned kVideosOnly = 2;
+
+bool isVideo(const std::string& name) {
+  unsigned row = 0;
+  unsigned tag = 0;
+  return KoLUM_GetFilenameType(name.c_str(), &row, kVideosOnly, &tag) == kVideo;
+}
+
+void describe(const std::string& folder, const std::string& name) {
+  videoObject_st video = {};
+  if (GetVideoMetadata1(folder.c_str(), name.c_str(), &video, 0) != 0) return;
+  char codec[KOLUM_IDENTIFIER_NAME_SIZE] = "?";
+  CodecIDToName(codec, static_cast<unsigned>(video.videoCodec));
+  std::printf("%s: %d s, %dx%d, %s\n", name.c_str(), video.duration, video.width, video.height,
+              codec);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    std::fprintf(stderr, "usage: videos FOLDER\n");
+    return 2;
+  }
+  // Folders are named with their closing "/".
+  const std::string folder = std::string(argv[1]) + "/";
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    const std::string name = entry.path().filename();
+    if (isVideo(name)) describe(folder, name);
+  }
+}

@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: every command has its manual page, its
+# section in docs/tool.md and an example in its help, and bash completes it with all its options.
+set -euo pipefail
+kolum=$1 source=$2 man=$3
+failures=0
+fail() { printf '%s\n' "$*"; failures=$((failures + 1)); }
+
+commands_of() { awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit } on { print $1 }'; }
+options_of() { awk '/^  -/ { sub(/^  (-[a-z],)?/, ""); sub(/[ :].*/, ""); print }'; }
+
+# What bash offers after "kolum WORD...".
+. "$source/tools/kolum/completion/kolum.bash"
+compopt() { :; }
+completions() {
+  COMP_WORDS=("$kolum" "$@")
+  COMP_CWORD=$#
+  _kolum "$kolum"
+  printf '%s\n' "${COMPREPLY[@]}"
+}
+check_options() {
+  local option offered
+  offered=$(completions "$@" --)
+  for option in $("$kolum" "$@" --help | options_of); do
+    grep -qxF -- "$option" <<<"$offered" || fail "completion of \"$*\" lacks $option"
+  done
+}
+
+commands=$("$kolum" --help | commands_of)
+[ -n "$commands" ] || fail "no commands"
+for command in $commands; do
+  page=$man/kolum-$command.1
+  grep -qF "kolum\\-${command//-/\\-} (1)" "$man/kolum.1" || fail "kolum.1 lacks $command"
+  grep -qx "## $command" "$source/docs/tool.md" || fail "docs/tool.md lacks $command"
+  grep -q '^Examples\?:$' <<<"$("$kolum" "$command" --help)" || fail "$command has no example"
+  completions "" | grep -qxF -- "$command" || fail "completion lacks $command"
+  check_options "$command"
+  for nested in $("$kolum" "$command" --help | commands_of); do
+    completions "$command" "" | grep -qxF -- "$nested" || fail "completion lacks $command $nested"
+    check_options "$command" "$nested"
+  done
+  [ -f "$page" ] || fail "no page for $command"
+done
+for page in "$man"/*.1; do
+  said=$(mandoc -Tlint -W warning "$page") || fail "$said"
+done
+exit $((failures > 0))
