@@ -7,7 +7,7 @@ failures=0
 fail() { printf '%s\n' "$*"; failures=$((failures + 1)); }
 
 commands_of() { awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit } on { print $1 }'; }
-options_of() { awk '/^  -/ { sub(/^  (-[a-z],)?/, ""); sub(/[ :].*/, ""); print }'; }
+options_of() { awk '/^  -/ { sub(/^  (-[a-z0-9],)?/, ""); sub(/[ :].*/, ""); print }'; }
 
 # What bash offers after "kolum WORD...".
 . "$source/tools/kolum/completion/kolum.bash"

@@ -1,13 +1,20 @@
 #include "tool/kolum_run.h"
 
 #include <sstream>
+#include <stdexcept>
+#include <utility>
 
 namespace kolum::test {
 
 std::vector<nlohmann::json> Outcome::json() const {
   std::vector<nlohmann::json> lines;
   std::istringstream in(out);
-  for (std::string line; std::getline(in, line);) lines.push_back(nlohmann::json::parse(line));
+  for (std::string text; std::getline(in, text);) {
+    auto line = nlohmann::json::parse(text);
+    if (line.at("schema") != kJsonSchema) throw std::runtime_error("another schema: " + text);
+    line.erase("schema");
+    lines.push_back(std::move(line));
+  }
   return lines;
 }
 

@@ -11,12 +11,15 @@
 
 namespace kolum::test {
 
+inline constexpr int kJsonSchema = 1;
+
 struct Outcome {
   int status = -1;  // exit status, or minus the number of the signal
   std::string out;
   std::string err;
 
-  // Standard output as JSON Lines; throws what the parser throws.
+  // Standard output as JSON Lines, without the number of their schema, which every line must have;
+  // throws otherwise, and what the parser throws.
   std::vector<nlohmann::json> json() const;
 };
 

@@ -56,6 +56,12 @@ TEST(FileNames, ComeFromAListFile) {
   EXPECT_THAT(classified({"--files-from", "-"}, {.input = "a.mp4"}), ElementsAre("a.mp4"));
 }
 
+TEST(FileNames, OfANulSeparatedListMayHoldNewlinesThoughThereIsNoNul) {
+  EXPECT_THAT(classified({"-0", "-"}, {.input = "a\nb.mp4"}), ElementsAre("a\nb.mp4"));
+  EXPECT_THAT(classified({"--null", "-"}, {.input = "a\nb.mp4\0c.mp4\0"s}),
+              ElementsAre("a\nb.mp4", "c.mp4"));
+}
+
 TEST(FileNames, AnEmptyListIsDoneAtOnce) {
   EXPECT_THAT(classified({"-"}), ElementsAre());
   EXPECT_THAT(classified({"--files-from", "/dev/null"}), ElementsAre());

@@ -41,9 +41,10 @@ bool readList(int descriptor, std::string& content) {
   }
 }
 
-// One NUL anywhere makes NUL the separator, else it is the newline; empty names are no names.
-void splitList(std::string_view content, std::vector<std::string>& names) {
-  const char separator = content.find('\0') != std::string_view::npos ? '\0' : '\n';
+// Unless it is said, one NUL anywhere makes NUL the separator, else it is the newline; empty names
+// are no names.
+void splitList(std::string_view content, bool byNul, std::vector<std::string>& names) {
+  const char separator = byNul || content.find('\0') != std::string_view::npos ? '\0' : '\n';
   while (!content.empty()) {
     const std::size_t end = std::min(content.find(separator), content.size());
     if (end > 0) names.emplace_back(content.substr(0, end));
@@ -51,7 +52,8 @@ void splitList(std::string_view content, std::vector<std::string>& names) {
   }
 }
 
-void appendList(Context& context, const std::string& listFile, std::vector<std::string>& names) {
+void appendList(Context& context, const std::string& listFile, bool byNul,
+                std::vector<std::string>& names) {
   const bool standardInput = listFile == "-";
   const int descriptor =
       standardInput ? context.channels.input() : open(listFile.c_str(), O_RDONLY | O_CLOEXEC);
@@ -60,7 +62,7 @@ void appendList(Context& context, const std::string& listFile, std::vector<std::
     const int reason = standardInput && descriptor < 0 ? EBADF : errno;
     context.fail(standardInput ? "standard input" : listFile, std::strerror(reason));
   } else {
-    splitList(content, names);
+    splitList(content, byNul, names);
   }
   if (!standardInput && descriptor >= 0) close(descriptor);
 }
@@ -110,6 +112,7 @@ void addFileArguments(CLI::App& command, FileArguments& arguments) {
   addText(command, "--files-from", arguments.listFile,
           "Reads file names from LIST, NUL- or newline-separated")
       ->type_name("LIST");
+  command.add_flag("-0,--null", arguments.isNulSeparated, "Names in lists end with NUL only");
 }
 
 std::vector<std::string> fileNames(Context& context, const FileArguments& arguments) {
@@ -118,12 +121,14 @@ std::vector<std::string> fileNames(Context& context, const FileArguments& argume
   std::vector<std::string> names;
   for (const std::string& operand : arguments.operands) {
     if (operand == "-") {
-      appendList(context, operand, names);
+      appendList(context, operand, arguments.isNulSeparated, names);
     } else {
       names.push_back(operand);
     }
   }
-  if (!arguments.listFile.empty()) appendList(context, arguments.listFile, names);
+  if (!arguments.listFile.empty()) {
+    appendList(context, arguments.listFile, arguments.isNulSeparated, names);
+  }
   return names;
 }
 

@@ -29,6 +29,7 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
 struct FileArguments {
   std::vector<std::string> operands;
   std::string listFile;
+  bool isNulSeparated = false;
 };
 
 void addFileArguments(CLI::App& command, FileArguments& arguments);

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 
 namespace kolum::tool {
@@ -56,7 +57,11 @@ std::string readAll(int descriptor) {
 
 }  // namespace
 
-Channels::Channels() : input_(takeOver(0)), results_(takeOver(1)), messages_(takeOver(2)) {
+Channels::Channels()
+    : input_(takeOver(0)),
+      results_(takeOver(1)),
+      messages_(takeOver(2)),
+      hasProgress_(isatty(messages_) == 1 && isatty(results_) == 0) {
   pointAtNull(0);
   // A reader that leaves is told by the write that fails. A handler instead of SIG_IGN: the
   // programs that the library starts get the default action back.
@@ -83,7 +88,22 @@ void Channels::writeResults(std::string_view text) const {
 }
 
 void Channels::writeMessage(std::string_view text) const {
+  showProgress("");
   writeAll(messages_, text);
+}
+
+void Channels::showProgress(std::string_view text) const {
+  constexpr std::string_view kClearLine = "\r\x1b[K";
+  if (!hasProgress_ || (text.empty() && !progressShown_)) return;
+  writeAll(messages_, std::string(kClearLine).append(text));
+  progressShown_ = !text.empty();
+}
+
+bool Channels::mayColourResults() const {
+  const char* noColour = std::getenv("NO_COLOR");
+  const char* terminal = std::getenv("TERM");
+  return isatty(results_) == 1 && (noColour == nullptr || *noColour == '\0') &&
+         terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
 std::string Channels::capture(const std::function<void()>& work) const {

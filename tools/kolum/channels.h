@@ -37,6 +37,11 @@ class Channels {
   void writeResults(std::string_view text) const;
   // A message that cannot be written is lost.
   void writeMessage(std::string_view text) const;
+  // A line on a terminal that the next message or progress replaces; an empty one clears it. For
+  // people who wait: nothing is shown when messages go elsewhere, or results to a terminal, too.
+  void showProgress(std::string_view text) const;
+  // Whether people read the results as they come, and may see colours.
+  bool mayColourResults() const;
   // The original standard input, -1 when it was closed.
   int input() const { return input_; }
 
@@ -47,6 +52,8 @@ class Channels {
   int input_;
   int results_;
   int messages_;
+  bool hasProgress_;
+  mutable bool progressShown_ = false;
 };
 
 }  // namespace kolum::tool

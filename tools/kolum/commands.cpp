@@ -18,6 +18,7 @@ Action defineClassify(CLI::App& command);
 Action defineConfig(CLI::App& command);
 Action defineCover(CLI::App& command);
 Action defineDlna(CLI::App& command);
+Action defineDoctor(CLI::App& command);
 Action defineDsf(CLI::App& command);
 Action defineExtensions(CLI::App& command);
 Action defineGeocode(CLI::App& command);
@@ -50,6 +51,7 @@ constexpr Command kCommands[] = {
     {"send", "Sends a command to the server", defineSend},
     {"serve-echo", "A small server for trying \"send\"", defineServeEcho},
     {"notify", "The change and stop notifications", defineNotify},
+    {"doctor", "What is there on this machine, and what is missing", defineDoctor},
 };
 
 }  // namespace

@@ -19,7 +19,8 @@ std::string standInFolder() {
   if (error) return "";
   for (const char* place : {KOLUM_TOOL_FOLDER_BUILT, KOLUM_TOOL_FOLDER_INSTALLED}) {
     const std::filesystem::path folder = self.parent_path() / place;
-    if (std::filesystem::is_directory(folder, error)) return folder.lexically_normal().string() + "/";
+    if (std::filesystem::is_directory(folder, error))
+      return folder.lexically_normal().string() + "/";
   }
   return "";
 }

@@ -1,5 +1,6 @@
 // kolum: the library's functions on the command line.
 #include <CLI/CLI.hpp>
+#include <csignal>
 #include <cstdlib>
 #include <memory>
 #include <new>
@@ -8,6 +9,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "interruption.h"
 #include "text.h"
 
 namespace {
@@ -112,6 +114,9 @@ int main(int argc, char** argv) {
   const Channels channels;
   try {
     return run(channels, argc, argv);
+  } catch (const Interrupted& interrupted) {
+    // So that shells see what ended it; every handler is back to what it was.
+    std::raise(interrupted.signal);
   } catch (const UsageError& error) {
     return usage(channels, error.what());
   } catch (const OutputError& error) {

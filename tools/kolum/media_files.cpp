@@ -9,6 +9,9 @@
 #include <cstring>
 #include <filesystem>
 
+#include "interruption.h"
+#include "progress.h"
+
 namespace kolum::tool {
 
 namespace {
@@ -25,7 +28,7 @@ constexpr const char* kDiscIndexes[] = {"VIDEO_TS/VIDEO_TS.IFO", "VIDEO_TS.IFO",
 class Walk {
  public:
   Walk(Context& context, unsigned kinds, const std::function<void(const MediaFile&)>& visit)
-      : context_(context), kinds_(kinds), visit_(visit) {}
+      : context_(context), kinds_(kinds), visit_(visit), progress_(context.channels) {}
 
   void named(const std::string& name) {
     struct stat status = {};
@@ -46,6 +49,8 @@ class Walk {
   }
 
   void file(const std::string& path, bool isNamed) {
+    interruption_.check();
+    progress_.next(path);
     ++visited_;
     const MediaPath split = splitPath(path);
     if (split.full().size() > kLongestPath) {
@@ -109,6 +114,8 @@ class Walk {
   unsigned kinds_;
   const std::function<void(const MediaFile&)>& visit_;
   std::size_t visited_ = 0;
+  Progress progress_;
+  Interruption interruption_;
 };
 
 }  // namespace

@@ -16,6 +16,15 @@ std::string padded(std::string text, std::size_t width) {
   return text;
 }
 
+constexpr std::string_view kBold = "\x1b[1m";
+constexpr std::string_view kFaint = "\x1b[2m";
+constexpr std::string_view kPlain = "\x1b[0m";
+
+std::string coloured(bool inColour, std::string_view colour, const std::string& text) {
+  if (!inColour || text.empty()) return text;
+  return std::string(colour).append(text).append(kPlain);
+}
+
 }  // namespace
 
 nlohmann::ordered_json Identifier::json() const {
@@ -95,30 +104,31 @@ void Result::list(const std::string& key, std::vector<Result> items) {
   for (Result& item : items) sections_.push_back(std::move(item));
 }
 
-std::string Result::asBlock(std::size_t indent) const {
+std::string Result::asBlock(bool inColour, std::size_t indent) const {
   std::string out;
   std::size_t inner = indent;
   if (!title_.empty()) {
-    out += std::string(indent, ' ') + printable(title_) + "\n";
+    out += std::string(indent, ' ') + coloured(inColour, kBold, printable(title_)) + "\n";
     inner += 2;
   }
   std::size_t width = 0;
   for (const Line& line : lines_) width = std::max(width, line.label.size());
   for (const Line& line : lines_) {
     out += std::string(inner, ' ');
-    out += line.text.empty() ? line.label
-                             : padded(line.label, width + kColumnGap) + printable(line.text);
+    const bool alone = line.text.empty();
+    out += coloured(inColour, kFaint, alone ? line.label : padded(line.label, width + kColumnGap));
+    out += printable(line.text);
     out += '\n';
   }
-  for (const Result& section : sections_) out += section.asBlock(inner);
+  for (const Result& section : sections_) out += section.asBlock(inColour, inner);
   return out;
 }
 
 std::string Result::asRow(const std::vector<std::size_t>& widths) const {
   std::string out;
   for (std::size_t i = 0; i < lines_.size(); ++i) {
-    const std::size_t width = i < widths.size() ? widths[i] + kColumnGap : 0;
-    out += padded(printable(lines_[i].text), width);
+    const std::size_t width = i < widths.size() ? widths[i] : 0;
+    out += padded(printable(lines_[i].text), width) + std::string(kColumnGap, ' ');
   }
   out += printable(title_);
   out.erase(out.find_last_not_of(' ') + 1);
@@ -128,13 +138,15 @@ std::string Result::asRow(const std::vector<std::size_t>& widths) const {
 void Printer::jsonLine(const Result& result) {
   // Texts may hold any bytes: what is not UTF-8 becomes U+FFFD, so that every line is valid JSON.
   using Handler = nlohmann::ordered_json::error_handler_t;
-  raw(result.json().dump(-1, ' ', false, Handler::replace) + "\n");
+  nlohmann::ordered_json line = {{"schema", kJsonSchema}};
+  line.update(result.json());
+  raw(line.dump(-1, ' ', false, Handler::replace) + "\n");
 }
 
 void Printer::block(const Result& result) {
   if (json_) return jsonLine(result);
   if (std::exchange(separate_, true)) raw("\n");
-  raw(result.asBlock());
+  raw(result.asBlock(inColour_));
 }
 
 void Printer::table(const std::vector<Column>& columns) {
@@ -144,7 +156,7 @@ void Printer::table(const std::vector<Column>& columns) {
     widths_.push_back(std::max(column.width, column.title.size()));
     header.show("", column.title);
   }
-  if (!json_) raw(header.asRow(widths_));
+  if (!json_) raw(coloured(inColour_, kBold, header.asRow(widths_)));
 }
 
 void Printer::row(const Result& result) {

@@ -22,6 +22,11 @@ struct Identifier {
   std::string text() const;  // "H264 (28)"
 };
 
+// The number of the form of all JSON objects, in each as "schema". It changes when a key changes
+// its meaning or goes; keys may be added under the same number. docs/kolum.schema.json describes
+// it.
+inline constexpr int kJsonSchema = 1;
+
 // One result: a file's, or an answer that belongs to no file.
 //
 // JSON keys and text lines are kept side by side: data() adds a key only, show() a line only, and
@@ -51,9 +56,10 @@ class Result {
   void list(const std::string& key, std::vector<Result> items);
 
   const nlohmann::ordered_json& json() const { return json_; }
-  // Both end without an empty line. asBlock indents by INDENT characters; asRow puts the lines'
-  // values and then the title into columns of the given widths.
-  std::string asBlock(std::size_t indent = 0) const;
+  // Both end without an empty line. asBlock indents by INDENT characters, and on request sets
+  // titles and labels off by colours; asRow puts the lines' values and then the title into columns
+  // of the given widths.
+  std::string asBlock(bool inColour, std::size_t indent = 0) const;
   std::string asRow(const std::vector<std::size_t>& widths) const;
 
  private:
@@ -76,7 +82,8 @@ struct Column {
 // Prints results as they come, in the form that was asked for.
 class Printer {
  public:
-  Printer(const Channels& channels, bool json) : channels_(channels), json_(json) {}
+  Printer(const Channels& channels, bool json)
+      : channels_(channels), json_(json), inColour_(channels.mayColourResults()) {}
 
   // One block a result, an empty line between two.
   void block(const Result& result);
@@ -91,6 +98,7 @@ class Printer {
 
   const Channels& channels_;
   bool json_;
+  bool inColour_;
   bool separate_ = false;
   std::vector<std::size_t> widths_;
 };

@@ -27,7 +27,7 @@ _kolum() {
     if [[ -z $command ]]; then command=$word; else nested=$word && break; fi
   done
 
-  local commands="probe info keyframe tracks dlna dsf cover classify extensions ids artwork geocode config send serve-echo notify"
+  local commands="probe info keyframe tracks dlna dsf cover classify extensions ids artwork geocode config send serve-echo notify doctor"
   if [[ -z $command ]]; then
     _kolum_words "$commands --help --version --json --debug"
     return
@@ -36,18 +36,18 @@ _kolum() {
 
   local options="--help --json --debug" words="" files=yes
   case $command in
-    probe) options+=" --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
-    info) options+=" --files-from --seek" ;;
-    keyframe|dsf) options+=" --files-from" ;;
-    cover) options+=" --files-from --names" ;;
+    probe) options+=" --null --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
+    info) options+=" --null --files-from --seek" ;;
+    keyframe|dsf) options+=" --null --files-from" ;;
+    cover) options+=" --null --files-from --names" ;;
     artwork)
-      [[ $nested == transcoded ]] && options+=" --files-from"
+      [[ $nested == transcoded ]] && options+=" --null --files-from"
       [[ -z $nested ]] && files= && words="album artist transcoded folder"
       ;;
     geocode) options+=" --zoom --language"; files= ;;
-    tracks) options+=" --files-from" ;;
-    dlna) options+=" --files-from --explain --audio-stream" ;;
-    classify) options+=" --files-from --kinds --mask --tag" ;;
+    tracks) options+=" --null --files-from" ;;
+    dlna) options+=" --null --files-from --explain --audio-stream" ;;
+    classify) options+=" --null --files-from --kinds --mask --tag" ;;
     extensions) options+=" --kinds --xml"; files= ;;
     ids) options+=" --codec --ffmpeg"; files=; [[ -z $nested ]] && words="formats brands codecs profiles exceptions" ;;
     config)
@@ -57,6 +57,7 @@ _kolum() {
       ;;
     send) options+=" --text --payload"; files= ;;
     serve-echo) options+=" --socket"; files= ;;
+    doctor) files= ;;
     notify) files=; [[ $nested == wait ]] && options+=" --stop --seconds"; [[ -z $nested ]] && words="post stop wait clear" ;;
   esac
 

@@ -1,0 +1,88 @@
+// What people see at a terminal, and how they end the tool.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <csignal>
+#include <string>
+
+#include "support/temp_dir.h"
+#include "tool/kolum_run.h"
+
+namespace kolum::test {
+namespace {
+
+using testing::HasSubstr;
+using testing::Not;
+
+// What kolum writes to a terminal of its own, standard output and error; REDIRECTION as for
+// kolum().
+std::string atTerminal(const std::string& arguments, const Environment& environment = {},
+                       const std::string& redirection = "") {
+  RunOptions options;
+  options.environment = {{"TERM", "xterm"}, {"NO_COLOR", ""}};
+  for (const auto& [name, value] : environment) options.environment[name] = value;
+  const std::string command = std::string(KOLUM_PROGRAM) + " " + arguments + redirection;
+  return mustRun({"script", "--quiet", "--return", "--command", command, "/dev/null"}, options);
+}
+
+std::string listOf(const TempDir& folder, std::size_t count) {
+  std::string names;
+  for (std::size_t i = 0; i < count; ++i) names += samples() + "Videos/harbour.mp4\n";
+  return folder.write("list", names);
+}
+
+TEST(Colours, SetTitlesAndLabelsOffAtATerminal) {
+  const std::string said = atTerminal("cover '" + samples() + "Photos'");
+  EXPECT_THAT(said, HasSubstr("\x1b[1m" + samples() + "Photos\x1b[0m"));
+  EXPECT_THAT(said, HasSubstr("\x1b[2mCover  \x1b[0m(none)"));
+  EXPECT_THAT(atTerminal("extensions --kinds photo"), HasSubstr("\x1b[1mKind"));
+}
+
+TEST(Colours, AreLeftOutWhereTheyAreNotWanted) {
+  const std::string cover = "cover '" + samples() + "Photos'";
+  EXPECT_THAT(atTerminal(cover, {{"NO_COLOR", "1"}}), Not(HasSubstr("\x1b")));
+  EXPECT_THAT(atTerminal(cover, {{"TERM", "dumb"}}), Not(HasSubstr("\x1b")));
+  EXPECT_THAT(atTerminal("--json " + cover), Not(HasSubstr("\x1b")));
+  EXPECT_THAT(kolum({"cover", samples() + "Photos"}, {.environment = {{"TERM", "xterm"}}}).out,
+              Not(HasSubstr("\x1b")));
+}
+
+TEST(Progress, IsShownAtATerminalWhileResultsGoElsewhereAndThenCleared) {
+  const TempDir folder;
+  const std::string said = atTerminal("probe --files-from '" + listOf(folder, 2000) + "'", {},
+                                      " >'" + folder.path("results") + "'");
+  EXPECT_THAT(said, HasSubstr("  harbour.mp4"));
+  EXPECT_THAT(said, testing::EndsWith("\r\x1b[K"));
+}
+
+TEST(Progress, StaysAwayFromFilesAndResults) {
+  const TempDir folder;
+  const std::string list = listOf(folder, 2000);
+  EXPECT_EQ(kolum({"probe", "--files-from", list}).err, "");
+  EXPECT_THAT(atTerminal("cover --files-from '" + list + "'"), Not(HasSubstr("\x1b[K")));
+}
+
+TEST(Interruption, EndsTheToolBetweenFiles) {
+  const TempDir folder;
+  const RunResult run =
+      kolum::test::run({"timeout", "--signal=INT", "--preserve-status", "0.5", KOLUM_PROGRAM,
+                        "probe", "--json", "--files-from", listOf(folder, 100'000)});
+  EXPECT_EQ(run.status, 128 + SIGINT);
+  EXPECT_EQ(run.err, "");
+  const auto lines = Outcome{0, run.out, ""}.json();  // every line is whole
+  EXPECT_FALSE(lines.empty());
+  EXPECT_LT(lines.size(), 100'000U);
+}
+
+TEST(Interruption, IgnoredByTheCallerStaysIgnored) {
+  const TempDir folder;
+  const std::string list = listOf(folder, 300);
+  const std::string script = std::string("trap '' INT; ") + KOLUM_PROGRAM +
+                             " cover --json --files-from '" + list + "' & kill -INT $!; wait $!";
+  const RunResult run = kolum::test::run({"sh", "-c", script});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ((Outcome{0, run.out, ""}.json().size()), 300U);
+}
+
+}  // namespace
+}  // namespace kolum::test

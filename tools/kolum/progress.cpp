@@ -1,0 +1,25 @@
+#include "progress.h"
+
+#include <string>
+
+#include "text.h"
+
+namespace kolum::tool {
+
+namespace {
+
+constexpr auto kBetween = std::chrono::milliseconds(100);
+constexpr std::size_t kLongestName = 50;  // with the count it fits into a line of 80
+
+}  // namespace
+
+void Progress::next(std::string_view name) {
+  ++count_;
+  const auto now = std::chrono::steady_clock::now();
+  if (now < due_) return;
+  due_ = now + kBetween;
+  const std::string shown = printable(name.substr(name.rfind('/') + 1));
+  channels_.showProgress("File " + std::to_string(count_) + "  " + shown.substr(0, kLongestName));
+}
+
+}  // namespace kolum::tool
