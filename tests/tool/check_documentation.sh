@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
 # check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: every command has its manual page, its
 # section in docs/tool.md and an example in its help, and bash completes it with all its options.
+# (No "grep -q" at the end of a pipe: it leaves early, which counts as the failure of who writes.)
 set -euo pipefail
 kolum=$1 source=$2 man=$3
 failures=0
@@ -33,10 +34,10 @@ for command in $commands; do
   grep -qF "kolum\\-${command//-/\\-} (1)" "$man/kolum.1" || fail "kolum.1 lacks $command"
   grep -qx "## $command" "$source/docs/tool.md" || fail "docs/tool.md lacks $command"
   grep -q '^Examples\?:$' <<<"$("$kolum" "$command" --help)" || fail "$command has no example"
-  completions "" | grep -qxF -- "$command" || fail "completion lacks $command"
+  completions "" | grep -xF -- "$command" >/dev/null || fail "completion lacks $command"
   check_options "$command"
   for nested in $("$kolum" "$command" --help | commands_of); do
-    completions "$command" "" | grep -qxF -- "$nested" || fail "completion lacks $command $nested"
+    completions "$command" "" | grep -xF -- "$nested" >/dev/null || fail "completion lacks $command $nested"
     check_options "$command" "$nested"
   done
   [ -f "$page" ] || fail "no page for $command"
