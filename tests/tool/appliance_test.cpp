@@ -102,6 +102,7 @@ TEST_F(ToolSend, PrintsTheAnswer) {
     const Outcome answer = kolum({"send", "--json", "7", "--text", "hello"});
     EXPECT_EQ(answer.json().front()["text"], "hello");
     EXPECT_EQ(answer.json().front()["success"], true);
+    expectFitsSchema("send", answer);
   });
 }
 
@@ -160,6 +161,7 @@ TEST_F(ToolServeEcho, ServesUntilItIsInterrupted) {
     server.join();
     EXPECT_EQ(served.status, 0) << served.err;
     EXPECT_EQ(served.json().back(), json::parse(R"({"command":9,"length":5,"payload":"hello"})"));
+    expectFitsSchema("serve-echo", served);
     EXPECT_FALSE(std::filesystem::exists(wire::kSocketPath));
   });
 }
@@ -176,7 +178,9 @@ TEST_F(ToolConfig, ShowsEverySetting) {
     EXPECT_THAT(text.out, HasSubstr("THUMBNAIL PHOTO_BLACKLIST       /a:/b c\n"));
     EXPECT_THAT(text.out, HasSubstr("THUMBNAIL VIDEO_BLACKLIST       (empty)\n"));
     EXPECT_THAT(text.out, HasSubstr("KOLUMSERVER MC_VERSION          caf\\xe9\n"));
-    const json config = kolum({"config", "show", "--json"}, kOnVolume).json().front();
+    const Outcome shown = kolum({"config", "show", "--json"}, kOnVolume);
+    expectFitsSchema("config", shown);
+    const json config = shown.json().front();
     EXPECT_EQ(config["mode"], 2);
     EXPECT_EQ(config["enable"], true);
     EXPECT_EQ(config["deviceType"], 1);

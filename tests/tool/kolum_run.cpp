@@ -1,5 +1,7 @@
 #include "tool/kolum_run.h"
 
+#include <gtest/gtest.h>
+
 #include <sstream>
 #include <stdexcept>
 #include <utility>
@@ -36,6 +38,13 @@ Outcome kolum(const std::vector<std::string>& arguments, const RunOptions& optio
   command.insert(command.end(), arguments.begin(), arguments.end());
   const RunResult result = run(command, options);
   return {result.status, result.out, result.err};
+}
+
+void expectFitsSchema(const std::string& command, const Outcome& outcome) {
+  const RunResult checked = run({KOLUM_SOURCE_FOLDER "/tests/tool/validate.py",
+                                 KOLUM_SOURCE_FOLDER "/docs/kolum.schema.json", command},
+                                {.input = outcome.out});
+  EXPECT_EQ(checked.status, 0) << checked.out << checked.err;
 }
 
 const std::string& samples() {

@@ -29,6 +29,9 @@ void PrintTo(const Outcome& outcome, std::ostream* out);
 Outcome kolum(const std::vector<std::string>& arguments, const RunOptions& options = {},
               const std::string& redirection = "");
 
+// Expects JSON Lines of a command to fit its part of the published schema.
+void expectFitsSchema(const std::string& command, const Outcome& outcome);
+
 // The sample library, made on first use, with its closing "/".
 const std::string& samples();
 

@@ -1,0 +1,45 @@
+#!/usr/bin/env bash
+# check_schema.sh KOLUM SOURCE-FOLDER SAMPLES: what every command prints as JSON fits the published
+# schema, which allows no key that it does not describe.
+set -euo pipefail
+kolum=$1 source=$2 samples=$3
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+"$source/scripts/make-samples.sh" "$samples" >/dev/null
+failures=0
+
+# fits COMMAND ARGUMENT...: some runs end with status 1, and still print what there is.
+fits() {
+  local output
+  output=$("$kolum" "$@" --json) || [ $? -eq 1 ]
+  "$source/tests/tool/validate.py" "$source/docs/kolum.schema.json" "$1" <<<"$output" || {
+    printf 'kolum %s\n' "$*"
+    failures=$((failures + 1))
+  }
+}
+
+cp "$samples/Videos/harbour.mp4" "$folder/"$'caf\xe9.mp4'
+fits probe "$samples" "$folder"
+fits info --seek 1 "$samples"
+fits info "$samples/Videos"
+fits keyframe 0 "$samples/Videos/harbour.mp4"
+fits tracks "$samples/Videos" "$samples/Music"
+fits dlna "$samples"
+fits dlna --explain "$samples"
+fits dsf "$samples"
+fits cover "$samples/Music/Tones" "$samples/Photos"
+fits cover --names a.jpg cover.jpg
+fits classify --tag 3 a.mp4 a.m4a a.jpg a.m3u a.txt $'caf\xe9.mp4'
+fits extensions
+for table in formats brands codecs profiles exceptions; do fits ids "$table"; done
+fits ids codecs --ffmpeg 28 174
+fits artwork folder 3 4660
+fits artwork transcoded a.mp4
+mkdir -p "$folder/art/the oscillators"
+cp "$samples/Music/Tones/cover.jpg" "$folder/art/the oscillators/artist.jpg"
+fits artwork artist "$folder/art/" "The Oscillators"
+fits geocode 48.8584 2.2945
+fits notify post
+fits notify clear
+fits doctor
+exit $((failures > 0))
