@@ -45,4 +45,7 @@ done
 for page in "$man"/*.1; do
   said=$(mandoc -Tlint -W warning "$page") || fail "$said"
 done
+for test in $(grep -o '`[A-Z][A-Za-z0-9]*\.[A-Z][A-Za-z0-9]*`' "$source/docs/oddities.md" | tr -d '`'); do
+  grep -rqE "\(${test%.*}, ${test#*.}\)" "$source/tests" || fail "docs/oddities.md names $test, which is no test"
+done
 exit $((failures > 0))
