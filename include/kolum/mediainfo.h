@@ -60,11 +60,11 @@ typedef struct MediaInfo {
  * 1 with *INFO null: a null argument, a path of more than 1023 characters, a disc image ("*.iso"),
  * a disc without a main title, no such file, no media file, no streams, no memory.
  *
- * With SEEKSECONDS of at least 1 and KEYFRAMETIME not null, *KEYFRAMETIME receives the time in
+ * With SEEKSECONDS of at least 1 and KEYFRAMETIME not null, KEYFRAMETIME receives the time in
  * seconds of the key frame where playing the first video stream from SEEKSECONDS begins, or
  * SEEKSECONDS itself when none is found: no decoder, beyond the end, no key frame among the 3600
  * packets (of all streams) from there. The time counts from the stream's start. Without a video
- * stream, and on failure, *KEYFRAMETIME stays untouched.
+ * stream, and on failure, KEYFRAMETIME stays untouched.
  *
  * Which key frame that is depends on the container, as the search asks FFmpeg for no direction: see
  * docs/seeking.md. It is mostly the first one at or after SEEKSECONDS.
