@@ -56,8 +56,8 @@ typedef struct MediaInfo {
 
 /*
  * Describes a file, or the main title of a DVD folder (PATH ends in "/VIDEO_TS.IFO") or a Blu-ray
- * folder ("/index.bdmv"). *INFO receives a new record, to be given to Free_MediaInfo. Returns 0, or
- * 1 with *INFO null: a null argument, a path of more than 1023 characters, a disc image ("*.iso"),
+ * folder ("/index.bdmv"). INFO receives a new record, to be given to Free_MediaInfo. Returns 0, or
+ * 1 with a null INFO: a null argument, a path of more than 1023 characters, a disc image ("*.iso"),
  * a disc without a main title, no such file, no media file, no streams, no memory.
  *
  * With SEEKSECONDS of at least 1 and KEYFRAMETIME not null, KEYFRAMETIME receives the time in
@@ -77,8 +77,8 @@ KOLUM_EXPORT void Free_MediaInfo(MediaInfo* info);
 
 /*
  * The key-frame search alone, on a file or a URL; quicker, as the streams are not looked into.
- * *KEYFRAMETIME receives the time in seconds, from the stream's start, of the key frame where
- * playing from SECONDS begins. Returns 0, or 1 with *KEYFRAMETIME untouched and, in most cases, a
+ * KEYFRAMETIME receives the time in seconds, from the stream's start, of the key frame where
+ * playing from SECONDS begins. Returns 0, or 1 with KEYFRAMETIME untouched and, in most cases, a
  * line on standard error: a null argument or SECONDS negative, URL cannot be opened, the first
  * video stream cannot be decoded or sought in, no key frame before the end or among its next 3600
  * packets (of that stream only).
