@@ -28,6 +28,10 @@
 // Present in programs built with a leak checker only.
 extern "C" __attribute__((weak)) int __lsan_do_recoverable_leak_check();
 
+#ifdef KOLUM_COVERAGE
+extern "C" void __gcov_dump();
+#endif
+
 namespace kolum::test {
 
 namespace {
@@ -166,12 +170,20 @@ void checkForLeaks() {
     ADD_FAILURE() << "memory leaked";
 }
 
+// What is kept only when a program ends the ordinary way: which lines were reached.
+void keepCoverage() {
+#ifdef KOLUM_COVERAGE
+  __gcov_dump();
+#endif
+}
+
 [[noreturn]] void runBodyAndEnd(const std::function<void()>& body, bool checksLeaks) {
   // A test that failed before the fork fails anyway.
   const bool hadFailed = ::testing::Test::HasFailure();
   callBody(body);
   if (checksLeaks) checkForLeaks();
   std::fflush(nullptr);
+  keepCoverage();
   if (::testing::Test::HasFailure() && !hadFailed) _exit(kBodyFailed);
   _exit(::testing::Test::IsSkipped() ? kBodySkipped : kBodyPassed);
 }
