@@ -246,6 +246,7 @@ int parseConfig(lumCfg_s* cfg) noexcept {
 }
 
 // By value, as hosts were built against it.
+// cppcheck-suppress passedByValue
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
 int updateConfig(std::string section, std::string key, std::string value) noexcept {
   try {

@@ -41,6 +41,8 @@ Fields readFields(const char* text) {
   Fields fields = {};
   std::size_t field = 0;
   bool inDigits = false;
+  // Some text that it sees is short, and ends before the limit.
+  // cppcheck-suppress arrayIndexOutOfBoundsCond
   for (std::size_t i = 0; i < kLongestDateTime && text[i] != '\0' && field < fields.size(); ++i) {
     if (isDigit(text[i])) {
       fields[field] = fields[field] * 10 + static_cast<unsigned>(text[i] - '0');

@@ -66,31 +66,37 @@ int lookUp(const osm_param_s& param, osm_place_s& place) {
 
 }  // namespace
 
-int koOsmInfo(osm_param_s& param, osm_place_s& place) noexcept try {
-  return lookUp(param, place);
-} catch (const std::exception&) {
-  return geocode::kNoAnswer;
+int koOsmInfo(osm_param_s& param, osm_place_s& place) noexcept {
+  try {
+    return lookUp(param, place);
+  } catch (const std::exception&) {
+    return geocode::kNoAnswer;
+  }
 }
 
-int parseOsmInfo(const char* command, osm_place_s& place) noexcept try {
-  if (command == nullptr) return geocode::kNoAnswer;
-  const auto output = kolum::outputOf(command);
-  return output ? geocode::readAnswer(*output, place) : geocode::kNoAnswer;
-} catch (const std::exception&) {
-  return geocode::kNoAnswer;
+int parseOsmInfo(const char* command, osm_place_s& place) noexcept {
+  try {
+    if (command == nullptr) return geocode::kNoAnswer;
+    const auto output = kolum::outputOf(command);
+    return output ? geocode::readAnswer(*output, place) : geocode::kNoAnswer;
+  } catch (const std::exception&) {
+    return geocode::kNoAnswer;
+  }
 }
 
 // By value, as hosts were built against it.
 // NOLINTNEXTLINE(performance-unnecessary-value-param)
-int parseAddressXml(XMLNode node, std::vector<osm_addr_unit_s>& units) noexcept try {
-  for (const XMLNode& part : node.getChildNodes()) {
-    const std::string name = part.getName();
-    const std::string value = part.getText();
-    if (!name.empty() && !value.empty()) units.push_back({name, value});
+int parseAddressXml(XMLNode node, std::vector<osm_addr_unit_s>& units) noexcept {
+  try {
+    for (const XMLNode& part : node.getChildNodes()) {
+      const std::string name = part.getName();
+      const std::string value = part.getText();
+      if (!name.empty() && !value.empty()) units.push_back({name, value});
+    }
+    return 0;
+  } catch (const std::exception&) {
+    return 0;
   }
-  return 0;
-} catch (const std::exception&) {
-  return 0;
 }
 
 // Seeding on every call is wanted: processes that fail together wait alike within a second.

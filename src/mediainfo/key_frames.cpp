@@ -172,7 +172,7 @@ unsigned int getVideoKeyFrameTime(const char* url, int seconds, double* keyFrame
   }
   const auto input = kolum::av::Input::open(url);
   if (!input) {
-    KOLUM_MEDIAINFO_MESSAGE("[%s:%d]: avformat_open_input %s fail.\n", url);
+    KOLUM_MEDIAINFO_MESSAGE_OF("[%s:%d]: avformat_open_input %s fail.\n", url);
     return 1;
   }
   const auto time = kolum::mediainfo::ReportingSearch(*input, seconds).run();

@@ -4,8 +4,9 @@
 
 #include <cstdio>
 
-// FORMAT begins with "[%s:%d]": the source's name and the line, ahead of the caller's arguments.
-#define KOLUM_MEDIAINFO_MESSAGE(format, ...) \
-  std::fprintf(stderr, format, "MediaInfo", __LINE__ __VA_OPT__(, ) __VA_ARGS__)
+// FORMAT begins with "[%s:%d]": the source's name and the line, ahead of the caller's argument.
+#define KOLUM_MEDIAINFO_MESSAGE(format) std::fprintf(stderr, format, "MediaInfo", __LINE__)
+#define KOLUM_MEDIAINFO_MESSAGE_OF(format, argument) \
+  std::fprintf(stderr, format, "MediaInfo", __LINE__, argument)
 
 #endif

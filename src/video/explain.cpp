@@ -64,9 +64,11 @@ unsigned int explain(const char* folder, const char* fileName, int audioStreamIn
 }  // namespace kolum::video
 
 unsigned int ExplainDlnaProfile(const char* folder, const char* fileName, int audioStreamIndex,
-                                kolum::DlnaNaming* naming) noexcept try {
-  if (folder == nullptr || fileName == nullptr || naming == nullptr) return 1;
-  return kolum::video::explain(folder, fileName, audioStreamIndex, *naming);
-} catch (...) {
-  return 1;
+                                kolum::DlnaNaming* naming) noexcept {
+  try {
+    if (folder == nullptr || fileName == nullptr || naming == nullptr) return 1;
+    return kolum::video::explain(folder, fileName, audioStreamIndex, *naming);
+  } catch (...) {
+    return 1;
+  }
 }
