@@ -51,10 +51,9 @@ bool isFileSafe(wint_t c) {
   return !isControl && kUnsafe.find(static_cast<wchar_t>(c)) == std::wstring_view::npos;
 }
 
-locale_t utf8Locale() {
-  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  return locale;
-}
+// Made when the library is loaded. Later a moment without memory or descriptors would be enough to
+// lose it for good: the C library remembers what it could not load.
+const locale_t kUtf8Locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
 
 // Makes a locale the calling thread's own for a while.
 class ScopedLocale {
@@ -70,7 +69,7 @@ class ScopedLocale {
 
 // The lower-case, file-name-safe form; bytes that are no UTF-8 are replaced.
 std::string lowerFileName(std::string_view text) {
-  const ScopedLocale locale(utf8Locale());
+  const ScopedLocale locale(kUtf8Locale);
   std::string out;
   std::mbstate_t reading = {};
   while (!text.empty()) {
@@ -122,7 +121,7 @@ void StringConvert2SystemCmdFilename(char* path) {
 
 int StringConvert2LowerFileString(const char* src, int srcLength, char* dst, int dstSize) try {
   if (src == nullptr || dst == nullptr || srcLength <= 0 || dstSize <= 1) return -1;
-  if (utf8Locale() == nullptr) return -1;
+  if (kUtf8Locale == nullptr) return -1;
   const std::string_view text(src, strnlen(src, static_cast<std::size_t>(srcLength)));
   std::string name = lowerFileName(text);
   cutToCharacters(name, static_cast<std::size_t>(dstSize) - 1);

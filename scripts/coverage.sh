@@ -6,7 +6,8 @@ folder=$1
 find "$folder" -name '*.gcda' -delete
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-ctest --test-dir "$folder" --output-on-failure --parallel "$(nproc)" >"$log" 2>&1 ||
+# The shared object of this build exports what counts the lines, too.
+ctest --test-dir "$folder" --exclude-regex '^Abi.ExportsExactly' --output-on-failure --parallel "$(nproc)" >"$log" 2>&1 ||
   { cat "$log"; exit 1; }
 # Counts that processes ended in the middle of writing are no reason to fail.
 gcovr --root . --filter 'src/' --object-directory "$folder" --gcov-ignore-parse-errors \

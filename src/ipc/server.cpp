@@ -4,6 +4,7 @@
 #include <array>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 
 using MediaLibrary::LUM::SocketResp_t;
 using MediaLibrary::LUM::UnixSocket;
@@ -65,11 +66,7 @@ bool takeAnswer(const Buffer& buffer, SocketResp_t& resp) {
   return true;
 }
 
-}  // namespace
-
-int sendCommand(SocketResp_t* resp, int command, const char* data, unsigned long len) noexcept {
-  if (resp == nullptr || len > wire::kRequestPayloadMax) return kFailure;
-
+int exchange(SocketResp_t& resp, int command, const char* data, std::size_t len) {
   Buffer buffer;
   UnixSocket server;
   if (server.Open(wire::kSocketPath) != 0) return kFailure;
@@ -78,8 +75,19 @@ int sendCommand(SocketResp_t* resp, int command, const char* data, unsigned long
   if (server.Write(buffer.data(), wire::kRequestPayloadOffset + len) < 0) return kFailure;
   buffer.fill(0);
   if (server.Read(buffer.data(), wire::kAnswerReadMax) < 0) return kFailure;
-  if (!takeAnswer(buffer, *resp)) return kFailure;
-  return resp->result == wire::kResultSuccess ? 0 : kFailure;
+  if (!takeAnswer(buffer, resp)) return kFailure;
+  return resp.result == wire::kResultSuccess ? 0 : kFailure;
+}
+
+}  // namespace
+
+int sendCommand(SocketResp_t* resp, int command, const char* data, unsigned long len) noexcept {
+  if (resp == nullptr || len > wire::kRequestPayloadMax) return kFailure;
+  try {
+    return exchange(*resp, command, data, len);
+  } catch (const std::exception&) {
+    return kFailure;
+  }
 }
 
 int sendActionToLumServer(int command, int value1, int value2) noexcept {

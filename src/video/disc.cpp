@@ -5,6 +5,7 @@
 #include <kolum/host.h>
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -61,8 +62,9 @@ std::optional<MainTitle> blurayTitle(const std::string& streamFolder,
   return MainTitle{.path = std::move(*path), .containerFormat = containerFormat};
 }
 
-int shell(const std::string& command) {
-  return std::system(command.c_str());
+// Nothing can be done about a failure: the image stays mounted, and its folder with it.
+void runUnmount(const std::string& command) {
+  if (std::system(command.c_str()) != 0) return;
 }
 
 }  // namespace
@@ -106,24 +108,32 @@ std::optional<std::string> largestFile(const std::string& folder, std::string_vi
   return largest;
 }
 
+MountedImage::MountedImage(std::string folder)
+    : folder_(std::move(folder)), unmountCommand_("umount " + folder_) {}
+
 std::unique_ptr<MountedImage> MountedImage::mount(const std::string& imagePath,
                                                   MountFolderFailure onFolderFailure) {
   constexpr mode_t kOwnerOnly = 0600;
-  std::string folder =
-      "/tmp/Media_mount_" + std::to_string(static_cast<int>(getUniqueNumer())) + "/";
-  if (mkdir(folder.c_str(), kOwnerOnly) != 0 && onFolderFailure == MountFolderFailure::kGiveUp)
-    return nullptr;
-  if (shell("mount -o loop,ro " + shellWord(imagePath) + " " + folder) != 0) {
-    rmdir(folder.c_str());
-    return nullptr;
-  }
-  return std::unique_ptr<MountedImage>(new MountedImage(std::move(folder)));
+  // All that needs memory comes first: once mounted, nothing may fail before there is an owner.
+  std::unique_ptr<MountedImage> image(new MountedImage(
+      "/tmp/Media_mount_" + std::to_string(static_cast<int>(getUniqueNumer())) + "/"));
+  const char* folder = image->folder_.c_str();
+  const std::string command = "mount -o loop,ro " + shellWord(imagePath) + " " + folder;
+
+  const bool isOurs = mkdir(folder, kOwnerOnly) == 0;
+  if (!isOurs && onFolderFailure == MountFolderFailure::kGiveUp) return nullptr;
+  image->hasFolder_ = true;
+  image->isMounted_ = std::system(command.c_str()) == 0;
+  if (image->isMounted_) return image;
+  // The tool may fail after it has mounted: when it runs out of descriptors, say.
+  if (isOurs) umount2(folder, 0);
+  return nullptr;
 }
 
 MountedImage::~MountedImage() {
-  shell("umount " + folder_);
+  if (isMounted_) runUnmount(unmountCommand_);
   // Never a recursive removal: what is still mounted is not ours to delete.
-  rmdir(folder_.c_str());
+  if (hasFolder_) rmdir(folder_.c_str());
 }
 
 }  // namespace kolum::video

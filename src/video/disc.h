@@ -58,8 +58,13 @@ class MountedImage {
   const std::string& folder() const { return folder_; }
 
  private:
-  explicit MountedImage(std::string folder) : folder_(std::move(folder)) {}
+  explicit MountedImage(std::string folder);
+
   std::string folder_;
+  // Made at the beginning, as the end must not need memory.
+  std::string unmountCommand_;
+  bool hasFolder_ = false;
+  bool isMounted_ = false;
 };
 
 }  // namespace kolum::video

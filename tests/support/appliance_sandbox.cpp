@@ -21,6 +21,7 @@
 #include <vector>
 
 #include "support/child_process.h"
+#include "support/leak_check.h"
 
 namespace fs = std::filesystem;
 
@@ -260,7 +261,9 @@ std::optional<std::string> sandboxUnavailable() {
 void runInAppliance(const std::function<void()>& body) {
   runInChild([&] {
     enterSandbox();
+    const LeakCheck check;
     body();
+    check.expectNothingNew();
   });
 }
 

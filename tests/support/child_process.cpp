@@ -25,6 +25,8 @@
 #include <thread>
 #include <utility>
 
+#include "support/leak_check.h"
+
 // Present in programs built with a leak checker only.
 extern "C" __attribute__((weak)) int __lsan_do_recoverable_leak_check();
 
@@ -151,7 +153,9 @@ constexpr int kBodySkipped = 103;
 
 void callBody(const std::function<void()>& body) {
   try {
+    const LeakCheck check(LeakCheck::Scope::kProcess);
     body();
+    check.expectNothingNew();
   } catch (const std::exception& error) {
     ADD_FAILURE() << "exception: " << error.what();
   } catch (...) {

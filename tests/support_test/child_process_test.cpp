@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -164,7 +165,12 @@ TEST(RunInChild, EndsTheChildWithTheTestThatStartedIt) {
   const TempDir folder;
   ASSERT_EQ(mkfifo(folder.path("alive").c_str(), 0600), 0);
   runInChild([&] {
-    if (fork() != 0) return;
+    if (const pid_t middle = fork(); middle != 0) {
+      waitpid(middle, nullptr, 0);
+      return;
+    }
+    // An orphan, as this body must leave no child.
+    if (fork() != 0) _exit(0);
     // A test whose child kills it.
     runInChild([&] {
       alarm(60);  // if it is not ended

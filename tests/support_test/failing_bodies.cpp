@@ -1,5 +1,7 @@
 // Tests that must not pass, each in its own way. CTest does not know them.
 #include <gtest/gtest.h>
+#include <sys/mount.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -108,6 +110,42 @@ TEST(Within, Hang) {
 }
 TEST(Within, Exception) {
   withinSeconds(60, throwException);
+}
+
+// What is left behind, seen from the three places that look.
+void leaveDescriptor() {
+  EXPECT_GE(dup(0), 0);
+}
+void leaveChild() {
+  if (fork() == 0) _exit(0);
+}
+void leaveMount() {
+  EXPECT_EQ(mount("none", "/tmp", "tmpfs", 0, nullptr), 0);
+}
+void leaveMountFolder() {
+  EXPECT_EQ(mkdir("/tmp/Media_mount_1", 0700), 0);
+}
+
+TEST(Left, Descriptor) {
+  leaveDescriptor();
+}
+TEST(Left, Child) {
+  leaveChild();
+}
+TEST(LeftInChild, Descriptor) {
+  runInChild(leaveDescriptor);
+}
+TEST(LeftInChild, Child) {
+  runInChild(leaveChild);
+}
+TEST(LeftInSandbox, Descriptor) {
+  runInAppliance(leaveDescriptor);
+}
+TEST(LeftInSandbox, Mount) {
+  runInAppliance(leaveMount);
+}
+TEST(LeftInSandbox, MountFolder) {
+  runInAppliance(leaveMountFolder);
 }
 
 TEST(Descriptors, Leak) {

@@ -1,0 +1,241 @@
+// Every step without descriptors, processes, space and readable bytes.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <kolum/kolum.h>
+#include <sys/mount.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <csignal>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <optional>
+#include <string>
+
+#include "faults/steps.h"
+#include "support/child_process.h"
+
+namespace fs = std::filesystem;
+
+namespace kolum::test {
+
+namespace {
+
+// The lowest limit of a kind while it lives.
+class Limit {
+ public:
+  Limit(__rlimit_resource kind, rlim_t value) : kind_(kind) {
+    getrlimit(kind, &before_);
+    const rlimit limit = {value, before_.rlim_max};
+    EXPECT_EQ(setrlimit(kind, &limit), 0);
+  }
+  ~Limit() { setrlimit(kind_, &before_); }
+  Limit(const Limit&) = delete;
+  Limit& operator=(const Limit&) = delete;
+
+ private:
+  __rlimit_resource kind_;
+  rlimit before_ = {};
+};
+
+bool runLimited(const Step& step, __rlimit_resource kind, rlim_t value) {
+  std::optional<Limit> limit;
+  return runDisturbed(
+      step, [&] { limit.emplace(kind, value); }, [&] { limit.reset(); });
+}
+
+rlim_t lowestFreeDescriptor() {
+  const int lowest = dup(0);
+  close(lowest);
+  return static_cast<rlim_t>(lowest);
+}
+
+TEST(DescriptorFaults, EachLeavesNothingBehindAndTheStepWorkingAfterwards) {
+  inWorkshop([] {
+    constexpr rlim_t kMost = 8;
+    for (const Step& step : steps()) {
+      SCOPED_TRACE(step.name);
+      const rlim_t lowest = lowestFreeDescriptor();
+      for (rlim_t more = 0; more < kMost; ++more) {
+        SCOPED_TRACE("descriptors left: " + std::to_string(more));
+        const bool isDone = runLimited(step, RLIMIT_NOFILE, lowest + more);
+        if (more == 0 && (step.needs & kDescriptors) != 0) {
+          EXPECT_FALSE(isDone);
+        }
+      }
+      EXPECT_TRUE(runUndisturbed(step));
+    }
+  });
+}
+
+// Root is not bound by the limit, so the process becomes nobody, who cannot mount.
+TEST(ProcessFaults, FailWhatNeedsAProgramAndNothingElse) {
+  inWorkshop([] {
+    for (const auto& entry : fs::recursive_directory_iterator(kDataVolume))
+      fs::permissions(entry, fs::perms::all);
+    constexpr uid_t kNobody = 65534;
+    for (const Step& step : steps()) {
+      SCOPED_TRACE(step.name);
+      if (step.name == "copy") fs::remove("/data/copy.jpg");
+      std::optional<Limit> limit;
+      const bool isDone = runDisturbed(
+          step,
+          [&] {
+            limit.emplace(RLIMIT_NPROC, 0);
+            ASSERT_EQ(setresuid(kNobody, kNobody, 0), 0);
+          },
+          [&] {
+            ASSERT_EQ(setresuid(0, 0, 0), 0);
+            limit.reset();
+          });
+      EXPECT_EQ(isDone, (step.needs & kPrograms) == 0);
+      EXPECT_TRUE(runUndisturbed(step));
+    }
+  });
+}
+
+TEST(MemoryFaults, LeaveNothingBehindWhateverIsMissing) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers need more address space than any limit leaves";
+#else
+  inWorkshop([] {
+    std::ifstream statm("/proc/self/statm");
+    rlim_t pages = 0;
+    statm >> pages;
+    const rlim_t used = pages * static_cast<rlim_t>(sysconf(_SC_PAGESIZE));
+    for (const Step& step : steps()) {
+      SCOPED_TRACE(step.name);
+      for (const rlim_t more : {0U, 128U << 10U, 512U << 10U, 2U << 20U, 8U << 20U})
+        runLimited(step, RLIMIT_AS, used + more);
+      EXPECT_TRUE(runUndisturbed(step));
+    }
+  });
+#endif
+}
+
+TEST(FileSizeFaults, FailWhatWritesAndNothingElse) {
+  inWorkshop([] {
+    // Writers get an error in place of the signal.
+    signal(SIGXFSZ, SIG_IGN);
+    for (const Step& step : steps()) {
+      if ((step.needs & kMounts) != 0) continue;
+      SCOPED_TRACE(step.name);
+      EXPECT_EQ(runLimited(step, RLIMIT_FSIZE, 0), (step.needs & kSpace) == 0);
+      EXPECT_TRUE(runUndisturbed(step));
+    }
+  });
+}
+
+// A volume without room for one more file or one more byte.
+class FullVolume {
+ public:
+  explicit FullVolume(const char* folder) : folder_(folder) {
+    EXPECT_EQ(mount("none", folder, "tmpfs", 0, "size=64k,nr_inodes=40,mode=1777"), 0);
+  }
+  ~FullVolume() { umount2(folder_, MNT_DETACH); }
+  FullVolume(const FullVolume&) = delete;
+  FullVolume& operator=(const FullVolume&) = delete;
+
+  // Takes all that is left. Files already there stay, and nothing more goes into them.
+  void fill() const {
+    const std::string folder = folder_;
+    std::ofstream(folder + "/filler") << std::string(128 << 10, 'x') << std::flush;
+    for (int i = 0; i < 40; ++i) std::ofstream(folder + "/filler" + std::to_string(i)).flush();
+  }
+  void drain() const {
+    for (const auto& entry : fs::directory_iterator(folder_))
+      if (entry.path().filename().string().starts_with("filler")) fs::remove(entry);
+  }
+
+ private:
+  const char* folder_;
+};
+
+void copyTree(const std::string& from, const std::string& to) {
+  fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
+}
+
+TEST(FullVolumeFaults, FailWhatWritesAndKeepWhatWasThere) {
+  inWorkshop([] {
+    copyTree(kDataVolume, "/kept");
+    const FullVolume volume(kDataVolume);
+    copyTree("/kept", kDataVolume);
+    for (const Step& step : steps()) {
+      if (step.name == "copy" || (step.needs & kMounts) != 0) continue;
+      SCOPED_TRACE(step.name);
+      const bool isDone = runDisturbed(
+          step, [&] { volume.fill(); }, [&] { volume.drain(); });
+      EXPECT_EQ(isDone, (step.needs & kSpace) == 0);
+      if (step.name == "album art") {
+        EXPECT_TRUE(fs::exists("/data/music/artist/@_album.jpg")) << "the source";
+      }
+      EXPECT_TRUE(runUndisturbed(step));
+    }
+  });
+}
+
+// An image needs a folder to be mounted on.
+TEST(FullVolumeFaults, KeepDiscImagesUnmounted) {
+  inWorkshop([] {
+    const FullVolume volume("/tmp");
+    for (const Step& step : steps()) {
+      if ((step.needs & kMounts) == 0) continue;
+      SCOPED_TRACE(step.name);
+      EXPECT_FALSE(runDisturbed(
+          step, [&] { volume.fill(); }, [&] { volume.drain(); }));
+      EXPECT_TRUE(runUndisturbed(step));
+    }
+  });
+}
+
+// Opens like any file, and fails at the first read.
+constexpr char kUnreadable[] = "/proc/self/mem";
+
+TEST(ReadFaults, FailEveryReader) {
+  withinSeconds(60, [] {
+    int fd = open(kUnreadable, O_RDONLY);
+    char byte = 0;
+    ASSERT_EQ(read(fd, &byte, 1), -1);
+    close(fd);
+
+    videoObject_st record;
+    std::memset(&record, 0, sizeof record);
+    EXPECT_EQ(GetVideoMetadata1("/proc/self/", "mem", &record, 0), 1U);
+    unsigned number = 7;
+    EXPECT_EQ(GetMp4SubFormat(kUnreadable, &number), 1);
+    EXPECT_EQ(number, 0U);
+    // Neither an index nor a box was found.
+    EXPECT_EQ(CheckMp4MoovAtEnd(kUnreadable), 0);
+    number = 7;
+    EXPECT_EQ(ProbeTsPacketSize(kUnreadable, &number), 1);
+    EXPECT_EQ(number, 7U);
+    EXPECT_EQ(GetAudioTrack(kUnreadable, &number), 1U);
+    EXPECT_EQ(GetDRMProtectedInfo(kUnreadable, &number), 1U);
+    EXPECT_EQ(GetVideoRotationDegree("/proc/self/", "mem", &number), 1U);
+    EXPECT_EQ(number, 7U);
+    MediaInfo* info = nullptr;
+    EXPECT_EQ(GetMediaInfo(kUnreadable, &info, 0, nullptr), 1U);
+    EXPECT_EQ(info, nullptr);
+    double time = 7;
+    EXPECT_EQ(getVideoKeyFrameTime(kUnreadable, 1, &time), 1U);
+    EXPECT_EQ(time, 7);
+    uint32_t width = 7;
+    uint32_t height = 7;
+    EXPECT_EQ(GetPhotoHW(kUnreadable, &width, &height), 1U);
+    EXPECT_EQ(width, 7U);
+    uint32_t rate = 7;
+    EXPECT_EQ(GetAudioMetadata("/proc/self/", "mem", nullptr, nullptr, &rate, nullptr, nullptr,
+                               nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+              1U);
+    EXPECT_EQ(rate, 7U);
+    songObject_st song;
+    std::memset(&song, 0, sizeof song);
+    EXPECT_EQ(GetDsfMetadata("/proc/self/", "mem", &song), 1U);
+    EXPECT_STREQ(song.title, "");
+  });
+}
+
+}  // namespace
+
+}  // namespace kolum::test
