@@ -5,9 +5,13 @@
 #include <cstdlib>
 #include <string>
 
+#include "video/creation.h"
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::string text(reinterpret_cast<const char*>(data), size);
   DateTimeStringToSeconds(text.c_str());
+  kolum::video::creationOfStream(text);
+  kolum::video::creationOfQuickTime(text);
   if (isYYYYMMDD(text.data()) == 1) {
     // What was accepted once is in year-first order and stays accepted.
     const std::string ordered = text;

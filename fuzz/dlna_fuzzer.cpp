@@ -3,6 +3,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <iterator>
+#include <span>
+#include <string>
 
 #include "video/dlna.h"
 
@@ -10,6 +12,9 @@ namespace {
 
 constexpr const char* kDemuxers[] = {"mpegts", "mpeg", "asf", "mov,mp4,m4a,3gp,3g2,mj2", "avi"};
 constexpr int kCodecs[] = {1, 2, 13, 17, 28, 72, 73};
+
+constexpr unsigned kPacketSizes[] = {0, 188, 192};
+constexpr const char* kExtensions[] = {"", ".3gp", ".3G2", ".mp4", ".mov", ".ts", ".wmv", ".mpg"};
 
 // Plain numbers taken from the input as long as it lasts.
 class Numbers {
@@ -23,6 +28,8 @@ class Numbers {
     size_ -= count;
     return value;
   }
+
+  std::span<const std::uint8_t> rest() const { return {data_, size_}; }
 
  private:
   const std::uint8_t* data_;
@@ -50,8 +57,12 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   facts.audioClass = static_cast<unsigned>(numbers.next()) % 12;
   facts.realFrameRate = {numbers.next(), numbers.next()};
   facts.timeBaseDen = numbers.next();
-  facts.path = "/a/b.3gp";
-  const TransportPackets packets = {static_cast<unsigned>(numbers.next()), false};
+  facts.codecTag = static_cast<std::uint32_t>(numbers.next());
+  const auto layout = static_cast<unsigned>(numbers.next());
+  const TransportPackets packets = {pick(kPacketSizes), layout % 2 != 0};
+  const std::string path = std::string("/a/b") + pick(kExtensions);
+  facts.path = path;
+  facts.extraData = numbers.rest();
   DlnaExplanation explanation;
   const DlnaName plain = nameDlnaProfile(facts, [&] { return packets; });
   const DlnaName explained = nameDlnaProfile(

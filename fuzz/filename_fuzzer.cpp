@@ -1,3 +1,4 @@
+#include <kolum/audio.h>
 #include <kolum/filetype.h>
 
 #include <cstddef>
@@ -6,11 +7,14 @@
 #include <string>
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const std::string name(reinterpret_cast<const char*>(data), size);
+  if (size == 0) return 0;
+  const unsigned kinds = data[0];
+  const std::string name(reinterpret_cast<const char*>(data) + 1, size - 1);
   unsigned row = 0;
   unsigned tag = 0;
-  const int kind = KoLUM_GetFilenameType(name.c_str(), &row, 0x0F, &tag);
+  const int kind = KoLUM_GetFilenameType(name.c_str(), &row, kinds, &tag);
   // Every answer but "none" has its row.
   if (kind != 0 && row == 0) std::abort();
+  KoLUM_CheckSpecialCover(name.c_str());
   return 0;
 }

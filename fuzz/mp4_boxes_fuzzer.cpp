@@ -12,7 +12,5 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (GetMp4SubFormat(file.path().c_str(), &subFormat) == 0 && subFormat > 11) std::abort();
   const int verdict = CheckMp4MoovAtEnd(file.path().c_str());
   if (verdict < 0 || verdict > 2) std::abort();
-  unsigned packetSize = 0;
-  ProbeTsPacketSize(file.path().c_str(), &packetSize);
   return 0;
 }

@@ -32,6 +32,13 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   readSong(file);
   uint32_t width = 0;
   uint32_t height = 0;
+  uint32_t pixelFormat = 0;
+  GetPhotoMetadata(file.folder().c_str(), file.name().c_str(), &pixelFormat);
+  songObject_st song;
+  std::memset(&song, 0, sizeof song);
+  GetDsfMetadata(file.folder().c_str(), file.name().c_str(), &song);
+  for (const auto& text : {song.title, song.artist, song.albumArtist, song.album, song.genre})
+    if (std::memchr(text, 0, sizeof song.title) == nullptr) std::abort();
   GetPhotoHW(file.path().c_str(), &width, &height);
   return 0;
 }

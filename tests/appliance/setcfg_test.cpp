@@ -470,6 +470,7 @@ TEST_F(Setcfg, FullDiskLeavesOldFile) {
     EXPECT_FALSE(fs::exists("/volume/.setcfg.new"));
     fs::remove("/volume/rest");
     EXPECT_EQ(set("S", "k", "2").status, 0);
+    EXPECT_EQ(umount("/volume"), 0);
   });
 }
 
@@ -483,6 +484,7 @@ TEST_F(Setcfg, ReadOnlyFolderLeavesOldFile) {
     EXPECT_EQ(outcome.output,
               "setcfg: /volume/a.conf: cannot write to the folder: Read-only file system\n");
     EXPECT_EQ(contentOf(file_), "[S]\nk = 1\n");
+    EXPECT_EQ(umount("/volume"), 0);
   });
 }
 

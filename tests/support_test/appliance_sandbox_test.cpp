@@ -137,6 +137,7 @@ TEST_F(ApplianceSandbox, CoversWhatIsMountedBelowTheRoot) {
       std::ofstream("/kolum test/file") << "inside";
     });
     EXPECT_EQ(contentOf("/kolum test/file"), "outside");
+    mustRun({"umount", "/kolum test"});
   });
 }
 

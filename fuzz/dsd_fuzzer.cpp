@@ -1,0 +1,24 @@
+// Reads the bytes as a DSD file: its chunks and tags, as the library and the tool see them.
+#include <kolum/audio.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+
+#include "dsf2flac/document.h"
+#include "dsf2flac/dsd_file.h"
+#include "fuzz/memory_file.h"
+#include "mediainfo/dsf_tags.h"
+#include "xml/xml_node.h"
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  const kolum::fuzz::MemoryFile file(data, size);
+  kolum::mediainfo::readDsfTags(file.path());
+  const auto facts = kolum::dsf2flac::readDsdFile(file.path());
+  if (!facts) return 0;
+  // Whatever the tags hold, the tool's document is one that the library reads.
+  const std::string document = kolum::dsf2flac::documentOf(*facts);
+  if (document.size() > kolum::dsf2flac::kLongestDocument) std::abort();
+  if (XMLNode::parseString(document, "ID3TAG").isEmpty()) std::abort();
+  return 0;
+}

@@ -1,0 +1,130 @@
+#!/usr/bin/env bash
+# fuzz-seeds.sh FOLDER: makes what the fuzzers begin with, a folder for each in FOLDER, once.
+set -euo pipefail
+[ $# -eq 1 ] || { echo "usage: fuzz-seeds.sh FOLDER" >&2; exit 2; }
+[ -e "$1/.complete" ] && exit 0
+rm -rf "$1"
+mkdir -p "$1"
+cd "$1"
+
+# Media of well below 100 kB each. ffmpeg may lack an encoder: a seed less does no harm.
+encode() {
+  timeout 60 ffmpeg -nostdin -hide_banner -loglevel quiet -y "$@" || rm -f "${!#}"
+}
+readonly kPicture=(-f lavfi -i "testsrc2=size=32x32:rate=5:duration=1")
+readonly kTone=(-f lavfi -i "sine=frequency=440:sample_rate=44100:duration=0.3")
+
+videos() {
+  mkdir -p probe media_info
+  local x264=(-c:v libx264 -preset ultrafast -pix_fmt yuv420p)
+  encode "${kPicture[@]}" "${kTone[@]}" "${x264[@]}" -c:a aac -metadata title=Title \
+    -metadata creation_time=2015-06-07T08:09:10Z probe/faststart.mp4
+  encode "${kPicture[@]}" "${x264[@]}" -f mov -metadata com.apple.quicktime.content.identifier=id \
+    -movflags use_metadata_tags probe/quicktime.mov
+  encode "${kPicture[@]}" "${kTone[@]}" -c:v mpeg2video -c:a mp2 -f mpegts probe/mpeg2.ts
+  encode "${kPicture[@]}" "${x264[@]}" -f mpegts -mpegts_m2ts_mode 1 probe/h264.m2ts
+  encode "${kPicture[@]}" -c:v mpeg2video -f vob probe/mpeg2.vob
+  encode "${kPicture[@]}" "${kTone[@]}" "${x264[@]}" -c:a ac3 probe/h264.mkv
+  encode "${kPicture[@]}" -c:v mpeg4 -vtag XVID probe/xvid.avi
+  encode "${kPicture[@]}" "${kTone[@]}" -c:v wmv2 -c:a wmav2 probe/wmv.wmv
+  encode "${kPicture[@]}" -c:v flv probe/flash.flv
+  encode "${kPicture[@]}" -s 128x96 -c:v h263 probe/phone.3gp
+  cp probe/* media_info/
+}
+
+songs_and_photos() {
+  mkdir -p song_photo
+  local i
+  encode "${kTone[@]}" -c:a libmp3lame -metadata title=Title song_photo/tone.mp3
+  encode "${kTone[@]}" -c:a flac song_photo/tone.flac
+  encode "${kTone[@]}" -c:a aac song_photo/tone.m4a
+  encode "${kTone[@]}" -c:a wmav2 song_photo/tone.wma
+  for i in wav aiff au ogg ac3 wv; do encode "${kTone[@]}" -ar 44100 "song_photo/tone.$i"; done
+  for i in jpg png gif bmp tiff; do encode "${kPicture[@]}" -frames:v 1 "song_photo/picture.$i"; done
+}
+
+# bytes HEXADECIMAL...: these bytes.
+bytes() { printf "$(printf '%s' "$@" | sed 's/../\\x&/g')"; }
+# zeros COUNT
+zeros() { head -c "$1" /dev/zero; }
+
+boxes() {
+  mkdir -p mp4_boxes
+  local brand
+  for brand in 'qt  ' isom mp42 M4V\  3gp4 avc1 M4A\  XAVC; do
+    { bytes 00000018; printf 'ftyp%s' "$brand"; bytes 00000000; printf isommp42
+      bytes 00000010; printf free; zeros 8
+      bytes 00000001; printf mdat; bytes 0000000000000018; zeros 8
+      bytes 00000010; printf moov; zeros 8; } >"mp4_boxes/${brand// /_}"
+  done
+  { bytes 00000018; printf 'ftypisom'; zeros 12; bytes 00000010; printf moov; zeros 8
+    bytes 00000020; printf mdat; zeros 24; } >mp4_boxes/moov-first
+}
+
+packets() {
+  mkdir -p ts_packets
+  local i
+  for i in 1 2 3 4; do bytes 47; zeros 187; done >ts_packets/188
+  for i in 1 2 3; do bytes 0000000047; zeros 187; done >ts_packets/192
+  for i in 1 2 3; do bytes 0102030447; zeros 187; done >ts_packets/192-stamped
+}
+
+# A DSF file of a block of silence, with an ID3v2.4 tag; a DFF file with one, too.
+dsd() {
+  mkdir -p dsd
+  local tag=dsd/tag
+  { printf 'ID3'; bytes 04000000000018; printf TIT2; bytes 000000060000 03; printf 'Title'
+    printf TPE1; zeros 0; } >"$tag"
+  { printf 'DSD '; bytes 1c00000000000000 5c20000000000000 5c20000000000000
+    printf 'fmt '; bytes 3400000000000000 01000000 00000000 02000000 02000000 00112b00 01000000
+    bytes 0080000000000000 00100000 00000000
+    printf data; bytes 0c20000000000000; zeros 8192; cat "$tag"; } >dsd/song.dsf
+  { printf FRM8; bytes 0000000000000088; printf 'DSD FVER'; bytes 0000000000000004 01050000
+    printf PROP; bytes 0000000000000034; printf 'SND FS  '; bytes 0000000000000004 002b1100
+    printf CHNL; bytes 0000000000000002 0002; printf 'CMPR'; bytes 0000000000000004; printf 'DSD '
+    printf 'DSD '; bytes 0000000000000010; zeros 16
+    printf 'ID3 '; bytes 0000000000000022; cat "$tag"; } >dsd/song.dff
+  cp dsd/song.dsf dsd/song.dff song_photo/
+  rm "$tag"
+}
+
+# text NAME TEXT: a seed of its own (backslashes as printf reads them).
+text() {
+  mkdir -p "$1"
+  printf "%b" "$2" >"$1/$(printf '%s' "$2" | sha1sum | cut -c1-12)"
+}
+
+texts() {
+  local i
+  for i in 2015-06-07T08:09:10.000000Z '2015:06:07 08:09:10' 20150607 07/06/2015 2015/06/07 \
+    2015-06-07T08:09:10+0200; do text datetime "$i"; done
+  for i in a.mp4 b.JPG c.mp3 d.dsf index.bdmv VIDEO_TS.IFO e.tar.iso cover.jpg .mkv x.m2ts y.heic
+  do text filename "\\017$i"; done
+  for i in MPEG-4 'MPEG-4\0isom' H.264 AAC DIVX_XVID MKV PROFILE_H264 UNKNOWN; do
+    text identifiers "$i"
+  done
+  for i in "a b'c" 'The Artist / Album' 'UNKNOWN' '\xc3\x89tude "x"'; do text host_names "$i"; done
+  text config '[KOLUMSERVER]\nENABLE = TRUE\nMODE = 2\nDAILYBUILD_HH=0x10\nMC_VERSION="1 ; x"\n[THUMBNAIL]\nMIN_WIDTH=50\nPHOTO_BLACKLIST=a:b::c:\n[PelmoCore]\nDeviceType=1\n'
+  text config '[THUMBNAIL]\nthumbnail:quality = 3 # x\nVIDEO_BLACKLIST = "a;b" \\\\\n  c\n'
+  text setcfg '[S]\nkey = "old" ; why\n[T]\nkey=x\n'
+  text xml '<?xml version="1.0"?><ID3TAG><TITLE>a &amp; b</TITLE><YEAR>1999</YEAR><DURATION>12</DURATION><CHANNEL>2</CHANNEL><FREQUENCY>2822400</FREQUENCY></ID3TAG>'
+  local place='<output><reversegeocode language="en"><result osm_type="way" osm_id="7">Paris</result><addressparts><city>Paris</city><country>France</country></addressparts></reversegeocode></output>'
+  text xml "$place"
+  text osm_answer "$place"
+  text osm_answer '<error>no place</error>'
+  text answer '\001\0\0\0\0\0\0\0\004\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0text\0'
+  text answer '\002\0\0\0\0\0\0\0\0377\0377\0377\0377\0377\0377\0377\0377'
+  mkdir -p dlna
+  for i in 1 2 3 4 5 6 7; do
+    bytes "0${i}000000" "0${i}000000" d0020000 40020000 00093d00 00093d00 64000000 28000000 03000000 \
+      19000000 01000000 905f0100 >"dlna/$i"
+  done
+}
+
+videos
+songs_and_photos
+boxes
+packets
+dsd
+texts
+touch .complete
