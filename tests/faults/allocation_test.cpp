@@ -3,6 +3,7 @@
 // What fails are the C++ allocations of the library and of the libraries written in C++ that it
 // uses, and the library's own calls of malloc() and calloc() (through the linker's --wrap).
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <cstddef>
 #include <cstdio>
@@ -18,6 +19,10 @@ constexpr int kNever = -1;
 // The number of allocations that still succeed, of this thread.
 thread_local int allocationsLeft = kNever;
 thread_local bool hasFailed = false;
+
+// Programs that a step starts are not meant.
+[[maybe_unused]] const int kForksAreSpared =
+    pthread_atfork(nullptr, nullptr, [] { allocationsLeft = kNever; });
 
 bool mayAllocate() {
   if (allocationsLeft == kNever) return true;

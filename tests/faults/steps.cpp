@@ -241,7 +241,26 @@ std::vector<Step> steps() {
       {"DSD texts", readsDsdTexts, kDescriptors | kPrograms},
       // FFmpeg alone is enough.
       {"DSD record", readsDsdRecord, kDescriptors},
+      {"DSD numbers",
+       [] {
+         uint32_t rate = 0;
+         return GetDsfMetadata2(kFolder, "song.dsf", nullptr, nullptr, &rate, nullptr, nullptr,
+                                nullptr) == 0;
+       },
+       kDescriptors | kPrograms},
       {"photo", readsPhoto, kDescriptors},
+      {"pixel format",
+       [] {
+         uint32_t format = 0;
+         return GetPhotoMetadata(kFolder, "cover.jpg", &format) == 0;
+       },
+       kDescriptors},
+      {"explanation",
+       [] {
+         DlnaNaming naming;
+         return ExplainDlnaProfile(kFolder, "video.mp4", 0, &naming) == 0;
+       },
+       kDescriptors},
       {"cover", findsCover},
       {"artist picture",
        [] {
