@@ -88,6 +88,14 @@ dsd() {
   rm "$tag"
 }
 
+# An index file with two program chains, the second of an hour.
+dvd() {
+  mkdir -p dvd
+  { printf 'DVDVIDEO-VTS'; zeros 192; bytes 00000001; zeros 1840
+    bytes 0002 0000 00000037 81000000 00000018 82000000 00000028
+    bytes 00000000 00000100; zeros 8; bytes 00000000 01000040; zeros 2000; } >dvd/index
+}
+
 # text NAME TEXT: a seed of its own (backslashes as printf reads them).
 text() {
   mkdir -p "$1"
@@ -126,5 +134,6 @@ songs_and_photos
 boxes
 packets
 dsd
+dvd
 texts
 touch .complete
