@@ -1,0 +1,255 @@
+// What the library adds to FFmpeg: each entry point against a floor that does nothing but open the
+// file and read the stream information with the same FFmpeg, interleaved.
+//
+//   probe_overhead times ROUNDS FILE...        lines "FILE ENTRY MICROSECONDS", medians
+//   probe_overhead once ENTRY FILE             one call, for those who count system calls
+//   probe_overhead memory ENTRY FILE           peak growth in KiB, threads left
+//   probe_overhead flat COUNT FILE             growth in KiB over COUNT probes
+//   probe_overhead parallel COUNT FILE...      speed of two threads by that of one
+extern "C" {
+#include <libavformat/avformat.h>
+#include <libavutil/log.h>
+}
+#include <MediaInfo/MediaInfo.h>
+#include <kolum/kolum.h>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace {
+
+std::FILE* results = nullptr;
+
+struct Path {
+  std::string whole;
+  std::string folder;
+  std::string name;
+};
+
+Path pathOf(const std::string& whole) {
+  const std::size_t slash = whole.rfind('/') + 1;
+  return {whole, slash == 0 ? "./" : whole.substr(0, slash), whole.substr(slash)};
+}
+
+void openAndRead(const Path& path, bool streamInfo) {
+  AVFormatContext* context = nullptr;
+  if (avformat_open_input(&context, path.whole.c_str(), nullptr, nullptr) != 0) return;
+  if (streamInfo) avformat_find_stream_info(context, nullptr);
+  avformat_close_input(&context);
+}
+
+void floorProbe(const Path& path) {
+  openAndRead(path, true);
+}
+void floorOpen(const Path& path) {
+  openAndRead(path, false);
+}
+
+void videoRecord(const Path& path) {
+  videoObject_st record = {};
+  GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, 0);
+}
+
+void mediaInfo(const Path& path) {
+  MediaInfo* info = nullptr;
+  GetMediaInfo(path.whole.c_str(), &info, 0, nullptr);
+  Free_MediaInfo(info);
+}
+
+void audioTracks(const Path& path) {
+  unsigned count = 0;
+  GetAudioTrack(path.whole.c_str(), &count);
+}
+
+void rotation(const Path& path) {
+  unsigned degrees = 0;
+  GetVideoRotationDegree(path.folder.c_str(), path.name.c_str(), &degrees);
+}
+
+void song(const Path& path) {
+  std::uint32_t numbers[8] = {};
+  std::int32_t profile = 0;
+  std::int32_t level = 0;
+  char name[16] = "";
+  GetAudioMetadata(path.folder.c_str(), path.name.c_str(), &numbers[0], &numbers[1], &numbers[2],
+                   &numbers[3], &numbers[4], &numbers[5], &numbers[6], &numbers[7], &profile,
+                   &level, name);
+}
+
+void photo(const Path& path) {
+  std::uint32_t width = 0;
+  std::uint32_t height = 0;
+  GetPhotoHW(path.whole.c_str(), &width, &height);
+}
+
+// MediaInfo in this process, as its own examples open files.
+void otherLibrary(const Path& path) {
+  MediaInfoLib::MediaInfo handle;
+  handle.Open(MediaInfoLib::String(path.whole.begin(), path.whole.end()));
+  handle.Close();
+}
+
+struct Entry {
+  const char* name;
+  const char* floor;
+  unsigned kinds;  // bits of classification
+  void (*call)(const Path&);
+};
+
+constexpr unsigned kSong = 1;
+constexpr unsigned kVideo = 2;
+constexpr unsigned kPhoto = 4;
+
+constexpr Entry kEntries[] = {
+    {"floor", "floor", kSong | kVideo | kPhoto, floorProbe},
+    {"open", "open", kVideo, floorOpen},
+    {"GetVideoMetadata1", "floor", kVideo, videoRecord},
+    {"GetMediaInfo", "floor", kVideo, mediaInfo},
+    {"GetAudioTrack", "floor", kVideo, audioTracks},
+    {"GetVideoRotationDegree", "open", kVideo, rotation},
+    {"GetAudioMetadata", "floor", kSong, song},
+    {"GetPhotoHW", "floor", kPhoto, photo},
+};
+
+unsigned kindOf(const Path& path) {
+  unsigned row = 0;
+  unsigned tag = 0;
+  const int kind = KoLUM_GetFilenameType(path.whole.c_str(), &row, 7, &tag);
+  return kind == 0 ? 0 : 1U << (kind - 1);
+}
+
+double microseconds(const std::function<void()>& work) {
+  const auto before = std::chrono::steady_clock::now();
+  work();
+  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - before)
+      .count();
+}
+
+double median(std::vector<double> values) {
+  std::sort(values.begin(), values.end());
+  return values[values.size() / 2];
+}
+
+// Every round begins with a call that is not counted, so that all find the caches as FFmpeg leaves
+// them, and takes the entries in another order.
+void times(int rounds, const Path& path) {
+  const unsigned kind = kindOf(path);
+  constexpr std::size_t kCount = std::size(kEntries);
+  std::vector<std::vector<double>> taken(kCount);
+  for (int round = 0; round < rounds; ++round) {
+    floorProbe(path);
+    for (std::size_t step = 0; step < kCount; ++step) {
+      const std::size_t i = (step + static_cast<std::size_t>(round)) % kCount;
+      if ((kEntries[i].kinds & kind) == 0) continue;
+      taken[i].push_back(microseconds([&] { kEntries[i].call(path); }));
+    }
+  }
+  for (std::size_t i = 0; i < kCount; ++i)
+    if (!taken[i].empty())
+      std::fprintf(results, "%s\t%s\t%s\t%.2f\n", path.whole.c_str(), kEntries[i].name,
+                   kEntries[i].floor, median(taken[i]));
+}
+
+// Apart from the others, as what it leaves in the caches is not what FFmpeg leaves.
+void others(int rounds, const Path& path) {
+  std::vector<double> taken;
+  for (int round = 0; round < rounds; ++round)
+    taken.push_back(microseconds([&] { otherLibrary(path); }));
+  std::fprintf(results, "%s\tMediaInfo\tfloor\t%.2f\n", path.whole.c_str(), median(taken));
+}
+
+const Entry& entryOf(const std::string& name) {
+  for (const Entry& entry : kEntries)
+    if (name == entry.name) return entry;
+  std::fprintf(stderr, "no entry %s\n", name.c_str());
+  std::exit(2);
+}
+
+long residentKib() {
+  std::ifstream statm("/proc/self/statm");
+  long size = 0;
+  long resident = 0;
+  statm >> size >> resident;
+  return resident * sysconf(_SC_PAGESIZE) / 1024;
+}
+
+long peakKib() {
+  rusage usage = {};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+void memory(const Entry& entry, const Path& path) {
+  const long before = residentKib();
+  entry.call(path);
+  std::fprintf(results, "%s\t%ld\t%ld\n", entry.name, std::max(0L, peakKib() - before),
+               std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}) - 1);
+}
+
+void flat(int count, const Path& path) {
+  for (int i = 0; i < count / 10; ++i) videoRecord(path);
+  const long before = residentKib();
+  for (int i = 0; i < count; ++i) videoRecord(path);
+  std::fprintf(results, "%ld\n", residentKib() - before);
+}
+
+void parallel(int count, const std::vector<Path>& paths) {
+  const auto work = [&] {
+    for (int i = 0; i < count; ++i)
+      for (const Path& path : paths) videoRecord(path);
+  };
+  std::vector<double> ratios;
+  for (int round = 0; round < 7; ++round) {
+    const double one = microseconds(work);
+    const double two = microseconds([&] {
+      std::thread other(work);
+      work();
+      other.join();
+    });
+    ratios.push_back(2 * one / two);
+  }
+  std::fprintf(results, "%.3f\n", median(ratios));
+}
+
+// The library's own lines would measure the terminal, and mix with the results.
+bool takeOverOutput() {
+  results = fdopen(dup(STDOUT_FILENO), "w");
+  return results != nullptr && std::freopen("/dev/null", "w", stdout) != nullptr &&
+         std::freopen("/dev/null", "w", stderr) != nullptr;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 4 || !takeOverOutput()) return 2;
+  av_log_set_level(AV_LOG_QUIET);
+  const std::string mode = argv[1];
+  std::vector<Path> paths;
+  for (int i = 3; i < argc; ++i) paths.push_back(pathOf(argv[i]));
+  if (mode == "times") {
+    for (const Path& path : paths) times(std::atoi(argv[2]), path);
+    for (const Path& path : paths) others(std::atoi(argv[2]) / 10 + 1, path);
+  } else if (mode == "once") {
+    entryOf(argv[2]).call(paths[0]);
+  } else if (mode == "memory") {
+    memory(entryOf(argv[2]), paths[0]);
+  } else if (mode == "flat") {
+    flat(std::atoi(argv[2]), paths[0]);
+  } else if (mode == "parallel") {
+    parallel(std::atoi(argv[2]), paths);
+  } else {
+    return 2;
+  }
+  return 0;
+}
