@@ -2,7 +2,7 @@
 // file and read the stream information with the same FFmpeg, interleaved.
 //
 //   probe_overhead times ROUNDS FILE...        lines "FILE ENTRY MICROSECONDS", medians
-//   probe_overhead once ENTRY FILE             one call, for those who count system calls
+//   probe_overhead calls ENTRY FILE...         one call a file, for those who count system calls
 //   probe_overhead memory ENTRY FILE           peak growth in KiB, threads left
 //   probe_overhead flat COUNT FILE             growth in KiB over COUNT probes
 //   probe_overhead parallel COUNT FILE...      speed of two threads by that of one
@@ -240,8 +240,8 @@ int main(int argc, char** argv) {
   if (mode == "times") {
     for (const Path& path : paths) times(std::atoi(argv[2]), path);
     for (const Path& path : paths) others(std::atoi(argv[2]) / 10 + 1, path);
-  } else if (mode == "once") {
-    entryOf(argv[2]).call(paths[0]);
+  } else if (mode == "calls") {
+    for (const Path& path : paths) entryOf(argv[2]).call(path);
   } else if (mode == "memory") {
     memory(entryOf(argv[2]), paths[0]);
   } else if (mode == "flat") {

@@ -176,11 +176,17 @@ Input::Input(AVFormatContext* context) : context_(context) {
 
 std::optional<Input> Input::open(const char* path) {
   struct stat status = {};
-  std::string url = path;
-  if (stat(path, &status) == 0) {
-    if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) return std::nullopt;
-    url = urlOfExistingFile(path);
-  }
+  if (stat(path, &status) != 0) return std::nullopt;
+  if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) return std::nullopt;
+  return openWith(urlOfExistingFile(path));
+}
+
+std::optional<Input> Input::openUrl(const char* url) {
+  struct stat status = {};
+  return stat(url, &status) == 0 ? open(url) : openWith(url);
+}
+
+std::optional<Input> Input::openWith(const std::string& url) {
   AVFormatContext* context = nullptr;
   if (avformat_open_input(&context, url.c_str(), nullptr, nullptr) != 0) return std::nullopt;
   return Input(context);

@@ -107,9 +107,11 @@ class Stream {
 // An opened input; closed on destruction.
 class Input {
  public:
-  // Opens a file, or a URL that names no file here. Empty when FFmpeg cannot open it, and for
-  // folders, pipes and other things that are no file: opening a pipe would wait for its writer.
+  // Opens an existing file. Empty when there is none or FFmpeg cannot open it, and for folders,
+  // pipes and other things that are no file: opening a pipe would wait for its writer.
   static std::optional<Input> open(const char* path);
+  // The same, and where there is nothing of that name, the URL of that text.
+  static std::optional<Input> openUrl(const char* url);
 
   // Reads packets until the streams are known as far as FFmpeg gets.
   void readStreamInfo();
@@ -133,6 +135,7 @@ class Input {
     void operator()(AVFormatContext* context) const;
   };
 
+  static std::optional<Input> openWith(const std::string& url);
   explicit Input(AVFormatContext* context);
   void listStreams();
 

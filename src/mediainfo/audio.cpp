@@ -1,5 +1,6 @@
 #include <kolum/audio.h>
 #include <kolum/identifiers.h>
+#include <sys/stat.h>
 
 #include <cinttypes>
 #include <cstdio>
@@ -130,6 +131,11 @@ unsigned dsdFormat(std::string_view path) {
   return FORMAT_UNKNOWN;
 }
 
+bool isThere(const std::string& path) {
+  struct stat status = {};
+  return stat(path.c_str(), &status) == 0;
+}
+
 unsigned describeDsd(const char* folder, const char* fileName, unsigned format,
                      const AudioOutputs& out) {
   put(out.channels, 2);
@@ -142,9 +148,9 @@ unsigned describeDsd(const char* folder, const char* fileName, unsigned format,
 
 unsigned audioMetadata(const char* folder, const char* fileName, const AudioOutputs& out) {
   const auto path = wholePath(folder, fileName);
-  if (!path || !hasStatus(*path)) return 1;
+  if (!path) return 1;
   if (const unsigned format = dsdFormat(*path); format != FORMAT_UNKNOWN)
-    return describeDsd(folder, fileName, format, out);
+    return isThere(*path) ? describeDsd(folder, fileName, format, out) : 1;
   const auto input = openMedia(*path);
   if (!input) return 1;
   // A file without audio is a success with nothing to tell: hosts keep it listed.

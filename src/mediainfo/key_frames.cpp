@@ -170,7 +170,7 @@ unsigned int getVideoKeyFrameTime(const char* url, int seconds, double* keyFrame
     KOLUM_MEDIAINFO_MESSAGE("[%s:%d]: input parameter error.\n");
     return 1;
   }
-  const auto input = kolum::av::Input::open(url);
+  const auto input = kolum::av::Input::openUrl(url);
   if (!input) {
     KOLUM_MEDIAINFO_MESSAGE_OF("[%s:%d]: avformat_open_input %s fail.\n", url);
     return 1;

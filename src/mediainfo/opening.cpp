@@ -1,7 +1,5 @@
 #include "mediainfo/opening.h"
 
-#include <sys/stat.h>
-
 #include "support/text.h"
 
 namespace kolum::mediainfo {
@@ -11,13 +9,7 @@ std::optional<std::string> wholePath(std::string_view folder, std::string_view n
   return joinPath(folder, name);
 }
 
-bool hasStatus(const std::string& path) {
-  struct stat status = {};
-  return stat(path.c_str(), &status) == 0;
-}
-
 std::optional<av::Input> openMedia(const std::string& path) {
-  if (!hasStatus(path)) return std::nullopt;
   av::registerFormats();
   auto input = av::Input::open(path.c_str());
   if (input) input->readStreamInfo();

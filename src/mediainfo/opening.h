@@ -14,8 +14,6 @@ namespace kolum::mediainfo {
 // another file.
 std::optional<std::string> wholePath(std::string_view folder, std::string_view name);
 
-bool hasStatus(const std::string& path);
-
 // An existing file, opened and with its stream information read; empty when either is not to be
 // had.
 std::optional<av::Input> openMedia(const std::string& path);

@@ -2,7 +2,6 @@
 
 #include <kolum/host.h>
 #include <kolum/identifiers.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -172,8 +171,6 @@ bool Probe::choosePath() {
 }
 
 bool Probe::open() {
-  struct stat status = {};
-  if (stat(path_.c_str(), &status) != 0) return false;
   av::registerFormats();
   input_ = av::Input::open(path_.c_str());
   if (!input_) return false;

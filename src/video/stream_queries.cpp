@@ -1,5 +1,4 @@
 #include <kolum/video.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -14,14 +13,9 @@ namespace kolum::video {
 
 namespace {
 
-bool hasStatus(const char* path) {
-  struct stat status = {};
-  return stat(path, &status) == 0;
-}
-
 // The file with its stream information; empty when it cannot be opened or has no streams.
 std::optional<av::Input> openWithStreams(const char* path) {
-  if (path == nullptr || !hasStatus(path)) return std::nullopt;
+  if (path == nullptr) return std::nullopt;
   av::registerFormats();
   auto input = av::Input::open(path);
   if (!input) return std::nullopt;
@@ -53,7 +47,6 @@ unsigned int rotationDegrees(std::string_view folder, std::string_view fileName,
                              unsigned int& degrees) {
   if (folder.size() + fileName.size() >= kPathSize) return 1;
   const std::string path = joinPath(folder, fileName);
-  if (!hasStatus(path.c_str())) return 1;
   // Neither registers formats nor reads the stream information, on purpose: the container's header
   // tells the rotation, and thumbnail builders ask for it often.
   const auto input = av::Input::open(path.c_str());
