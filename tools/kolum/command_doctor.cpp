@@ -45,8 +45,10 @@ std::optional<std::string> firstProgram(const std::vector<std::string>& paths) {
 std::optional<std::string> onPath(const std::string& name) {
   const char* path = std::getenv("PATH");
   std::istringstream folders(path != nullptr ? path : "");
-  for (std::string folder; std::getline(folders, folder, ':');)
-    if (isProgram(folder + "/" + name)) return folder + "/" + name;
+  for (std::string folder; std::getline(folders, folder, ':');) {
+    std::string program = (std::filesystem::path(folder) / name).string();
+    if (isProgram(program)) return program;
+  }
   return std::nullopt;
 }
 
