@@ -425,7 +425,10 @@ TEST(LeapYear, FollowsTheGregorianCalendar) {
 using Print = void (*)(int, const char*, const char*, int, const char*, const char*, ...);
 
 Print hostPrint() {
-  void* library = dlopen("libkohost.so", RTLD_NOW | RTLD_NOLOAD);
+  // By the path it was loaded from, which some function of it tells.
+  Dl_info host = {};
+  if (dladdr(reinterpret_cast<void*>(&IsLeapYear), &host) == 0) return nullptr;
+  void* library = dlopen(host.dli_fname, RTLD_NOW | RTLD_NOLOAD);
   return library != nullptr ? reinterpret_cast<Print>(dlsym(library, "koDebugUtilWrapperPrint"))
                             : nullptr;
 }
