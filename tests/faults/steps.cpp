@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <kolum/kolum.h>
 #include <signal.h>
+#include <sys/prctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -64,6 +65,8 @@ class ServerProcess {
 
  private:
   [[noreturn]] static void serve() {
+    // Not to outlive a test that crashes.
+    prctl(PR_SET_PDEATHSIG, SIGKILL);
     const RunningEchoServer server(MediaLibrary::LUM::wire::kSocketPath);
     while (true) pause();
   }
