@@ -145,6 +145,7 @@ def svg(rows):
 
 def main():
     paths = make_corpus()
+    load_before = os.getloadavg()[0]
     times, floors = probe_times(paths)
     ffprobe = process_times(paths, ["ffprobe", "-v", "error", "-show_format", "-show_streams", "-of",
                                     "json"])
@@ -182,7 +183,9 @@ def main():
            f"Written by `bench/compare.py` with {ROUNDS} rounds; medians. Machine: {cpu}, "
            f"{os.cpu_count()} CPUs, {platform.system()} {platform.release()}; "
            f"FFmpeg {found['FFmpeg']}, MediaInfo {found['MediaInfo']}, "
-           f"{platform.freedesktop_os_release()['PRETTY_NAME']}.", "",
+           f"{platform.freedesktop_os_release()['PRETTY_NAME']}. Load average (1 minute) before and "
+           f"after: {load_before:.2f}, {os.getloadavg()[0]:.2f}; above about 1 others ran beside, and "
+           "times, most of all those of two threads, say little.", "",
            "The floor is a program that opens the file and reads the stream information with the same "
            "FFmpeg, and does nothing else; its calls and ours take turns. `GetVideoRotationDegree` reads "
            "no stream information, so its floor is the opening alone.", "",

@@ -10,7 +10,7 @@ extern "C" {
 #include <libavformat/avformat.h>
 #include <libavutil/log.h>
 }
-#include <MediaInfo/MediaInfo.h>
+#include <dlfcn.h>
 #include <kolum/kolum.h>
 #include <sys/resource.h>
 #include <unistd.h>
@@ -61,6 +61,22 @@ void videoRecord(const Path& path) {
   GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, 0);
 }
 
+// As most hosts call it: they have a variable for each of these.
+void videoFlat(const Path& path) {
+  int numbers[23] = {};
+  char mimeType[96];
+  char dlnaProfile[128];
+  char yearMonth[8];
+  char creationDate[12];
+  std::int64_t creationTime = 0;
+  double frameRate = 0;
+  int* n = numbers;
+  GetVideoMetadata3(path.folder.c_str(), path.name.c_str(), n, n + 1, n + 2, n + 3, n + 4, n + 5,
+                    n + 6, n + 7, n + 8, n + 9, mimeType, dlnaProfile, n + 10, n + 11, n + 12,
+                    n + 13, n + 14, n + 15, n + 16, n + 17, n + 18, n + 19, yearMonth, creationDate,
+                    &creationTime, 0, &frameRate, nullptr, nullptr, nullptr, nullptr, n + 20);
+}
+
 void mediaInfo(const Path& path) {
   MediaInfo* info = nullptr;
   GetMediaInfo(path.whole.c_str(), &info, 0, nullptr);
@@ -70,6 +86,11 @@ void mediaInfo(const Path& path) {
 void audioTracks(const Path& path) {
   unsigned count = 0;
   GetAudioTrack(path.whole.c_str(), &count);
+}
+
+void isProtected(const Path& path) {
+  unsigned answer = 0;
+  GetDRMProtectedInfo(path.whole.c_str(), &answer);
 }
 
 void rotation(const Path& path) {
@@ -93,12 +114,45 @@ void photo(const Path& path) {
   GetPhotoHW(path.whole.c_str(), &width, &height);
 }
 
-// MediaInfo in this process, as its own examples open files.
-void otherLibrary(const Path& path) {
-  MediaInfoLib::MediaInfo handle;
-  handle.Open(MediaInfoLib::String(path.whole.begin(), path.whole.end()));
-  handle.Close();
+void pixelFormat(const Path& path) {
+  std::uint32_t format = 0;
+  GetPhotoMetadata(path.folder.c_str(), path.name.c_str(), &format);
 }
+
+// MediaInfo in this process, by its C interface. It is looked up at run time, as its development
+// package cannot be installed beside the libcurl that this project builds with.
+class OtherLibrary {
+ public:
+  OtherLibrary() {
+    library_ = dlopen("libmediainfo.so.0", RTLD_NOW);
+    if (library_ == nullptr) return;
+    find("MediaInfoA_New", create_);
+    find("MediaInfoA_Open", open_);
+    find("MediaInfoA_Close", close_);
+    find("MediaInfoA_Delete", destroy_);
+  }
+
+  bool isThere() const { return library_ != nullptr && create_ != nullptr && open_ != nullptr; }
+
+  void probe(const Path& path) const {
+    void* handle = create_();
+    open_(handle, path.whole.c_str());
+    close_(handle);
+    destroy_(handle);
+  }
+
+ private:
+  template <typename Function>
+  void find(const char* name, Function*& function) {
+    function = reinterpret_cast<Function*>(dlsym(library_, name));
+  }
+
+  void* library_ = nullptr;
+  void* (*create_)() = nullptr;
+  std::size_t (*open_)(void*, const char*) = nullptr;
+  void (*close_)(void*) = nullptr;
+  void (*destroy_)(void*) = nullptr;
+};
 
 struct Entry {
   const char* name;
@@ -115,11 +169,14 @@ constexpr Entry kEntries[] = {
     {"floor", "floor", kSong | kVideo | kPhoto, floorProbe},
     {"open", "open", kVideo, floorOpen},
     {"GetVideoMetadata1", "floor", kVideo, videoRecord},
+    {"GetVideoMetadata3", "floor", kVideo, videoFlat},
     {"GetMediaInfo", "floor", kVideo, mediaInfo},
     {"GetAudioTrack", "floor", kVideo, audioTracks},
+    {"GetDRMProtectedInfo", "floor", kVideo, isProtected},
     {"GetVideoRotationDegree", "open", kVideo, rotation},
     {"GetAudioMetadata", "floor", kSong, song},
     {"GetPhotoHW", "floor", kPhoto, photo},
+    {"GetPhotoMetadata", "floor", kPhoto, pixelFormat},
 };
 
 unsigned kindOf(const Path& path) {
@@ -162,10 +219,10 @@ void times(int rounds, const Path& path) {
 }
 
 // Apart from the others, as what it leaves in the caches is not what FFmpeg leaves.
-void others(int rounds, const Path& path) {
+void others(int rounds, const OtherLibrary& library, const Path& path) {
   std::vector<double> taken;
   for (int round = 0; round < rounds; ++round)
-    taken.push_back(microseconds([&] { otherLibrary(path); }));
+    taken.push_back(microseconds([&] { library.probe(path); }));
   std::fprintf(results, "%s\tMediaInfo\tfloor\t%.2f\n", path.whole.c_str(), median(taken));
 }
 
@@ -239,7 +296,9 @@ int main(int argc, char** argv) {
   for (int i = 3; i < argc; ++i) paths.push_back(pathOf(argv[i]));
   if (mode == "times") {
     for (const Path& path : paths) times(std::atoi(argv[2]), path);
-    for (const Path& path : paths) others(std::atoi(argv[2]) / 10 + 1, path);
+    const OtherLibrary library;
+    if (!library.isThere()) return 1;
+    for (const Path& path : paths) others(std::atoi(argv[2]) / 10 + 1, library, path);
   } else if (mode == "calls") {
     for (const Path& path : paths) entryOf(argv[2]).call(path);
   } else if (mode == "memory") {
