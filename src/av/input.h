@@ -30,6 +30,9 @@ struct Rational {
 // FFmpeg's mark of an unknown time stamp or duration.
 inline constexpr std::int64_t kNoTimestamp = INT64_MIN;
 
+// FFmpeg's mark of an unknown codec level.
+inline constexpr int kUnknownLevel = -99;
+
 // The unit of container durations: a second has this many.
 inline constexpr std::int64_t kTimeBase = 1'000'000;
 

@@ -60,7 +60,6 @@ constexpr Demuxer kDemuxers[] = {
     {"wv", FORMAT_WV},
 };
 constexpr unsigned kOtherDemuxer = 0xFFFFFFFF;
-constexpr std::int32_t kUnknownLevel = -99;
 
 unsigned containerFormat(std::string_view demuxer, const std::string& path) {
   for (const Demuxer& row : kDemuxers) {
@@ -124,10 +123,9 @@ constexpr DsdExtension kDsdExtensions[] = {{".dsf", FORMAT_DSF}, {".dff", FORMAT
 
 // The format of a DSD file, told by its name alone; 0 for other files.
 unsigned dsdFormat(std::string_view path) {
-  const std::size_t dot = path.rfind('.');
-  if (dot == std::string_view::npos) return FORMAT_UNKNOWN;
+  const std::string_view extension = extensionOf(path);
   for (const DsdExtension& row : kDsdExtensions)
-    if (equalsIgnoringCase(path.substr(dot), row.extension)) return row.format;
+    if (equalsIgnoringCase(extension, row.extension)) return row.format;
   return FORMAT_UNKNOWN;
 }
 
@@ -140,7 +138,7 @@ unsigned describeDsd(const char* folder, const char* fileName, unsigned format,
                      const AudioOutputs& out) {
   put(out.channels, 2);
   put(out.profile, PROFILE_UNKNOWN);
-  put(out.level, kUnknownLevel);
+  put(out.level, av::kUnknownLevel);
   put(out.containerFormat, format);
   return GetDsfMetadata2(folder, fileName, out.containerBitRate, out.bitRate, out.sampleRate,
                          out.bitsPerSample, out.channels, out.durationSec);

@@ -14,7 +14,6 @@ namespace kolum::mediainfo {
 namespace {
 
 constexpr std::size_t kTextSize = 256;
-constexpr std::int32_t kUnknownLevel = -99;
 
 // Where the technical numbers go; null ones are skipped.
 struct NumberOutputs {
@@ -51,11 +50,6 @@ void putText(char* out, const std::string& text) {
 
 void putIfNotZero(int32_t* out, std::optional<std::int32_t> number) {
   if (out != nullptr && number.value_or(0) != 0) *out = *number;
-}
-
-std::string_view extensionOf(std::string_view name) {
-  const std::size_t dot = name.rfind('.');
-  return dot == std::string_view::npos ? "" : name.substr(dot);
 }
 
 struct TextOutputs {
@@ -150,7 +144,7 @@ unsigned int GetDsfMetadata3(const char* folder, const char* fileName, char* tit
   const TextOutputs texts = {title, artist, albumArtist, album};
   // DSF files have their texts from their tag alone; what is missing there is not the tool's to
   // add.
-  const bool isDsf = kolum::equalsIgnoringCase(extensionOf(fileName), ".dsf");
+  const bool isDsf = kolum::equalsIgnoringCase(kolum::extensionOf(fileName), ".dsf");
   if (isDsf) putTags(*path, texts);
   const auto document = runDsfTool(*path);
   if (!document) return 1;
@@ -171,7 +165,7 @@ unsigned int GetDsfMetadata(const char* folder, const char* fileName, songObject
   if (folder == nullptr || fileName == nullptr || record == nullptr) return 1;
   record->channels = 2;
   record->profile = PROFILE_UNKNOWN;
-  record->level = kUnknownLevel;
+  record->level = kolum::av::kUnknownLevel;
   record->containerFormat = FORMAT_DSF;
   // What the tool cannot tell, FFmpeg may.
   GetDsfMetadata3(folder, fileName, record->title, record->artist, record->albumArtist,

@@ -17,6 +17,11 @@ void copyText(char* out, std::size_t size, std::string_view text) {
   out[length] = '\0';
 }
 
+std::string_view extensionOf(std::string_view name) {
+  const std::size_t dot = name.rfind('.');
+  return dot == std::string_view::npos ? "" : name.substr(dot);
+}
+
 bool equalsIgnoringCase(std::string_view a, std::string_view b) {
   return std::equal(a.begin(), a.end(), b.begin(), b.end(),
                     [](char x, char y) { return lowerCase(x) == lowerCase(y); });

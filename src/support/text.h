@@ -22,6 +22,9 @@ void copyText(char (&out)[kSize], std::string_view text) {
   copyText(out, kSize, text);
 }
 
+// What follows a name's last ".", with it; empty when there is none.
+std::string_view extensionOf(std::string_view name);
+
 // Only ASCII letters have case here, whatever the locale.
 constexpr char lowerCase(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;

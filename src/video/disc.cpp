@@ -27,10 +27,9 @@ struct DirectoryCloser {
 using Directory = std::unique_ptr<DIR, DirectoryCloser>;
 
 bool hasSuffix(std::string_view name, std::string_view extension) {
-  const std::size_t dot = name.rfind('.');
+  const std::string_view suffix = extensionOf(name);
   // A longer suffix that begins with the extension counts too; hosts rely on it.
-  return dot != std::string_view::npos &&
-         equalsIgnoringCase(name.substr(dot, extension.size()), extension);
+  return !suffix.empty() && equalsIgnoringCase(suffix.substr(0, extension.size()), extension);
 }
 
 std::optional<std::int64_t> regularFileSize(const std::string& path) {

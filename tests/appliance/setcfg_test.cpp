@@ -31,6 +31,7 @@ extern char** environ;
 namespace {
 
 namespace fs = std::filesystem;
+using kolum::test::contentOf;
 using kolum::test::runInAppliance;
 using kolum::test::sandboxUnavailable;
 using kolum::test::TempDir;
@@ -39,13 +40,6 @@ using testing::HasSubstr;
 using testing::StartsWith;
 
 constexpr char kSetcfg[] = KOLUM_SETCFG;
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
 
 pid_t start(const std::vector<std::string>& arguments, const std::string& output) {
   std::vector<char*> argv;

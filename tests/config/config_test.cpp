@@ -6,7 +6,6 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <functional>
 #include <sstream>
 #include <string>
@@ -14,10 +13,12 @@
 
 #include "support/appliance_sandbox.h"
 #include "support/log_recorder.h"
+#include "support/temp_dir.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using kolum::test::contentOf;
 using kolum::test::LogMessage;
 using kolum::test::LogRecorder;
 using kolum::test::runInAppliance;
@@ -31,13 +32,6 @@ constexpr char kVolume[] = "/tmp/volume";
 constexpr char kServerFile[] = "/tmp/volume/.system/lumserver.conf";
 constexpr char kApplianceFile[] = "/etc/config/medialibrary.conf";
 constexpr char kSetTool[] = "/sbin/setcfg";
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
 
 // An appliance with a data volume, the real tool and two configuration files.
 void inAppliance(const std::function<void()>& body) {

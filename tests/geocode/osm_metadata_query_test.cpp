@@ -11,11 +11,9 @@
 #include <cstdio>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
 #include <limits>
 #include <optional>
 #include <set>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -29,6 +27,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using kolum::test::contentOf;
 using kolum::test::ExpectNoDescriptorLeak;
 using kolum::test::LogMessage;
 using kolum::test::LogRecorder;
@@ -47,13 +46,6 @@ constexpr char kTool[] = "/usr/local/medialibrary/bin/osm_info";
 constexpr char kParis[] =
     "<output><reversegeocode language=\"fr\"><result osm_type=\"relation\" osm_id=\"7444\">Paris, "
     "France</result><addressparts><city>Paris</city></addressparts></reversegeocode></output>";
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
 
 void expectParis(const osm_place_s& place) {
   EXPECT_EQ(place.osmType, 3);

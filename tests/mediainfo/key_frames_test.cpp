@@ -311,15 +311,10 @@ TEST(KeyFrameSearch, LooksAtTheFirstVideoStreamOnly) {
   expectFound(search(path, 1), 4);
 }
 
-std::string fileContent(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 TEST(KeyFrameSearch, FailsForAStreamThatNobodyCanDecode) {
   TempDir folder;
   std::string file =
-      fileContent(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"));
+      contentOf(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"));
   for (std::size_t at = 0; (at = file.find("FMP4", at)) != std::string::npos;)
     file.replace(at, 4, "AVS2");
   const std::string path = folder.write("avs2.avi", file);
@@ -330,7 +325,7 @@ TEST(KeyFrameSearch, FailsForAStreamThatNobodyCanDecode) {
 TEST(KeyFrameSearch, FailsForADecoderThatRefusesTheStream) {
   TempDir folder;
   std::string file =
-      fileContent(media("raw.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v huffyuv"));
+      contentOf(media("raw.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v huffyuv"));
   // The picture format chunk: 8 bytes of header, then size, width, height, planes, bits a pixel and
   // the codec; what the codec needs follows it. Without that it refuses.
   const std::size_t format = file.find("strf");

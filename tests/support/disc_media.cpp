@@ -38,7 +38,7 @@ void addSubtitle(const std::string& from, const std::string& to, const TempDir& 
 }
 
 // All that an image of the folder depends on: names, kinds and contents.
-std::string contentOf(const fs::path& folder) {
+std::string folderContent(const fs::path& folder) {
   std::map<std::string, std::string> entries;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
     std::string& content = entries[entry.path().lexically_relative(folder)];
@@ -101,7 +101,8 @@ std::string discRoot(const std::string& folder) {
 }
 
 std::string discImage(const std::string& folder, const std::string& name, ImageKind kind) {
-  const std::string recipe = (kind == ImageKind::kExt4 ? "ext4 " : "squashfs ") + contentOf(folder);
+  const std::string recipe =
+      (kind == ImageKind::kExt4 ? "ext4 " : "squashfs ") + folderContent(folder);
   return made(name, recipe, [&](const std::string& path) {
     if (kind == ImageKind::kSquashfs) {
       mustRun({"mksquashfs", folder, path, "-quiet", "-no-progress"});

@@ -8,17 +8,13 @@
 #include <stdexcept>
 
 #include "support/media_factory.h"
+#include "support/temp_dir.h"
 
 namespace kolum::test {
 
 namespace {
 
 constexpr std::size_t kHeaderSize = 8;
-
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 
 void writeFile(const std::string& path, const std::string& content) {
   std::ofstream out(path, std::ios::binary);
@@ -102,7 +98,7 @@ std::string withTrackMatrix(const std::string& mp4Path, const TrackMatrix& matri
     numbers += bigEndian(static_cast<std::uint32_t>(number), 4);
   const std::string name = std::filesystem::path(mp4Path).filename();
   return made(name, "matrix " + mp4Path + numbers, [&](const std::string& path) {
-    std::string file = readFile(mp4Path);
+    std::string file = contentOf(mp4Path);
     const std::size_t movie = findBox(file, 0, file.size(), "moov");
     const std::size_t header = findChild(file, findChild(file, movie, "trak"), "tkhd");
     constexpr std::size_t kMatrixOffset = 48;
@@ -125,7 +121,7 @@ std::string withSphericalBox(const std::string& mp4Path) {
       "</rdf:SphericalVideo>";
   const std::string name = std::filesystem::path(mp4Path).filename();
   return made(name, "spherical " + mp4Path + text, [&](const std::string& path) {
-    std::string file = readFile(mp4Path);
+    std::string file = contentOf(mp4Path);
     const std::size_t movie = findBox(file, 0, file.size(), "moov");
     const std::size_t track = findChild(file, movie, "trak");
     const std::string added = box("uuid", identifier + text);

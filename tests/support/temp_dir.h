@@ -1,4 +1,4 @@
-// A fresh folder of a test's own, removed with everything in it at the end.
+// A fresh folder of a test's own, removed with everything in it at the end; and what is in files.
 #ifndef KOLUM_TESTS_SUPPORT_TEMP_DIR_H
 #define KOLUM_TESTS_SUPPORT_TEMP_DIR_H
 
@@ -25,6 +25,9 @@ class TempDir {
  private:
   std::filesystem::path path_;
 };
+
+// All bytes of a file; empty when it cannot be read.
+std::string contentOf(const std::string& path);
 
 }  // namespace kolum::test
 

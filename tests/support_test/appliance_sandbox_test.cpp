@@ -11,8 +11,6 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
-#include <iterator>
-#include <sstream>
 #include <thread>
 #include <vector>
 
@@ -26,11 +24,6 @@ namespace kolum::test {
 namespace {
 
 using ::testing::HasSubstr;
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 
 std::vector<std::string> namesIn(const std::string& folder) {
   std::vector<std::string> names;

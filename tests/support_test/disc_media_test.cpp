@@ -6,8 +6,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <memory>
 #include <nlohmann/json.hpp>
 #include <vector>
@@ -26,11 +24,6 @@ namespace {
 using ::testing::Contains;
 using ::testing::EndsWith;
 using ::testing::IsSupersetOf;
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 
 std::vector<std::string> codecsOf(const std::string& path) {
   std::vector<std::string> codecs;

@@ -3,7 +3,6 @@
 #include <gmock/gmock.h>
 
 #include <cmath>
-#include <fstream>
 #include <iterator>
 #include <nlohmann/json.hpp>
 #include <optional>
@@ -17,11 +16,6 @@ namespace kolum::test {
 namespace {
 
 using namespace std::string_literals;
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
 
 std::string movie() {
   return media("builder.mp4",

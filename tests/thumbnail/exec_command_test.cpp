@@ -8,8 +8,6 @@
 
 #include <csignal>
 #include <cstdlib>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,6 +19,7 @@
 
 namespace {
 
+using kolum::test::contentOf;
 using kolum::test::ExpectNoDescriptorLeak;
 using kolum::test::LogMessage;
 using kolum::test::LogRecorder;
@@ -32,13 +31,6 @@ using testing::ElementsAre;
 int shell(const std::string& script, int returnExitCode) {
   const char* argv[] = {"sh", "-c", script.c_str(), nullptr};
   return ExecCommand(argv, returnExitCode);
-}
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
 }
 
 struct ResultCase {

@@ -7,8 +7,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -21,6 +19,7 @@
 namespace {
 
 namespace fs = std::filesystem;
+using kolum::test::contentOf;
 using kolum::test::ExpectNoDescriptorLeak;
 using kolum::test::LogMessage;
 using kolum::test::LogRecorder;
@@ -28,13 +27,6 @@ using kolum::test::TempDir;
 using kolum::test::withinSeconds;
 using testing::ElementsAre;
 using testing::IsEmpty;
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
 
 struct NameCase {
   unsigned mediaType;

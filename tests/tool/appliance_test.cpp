@@ -7,12 +7,11 @@
 #include <unistd.h>
 
 #include <filesystem>
-#include <fstream>
-#include <sstream>
 #include <thread>
 
 #include "ipc/running_echo_server.h"
 #include "support/appliance_sandbox.h"
+#include "support/temp_dir.h"
 #include "tool/kolum_run.h"
 
 namespace kolum::test {
@@ -43,13 +42,6 @@ using ToolArtwork = Appliance;
 using ToolGeocode = Appliance;
 
 const RunOptions kOnVolume = {.environment = {{"KO_DATA_DIR", kVolume}}};
-
-std::string contentOf(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::ostringstream content;
-  content << in.rdbuf();
-  return content.str();
-}
 
 TEST_F(ToolNotify, AWaitEndsWithWhatWasPosted) {
   runInAppliance([] {

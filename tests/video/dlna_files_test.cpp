@@ -44,16 +44,11 @@ std::string source(const std::string& size, const std::string& rate, const std::
          " -f lavfi -i sine=r=48000:d=" + seconds + " -pix_fmt yuv420p ";
 }
 
-std::string readFile(const std::string& path) {
-  std::ifstream in(path, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), {}};
-}
-
 // A copy of a file with 192-byte packets whose time stamps are all zero.
 std::string withoutTimeStamps(const std::string& path) {
   return made(std::filesystem::path(path).filename(), "no stamps " + path,
               [&](const std::string& out) {
-                std::string file = readFile(path);
+                std::string file = contentOf(path);
                 for (std::size_t at = 0; at + 192 <= file.size(); at += 192)
                   file.replace(at, 4, std::string(4, '\0'));
                 std::ofstream(out, std::ios::binary) << file;
@@ -322,7 +317,7 @@ TEST(DlnaFiles, MsMpeg4) {
 std::string wmv3(const std::string& name, const std::string& arguments, char profileBits) {
   const std::string wmv2 = media(name, arguments);
   return made(name, "WMV3 from " + wmv2 + profileBits, [&](const std::string& path) {
-    std::string file = readFile(wmv2);
+    std::string file = contentOf(wmv2);
     std::size_t count = 0;
     for (std::size_t at = file.find("WMV2"); at != std::string::npos; at = file.find("WMV2", at)) {
       file.replace(at, 4, "WMV3");
