@@ -25,9 +25,11 @@ std::string atTerminal(const std::string& arguments, const Environment& environm
   return mustRun({"script", "--quiet", "--return", "--command", command, "/dev/null"}, options);
 }
 
+// The library has nothing to say of this file, not even where its lines are shown, as with
+// sanitizers.
 std::string listOf(const TempDir& folder, std::size_t count) {
   std::string names;
-  for (std::size_t i = 0; i < count; ++i) names += samples() + "Videos/harbour.mp4\n";
+  for (std::size_t i = 0; i < count; ++i) names += samples() + "Videos/holiday.avi\n";
   return folder.write("list", names);
 }
 
@@ -51,15 +53,14 @@ TEST(Progress, IsShownAtATerminalWhileResultsGoElsewhereAndThenCleared) {
   const TempDir folder;
   const std::string said = atTerminal("probe --files-from '" + listOf(folder, 2000) + "'", {},
                                       " >'" + folder.path("results") + "'");
-  EXPECT_THAT(said, HasSubstr("  harbour.mp4"));
+  EXPECT_THAT(said, HasSubstr("  holiday.avi"));
   EXPECT_THAT(said, testing::EndsWith("\r\x1b[K"));
 }
 
 TEST(Progress, StaysAwayFromFilesAndResults) {
   const TempDir folder;
   const std::string list = listOf(folder, 2000);
-  // With sanitizers the library's own lines are shown there.
-  EXPECT_THAT(kolum({"probe", "--files-from", list}).err, Not(HasSubstr("\x1b[K")));
+  EXPECT_EQ(kolum({"probe", "--files-from", list}).err, "");
   EXPECT_THAT(atTerminal("cover --files-from '" + list + "'"), Not(HasSubstr("\x1b[K")));
 }
 
