@@ -6,6 +6,7 @@
 #include <sys/resource.h>
 #include <unistd.h>
 
+#include <climits>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
@@ -43,6 +44,13 @@ bool runLimited(const Step& step, __rlimit_resource kind, rlim_t value) {
   std::optional<Limit> limit;
   return runDisturbed(
       step, [&] { limit.emplace(kind, value); }, [&] { limit.reset(); });
+}
+
+bool runWithWorkingPath(const Step& step, std::string path) {
+  char* const before = g_localWorkingPath;
+  const bool isDone = runDisturbed(
+      step, [&] { g_localWorkingPath = path.data(); }, [&] { g_localWorkingPath = before; });
+  return isDone;
 }
 
 rlim_t lowestFreeDescriptor() {
@@ -189,6 +197,62 @@ TEST(FullVolumeFaults, KeepDiscImagesUnmounted) {
       EXPECT_FALSE(runDisturbed(
           step, [&] { volume.fill(); }, [&] { volume.drain(); }));
       EXPECT_TRUE(runUndisturbed(step));
+    }
+  });
+}
+
+// The tools of the working path when something is wrong with them, and with the path itself.
+TEST(WorkingPathFaults, FailWhatNeedsItsToolsAndNothingElse) {
+  struct Fault {
+    const char* name;
+    const char* script;  // of both tools; null for none
+    bool isExecutable;
+  };
+  constexpr Fault kFaults[] = {
+      {"no tool", nullptr, false},
+      {"not executable", "exit 0", false},
+      {"fails", "exit 1", true},
+      {"killed", "kill -SEGV $$", true},
+      {"no answer", "exit 0", true},
+      {"half an answer", "printf '<ID3TAG><TITLE>T</TITLE><ART'", true},
+      {"no text", "head -c 100000 /dev/urandom", true},
+      {"complains at length", "yes | head -c 1000000 >&2; exit 3", true},
+  };
+  inWorkshop([&] {
+    fs::create_directory("/broken");
+    for (const Fault& fault : kFaults) {
+      SCOPED_TRACE(fault.name);
+      for (const char* tool : {"/broken/ffmpeg", "/broken/dsf2flac"}) {
+        fs::remove(tool);
+        if (fault.script == nullptr) continue;
+        writeTool(tool, fault.script);
+        if (!fault.isExecutable) fs::permissions(tool, fs::perms::owner_read);
+      }
+      for (const Step& step : steps()) {
+        SCOPED_TRACE(step.name);
+        if ((step.needs & kMounts) != 0) continue;
+        EXPECT_EQ(runWithWorkingPath(step, "/broken/"), (step.needs & kWorkingPath) == 0);
+        if (step.name == "album art") {
+          EXPECT_TRUE(fs::exists("/data/music/artist/@_album.jpg")) << "the source";
+        }
+        EXPECT_TRUE(runUndisturbed(step));
+      }
+    }
+  });
+}
+
+TEST(WorkingPathFaults, OfThePathItselfAreThoseOfAMissingTool) {
+  inWorkshop([] {
+    const std::string long_(PATH_MAX, 'x');
+    for (const char* path : {"/nowhere/", "/files/video.mp4/", "/tools", "'; exit 0; '",
+                             "/tools/\xff\xfe/", long_.c_str()}) {
+      SCOPED_TRACE(path);
+      for (const Step& step : steps()) {
+        SCOPED_TRACE(step.name);
+        if ((step.needs & kWorkingPath) == 0) continue;
+        EXPECT_FALSE(runWithWorkingPath(step, path));
+        EXPECT_TRUE(runUndisturbed(step));
+      }
     }
   });
 }

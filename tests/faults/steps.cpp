@@ -28,7 +28,6 @@ namespace {
 constexpr char kFolder[] = "/files/";
 constexpr char kVideo[] = "/files/video.mp4";
 constexpr char kPhoto[] = "/files/cover.jpg";
-constexpr char kTools[] = "/tools/";
 constexpr char kSource[] = "/data/music/artist/@_album.jpg";
 constexpr char kPlace[] = "cat /files/place.xml";
 
@@ -73,10 +72,6 @@ class ServerProcess {
 
   pid_t process_;
 };
-
-void writeTool(const std::string& path, const std::string& script) {
-  writeRootFile(path, "#!/bin/sh\n" + script + "\n", 0755);
-}
 
 void furnish(const std::string& image) {
   fs::create_directories(kFolder);
@@ -203,6 +198,10 @@ void putSource() {
 
 }  // namespace
 
+void writeTool(const std::string& path, const std::string& script) {
+  writeRootFile(path, "#!/bin/sh\n" + script + "\n", 0755);
+}
+
 std::vector<Step> steps() {
   std::vector<Step> all = {
       {"video, record", [] { return probesRecord("video.mp4"); }, kDescriptors},
@@ -241,7 +240,7 @@ std::vector<Step> steps() {
       {"media info", readsMediaInfo, kDescriptors},
       {"key frame", findsKeyFrame, kDescriptors},
       {"song", readsSong, kDescriptors},
-      {"DSD texts", readsDsdTexts, kDescriptors | kPrograms},
+      {"DSD texts", readsDsdTexts, kDescriptors | kPrograms | kWorkingPath},
       // FFmpeg alone is enough.
       {"DSD record", readsDsdRecord, kDescriptors},
       {"DSD numbers",
@@ -250,7 +249,7 @@ std::vector<Step> steps() {
          return GetDsfMetadata2(kFolder, "song.dsf", nullptr, nullptr, &rate, nullptr, nullptr,
                                 nullptr) == 0;
        },
-       kDescriptors | kPrograms},
+       kDescriptors | kPrograms | kWorkingPath},
       {"photo", readsPhoto, kDescriptors},
       {"pixel format",
        [] {
@@ -271,7 +270,7 @@ std::vector<Step> steps() {
          LUM_CheckMusicArtistThumbnail(kMusic, "artist", path);
          return true;
        }},
-      {"album art", makesAlbumArt, kPrograms | kSpace, putSource},
+      {"album art", makesAlbumArt, kPrograms | kSpace | kWorkingPath, putSource},
       {"transcoded copy",
        [] {
          LUM_IsTranscodeFileExist(kMusic, "video.mp4");

@@ -11,7 +11,14 @@
 namespace kolum::test {
 
 // What a step cannot do without.
-enum Need : unsigned { kNothing = 0, kDescriptors = 1, kPrograms = 2, kSpace = 4, kMounts = 8 };
+enum Need : unsigned {
+  kNothing = 0,
+  kDescriptors = 1,
+  kPrograms = 2,
+  kSpace = 4,
+  kMounts = 8,
+  kWorkingPath = 16,  // the tools in the folder that KoLUM_Init is told
+};
 
 struct Step {
   std::string name;
@@ -27,6 +34,10 @@ std::vector<Step> steps();
 // Folders of the furnished sandbox.
 inline constexpr char kDataVolume[] = "/data";
 inline constexpr char kMusic[] = "/data/music/";
+inline constexpr char kTools[] = "/tools/";  // the working path
+
+// A shell script that can be called.
+void writeTool(const std::string& path, const std::string& script);
 
 // Runs BODY in a furnished sandbox; skips the test where none can be had.
 void inWorkshop(const std::function<void()>& body);
