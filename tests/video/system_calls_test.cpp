@@ -1,18 +1,21 @@
-// The brand probe and the box walk meet every MP4 file of a library, so what they ask of the kernel
-// is counted: one descriptor at a time, and one read a box.
+// What the library asks of the kernel beyond what FFmpeg asks for itself: on a spinning disk or a
+// network share each call counts. Unlike times, the numbers are the same on every machine.
 #include <gtest/gtest.h>
 #include <kolum/video.h>
 #include <sys/ptrace.h>
+#include <sys/syscall.h>
 #include <sys/user.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <csignal>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
+#include "support/media_factory.h"
 #include "support/mp4_builder.h"
 #include "support/temp_dir.h"
 
@@ -55,6 +58,22 @@ std::optional<long> callsOf(const std::function<void()>& work) {
   return static_cast<long>(all->size()) - static_cast<long>(nothing->size());
 }
 
+bool isOnFiles(unsigned long long call) {
+  constexpr unsigned long long kOnFiles[] = {SYS_open,       SYS_openat,   SYS_read,  SYS_pread64,
+                                             SYS_lseek,      SYS_stat,     SYS_lstat, SYS_fstat,
+                                             SYS_newfstatat, SYS_statx,    SYS_ioctl, SYS_access,
+                                             SYS_getdents64, SYS_readlink, SYS_close};
+  return std::count(std::begin(kOnFiles), std::end(kOnFiles), call) != 0;
+}
+
+// Those on files that a call of PROBE makes once everything is set up that is set up but once.
+std::optional<long> callsOnFiles(const std::function<void()>& probe) {
+  probe();
+  const auto calls = tracedCalls(probe);
+  if (!calls) return std::nullopt;
+  return std::count_if(calls->begin(), calls->end(), isOnFiles);
+}
+
 const std::string kContent = std::string(64, 'x');
 
 TEST(GetMp4SubFormat, OpensReadsAndClosesWhereTheBrandTellsAll) {
@@ -79,6 +98,41 @@ TEST(CheckMp4MoovAtEnd, ReadsOncePerBox) {
     if (!calls) GTEST_SKIP() << "tracing is not allowed here";
     constexpr long kOpenSizeEndClose = 4;
     EXPECT_EQ(*calls, kOpenSizeEndClose + boxes);
+  }
+}
+
+struct Video {
+  const char* name;
+  const char* options;
+  long more;
+};
+
+// A stream query asks for one call more than FFmpeg: the one that tells a file from a pipe or a
+// folder. A record takes no further one, but for opening, reading and closing where the brand of an
+// MP4 file is wanted, and where packets of a transport stream are measured.
+TEST(GetVideoMetadata1, AsksForHardlyMoreThanAStreamQuery) {
+  constexpr char kSource[] =
+      "-f lavfi -i testsrc2=size=64x48:rate=25:duration=1 -f lavfi -i sine=duration=1 ";
+  constexpr Video kVideos[] = {
+      {"calls.mp4", "-c:v libx264 -c:a aac", 3},    {"calls.mkv", "-c:v libx264 -c:a aac", 0},
+      {"calls.avi", "-c:v mpeg4 -c:a mp2", 0},      {"calls.ts", "-c:v libx264 -c:a aac", 3},
+      {"calls.mpg", "-c:v mpeg2video -c:a mp2", 0},
+  };
+  for (const Video& video : kVideos) {
+    SCOPED_TRACE(video.name);
+    const std::string path = media(video.name, std::string(kSource) + video.options);
+    const std::string folder = path.substr(0, path.rfind('/') + 1);
+    const auto query = callsOnFiles([&] {
+      unsigned count = 0;
+      GetAudioTrack(path.c_str(), &count);
+    });
+    const auto record = callsOnFiles([&] {
+      videoObject_st object = {};
+      GetVideoMetadata1(folder.c_str(), video.name, &object, 0);
+    });
+    if (!query || !record) GTEST_SKIP() << "tracing is not allowed here";
+    EXPECT_LE(*record, *query + video.more);
+    EXPECT_GT(*query, 4) << "opened, read and closed";
   }
 }
 
