@@ -31,6 +31,8 @@ namespace {
 
 std::FILE* results = nullptr;
 
+constexpr int kSearchSeconds = 5;
+
 struct Path {
   std::string whole;
   std::string folder;
@@ -54,6 +56,43 @@ void floorProbe(const Path& path) {
 }
 void floorOpen(const Path& path) {
   openAndRead(path, false);
+}
+
+// The packet that IS_WANTED, from TIMESTAMP of a stream on; false when there is none.
+template <typename IsWanted>
+bool seekAndRead(AVFormatContext* context, int stream, std::int64_t timestamp, AVPacket* packet,
+                 IsWanted isWanted) {
+  if (av_seek_frame(context, stream, timestamp, 0) < 0) return false;
+  bool isFound = false;
+  while (!isFound && av_read_frame(context, packet) == 0) {
+    isFound = packet->stream_index == stream && isWanted(*packet);
+    if (!isFound) av_packet_unref(packet);
+  }
+  return isFound;
+}
+
+// A search for a key frame: no stream information and no decoder, but a look at the first packet
+// where the header does not tell when the stream begins.
+void floorSearch(const Path& path) {
+  AVFormatContext* context = nullptr;
+  if (avformat_open_input(&context, path.whole.c_str(), nullptr, nullptr) != 0) return;
+  const int video = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
+  AVPacket* packet = av_packet_alloc();
+  if (video >= 0 && packet != nullptr) {
+    const AVStream& stream = *context->streams[video];
+    std::int64_t start = stream.start_time;
+    if (start == AV_NOPTS_VALUE) {
+      const auto hasTime = [](const AVPacket& p) { return p.pts != AV_NOPTS_VALUE; };
+      start = seekAndRead(context, video, 0, packet, hasTime) ? packet->pts : 0;
+      av_packet_unref(packet);
+    }
+    const std::int64_t target =
+        av_rescale(kSearchSeconds, stream.time_base.den, stream.time_base.num) + start;
+    seekAndRead(context, video, target, packet,
+                [](const AVPacket& p) { return (p.flags & AV_PKT_FLAG_KEY) != 0; });
+  }
+  av_packet_free(&packet);
+  avformat_close_input(&context);
 }
 
 void videoRecord(const Path& path) {
@@ -88,9 +127,19 @@ void audioTracks(const Path& path) {
   GetAudioTrack(path.whole.c_str(), &count);
 }
 
+void subtitleTracks(const Path& path) {
+  unsigned count = 0;
+  GetSubtitleTrack(path.whole.c_str(), &count);
+}
+
 void isProtected(const Path& path) {
   unsigned answer = 0;
   GetDRMProtectedInfo(path.whole.c_str(), &answer);
+}
+
+void keyFrame(const Path& path) {
+  double time = 0;
+  getVideoKeyFrameTime(path.whole.c_str(), kSearchSeconds, &time);
 }
 
 void rotation(const Path& path) {
@@ -168,12 +217,15 @@ constexpr unsigned kPhoto = 4;
 constexpr Entry kEntries[] = {
     {"floor", "floor", kSong | kVideo | kPhoto, floorProbe},
     {"open", "open", kVideo, floorOpen},
+    {"search", "search", kVideo, floorSearch},
     {"GetVideoMetadata1", "floor", kVideo, videoRecord},
     {"GetVideoMetadata3", "floor", kVideo, videoFlat},
     {"GetMediaInfo", "floor", kVideo, mediaInfo},
     {"GetAudioTrack", "floor", kVideo, audioTracks},
+    {"GetSubtitleTrack", "floor", kVideo, subtitleTracks},
     {"GetDRMProtectedInfo", "floor", kVideo, isProtected},
-    {"GetVideoRotationDegree", "open", kVideo, rotation},
+    {"GetVideoRotationDegree", "floor", kVideo, rotation},
+    {"getVideoKeyFrameTime", "search", kVideo, keyFrame},
     {"GetAudioMetadata", "floor", kSong, song},
     {"GetPhotoHW", "floor", kPhoto, photo},
     {"GetPhotoMetadata", "floor", kPhoto, pixelFormat},
