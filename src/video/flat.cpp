@@ -52,8 +52,10 @@ void preset(int* output, int value) {
   if (output != nullptr) *output = value;
 }
 
+// Unlike the record's texts, these are not cleared: one that the probe has nothing for keeps what
+// the caller put there, as numbers do.
 void writeText(char* output, std::size_t size, const std::string& text) {
-  if (output != nullptr) copyText(output, size, text);
+  if (output != nullptr && !text.empty()) copyText(output, size, text);
 }
 
 // What callers of these functions find before anything can fail.
