@@ -21,7 +21,6 @@ namespace kolum::test {
 
 namespace {
 
-using ::testing::Contains;
 using ::testing::EndsWith;
 using ::testing::IsSupersetOf;
 

@@ -64,7 +64,8 @@ struct Texts {
 
   Texts() {
     std::memset(this, '#', sizeof *this);
-    for (char* text : {mimeType, dlnaProfile, yearMonth, creationDate}) std::strcpy(text, kKept);
+    for (char* text : {mimeType, dlnaProfile, yearMonth, creationDate})
+      std::memcpy(text, kKept, sizeof kKept);
   }
   void into(Flat& flat) const {
     for (const char* guard : {guard1, guard2, guard3, guard4})
