@@ -115,8 +115,8 @@ KOLUM_EXPORT int CheckMp4MoovAtEnd(const char* path);
  * return 0 on success and 1 on failure. A null output is skipped; outputs not reached keep what the
  * caller put there, except these presets: orientation 1, subtitleMode 16, subtitleCount 0, is360 0.
  * Text outputs are buffers of the sizes of the record's fields: mimeType 96 bytes, dlnaProfile 128,
- * yearMonth 8, creationDate 12. They are not cleared, so that of a file without a DLNA profile, say,
- * dlnaProfile keeps what it held: callers empty them first.
+ * yearMonth 8, creationDate 12. They are not cleared, so that of a file without a DLNA profile,
+ * say, dlnaProfile keeps what it held: callers empty them first.
  *
  * What differs from the record: disc images are mounted and their main title is probed; subtitle
  * streams are counted for every file, and subtitleMode drops to 0 for a file (no disc) that has
