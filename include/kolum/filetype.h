@@ -1,9 +1,8 @@
 /*
  * File types: the extensions that the media library knows, and the classification of files by name.
  *
- * A process classifies one name (or calls any function that builds the index) before its threads
- * do, or lets them: the index is built once and under a lock. Masks are plain process state: they
- * are set before threads classify.
+ * Threads may classify from the start: the first call builds the index, once and under a lock.
+ * Masks are plain process state: they are set before threads classify.
  */
 #ifndef KOLUM_FILETYPE_H
 #define KOLUM_FILETYPE_H
@@ -67,7 +66,7 @@ KOLUM_EXPORT extern MediaHashNode* g_pHashMusic[100];
 KOLUM_EXPORT extern MediaHashNode* g_pHashPicture[20];
 KOLUM_EXPORT extern MediaHashNode* g_pHashPlaylist[10];
 
-/* 0 before the index is built, 1 from the beginning of its building. */
+/* 0 before the index is built, 1 from the beginning of its building. For hosts to read only. */
 KOLUM_EXPORT extern int g_initHash;
 
 /*
@@ -78,8 +77,8 @@ KOLUM_EXPORT extern int g_initHash;
  * index, a null name.
  *
  * ROW receives the number of the matching row, from 1, or 0; of rejected ".ifo" and ".bdmv" files
- * the row as well. TAG receives the caller's tag when video is of interest, else 0. Either may be
- * null. Both stay untouched for a null name.
+ * the row as well. TAG receives the caller's tag when video is of interest and the name has a dot,
+ * else 0. Either may be null. Both stay untouched for a null name.
  */
 KOLUM_EXPORT int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int kinds,
                                        unsigned int* tag);

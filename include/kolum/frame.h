@@ -5,8 +5,9 @@
  * Notifications are two POSIX named semaphores, "KOLUMS" (changes) and "KOLUMSSTOP" (stop), which
  * every process on the machine shares once it has called KoLUM_Init. A process initialises before
  * its threads use the library; the other functions, KoLUM_LazyNotification excepted, may then be
- * called from any thread. Before KoLUM_Init and after KoLUM_UnInit they fail as the semaphore call
- * does on an invalid semaphore: -1, with EINVAL in errno.
+ * called from any thread. Before KoLUM_Init and after KoLUM_UnInit every use of a semaphore fails
+ * as the call does on an invalid one: with -1 (KoLUM_WaitStopNotificationTimeOut: 2), and EINVAL in
+ * errno.
  */
 #ifndef KOLUM_FRAME_H
 #define KOLUM_FRAME_H

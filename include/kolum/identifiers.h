@@ -4,7 +4,8 @@
  *
  * The numbers stand in hosts' databases and never change. Every function may be called from any
  * thread. Name buffers are the caller's; 64 bytes hold every name. A null name or output is treated
- * as an unknown name: the result is the failure code and nothing is written.
+ * as an unknown name: the result is the failure code and nothing is written, except that the brand
+ * of a container format is emptied and ProfileIDToName returns 0.
  */
 #ifndef KOLUM_IDENTIFIERS_H
 #define KOLUM_IDENTIFIERS_H

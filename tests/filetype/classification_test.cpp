@@ -107,6 +107,7 @@ TEST(Classification, TakesIfoFilesOfDvdsOnly) {
   EXPECT_EQ(classify("/share/DVD/VIDEO_TS/VIDEO_TS.IFO", kVideo), (Answer{2, 1}));
   EXPECT_EQ(classify("video_ts.ifo", kVideo), (Answer{2, 1}));
   EXPECT_EQ(classify("/share/DVD_RTAV/VR_MANGR.IFO", kVideo), (Answer{2, 1}));
+  EXPECT_EQ(classify("/share/x/my_video_ts.ifo", kVideo), (Answer{2, 1})) << "the end counts";
   EXPECT_EQ(classify("/share/x/other.ifo", kVideo), (Answer{0, 1}));
   EXPECT_EQ(classify("vts_01_0.ifo", kVideo), (Answer{0, 1}));
   EXPECT_EQ(classify(".ifo", kVideo), (Answer{0, 1})) << "shorter than the names";
@@ -115,6 +116,7 @@ TEST(Classification, TakesIfoFilesOfDvdsOnly) {
 TEST(Classification, TakesBdmvFilesOfBluraysOnly) {
   EXPECT_EQ(classify("/share/BD/BDMV/index.bdmv", kVideo), (Answer{2, 2}));
   EXPECT_EQ(classify("INDEX.BDMV", kVideo), (Answer{2, 2}));
+  EXPECT_EQ(classify("myindex.bdmv", kVideo), (Answer{2, 2})) << "the end counts";
   EXPECT_EQ(classify("movie.bdmv", kVideo), (Answer{0, 2}));
   EXPECT_EQ(classify(".bdmv", kVideo), (Answer{0, 2})) << "shorter than the name";
 }

@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <kolum/datetime.h>
 
+#include <chrono>
 #include <ctime>
 #include <set>
 #include <string>
@@ -152,6 +153,13 @@ TEST(GetUniqueNumer, NeverReturnsTheSameTwice) {
   EXPECT_GE(first, now);
   EXPECT_EQ(getUniqueNumer(), first + 1);
   EXPECT_EQ(getUniqueNumer(), first + 2);
+}
+
+TEST(GetUniqueNumer, CatchesUpWithTheClock) {
+  const std::time_t last = getUniqueNumer();
+  while (std::time(nullptr) <= last + 1) std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  const std::time_t now = std::time(nullptr);
+  EXPECT_GE(getUniqueNumer(), now);
 }
 
 TEST(GetUniqueNumer, IsUniqueAmongThreads) {

@@ -11,6 +11,7 @@
 #include <cerrno>
 #include <chrono>
 #include <cstdint>
+#include <ctime>
 #include <functional>
 #include <string>
 #include <thread>
@@ -100,6 +101,27 @@ TEST(Init, CreatesBothSemaphoresWithoutPosts) {
   initialised([] {
     EXPECT_EQ(valueOf("KOLUMS"), 0);
     EXPECT_EQ(valueOf("KOLUMSSTOP"), 0);
+  });
+}
+
+TEST(Init, OpensBothSemaphoresToEveryUser) {
+  inSandbox([] {
+    umask(0);
+    ASSERT_EQ(KoLUM_Init(nullptr), 0);
+    for (const char* file : {"/dev/shm/sem.KOLUMS", "/dev/shm/sem.KOLUMSSTOP"}) {
+      struct stat status = {};
+      ASSERT_EQ(stat(file, &status), 0) << file;
+      EXPECT_EQ(status.st_mode & 07777U, 0777U) << file;
+    }
+  });
+}
+
+TEST(Init, OpensNoStopSemaphoreWhereThatOfChangesCannotBeOpened) {
+  inSandbox([] {
+    ASSERT_EQ(mkdir("/dev/shm/sem.KOLUMS", 0700), 0);
+    EXPECT_EQ(KoLUM_Init("/first/"), 1);
+    EXPECT_STREQ(g_localWorkingPath, "/first/");
+    EXPECT_EQ(valueOf("KOLUMSSTOP"), -1);
   });
 }
 
@@ -258,6 +280,16 @@ TEST(WaitStopNotificationTimeOut, TellsAPostFromTheEndOfTime) {
     EXPECT_LE(waited, 3);
     KoLUM_StopNotification();
     EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(0), 0);
+  });
+}
+
+TEST(WaitStopNotificationTimeOut, CountsWholeSecondsOfTheClock) {
+  initialised([] {
+    timespec now = {};
+    clock_gettime(CLOCK_REALTIME, &now);
+    const std::chrono::nanoseconds second = std::chrono::seconds(1);
+    std::this_thread::sleep_for(second - std::chrono::nanoseconds(now.tv_nsec) + second / 2);
+    EXPECT_LT(secondsOf([] { EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(1), 1); }), 0.9);
   });
 }
 

@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <utility>
 
 #include "arguments.h"
 #include "commands.h"
@@ -82,13 +83,19 @@ std::string attachedName(std::int64_t id) {
   return extension;
 }
 
+// A number that fits the library's parameters of type TYPE.
+template <typename Type>
+std::optional<Type> parseAs(const std::string& value) {
+  const auto number = parseNumber(value);
+  if (!number || !std::in_range<Type>(*number)) return std::nullopt;
+  return static_cast<Type>(*number);
+}
+
 int codecNumber(const std::string& value) {
   if (value.empty()) return CODEC_ID_NONE;
   if (const NamedNumber* row = codecs().find(std::string_view(value)))
     return static_cast<int>(row->id);
-  if (const auto number = parseNumber(value); number && *number == static_cast<int>(*number)) {
-    return static_cast<int>(*number);
-  }
+  if (const auto number = parseAs<int>(value)) return *number;
   throw UsageError("unknown codec \"" + value + "\"");
 }
 
@@ -102,25 +109,23 @@ void printAll(Context& context, const Options& options, const Enumeration& enume
     }
     return;
   }
-  // FFmpeg's numbers lie in ranges of 4096, one for each kind of stream.
-  for (int ffmpeg = 0; ffmpeg < 0x20000; ++ffmpeg) {
+  constexpr int kLastFfmpegCodec = 0x21000;
+  for (int ffmpeg = 0; ffmpeg <= kLastFfmpegCodec; ++ffmpeg) {
     const int id = ffmpegCodecIdConvert(ffmpeg);
     if (id >= 0) printRow(context, ffmpeg, codecIdentifier(id));
   }
 }
 
 void printFfmpeg(Context& context, const Options& options, const std::string& value, int codec) {
-  const auto number = parseNumber(value);
-  if (!number || *number != static_cast<int>(*number))
-    return context.fail(value, "no FFmpeg number");
-  const int ffmpeg = static_cast<int>(*number);
+  const auto ffmpeg = parseAs<int>(value);
+  if (!ffmpeg) return context.fail(value, "no FFmpeg number");
   if (options.table == "profiles") {
-    return printRow(context, ffmpeg,
-                    profileIdentifier(FF_ProfileToKO_Profile(codec, ffmpeg), codec));
+    return printRow(context, *ffmpeg,
+                    profileIdentifier(FF_ProfileToKO_Profile(codec, *ffmpeg), codec));
   }
-  const int id = ffmpegCodecIdConvert(ffmpeg);
+  const int id = ffmpegCodecIdConvert(*ffmpeg);
   if (id < 0) return context.fail(value, "the library has no number for this FFmpeg codec");
-  printRow(context, ffmpeg, codecIdentifier(id));
+  printRow(context, *ffmpeg, codecIdentifier(id));
 }
 
 void printValue(Context& context, const Enumeration& enumeration, const std::string& value,
@@ -128,22 +133,19 @@ void printValue(Context& context, const Enumeration& enumeration, const std::str
   const bool isFormats = &enumeration == &formats();
   const bool isProfiles = &enumeration == &profiles();
   if (isFormats) {
-    const auto number = parseNumber(value);
-    const std::optional<unsigned> id =
-        number ? static_cast<unsigned>(*number) : containerNamed(value);
+    const auto number = parseAs<unsigned>(value);
+    const std::optional<unsigned> id = number ? number : containerNamed(value);
     if (!id || containerIdentifier(*id).name.empty()) return context.fail(value, "no such format");
     return printRow(context, nullptr, containerIdentifier(*id), attachedName(*id));
   }
   if (const NamedNumber* row = enumeration.find(std::string_view(value))) {
     return printRow(context, nullptr, {row->id, std::string(row->name)});
   }
+  if (const auto number = parseAs<int>(value); number && isProfiles && codec != CODEC_ID_NONE) {
+    return printRow(context, nullptr, profileIdentifier(*number, codec));
+  }
   const auto number = parseNumber(value);
   const NamedNumber* row = number ? enumeration.find(*number) : nullptr;
-  if (row == nullptr && !(isProfiles && number))
-    return context.fail(value, "no such name or number");
-  if (isProfiles && codec != CODEC_ID_NONE) {
-    return printRow(context, nullptr, profileIdentifier(static_cast<int>(*number), codec));
-  }
   if (row == nullptr) return context.fail(value, "no such name or number");
   printRow(context, nullptr, {row->id, std::string(row->name)});
 }
