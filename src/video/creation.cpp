@@ -27,14 +27,14 @@ std::string dateText(int year, int month, int day) {
 std::int64_t localOffsetNow() {
   constexpr std::int64_t kDaylightSaving = 3600;
   const std::time_t now = std::time(nullptr);
-  std::tm local = {};
   std::tm universal = {};
-  localtime_r(&now, &local);
   gmtime_r(&now, &universal);
-  const std::int64_t daylight = local.tm_isdst > 0 ? kDaylightSaving : 0;
-  // Both are read back as local time; the universal one carries no daylight saving, so the
-  // difference is the zone's standard offset.
-  return std::mktime(&local) - std::mktime(&universal) + daylight;
+  // Read back as local time without daylight saving: the difference is the zone's standard offset.
+  const std::time_t readBack = std::mktime(&universal);
+  // After mktime, which takes a change of TZ up; localtime_r alone does not.
+  std::tm local = {};
+  localtime_r(&now, &local);
+  return now - readBack + (local.tm_isdst > 0 ? kDaylightSaving : 0);
 }
 
 }  // namespace

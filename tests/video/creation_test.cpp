@@ -77,6 +77,17 @@ TEST(StreamCreation, CountsTheDaylightSavingOfTheMomentOfTheProbe) {
   }
 }
 
+TEST(StreamCreation, TakesAChangeOfTheZoneUp) {
+  runInChild(
+      [] {
+        const char* date = "2015-06-07T08:09:10.000000Z";
+        EXPECT_EQ(creationOfStream(date)->time, kSummerMorning);
+        setenv("TZ", "Asia/Tokyo", 1);
+        EXPECT_EQ(creationOfStream(date)->time, kSummerMorning + 9 * kHour);
+      },
+      {{"TZ", "UTC"}});
+}
+
 TEST(StreamCreation, CarriesTheDateOverMidnight) {
   runInChild(
       [] {
