@@ -34,6 +34,10 @@ std::ptrdiff_t File::readAt(std::int64_t offset, std::span<std::uint8_t> out) co
   return static_cast<std::ptrdiff_t>(done);
 }
 
+bool File::canSeekTo(std::int64_t offset) const {
+  return ::lseek(descriptor_, offset, SEEK_SET) >= 0;
+}
+
 std::int64_t File::size() const {
   struct stat status = {};
   return fstat(descriptor_, &status) == 0 ? status.st_size : -1;

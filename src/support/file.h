@@ -24,6 +24,9 @@ class File {
   // number with the reason in errno.
   std::ptrdiff_t readAt(std::int64_t offset, std::span<std::uint8_t> out) const;
 
+  // Whether the file system has such a position, within the file or beyond its end.
+  bool canSeekTo(std::int64_t offset) const;
+
   // The size in bytes, or a negative number.
   std::int64_t size() const;
 

@@ -91,10 +91,12 @@ bool readLargeSize(const File& file, Box& box) {
   return true;
 }
 
-// Where the next box starts; empty where no file position is.
-std::optional<std::int64_t> endOf(const Box& box) {
+// Where the next box starts; empty where no file position is. Only the file system knows how far
+// positions go beyond the end of the file.
+std::optional<std::int64_t> endOf(const Box& box, const File& file, std::int64_t fileSize) {
   std::int64_t end = 0;
   if (__builtin_add_overflow(box.offset, box.size, &end) || end < 0) return std::nullopt;
+  if (end > fileSize && !file.canSeekTo(end)) return std::nullopt;
   return end;
 }
 
@@ -107,7 +109,7 @@ MoovPosition walk(const File& file, std::int64_t fileSize) {
     const bool isFileType = box.is("ftyp");
     if (!isFileType && box.size == 1 && !readLargeSize(file, box)) break;
 
-    const auto end = endOf(box);
+    const auto end = endOf(box, file, fileSize);
     if (!end || (isFileType && *end > fileSize)) return MoovPosition::kUnreadable;
     if (!box.isKnown()) return MoovPosition::kLastOrUnknownBox;
     if (box.size < static_cast<std::int64_t>(kHeaderSize)) break;

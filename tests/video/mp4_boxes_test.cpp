@@ -1,3 +1,4 @@
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
@@ -6,6 +7,7 @@
 
 #include <filesystem>
 #include <string>
+#include <utility>
 
 #include "support/descriptors.h"
 #include "support/mp4_builder.h"
@@ -20,6 +22,11 @@ constexpr unsigned kPattern = 0xABABABAB;
 // Behind a file type box these two make more than the 64 bytes that are read.
 const std::string kMoov = box("moov", std::string(40, 'm'));
 const std::string kMdat = box("mdat", std::string(40, 'd'));
+
+// The header of a box that says to be so large.
+std::string headerOf(const std::string& type, std::uint64_t largeSize) {
+  return bigEndian(1, 4) + type + bigEndian(largeSize, 8);
+}
 
 class Mp4Boxes : public ::testing::Test {
  protected:
@@ -85,10 +92,15 @@ TEST_F(GetMp4SubFormatTest, TakesAnUnknownBoxForNotFastStart) {
 }
 
 TEST_F(GetMp4SubFormatTest, FoldsAnUnreadableWalkIntoNotFastStart) {
-  // The brand can be read, but the box says that it is longer than the file.
-  std::string content = ftyp("mp42") + kMoov + kMdat;
-  content[2] = '\x7F';
-  EXPECT_EQ(subFormat(content), static_cast<unsigned>(MPEG4_MP4));
+  const std::pair<const char*, int> rows[] = {{"mp42", MPEG4_MP4}, {"qt  ", MPEG4_MOV},
+                                              {"M4A ", MPEG4_M4A}, {"MSNV", MPEG4_MSNV},
+                                              {"3gp5", MPEG4_3GP}, {"isom", MPEG4_ISOM}};
+  for (const auto& [brand, expected] : rows) {
+    // The brand can be read, but the box says that it is longer than the file.
+    std::string content = ftyp(brand) + kMoov + kMdat;
+    content[2] = '\x7F';
+    EXPECT_EQ(subFormat(content), static_cast<unsigned>(expected)) << brand;
+  }
 }
 
 TEST_F(GetMp4SubFormatTest, RefusesAFileShorterThan64BytesEvenWithABrand) {
@@ -172,11 +184,7 @@ TEST_F(CheckMp4MoovAtEndTest, StepsOverA64BitSize) {
 TEST_F(CheckMp4MoovAtEndTest, FindsMoovBehindMoreThanFourGibibytes) {
   // A sparse file: the walk seeks over the body and reads headers only.
   constexpr std::int64_t kBody = 5LL << 30;
-  std::string header = largeBox("mdat", "");
-  for (int i = 0; i < 8; ++i)
-    header[8 + static_cast<std::size_t>(i)] =
-        static_cast<char>((kBody + 16) >> (56 - 8 * i) & 0xFF);
-  const std::string path = file(ftyp("mp42") + header);
+  const std::string path = file(ftyp("mp42") + headerOf("mdat", kBody + 16));
   const auto end = static_cast<std::int64_t>(std::filesystem::file_size(path)) + kBody;
   std::filesystem::resize_file(path, static_cast<std::uintmax_t>(end));
   FILE* out = fopen(path.c_str(), "ab");
@@ -211,14 +219,26 @@ TEST_F(CheckMp4MoovAtEndTest, EndsAtATruncatedHeader) {
 
 TEST_F(CheckMp4MoovAtEndTest, IsNotLedInCirclesByHostileSizes) {
   // Sizes that as signed numbers point backwards, to the box itself and beyond.
-  for (const std::uint64_t size : {~0ULL - 7, ~0ULL - 23, 1ULL << 63, ~0ULL, 0ULL, 7ULL, 8ULL}) {
+  const struct {
+    std::uint64_t size;
+    int verdict;
+  } rows[] = {{~0ULL - 7, 0}, {~0ULL - 23, 0}, {~0ULL, 0}, {0, 0}, {7, 0}, {8, 1}, {1ULL << 63, 2}};
+  for (const auto& [size, verdict] : rows) {
     SCOPED_TRACE(size);
-    std::string hostile = largeBox("mdat", "");
-    for (int i = 0; i < 8; ++i)
-      hostile[8 + static_cast<std::size_t>(i)] = static_cast<char>(size >> (56 - 8 * i) & 0xFF);
-    const int verdict = moovAtEnd(ftyp("mp42") + hostile + kMoov);
-    EXPECT_GE(verdict, 0);
-    EXPECT_LE(verdict, 2);
+    EXPECT_EQ(moovAtEnd(ftyp("mp42") + headerOf("mdat", size) + kMoov), verdict);
+  }
+}
+
+// How far positions go beyond the end of a file differs among file systems.
+TEST_F(CheckMp4MoovAtEndTest, ReportsAPositionThatTheFileSystemDoesNotHave) {
+  for (const std::uint64_t size : {1ULL << 40, 1ULL << 50, 1ULL << 62}) {
+    SCOPED_TRACE(size);
+    const std::string path = file(ftyp("mp42") + kMoov + headerOf("mdat", size));
+    const int descriptor = open(path.c_str(), O_RDONLY);
+    ASSERT_GE(descriptor, 0);
+    const bool isPosition = lseek(descriptor, static_cast<off_t>(size), SEEK_SET) >= 0;
+    close(descriptor);
+    EXPECT_EQ(CheckMp4MoovAtEnd(path.c_str()), isPosition ? 0 : 2);
   }
 }
 
