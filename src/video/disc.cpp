@@ -44,8 +44,11 @@ std::optional<std::int64_t> regularFileSize(const std::string& path) {
   return status.st_size;
 }
 
-std::optional<MainTitle> dvdTitle(const std::string& folder, std::uint32_t containerFormat) {
+// The host finds FIRST in the path that it is to write.
+std::optional<MainTitle> dvdTitle(const std::string& folder, std::string_view first,
+                                  std::uint32_t containerFormat) {
   char path[kPathSize] = {};
+  copyText(path, sizeof path, first);
   MainTitle title;
   if (DVDGetMainVTSNo(folder.c_str(), path, sizeof path, 0, &title.size, 0) != 0)
     return std::nullopt;
@@ -76,7 +79,7 @@ Source sourceOf(std::string_view fileName) {
 }
 
 std::optional<MainTitle> dvdFolderTitle(const std::string& folder) {
-  return dvdTitle(folder, FORMAT_DVDIFO);
+  return dvdTitle(folder, folder, FORMAT_DVDIFO);
 }
 
 std::optional<MainTitle> blurayFolderTitle(const std::string& folder) {
@@ -84,7 +87,7 @@ std::optional<MainTitle> blurayFolderTitle(const std::string& folder) {
 }
 
 std::optional<MainTitle> imageTitle(const std::string& mountFolder) {
-  if (auto title = dvdTitle(mountFolder, FORMAT_DVDISO)) return title;
+  if (auto title = dvdTitle(mountFolder, "", FORMAT_DVDISO)) return title;
   return blurayTitle(joinPath(mountFolder, "BDMV/STREAM/"), FORMAT_BDISO);
 }
 
@@ -137,11 +140,13 @@ MountedImage::~MountedImage() {
 
 }  // namespace kolum::video
 
-void get_maxsizefilename(char* dir, const char* ext) {
+void get_maxsizefilename(char* dir, const char* ext) try {
   if (dir == nullptr) return;
   const std::string folder = dir;
   dir[0] = '\0';
   if (ext == nullptr) return;
   if (const auto path = kolum::video::largestFile(folder, ext))
     kolum::copyText(dir, kolum::kPathSize, *path);
+} catch (...) {
+  dir[0] = '\0';
 }

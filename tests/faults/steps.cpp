@@ -11,6 +11,7 @@
 #include <cstring>
 #include <filesystem>
 #include <stdexcept>
+#include <string_view>
 
 #include "ipc/running_echo_server.h"
 #include "support/appliance_sandbox.h"
@@ -103,6 +104,12 @@ bool probesRecord(const char* name) {
   videoObject_st record;
   std::memset(&record, 0, sizeof record);
   return GetVideoMetadata1(kFolder, name, &record, 0) == 0;
+}
+
+bool findsLargestFile() {
+  char path[1024] = "/files/";
+  get_maxsizefilename(path, ".mp4");
+  return std::string_view(path) == kVideo;
 }
 
 bool probesFlat(const char* name) {
@@ -237,6 +244,7 @@ std::vector<Step> steps() {
          return ProbeTsPacketSize(kVideo, &size) == 0 && size != 7;
        },
        kDescriptors},
+      {"largest file", findsLargestFile, kDescriptors},
       {"media info", readsMediaInfo, kDescriptors},
       {"key frame", findsKeyFrame, kDescriptors},
       {"song", readsSong, kDescriptors},

@@ -1,0 +1,74 @@
+// What the library tells the host of a DVD. The program's own DVDGetMainVTSNo stands before the
+// host library's.
+#include <gtest/gtest.h>
+#include <kolum/host.h>
+#include <kolum/identifiers.h>
+#include <kolum/video.h>
+
+#include <string>
+#include <vector>
+
+#include "support/appliance_sandbox.h"
+#include "support/disc_media.h"
+
+namespace {
+
+struct Call {
+  std::string folder;
+  std::string pathBefore;
+  int pathSize;
+  int reserved1;
+  int reserved2;
+};
+
+std::vector<Call> calls;
+
+unsigned probe(const std::string& folder, const char* name, videoObject_st& record) {
+  return GetVideoMetadata1(folder.c_str(), name, &record, 0);
+}
+
+}  // namespace
+
+// Finds a title and writes nothing.
+int DVDGetMainVTSNo(const char* folder, char* pathOut, int pathOutSize, int reserved1,
+                    long long* /*titleSize*/, int reserved2) {
+  calls.push_back({folder, pathOut, pathOutSize, reserved1, reserved2});
+  return 0;
+}
+
+namespace {
+
+using namespace kolum::test;
+
+TEST(DvdHost, FindsTheFoldersNameInThePathThatItIsToWrite) {
+  calls.clear();
+  videoObject_st record = {};
+  // The name stays the probe path, and a folder is no video.
+  EXPECT_EQ(probe("/disc/VIDEO_TS/", "VIDEO_TS.IFO", record), 1U);
+  ASSERT_EQ(calls.size(), 1U);
+  EXPECT_EQ(calls[0].folder, "/disc/VIDEO_TS/");
+  EXPECT_EQ(calls[0].pathBefore, "/disc/VIDEO_TS/");
+  EXPECT_EQ(calls[0].pathSize, 1024);
+  EXPECT_EQ(calls[0].reserved1, 0);
+  EXPECT_EQ(calls[0].reserved2, 0);
+  EXPECT_EQ(record.containerFormat, static_cast<unsigned>(FORMAT_DVDIFO));
+}
+
+TEST(DvdHost, FindsNoNameInThePathOfAnImagesTitle) {
+  if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  const std::string image = discImage(discRoot(dvdFolder()), "host.iso");
+  runInAppliance([&] {
+    calls.clear();
+    videoObject_st record = {};
+    // An image whose title has no name is one of a DVD, but a failure.
+    EXPECT_EQ(probe("", image.c_str(), record), 1U);
+    ASSERT_EQ(calls.size(), 1U);
+    EXPECT_TRUE(calls[0].folder.starts_with("/tmp/Media_mount_")) << calls[0].folder;
+    EXPECT_EQ(calls[0].pathBefore, "");
+    EXPECT_EQ(calls[0].pathSize, 1024);
+    EXPECT_EQ(record.containerFormat, static_cast<unsigned>(FORMAT_DVDISO));
+  });
+}
+
+}  // namespace
