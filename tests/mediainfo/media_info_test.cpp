@@ -265,21 +265,6 @@ TEST(GetMediaInfo, KnowsDivxByItsTagInAviOnly) {
   }
 }
 
-// ffmpeg would turn a real "rotate" tag into something else, so it writes one of the same length,
-// which is then renamed.
-std::string withRotateTag(const std::string& value) {
-  const std::string tagged =
-      media("rotate.mkv", kVideo + "-c:v libx264 -metadata:s:v 'rotaXe=" + value + "'");
-  return made("rotate.mkv", "renamed tag of " + tagged, [&](const std::string& path) {
-    std::ifstream in(tagged, std::ios::binary);
-    std::string file{std::istreambuf_iterator<char>(in), {}};
-    const std::size_t found = file.find("ROTAXE");
-    ASSERT_NE(found, std::string::npos);
-    file.replace(found, 6, "ROTATE");
-    std::ofstream(path, std::ios::binary) << file;
-  });
-}
-
 TEST(GetMediaInfo, PassesOnlyTheThreeRightAngles) {
   struct Row {
     const char* tag;
@@ -313,14 +298,7 @@ TEST(GetMediaInfo, GivesCodecZeroForCodecsLaterThanTheClassicNumbering) {
 
 // An AVI file that says its pictures are of another codec.
 std::string aviOfCodec(const std::string& tag) {
-  const std::string path = media("fmp4.avi", kVideo + "-c:v mpeg4 -vtag FMP4");
-  return made(tag + ".avi", "retagged " + path, [&](const std::string& out) {
-    std::ifstream in(path, std::ios::binary);
-    std::string file{std::istreambuf_iterator<char>(in), {}};
-    for (std::size_t at = 0; (at = file.find("FMP4", at)) != std::string::npos;)
-      file.replace(at, tag.size(), tag);
-    std::ofstream(out, std::ios::binary) << file;
-  });
+  return replaced(media("fmp4.avi", kVideo + "-c:v mpeg4 -vtag FMP4"), "FMP4", tag);
 }
 
 TEST(GetMediaInfo, DescribesCodecsThatNobodyCanDecode) {

@@ -80,6 +80,17 @@ std::string dvdFolder() {
   return disc + "/VIDEO_TS/";
 }
 
+std::string largeDvdFolder() {
+  const std::string disc = made("large-dvd", "of " + dvdFolder(), [](const std::string& path) {
+    fs::copy(discRoot(dvdFolder()), path, fs::copy_options::recursive);
+    const fs::path second = path + "/VIDEO_TS/VTS_02_2.VOB";
+    std::ofstream(second).close();
+    const auto first = fs::file_size(path + "/VIDEO_TS/VTS_02_1.VOB");
+    fs::resize_file(second, (std::uintmax_t{5420} << 20) - first);
+  });
+  return disc + "/VIDEO_TS/";
+}
+
 std::string blurayFolder() {
   const std::string disc = made("bluray", "two streams", [](const std::string& path) {
     const auto stream = [](int seconds) {
@@ -98,6 +109,14 @@ std::string blurayFolder() {
 
 std::string discRoot(const std::string& folder) {
   return fs::path(folder).parent_path().parent_path();
+}
+
+std::string largeDvdImage() {
+  const std::string folder = discRoot(largeDvdFolder());
+  return made("large-dvd.iso", "of " + folder, [&](const std::string& path) {
+    // A file system that keeps the hole one.
+    mustRun({"mkfs.ext4", "-q", "-d", folder, path, "5600M"});
+  });
 }
 
 std::string discImage(const std::string& folder, const std::string& name, ImageKind kind) {

@@ -11,6 +11,10 @@ namespace kolum::test {
 // second, the second two and has a subtitle stream.
 std::string dvdFolder();
 
+// The same DVD with a second title set of 5420 MiB, nearly all of which is a hole in its second
+// part.
+std::string largeDvdFolder();
+
 // The BDMV folder, with its closing "/", of a Blu-ray with two stream files, the second larger.
 std::string blurayFolder();
 
@@ -22,6 +26,9 @@ enum class ImageKind { kSquashfs, kExt4 };
 // An image file of this name that holds what is in FOLDER; kept for all folders of that content.
 std::string discImage(const std::string& folder, const std::string& name,
                       ImageKind kind = ImageKind::kSquashfs);
+
+// An image of the large DVD.
+std::string largeDvdImage();
 
 // Why images cannot be mounted here, if they cannot.
 std::optional<std::string> loopMountUnavailable();

@@ -7,10 +7,12 @@
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <nlohmann/json.hpp>
 #include <stdexcept>
 
 #include "support/child_process.h"
+#include "support/temp_dir.h"
 
 namespace fs = std::filesystem;
 
@@ -76,6 +78,27 @@ std::string media(std::string_view name, std::string_view ffmpegArguments) {
     mustRun(command);
   };
   return made(std::string(name), std::string(ffmpegArguments), make);
+}
+
+std::string replaced(const std::string& path, const std::string& from, const std::string& to) {
+  if (from.size() != to.size()) throw std::invalid_argument("of different lengths");
+  const auto make = [&](const std::string& copy) {
+    std::string bytes = contentOf(path);
+    std::size_t at = bytes.find(from);
+    if (at == std::string::npos) throw std::runtime_error("no " + from + " in " + path);
+    for (; at != std::string::npos; at = bytes.find(from, at)) bytes.replace(at, to.size(), to);
+    std::ofstream(copy, std::ios::binary) << bytes;
+  };
+  return made(fs::path(path).filename(), from + " is " + to + " in " + path, make);
+}
+
+std::string withRotateTag(const std::string& value) {
+  // ffmpeg itself would turn the tag into something else.
+  const std::string tagged = media("rotate.mkv",
+                                   "-f lavfi -i testsrc=s=176x144:r=25:d=1 -pix_fmt yuv420p "
+                                   "-c:v libx264 -metadata:s:v 'rotaXe=" +
+                                       value + "'");
+  return replaced(tagged, "ROTAXE", "ROTATE");
 }
 
 nlohmann::json ffprobe(const std::string& path) {

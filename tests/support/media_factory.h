@@ -21,6 +21,13 @@ std::string media(std::string_view name, std::string_view ffmpegArguments);
 std::string made(const std::string& name, const std::string& recipe,
                  const std::function<void(const std::string& path)>& make);
 
+// A copy of the file at PATH, of the same name, in which TO stands wherever FROM stood; both are of
+// one length.
+std::string replaced(const std::string& path, const std::string& from, const std::string& to);
+
+// A Matroska file whose video stream has a real "rotate" tag.
+std::string withRotateTag(const std::string& value);
+
 // What ffprobe tells about a file's format and streams.
 nlohmann::json ffprobe(const std::string& path);
 

@@ -110,24 +110,22 @@ std::string withTrackMatrix(const std::string& mp4Path, const TrackMatrix& matri
   });
 }
 
-std::string withSphericalBox(const std::string& mp4Path) {
-  const std::string identifier = "\xff\xcc\x82\x63\xf8\x55\x4a\x93\x88\x14\x58\x7a\x02\x52\x1f\xdd";
-  const std::string text =
-      "<?xml version=\"1.0\"?><rdf:SphericalVideo>"
-      "<GSpherical:Spherical>true</GSpherical:Spherical>"
-      "<GSpherical:Stitched>true</GSpherical:Stitched>"
-      "<GSpherical:StitchingSoftware>test</GSpherical:StitchingSoftware>"
-      "<GSpherical:ProjectionType>equirectangular</GSpherical:ProjectionType>"
-      "</rdf:SphericalVideo>";
+std::string withSphericalBox(const std::string& mp4Path, const std::string& projection) {
+  const std::string zeros(16, '\0');
+  const std::string sphere =
+      box("sv3d", fullBox("svhd", 0, 0, std::string("test") + '\0') +
+                      box("proj", fullBox("prhd", 0, 0, zeros.substr(0, 12)) +
+                                      fullBox(projection, 0, 0, zeros)));
   const std::string name = std::filesystem::path(mp4Path).filename();
-  return made(name, "spherical " + mp4Path + text, [&](const std::string& path) {
+  return made(name, "spherical " + mp4Path + sphere, [&](const std::string& path) {
     std::string file = contentOf(mp4Path);
-    const std::size_t movie = findBox(file, 0, file.size(), "moov");
-    const std::size_t track = findChild(file, movie, "trak");
-    const std::string added = box("uuid", identifier + text);
-    file.insert(track + sizeAt(file, track), added);
-    growBox(file, track, added.size());
-    growBox(file, movie, added.size());
+    std::vector<std::size_t> parents = {findBox(file, 0, file.size(), "moov")};
+    for (const char* type : {"trak", "mdia", "minf", "stbl", "stsd"})
+      parents.push_back(findChild(file, parents.back(), type));
+    // The description of the pictures, behind version, flags and the number of descriptions.
+    parents.push_back(parents.back() + kHeaderSize + 8);
+    file.insert(parents.back() + sizeAt(file, parents.back()), sphere);
+    for (const std::size_t parent : parents) growBox(file, parent, sphere.size());
     writeFile(path, file);
   });
 }

@@ -36,8 +36,9 @@ TrackMatrix rotationMatrix(int degrees, bool flipped = false);
 // first track.
 std::string withTrackMatrix(const std::string& mp4Path, const TrackMatrix& matrix);
 
-// A copy whose first track says that its pictures are an equirectangular map of a sphere.
-std::string withSphericalBox(const std::string& mp4Path);
+// A copy whose first track, a video, says how its pictures map a sphere: "equi" (equirectangular)
+// or "cbmp" (the six sides of a cube).
+std::string withSphericalBox(const std::string& mp4Path, const std::string& projection = "equi");
 
 }  // namespace kolum::test
 

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <filesystem>
@@ -109,6 +110,13 @@ TEST(LargestFile, TakesTheLaterOfEqualOnesInTheFoldersOwnOrder) {
     last = entry.path().string();
   EXPECT_EQ(std::filesystem::path(largest(folder.folder(), ".m2ts")).filename(),
             std::filesystem::path(last).filename());
+}
+
+TEST(LargestFile, TakesEveryNameWithASuffixForAnEmptyExtension) {
+  const TempDir folder;
+  folder.write("movie.m2ts", "xx");
+  folder.write("nodot", "xxx");
+  EXPECT_EQ(largest(folder.folder(), ""), folder.path("movie.m2ts"));
 }
 
 TEST(LargestFile, MayBeEmpty) {
@@ -271,6 +279,28 @@ TEST(MountedImage, KeepsNamesFromReachingTheShell) {
       EXPECT_NE(mountImage(folder.path(name)), nullptr);
     }
     EXPECT_FALSE(std::filesystem::exists("x"));
+  });
+}
+
+TEST(MountedImage, IsMountedReadOnlyBelowAFolderOfItsOwnersOnly) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([] {
+    // Each notes its name and arguments; the folder is the last of them.
+    const std::string note = "echo \"${0##*/} $*\" >>/tmp/said; ";
+    const std::string mode = "for last; do :; done; stat -c %a $last >>/tmp/said\n";
+    writeRootFile("/fake/mount", "#!/bin/sh\n" + note + mode, 0755);
+    writeRootFile("/fake/umount", "#!/bin/sh\n" + note + "exit 1\n", 0755);
+    setenv("PATH", ("/fake:" + std::string(getenv("PATH"))).c_str(), 1);
+    umask(0);
+    std::string folder;
+    {
+      const auto mounted = mountImage("/a disc.iso");
+      ASSERT_NE(mounted, nullptr);
+      folder = mounted->folder();
+    }
+    EXPECT_EQ(contentOf("/tmp/said"),
+              "mount -o loop,ro /a disc.iso " + folder + "\n600\numount " + folder + "\n");
+    EXPECT_FALSE(hasMountFolder()) << "umount's status does not count";
   });
 }
 

@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "support/appliance_sandbox.h"
@@ -237,6 +238,8 @@ TEST(FlatProbe, PresetsItsOutputsBeforeAnythingCanFail) {
     EXPECT_EQ(flat.orientation, 1);
     EXPECT_EQ(flat.subtitleMode, 16);
   }
+  EXPECT_EQ(probe1("/nonexistent/a.mp4").subtitleCount, 0);
+  EXPECT_EQ(probe1("/nonexistent/a.mp4").is360, 0);
   const Flat flat = probe3("/nonexistent/a.mp4");
   EXPECT_EQ(flat.orientation, 1);
   EXPECT_EQ(flat.subtitleMode, 16);
@@ -322,6 +325,13 @@ TEST(FlatProbe, LogsAnEmptyLineForEachVideoStream) {
 TEST(FlatProbe, TellsTime0WithoutACreationDate) {
   EXPECT_EQ(probe3(h264Mp4()).creationTime, 0);
   EXPECT_EQ(probe3(h264Mp4()).yearMonth, kKept);
+  // ffmpeg itself would not write what is no date.
+  const std::string undated =
+      replaced(media("undated.mkv",
+                     kAudioVideo + "-c:v libx264 -c:a ac3 -metadata:s:v creaXion_time=yesterday"),
+               "CREAXION_TIME", "CREATION_TIME");
+  ASSERT_EQ(ffprobe(undated)["streams"][0]["tags"]["CREATION_TIME"], "yesterday");
+  EXPECT_EQ(probe3(undated).creationTime, 0);
   const std::string created = media("created-flat.mp4", kAudioVideo +
                                                             "-c:v libx264 -metadata "
                                                             "creation_time=2015-06-07T20:09:10Z");
@@ -410,7 +420,8 @@ TEST(FlatProbe, LetsTheAudioStreamChangeTheName) {
 }
 
 TEST(FlatProbe, ProbesADvdFolderLikeTheRecord) {
-  expectSame(probe3(dvdFolder() + "VIDEO_TS.IFO"), probeRecord(dvdFolder() + "VIDEO_TS.IFO"));
+  for (const std::string& folder : {dvdFolder(), largeDvdFolder()})
+    expectSame(probe3(folder + "VIDEO_TS.IFO"), probeRecord(folder + "VIDEO_TS.IFO"));
 }
 
 bool hasMountFolder() {
@@ -423,6 +434,7 @@ TEST(FlatProbe, OpensDiscImagesAndUnmountsThem) {
   if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   const std::string dvd = discImage(discRoot(dvdFolder()), "flat-dvd.iso");
+  const std::string largeDvd = largeDvdImage();
   const std::string bluray = discImage(discRoot(blurayFolder()), "flat-bluray.ISO");
   runInAppliance([&] {
     const Flat fromDvd = probe3(dvd);
@@ -432,6 +444,7 @@ TEST(FlatProbe, OpensDiscImagesAndUnmountsThem) {
     EXPECT_EQ(fromDvd.videoCodec, CODEC_ID_MPEG2VIDEO);
     EXPECT_EQ(fromDvd.width, 720);
     EXPECT_EQ(fromDvd.duration, 0) << "scaled by less than a gibibyte";
+    EXPECT_EQ(probe3(largeDvd).duration, 2 * 5420 / 1024);
     EXPECT_FALSE(hasMountFolder());
 
     const Flat fromBluray = probe3(bluray);

@@ -1,4 +1,5 @@
 // The video probe into the record, on real files.
+#include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
@@ -36,21 +37,6 @@ const std::string kAudioVideoArguments =
 
 std::string h264Mp4() {
   return media("h264-aac.mp4", kAudioVideoArguments + "-c:v libx264 -c:a aac -ac 2");
-}
-
-// A Matroska file with a real "rotate" tag. ffmpeg itself would turn it into something else, so it
-// writes a tag of the same length, which is then renamed.
-std::string withRotateTag(const std::string& value) {
-  const std::string tagged =
-      media("rotate.mkv", kVideoArguments + "-c:v libx264 -metadata:s:v rotaXe=" + value);
-  return made("rotate.mkv", "renamed tag of " + tagged, [&](const std::string& path) {
-    std::ifstream in(tagged, std::ios::binary);
-    std::string file{std::istreambuf_iterator<char>(in), {}};
-    const std::size_t found = file.find("ROTAXE");
-    ASSERT_NE(found, std::string::npos);
-    file.replace(found, 6, "ROTATE");
-    std::ofstream(path, std::ios::binary) << file;
-  });
 }
 
 struct Probed {
@@ -159,6 +145,7 @@ TEST(VideoProbe, TellsTheContainerByItsDemuxer) {
       {"container.wmv", "-c:v wmv2 -c:a wmav2", FORMAT_ASF, "video/x-ms-wmv"},
       {"container.ts", "-c:v mpeg2video -c:a mp2 -f mpegts", FORMAT_TS, "video/mpeg"},
       {"container.mpg", "-c:v mpeg2video -c:a mp2 -f vob", FORMAT_MPEG, "video/mpeg"},
+      {"container.rm", "-c:v rv20 -c:a ac3", FORMAT_RM, ""},
       {"container.nut", "-c:v mpeg4 -c:a libmp3lame", FORMAT_UNKNOWN, ""},
   };
   for (const Row& row : rows) {
@@ -377,7 +364,7 @@ TEST(VideoProbe, ReadsTheStreamsCreationTime) {
 TEST(VideoProbe, LetsQuickTimesCreationDateOverride) {
   runInChild(
       [] {
-        LogRecorder log;
+        const LogRecorder log;
         const Probed probed =
             probe(media("created.mov",
                         kVideoArguments +
@@ -388,8 +375,36 @@ TEST(VideoProbe, LetsQuickTimesCreationDateOverride) {
         EXPECT_EQ(probed.record.creationYear, 2014);
         EXPECT_STREQ(probed.record.yearMonth, "2014-05");
         EXPECT_STREQ(probed.record.creationDate, "2014-05-06");
+        EXPECT_THAT(log.texts(),
+                    testing::ElementsAre("@@GetDictEntry key:com.apple.quicktime.creationdate",
+                                         "@@creation_time:2014-05-06T07:08:09+0200",
+                                         "@@creation_time:1399327689"));
+        EXPECT_EQ(log.messages().front().function, "GetDictEntry");
+        EXPECT_EQ(log.messages().front().level, 5);
+        EXPECT_EQ(log.messages().front().source, "MediaInfo");
       },
       {{"TZ", "Asia/Tokyo"}});
+}
+
+TEST(VideoProbe, SaysThatItLooksForQuickTimesCreationDateInEveryFile) {
+  const std::string path =
+      media("container.avi", kAudioVideoArguments + "-c:v mpeg4 -c:a libmp3lame");
+  const LogRecorder log;
+  probe(path);
+  EXPECT_THAT(log.texts(),
+              testing::ElementsAre("@@GetDictEntry key:com.apple.quicktime.creationdate"));
+}
+
+TEST(VideoProbe, KeepsDurationAndAspectWhereTheFileTellsNone) {
+  const std::string path =
+      media("bare.h264", kVideoArguments + "-vf setsar=0 -c:v libx264 -f h264");
+  const Probed probed = probe(path, patternRecord());
+  ASSERT_EQ(probed.result, 0U);
+  EXPECT_EQ(probed.record.duration, kPatternInt);
+  EXPECT_EQ(probed.record.sampleAspectNum, kPatternInt);
+  EXPECT_EQ(probed.record.sampleAspectDen, kPatternInt);
+  EXPECT_EQ(probed.record.displayAspectNum, kPatternInt);
+  EXPECT_EQ(probed.record.displayAspectDen, kPatternInt);
 }
 
 TEST(VideoProbe, GivesNoAspectToAClearedRecord) {
@@ -422,8 +437,10 @@ TEST(VideoProbe, GivesTheAspectToARecordThatAsksForIt) {
 }
 
 TEST(VideoProbe, FindsEquirectangularVideo) {
-  const std::string path = withSphericalBox(h264Mp4());
-  EXPECT_EQ(probe(path).record.is360, 1U);
+  EXPECT_EQ(probe(withSphericalBox(h264Mp4())).record.is360, 1U);
+  EXPECT_EQ(probe(withSphericalBox(h264Mp4(), "cbmp"), patternRecord()).record.is360,
+            kPatternUnsigned)
+      << "a map of a cube";
   EXPECT_EQ(probe(h264Mp4(), patternRecord()).record.is360, kPatternUnsigned);
 }
 
@@ -439,9 +456,15 @@ TEST(VideoProbe, TakesADvdFolderByItsMainTitle) {
   EXPECT_EQ(probed.record.duration, 0);
 }
 
+// FFmpeg measures the first part file only.
+TEST(VideoProbe, ScalesTheDurationOfADvdByTheTitlesSize) {
+  EXPECT_EQ(probe(largeDvdFolder() + "VTS_02_1.VOB").record.duration, 2);
+  EXPECT_EQ(probe(largeDvdFolder() + "VIDEO_TS.IFO").record.duration, 2 * 5420 / 1024);
+}
+
 TEST(VideoProbe, CountsSubtitlesOfDiscFoldersOnly) {
-  const std::string file = media("subtitles.mkv", kVideoArguments + "-c:v libx264");
-  EXPECT_EQ(probe(file, patternRecord()).record.subtitleCount, 0U);
+  EXPECT_EQ(probe(dvdFolder() + "VIDEO_TS.IFO", patternRecord()).record.subtitleCount, 1U);
+  EXPECT_EQ(probe(dvdFolder() + "VTS_02_1.VOB", patternRecord()).record.subtitleCount, 0U);
 }
 
 TEST(VideoProbe, TakesABlurayFolderByItsLargestStreamFile) {

@@ -53,25 +53,35 @@ Answer ask(Query query, const std::string& path) {
   return answer;
 }
 
-// A copy of an MP4 file with other four-character codes.
-std::string withCode(const std::string& path, const std::string& from, const std::string& to) {
-  return made(std::filesystem::path(path).filename(), path + from + to,
-              [&](const std::string& out) {
-                std::ifstream in(path, std::ios::binary);
-                std::string file{std::istreambuf_iterator<char>(in), {}};
-                const std::size_t found = file.rfind(from);
-                ASSERT_NE(found, std::string::npos);
-                file.replace(found, from.size(), to);
-                std::ofstream(out, std::ios::binary) << file;
-              });
-}
-
 TEST(GetVideoRotationDegree, ReportsTheDegreesAsStored) {
   for (const int degrees : {90, 180, 270, 45}) {
     EXPECT_EQ(rotation(withTrackMatrix(video(), rotationMatrix(degrees))),
               (Answer{0, static_cast<unsigned>(degrees)}));
   }
   EXPECT_EQ(rotation(withTrackMatrix(video(), rotationMatrix(-90))), (Answer{0, 270}));
+}
+
+TEST(GetVideoRotationDegree, ReportsARealRotateTagUnchanged) {
+  EXPECT_EQ(rotation(withRotateTag("90")), (Answer{0, 90}));
+  EXPECT_EQ(rotation(withRotateTag("-90")), (Answer{0, static_cast<unsigned>(-90)}));
+  EXPECT_EQ(rotation(withRotateTag("45.9")), (Answer{0, 45}));
+  EXPECT_EQ(rotation(withRotateTag("left")), (Answer{0, 0}));
+}
+
+TEST(GetVideoRotationDegree, TakesTheFirstVideoStreamNotTheLargest) {
+  const std::string larger =
+      media("query-larger.mp4", "-f lavfi -i testsrc=s=320x240:d=1 -c:v libx264");
+  const std::string both = media("both.mp4", "-i " + withTrackMatrix(video(), rotationMatrix(90)) +
+                                                 " -i " + larger + " -map 0 -map 1 -c copy");
+  EXPECT_EQ(rotation(both), (Answer{0, 90}));
+}
+
+// The header of a program stream names no streams; only the stream information would.
+TEST(GetVideoRotationDegree, DoesNotReadTheStreamInformation) {
+  const std::string path =
+      media("query.mpg", "-f lavfi -i testsrc=s=176x144:d=1 -c:v mpeg2video -f vob");
+  EXPECT_EQ(rotation(path), (Answer{1, kPattern}));
+  EXPECT_EQ(ask(GetAudioTrack, path), (Answer{0, 0}));
 }
 
 TEST(GetVideoRotationDegree, LeavesTheOutputAloneWithoutARotation) {
@@ -124,9 +134,9 @@ TEST(StreamCounts, CountAudioAndSubtitleStreams) {
 TEST(GetDRMProtectedInfo, TellsEncryptedTracksByTheirCodecTag) {
   EXPECT_EQ(ask(GetDRMProtectedInfo, video()), (Answer{0, 0}));
   EXPECT_EQ(ask(GetDRMProtectedInfo, song()), (Answer{0, 0}));
-  EXPECT_EQ(ask(GetDRMProtectedInfo, withCode(video(), "avc1", "drmi")), (Answer{0, 1}));
-  EXPECT_EQ(ask(GetDRMProtectedInfo, withCode(song(), "mp4a", "drms")), (Answer{0, 1}));
-  EXPECT_EQ(ask(GetDRMProtectedInfo, withCode(video(), "avc1", "DRMI")), (Answer{0, 0}))
+  EXPECT_EQ(ask(GetDRMProtectedInfo, replaced(video(), "avc1", "drmi")), (Answer{0, 1}));
+  EXPECT_EQ(ask(GetDRMProtectedInfo, replaced(song(), "mp4a", "drms")), (Answer{0, 1}));
+  EXPECT_EQ(ask(GetDRMProtectedInfo, replaced(video(), "avc1", "DRMI")), (Answer{0, 0}))
       << "letter case counts";
   const std::string untagged =
       media("untagged.mpg", "-f lavfi -i testsrc=s=176x144:d=1 -c:v mpeg2video -f vob");
