@@ -301,7 +301,7 @@ bool fits50Hz(const Naming& naming, const TransportPackets& packets) {
   const DlnaFacts& facts = naming.facts;
   Tests tests = naming.candidate({kTransportPrefix, "HD_50_AC3"});
   tests.oneOf(frameRate(facts), {50})
-      .that(countsInClockTicks(facts), "stream clock no finer than the frame rate",
+      .that(countsInClockTicks(facts), "numerator of the frame rate reaching the stream's clock",
             clockTicks(facts))
       .oneOf(h264Profile(facts.profile), {kHigh, kMain})
       .oneOf(audio(facts), kAc3);

@@ -271,6 +271,7 @@ TEST(DlnaH264Mp4, NamesBaselineByContainerRateLevelAndAudio) {
       {352, 288, 13, 4999999, 10, "AVC_MP4_BL_CIF30_AMR"},
       {352, 288, 13, 5000000, 10, "AVC_MP4_MP_SD"},
       {352, 288, 13, 599999, 10, "AVC_MP4_BL_CIF15_AMR"},
+      {352, 288, 13, 600000, 10, "AVC_MP4_BL_CIF30_AMR"},
       {352, 288, 13, 500000, 2, "AVC_MP4_MP_SD_AC3"},
       {352, 288, 13, 500000, 9, "AVC_MP4_MP_SD_AAC_MULT5"},
       {352, 288, 13, 0, 8, "AVC_MP4_BL_CIF15_AAC_520"},
@@ -281,6 +282,7 @@ TEST(DlnaH264Mp4, NamesBaselineByContainerRateLevelAndAudio) {
       {720, 576, 30, 5000001, 8, "AVC_MP4_BL_L31_HD_AAC"},
       {720, 576, 29, 5000000, 8, "AVC_MP4_BL_L31_HD_AAC"},
       {720, 576, 31, 15000000, 8, "AVC_MP4_BL_L31_HD_AAC"},
+      {720, 576, 31, 5000000, 8, "AVC_MP4_BL_L31_HD_AAC"},
       {720, 576, -99, 15000000, 8, "AVC_MP4_BL_L31_HD_AAC"},
       {720, 576, 31, 15000001, 8, "AVC_MP4_MP_HD_1080i_AAC"},
       {720, 576, 32, 9000000, 8, "AVC_MP4_MP_SD_AAC_MULT5"},
@@ -289,6 +291,8 @@ TEST(DlnaH264Mp4, NamesBaselineByContainerRateLevelAndAudio) {
       // Up to 1280 x 720.
       {721, 576, 31, 15000000, 8, "AVC_MP4_BL_L31_HD_AAC"},
       {720, 577, 31, 15000000, 8, "AVC_MP4_BL_L31_HD_AAC"},
+      {721, 576, 32, 15000000, 8, "AVC_MP4_BL_L32_HD_AAC"},
+      {720, 577, 32, 15000000, 8, "AVC_MP4_BL_L32_HD_AAC"},
       {1280, 720, 31, 15000000, 8, "AVC_MP4_BL_L31_HD_AAC"},
       {1280, 720, 31, 15000001, 8, "AVC_MP4_BL_L32_HD_AAC"},
       {1280, 720, 32, 15000000, 8, "AVC_MP4_BL_L32_HD_AAC"},
@@ -345,6 +349,11 @@ TEST(DlnaH264Mp4, PrintsItsDebugLines) {
   const std::string carets = hd.substr(0, hd.find('1'));
   EXPECT_EQ(std::count(carets.begin(), carets.end(), '\n'), 2);
   EXPECT_EQ(carets.find_first_not_of("^\n"), std::string::npos);
+  EXPECT_EQ(printed(h264(66, 720, 577, 500000, 8)), hd) << "too high for the smaller sizes";
+  EXPECT_EQ(printed(h264(66, 1280, 721, 500000, 8)), carets) << "no piece";
+  EXPECT_EQ(printed(h264(66, 352, 288, 500000, 2)), "1. dlnaProfile_:BL_CIF15_ %%%%\n")
+      << "a piece without a suffix";
+  EXPECT_EQ(printed(h264(66, 352, 288, 5000000, 8)), "") << "no piece";
   EXPECT_EQ(printed(h264(66, 1920, 1080, 500000, 8)), "");
   EXPECT_EQ(printed(h264(77, 352, 288, 500000, 8)), "");
 }
@@ -454,7 +463,14 @@ TEST(DlnaH264Ts, NamesProfilesSizesAndRates) {
       {66, 352, 288, 3000001, 2, "AVC_TS_BL_MP_SD_AC3_ISO"},
       {66, 353, 288, 384000, 2, "AVC_TS_BL_MP_SD_AC3_ISO"},
       {66, 352, 289, 384000, 2, "AVC_TS_BL_MP_SD_AC3_ISO"},
+      {66, 720, 576, 10000000, 2, "AVC_TS_BL_MP_SD_AC3_ISO"},
+      {66, 721, 576, 10000000, 2, "AVC_TS_BL_MP_HD_AC3_ISO"},
+      {66, 720, 577, 10000000, 2, "AVC_TS_BL_MP_HD_AC3_ISO"},
+      {66, 720, 576, 10000001, 2, "AVC_TS_BL_MP_HD_AC3_ISO"},
+      {66, 1920, 1152, 20000000, 2, "AVC_TS_BL_MP_HD_AC3_ISO"},
+      {66, 1921, 1152, 384000, 2, ""},
       {66, 1920, 1153, 384000, 2, ""},
+      {66, 1920, 1152, 20000001, 2, ""},
       {77, 720, 576, 10000000, 8, "AVC_TS_MP_SD_AAC_MULT5_ISO"},
       {578, 720, 576, 10000000, 9, "AVC_TS_MP_SD_AAC_MULT5_ISO"},
       {77, 720, 576, 10000001, 8, "AVC_TS_MP_HD_AAC_MULT5_ISO"},
@@ -570,6 +586,9 @@ TEST(DlnaMpeg4Part2, NamesPhoneFiles) {
       {176, 144, 0, 0, 128000, 1, 9, ""},       {176, 144, 0, 0, 128000, 1, 0, ""},
       {176, 144, 0, 0, 128000, 1, 0x15002, ""}, {176, 144, 0, 1, 33657, 69977, 8, aac},
       {176, 144, 0, 1, 33657, 36874, 10, amr},  {176, 144, 0, 9, 228189, 267725, 8, ""},
+      {177, 144, 0, 0, 128000, 1, 10, ""},      {176, 145, 0, 0, 128000, 1, 10, ""},
+      {176, 144, 15, 0, 128000, 1, 10, ""},     {176, 144, 0, 2, 128000, 1, 10, ""},
+      {176, 144, 0, 0, 128001, 1, 10, ""},      {176, 144, -99, -99, 0, 0, 10, amr},
   };
   for (const char* path : {"/a/b.3gp", "/a/B.3GP", ".3gp"}) {
     for (const Mpeg4Row& row : rows) {
@@ -587,6 +606,11 @@ TEST(DlnaMpeg4Part2, NamesOtherMp4Files) {
       {720, 576, 15, 42, 9000000, 1000000, 8, asp},
       {720, 576, -99, 42, 9000000, 1000000, 8, asp},
       {720, 576, 1, 1, 0, 1000000, 8, ""},
+      {720, 576, 15, 0, 8000000, 9000000, 8, asp},
+      {720, 576, 15, 1, 8000000, 9000000, 8, asp},
+      {720, 576, 15, 2, 8000000, 9000000, 8, asp},
+      {720, 576, 15, 3, 8000000, 9000000, 8, asp},
+      {720, 576, 15, 4, 8000000, 9000000, 8, asp},
       {720, 576, 15, 5, 8000000, 9000000, 8, asp},
       {720, 576, 15, 7, 8000000, 9000000, 8, asp},
       {720, 576, 15, -99, 0, 9000000, 8, asp},
@@ -595,10 +619,16 @@ TEST(DlnaMpeg4Part2, NamesOtherMp4Files) {
       {721, 576, 15, 5, 8000000, 9000000, 8, ""},
       {720, 577, 15, 5, 8000000, 9000000, 8, ""},
       {721, 576, 0, 1, 1, 1000000, 8, ""},
+      {720, 577, 0, 1, 1, 1000000, 8, ""},
+      {640, 480, 0, 0, 3000000, 4000000, 8, vga},
+      {640, 480, 0, 1, 3000000, 4000000, 8, vga},
+      {640, 480, 0, 2, 3000000, 4000000, 8, vga},
+      {640, 480, 0, 3, 3000000, 4000000, 8, vga},
       {640, 480, 0, 4, 3000000, 4000000, 8, vga},
       {640, 480, 0, 9, 3000000, 4000000, 8, vga},
       {640, 480, -99, -99, 0, 1000001, 8, vga},
       {640, 480, 0, 5, 3000000, 4000000, 8, ""},
+      {640, 480, 15, 9, 3000000, 4000000, 8, ""},
       {640, 480, 0, 4, 3000001, 4000000, 8, ""},
       {640, 480, 0, 4, 3000000, 4000001, 8, ""},
       {641, 480, 0, 4, 3000000, 4000000, 8, ""},
@@ -779,10 +809,13 @@ TEST(DlnaWindowsMedia, TakesTheContainersRateForAnUnknownOne) {
   EXPECT_EQ(profile(facts), "WMVMED_BASE");
   facts.containerBitRate = 0;
   EXPECT_EQ(profile(facts), "WMVSPLL_BASE") << "an unknown rate disqualifies nothing";
+  facts.streamBitRate = 1;
+  facts.containerBitRate = 714393;
+  EXPECT_EQ(profile(facts), "WMVSPLL_BASE") << "any known rate of the stream counts";
 }
 
 TEST(DlnaWindowsMedia, TakesAnUnknownProfileFromTheSequenceHeader) {
-  const std::array<std::uint8_t, 4> simple = {0x0F, 0, 0, 0};
+  const std::array<std::uint8_t, 4> simple = {0x3F, 0, 0, 0};
   const std::array<std::uint8_t, 4> main = {0x4F, 0, 0, 0};
   DlnaFacts facts = windowsMedia(CODEC_ID_WMV3, -99, 176, 144, 96000, 3);
   facts.extraData = simple;
@@ -991,6 +1024,17 @@ TEST(DlnaExplanation, MarksWhatWasTaken) {
   ASSERT_EQ(candidates.size(), 1U);
   EXPECT_TRUE(candidates[0].taken);
   EXPECT_EQ(candidates[0].name, "AVC_MP4_HP_HD_AAC");
+}
+
+TEST(DlnaExplanation, TellsSimpleWmv3FromAnother) {
+  for (const auto& [ffmpegProfile, actual] :
+       {std::pair(0, "WMV3 of the Simple profile"), std::pair(1, "another")}) {
+    const DlnaFacts facts = windowsMedia(CODEC_ID_WMV3, ffmpegProfile, 176, 144, 96000, 3);
+    const DlnaTest test = explanationOf(facts).candidates.at(0).tests.at(0);
+    EXPECT_EQ(test.held, ffmpegProfile == 0);
+    EXPECT_EQ(test.wanted, "WMV3 of the Simple profile");
+    EXPECT_EQ(test.actual, actual);
+  }
 }
 
 std::string detail(const DlnaExplanation& explanation, const std::string& label) {

@@ -65,6 +65,13 @@ TEST(ProbeTsPacketSize, TriesTheLongerPacketsFirstAtEveryOffset) {
   EXPECT_EQ(probeBytes(both).size, 192U);
 }
 
+TEST(ProbeTsPacketSize, TakesShorterPacketsThatStartEarlier) {
+  std::string both(576, 'x');
+  for (const std::size_t at : {5U, 193U, 381U}) both[at] = 'G';
+  for (const std::size_t at : {20U, 212U, 404U}) both[at] = 'G';
+  EXPECT_EQ(probeBytes(both), (Probed{0, 188}));
+}
+
 TEST(ProbeTsPacketSize, ReportsZeroWhereNothingFits) {
   EXPECT_EQ(probeBytes(std::string(1000, 'x')), (Probed{0, 0}));
   EXPECT_EQ(probeBytes("G" + std::string(1000, 'x')), (Probed{0, 0}));
