@@ -76,7 +76,8 @@ KOLUM_EXPORT unsigned int GetMediaInfo(const char* path, MediaInfo** info, int64
 KOLUM_EXPORT void Free_MediaInfo(MediaInfo* info);
 
 /*
- * The key-frame search alone, on a file or a URL; quicker, as the streams are not looked into.
+ * The key-frame search alone, on a file or a URL; quicker, as the streams are not looked into. Of
+ * what exists as a path, only files and block devices are opened: a pipe could wait for ever.
  * KEYFRAMETIME receives the time in seconds, from the stream's start, of the key frame where
  * playing from SECONDS begins. Returns 0, or 1 with KEYFRAMETIME untouched and, in most cases, a
  * line on standard error: a null argument or SECONDS negative, URL cannot be opened, the first

@@ -51,8 +51,8 @@ std::string ownMessages(const std::string& text) {
   std::size_t at = 0;
   while ((at = text.find("[MediaInfo:", at)) != std::string::npos) {
     const std::size_t close = text.find(']', at);
-    const std::size_t end = text.find('\n', close);
-    own += "[MediaInfo]" + text.substr(close + 1, end - close);
+    const std::size_t end = text.find_first_not_of('\n', text.find('\n', close));
+    own += "[MediaInfo]" + text.substr(close + 1, end - close - 1);
     at = end;
   }
   return own;
@@ -79,7 +79,7 @@ void expectNotFound(const Found& found, const std::string& messages) {
 }
 
 constexpr char kSeekFailed[] = "[MediaInfo]: av_seek_frame failed\n";
-constexpr char kReadFailed[] = "[MediaInfo]: av_read_frame failed\n";
+constexpr char kReadFailed[] = "[MediaInfo]: av_read_frame failed\n\n";
 constexpr char kNoStartSeek[] =
     "[MediaInfo]: seek error, can't find valid PTS.\n"
     "[MediaInfo]:Can't find valid PTS, assuming it is 0.\n";
@@ -229,6 +229,36 @@ TEST(KeyFrameSearch, TakesTheFirstTimestampForTheStartOfATransportStreamThatBegi
   const std::string path = withoutEarlyTimestamps(whole, 10);
   // Eleven packets in, 0.4 seconds: what was the third second's key frame now comes after 2.6.
   expectFound(search(path, 2), 2.6);
+  EXPECT_NEAR(infoSearch(path, 2), 2.6, kTolerance);
+}
+
+// So late that the stream information does not reach the first time stamp.
+TEST(KeyFrameSearch, ReadsOnToTheFirstTimestampForTheRecordAsWell) {
+  const std::string whole =
+      media("intra-long.ts",
+            "-f lavfi -i testsrc=s=64x48:r=25:d=40 -pix_fmt yuv420p -c:v mpeg2video "
+            "-bf 0 -g 25 -sc_threshold 1000000000");
+  const std::string path = withoutEarlyTimestamps(whole, 510);
+  auto input = kolum::av::Input::open(path.c_str());
+  ASSERT_TRUE(input);
+  input->readStreamInfo();
+  EXPECT_EQ(input->streams()[0].startTime(), kolum::av::kNoTimestamp);
+  EXPECT_NEAR(infoSearch(path, 2), 2.6, kTolerance);
+}
+
+TEST(KeyFrameSearch, PassesKeyFramesWithoutATimestamp) {
+  // Pictures out of order: FFmpeg does not tell when an AVI file's are shown.
+  const std::string path =
+      media("reordered.avi",
+            "-f lavfi -i testsrc=s=64x48:r=25:d=4 -pix_fmt yuv420p -c:v libx264 -bf 2 -g 25");
+  expectNotFound(search(path, 1), kReadFailed);
+  EXPECT_EQ(infoSearch(path, 1), 1);
+}
+
+TEST(KeyFrameSearch, TakesAUrl) {
+  const std::string path = twoSecondGroups("ts");
+  expectFound(search("file:" + path, 3), search(path, 3).time);
+  expectFound(search("concat:" + path, 3), search(path, 3).time);
 }
 
 TEST(KeyFrameSearch, AssumesAStartOfZeroWhereNoPacketHasATimestamp) {
@@ -278,6 +308,16 @@ TEST(KeyFrameSearch, GivesUpAfter3600PacketsWithoutAKeyFrame) {
   expectNotFound(search(path, 2), "");
 }
 
+TEST(KeyFrameSearch, ExaminesThe3600thPacketAndNoMore) {
+  // The second second begins with picture 50, the first to be read.
+  const std::string last = longGroups("last.ts", 50 + 3599, 3700, "");
+  expectFound(search(last, 2), (50 + 3599) / 25.0);
+  EXPECT_NEAR(infoSearch(last, 2), (50 + 3599) / 25.0, kTolerance);
+  const std::string beyond = longGroups("beyond.ts", 50 + 3600, 3700, "");
+  expectNotFound(search(beyond, 2), "");
+  EXPECT_EQ(infoSearch(beyond, 2), 2);
+}
+
 TEST(KeyFrameSearch, CountsTheOtherStreamsPacketsInTheRecordsSearchOnly) {
   const std::string path =
       longGroups("sound.ts", 2000, 2100, "-f lavfi -i sine=r=48000 -c:a mp2 -shortest -t 84");
@@ -301,6 +341,17 @@ TEST(KeyFrameSearch, SharesOneLimitBetweenTheVideoStreams) {
   EXPECT_EQ(infoSearch(both, 2), 2);
 }
 
+TEST(KeyFrameSearch, OpensLaterVideoStreamsAlsoWhenNothingIsLeftToLookAtThemWith) {
+  const std::string first = longGroups("long.ts", 4000, 4100, "");
+  const std::string undecodable =
+      replaced(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"),
+               "FMP4", "AVS2");
+  const std::string both =
+      media("undecodable.ts", "-i '" + first + "' -i '" + undecodable +
+                                  "' -map 0:v -map 1:v -c copy -bsf:v:1 setts=ts=N*3600");
+  expectNotFound(search(both, 2), "[MediaInfo]: Decoder not found, skipping...\n");
+}
+
 TEST(KeyFrameSearch, LooksAtTheFirstVideoStreamOnly) {
   const std::string path =
       media("two.mkv",
@@ -312,12 +363,9 @@ TEST(KeyFrameSearch, LooksAtTheFirstVideoStreamOnly) {
 }
 
 TEST(KeyFrameSearch, FailsForAStreamThatNobodyCanDecode) {
-  TempDir folder;
-  std::string file =
-      contentOf(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"));
-  for (std::size_t at = 0; (at = file.find("FMP4", at)) != std::string::npos;)
-    file.replace(at, 4, "AVS2");
-  const std::string path = folder.write("avs2.avi", file);
+  const std::string path =
+      replaced(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"),
+               "FMP4", "AVS2");
   expectNotFound(search(path, 1), "[MediaInfo]: Decoder not found, skipping...\n");
   EXPECT_EQ(infoSearch(path, 1), 1);
 }

@@ -218,6 +218,7 @@ TEST(GetMediaInfo, KeepsTheAudioProfileInTheBitRateField) {
   const OwnedInfo aac = infoOf(media("lc.m4a", kAudio + "-c:a aac -b:a 96k"));
   EXPECT_EQ(aac->streams[0].bitRate, 4U);
   EXPECT_EQ(aac->streams[0].profile, 0);
+  EXPECT_EQ(aac->streams[0].level, -99) << "FFmpeg's own, as AAC has none";
 
   const OwnedInfo mp3 = infoOf(media("a.mp3", kAudio + "-c:a libmp3lame"));
   EXPECT_EQ(static_cast<int>(mp3->streams[0].bitRate), -99);
