@@ -4,10 +4,9 @@
  * Pictures are scaled by tools: "ffmpeg" from the working path (see frame.h), and where that fails
  * ImageMagick's "/usr/local/sbin/convert". docs/artwork.md shows the commands and the folders.
  *
- * A path of more than 511 bytes, a command of more than 1023, or a name that would not reach the
- * tool as it is because the shell takes part of it for its own (a single quote in a path; in the
- * base folder of the fallback also " $ ` and \) is refused: no tool runs. Null arguments fail like
- * files that do not exist. Nothing throws; all functions may be called from any thread.
+ * A path of more than 511 bytes or with a single quote, which would not reach the tool as it is,
+ * and a command of more than 1023 bytes are refused: no tool runs. Null arguments fail like files
+ * that do not exist. Nothing throws; all functions may be called from any thread.
  */
 #ifndef KOLUM_THUMBNAIL_H
 #define KOLUM_THUMBNAIL_H

@@ -8,6 +8,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdlib>
+#include <cstring>
 
 #include "thumbnail/artwork_commands.h"
 
@@ -54,13 +55,14 @@ bool isEmptyFile(const struct stat& status) {
 std::optional<std::string> nameOf(const char* text, std::size_t max) {
   const std::string_view given(text);
   if (given.starts_with(kUnknown)) return std::string(given.substr(0, kUnknownNameMax));
-  // Some room to spare for hosts that count without the terminator.
+  // Hosts count the size with the terminator or without: there is room for both, and what is one
+  // too long is cut.
   std::array<char, kArtistMax + 2> name{};
   if (StringConvert2LowerFileString(text, static_cast<int>(given.size()), name.data(),
                                     static_cast<int>(max) + 1) == -1) {
     return std::nullopt;
   }
-  return std::string(name.data());
+  return std::string(name.data(), strnlen(name.data(), max));
 }
 
 // An album's files, all in the artist's folder.

@@ -1,15 +1,25 @@
 #include "thumbnail/artwork_commands.h"
 
+#include <string_view>
+
 namespace kolum::thumbnail {
 
 namespace {
 
-// What the shell does not take as it is inside the two kinds of quotes.
-constexpr char kSpecialInSingleQuotes[] = "'";
-constexpr char kSpecialInDoubleQuotes[] = "\"$`\\";
+// Nothing stands for a single quote inside single quotes.
+bool canBeQuoted(const std::string& path) {
+  return path.find('\'') == std::string::npos;
+}
 
-bool hasAny(const std::string& text, const char* characters) {
-  return text.find_first_of(characters) != std::string::npos;
+// TEXT as the inside of double quotes.
+std::string inDoubleQuotes(const std::string& text) {
+  constexpr std::string_view kSpecial = "\"$`\\";
+  std::string quoted;
+  for (const char c : text) {
+    if (kSpecial.find(c) != std::string_view::npos) quoted += '\\';
+    quoted += c;
+  }
+  return quoted;
 }
 
 std::optional<std::string> fitted(std::string command) {
@@ -21,9 +31,7 @@ std::optional<std::string> fitted(std::string command) {
 
 std::optional<std::string> ffmpegCommand(const std::string& toolFolder, const std::string& source,
                                          const std::string& target, int pixels) {
-  if (hasAny(source, kSpecialInSingleQuotes) || hasAny(target, kSpecialInSingleQuotes)) {
-    return std::nullopt;
-  }
+  if (!canBeQuoted(source) || !canBeQuoted(target)) return std::nullopt;
   const std::string size = std::to_string(pixels);
   const std::string scale =
       "scale='max(" + size + "\\,iw*" + size + "/ih):" + size + "/min(1\\,iw/ih)'";
@@ -35,12 +43,9 @@ std::optional<std::string> ffmpegCommand(const std::string& toolFolder, const st
 std::optional<std::string> convertCommand(const std::string& temporaryFolder,
                                           const std::string& source, const std::string& target,
                                           int pixels) {
-  if (hasAny(temporaryFolder, kSpecialInDoubleQuotes) || hasAny(source, kSpecialInSingleQuotes) ||
-      hasAny(target, kSpecialInSingleQuotes)) {
-    return std::nullopt;
-  }
+  if (!canBeQuoted(source) || !canBeQuoted(target)) return std::nullopt;
   const std::string size = std::to_string(pixels);
-  return fitted("MAGICK_TMPDIR=\"" + temporaryFolder +
+  return fitted("MAGICK_TMPDIR=\"" + inDoubleQuotes(temporaryFolder) +
                 "\" /usr/local/sbin/convert -limit memory 64 -limit map 128 -resize " + size + "x" +
                 size + " '" + source + "' '" + target + "'");
 }

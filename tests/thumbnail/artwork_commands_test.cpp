@@ -4,8 +4,11 @@
 
 #include <string>
 
+#include "support/child_process.h"
+
 namespace {
 
+using kolum::test::mustRun;
 using kolum::thumbnail::convertCommand;
 using kolum::thumbnail::ffmpegCommand;
 using kolum::thumbnail::kCommandSize;
@@ -47,10 +50,17 @@ TEST(ArtworkCommands, RefusesNamesThatWouldEndTheirQuotes) {
   EXPECT_FALSE(ffmpegCommand("/t/", "/m/b.jpg", "/m/''.jpg", 252));
   EXPECT_FALSE(convertCommand("/m/", "/m/it's.jpg", "/m/b.jpg", 252));
   EXPECT_FALSE(convertCommand("/m/", "/m/b.jpg", "/m/it's.jpg", 252));
-  for (const char* folder : {"/m\"/", "/$HOME/", "/`id`/", "/m\\/"}) {
+}
+
+TEST(ArtworkCommands, HandsTheTemporaryFolderOnAsItIs) {
+  for (const char* folder : {"/m\"/", "/$HOME/", "/`id`/", "/m\\/", "/a b/", "/it's/", "/m!*/"}) {
     SCOPED_TRACE(folder);
-    EXPECT_FALSE(convertCommand(folder, "/m/b.jpg", "/m/c.jpg", 252));
-    EXPECT_TRUE(ffmpegCommand("/t/", folder, folder, 252)) << "harmless in single quotes";
+    const auto command = convertCommand(folder, "/m/b.jpg", "/m/c.jpg", 252);
+    ASSERT_TRUE(command);
+    // The environment that the tool would see, as the shell reads it.
+    const std::string assignment = command->substr(0, command->find(" /usr/local/sbin/convert"));
+    EXPECT_EQ(mustRun({"sh", "-c", assignment + " printenv MAGICK_TMPDIR"}),
+              folder + std::string("\n"));
   }
 }
 

@@ -437,7 +437,7 @@ TEST(CheckMusicAlbumArt, RunsNothingForNamesThatWouldEndTheirQuotes) {
   }
 }
 
-TEST(CheckMusicAlbumArt, RunsNothingWithABaseThatTheShellWouldRead) {
+TEST(CheckMusicAlbumArt, KeepsABaseFromReachingTheShell) {
   NEEDS_SANDBOX();
   const std::string file = picture("300x300", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -446,9 +446,10 @@ TEST(CheckMusicAlbumArt, RunsNothingWithABaseThatTheShellWouldRead) {
     appliance.put(file, "$(touch told)/artist/@_album.jpg");
     ASSERT_EQ(chdir("/tmp"), 0);
     EXPECT_EQ(LUM_CheckMusicAlbumArt(folder.c_str(), "a", "b", appliance.relPath.data()), 0);
-    EXPECT_EQ(LUM_CheckMusicAlbumArt(folder.c_str(), "artist", "album", appliance.relPath.data()),
-              0);
     EXPECT_TRUE(runs().empty());
+    EXPECT_EQ(LUM_CheckMusicAlbumArt(folder.c_str(), "artist", "album", appliance.relPath.data()),
+              1);
+    EXPECT_EQ(appliance.sizeOf("$(touch told)/artist/album.jpg"), "252x252");
     EXPECT_FALSE(fs::exists("/tmp/told"));
   });
 }
