@@ -162,13 +162,15 @@ TEST_F(ToolConfig, ShowsEverySetting) {
   runInAppliance([] {
     writeRootFile(kServerFile,
                   "[KOLUMSERVER]\nMODE = 2\nMC_VERSION = caf\xE9\n"
-                  "[THUMBNAIL]\nPHOTO_BLACKLIST = /a:/b c\nQUALITY = 3\n");
+                  "[THUMBNAIL]\nPHOTO_BLACKLIST = /a:/b c\nMUSIC_BLACKLIST = :a:\nVIDEO_BLACKLIST "
+                  "= ::\nQUALITY = 3\n");
     writeRootFile(kApplianceFile, "[PelmoCore]\nDeviceType = 1\n");
     const Outcome text = kolum({"config", "show"}, kOnVolume);
     EXPECT_EQ(text.status, 0) << text.err;
     EXPECT_THAT(text.out, HasSubstr("KOLUMSERVER MODE                2\n"));
     EXPECT_THAT(text.out, HasSubstr("THUMBNAIL PHOTO_BLACKLIST       /a:/b c\n"));
-    EXPECT_THAT(text.out, HasSubstr("THUMBNAIL VIDEO_BLACKLIST       (empty)\n"));
+    EXPECT_THAT(text.out, HasSubstr("THUMBNAIL MUSIC_BLACKLIST       :a\n"));
+    EXPECT_THAT(text.out, HasSubstr("THUMBNAIL VIDEO_BLACKLIST       ::\n"));
     EXPECT_THAT(text.out, HasSubstr("KOLUMSERVER MC_VERSION          caf\\xe9\n"));
     const Outcome shown = kolum({"config", "show", "--json"}, kOnVolume);
     expectFitsSchema("config", shown);
@@ -178,7 +180,8 @@ TEST_F(ToolConfig, ShowsEverySetting) {
     EXPECT_EQ(config["deviceType"], 1);
     EXPECT_EQ(config["dailyBuildEndHH"], -1);
     EXPECT_EQ(config["photoBlacklist"], json::parse(R"(["/a","/b c"])"));
-    EXPECT_EQ(config["musicBlacklist"], json::array());
+    EXPECT_EQ(config["musicBlacklist"], json::parse(R"(["","a"])"));
+    EXPECT_EQ(config["videoBlacklist"], json::parse(R"(["",""])"));
     EXPECT_EQ(config["mcVersion"], "caf\xEF\xBF\xBD");
     EXPECT_EQ(config.size(), 20U);
   });
@@ -191,6 +194,7 @@ TEST_F(ToolConfig, AValueOutOfRangeIsShownAndReported) {
     const Outcome run = kolum({"config", "show"}, kOnVolume);
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.out, HasSubstr("KOLUMSERVER MODE                9\n"));
+    EXPECT_THAT(run.out, HasSubstr("THUMBNAIL VIDEO_BLACKLIST       (empty)\n"));
     EXPECT_THAT(run.err, HasSubstr("a value is out of its range"));
     EXPECT_THAT(kolum({"config", "show", "--debug"}, kOnVolume).err,
                 HasSubstr("KOLUMSERVER:MODE:9"));
@@ -207,6 +211,24 @@ TEST_F(ToolConfig, WhatIsMissingIsNamed) {
     const Outcome run = kolum({"config", "show"}, kOnVolume);
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.err, HasSubstr(std::string(kApplianceFile) + ": No such file or directory"));
+  });
+}
+
+TEST_F(ToolConfig, WhatIsNoConfigurationIsNamed) {
+  runInAppliance([] {
+    writeRootFile(kServerFile, "[KOLUMSERVER]\nno key\n");
+    writeRootFile(kApplianceFile, "");
+    Outcome run = kolum({"config", "show"}, kOnVolume);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "") << "defaults are no settings";
+    EXPECT_THAT(run.err, HasSubstr(std::string(kServerFile) + ": not an ini file"));
+    EXPECT_THAT(kolum({"config", "show", "--debug"}, kOnVolume).err, HasSubstr("no key"));
+    writeRootFile(kServerFile, "");
+    std::filesystem::remove(kApplianceFile);
+    std::filesystem::create_symlink("/dev/null", kApplianceFile);
+    run = kolum({"config", "show"}, kOnVolume);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, HasSubstr(std::string(kApplianceFile) + ": not a regular file"));
   });
 }
 

@@ -1,3 +1,4 @@
+#include <iniparser.h>
 #include <kolum/config.h>
 #include <kolum/host.h>
 #include <unistd.h>
@@ -5,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstring>
+#include <filesystem>
 #include <memory>
 
 #include "arguments.h"
@@ -61,10 +63,13 @@ constexpr Field<std::vector<std::string>> kLists[] = {
     {"videoBlacklist", "THUMBNAIL VIDEO_BLACKLIST", &lumCfg_s::videoBlacklist},
 };
 
+// As the file has it: a last entry that is empty closes with the separator.
 std::string listText(const std::vector<std::string>& entries) {
+  if (entries.empty()) return "(empty)";
   std::string text;
-  for (const std::string& entry : entries) text += (text.empty() ? "" : ":") + entry;
-  return entries.empty() ? "(empty)" : text;
+  for (const std::string& entry : entries) text += entry + ":";
+  if (!entries.back().empty()) text.pop_back();
+  return text;
 }
 
 void print(Context& context, const lumCfg_s& config) {
@@ -98,12 +103,30 @@ bool reportMissing(Context& context, const std::string& dataDir,
   return false;
 }
 
+// Whether one of the files cannot be taken as a configuration, and says so.
+bool reportUnusable(Context& context, std::initializer_list<std::string> files) {
+  for (const std::string& file : files) {
+    if (!std::filesystem::is_regular_file(file)) {
+      context.fail(file, "not a regular file");
+      return true;
+    }
+    dictionary* ini = iniparser_load(file.c_str());
+    if (ini == nullptr) {
+      context.fail(file, "not an ini file; --debug names the line");
+      return true;
+    }
+    iniparser_freedict(ini);
+  }
+  return false;
+}
+
 void show(Context& context) {
   lumCfg_s config;
   if (parseConfig(&config) == 0) return print(context, config);
   std::string dataDir;
   KoUtil_GetDataDir(dataDir);
   if (reportMissing(context, dataDir, {dataDir + kServerFile, kLibraryFile}, R_OK)) return;
+  if (reportUnusable(context, {dataDir + kServerFile, kLibraryFile})) return;
   print(context, config);
   context.fail(dataDir + kServerFile, "a value is out of its range; --debug names it");
 }
