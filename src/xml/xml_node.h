@@ -46,7 +46,8 @@ class XMLNode {
   bool isEmpty() const { return element_ == nullptr; }
   std::string getName() const;
 
-  // The element's own text, up to its first child; empty when there is none.
+  // The first piece of the element's own text, before, between or behind its children; empty when
+  // there is none.
   std::string getText() const;
   // The attribute's value; null when there is no such attribute. Valid as long as the document.
   const char* getAttribute(const char* name) const;
