@@ -86,6 +86,57 @@ TEST(Layout, OfTheSongRecord) {
   EXPECT_EQ(sizeof(songObject_st), 1316U);
 }
 
+TEST(Layout, OfTheConfigurationRecord) {
+  EXPECT_EQ(offsetof(lumCfg_s, enable), 0U);
+  EXPECT_EQ(offsetof(lumCfg_s, mode), 4U);
+  EXPECT_EQ(offsetof(lumCfg_s, thumbStatus), 8U);
+  EXPECT_EQ(offsetof(lumCfg_s, faceStatus), 12U);
+  EXPECT_EQ(offsetof(lumCfg_s, imgClassifyStatus), 16U);
+  EXPECT_EQ(offsetof(lumCfg_s, deviceType), 20U);
+  EXPECT_EQ(offsetof(lumCfg_s, startWorkday), 24U);
+  EXPECT_EQ(offsetof(lumCfg_s, endWorkday), 28U);
+  EXPECT_EQ(offsetof(lumCfg_s, dailyBuildHH), 32U);
+  EXPECT_EQ(offsetof(lumCfg_s, dailyBuildMM), 36U);
+  EXPECT_EQ(offsetof(lumCfg_s, dailyBuildEndHH), 40U);
+  EXPECT_EQ(offsetof(lumCfg_s, dailyBuildEndMM), 44U);
+  EXPECT_EQ(offsetof(lumCfg_s, mcVersion), 48U);
+  EXPECT_EQ(offsetof(lumCfg_s, enable4K), 80U);
+  EXPECT_EQ(offsetof(lumCfg_s, minWidth), 84U);
+  EXPECT_EQ(offsetof(lumCfg_s, minHeight), 88U);
+  EXPECT_EQ(offsetof(lumCfg_s, quality), 92U);
+  EXPECT_EQ(offsetof(lumCfg_s, photoBlacklist), 96U);
+  EXPECT_EQ(offsetof(lumCfg_s, musicBlacklist), 120U);
+  EXPECT_EQ(offsetof(lumCfg_s, videoBlacklist), 144U);
+  EXPECT_EQ(sizeof(lumCfg_s), 168U);
+}
+
+TEST(Layout, OfAServersAnswer) {
+  using MediaLibrary::LUM::SocketResp_t;
+  EXPECT_EQ(offsetof(SocketResp_t, result), 0U);
+  EXPECT_EQ(offsetof(SocketResp_t, length), 8U);
+  EXPECT_EQ(offsetof(SocketResp_t, data), 16U);
+  EXPECT_EQ(sizeof(SocketResp_t), 24U);
+}
+
+TEST(Layout, OfThePlaceRecords) {
+  using namespace MediaLibrary;
+  EXPECT_EQ(offsetof(osm_param_s, lat), 0U);
+  EXPECT_EQ(offsetof(osm_param_s, lon), 8U);
+  EXPECT_EQ(offsetof(osm_param_s, zoom), 16U);
+  EXPECT_EQ(sizeof(osm_param_s), 24U);
+  EXPECT_EQ(offsetof(osm_addr_unit_s, name), 0U);
+  EXPECT_EQ(offsetof(osm_addr_unit_s, value), 32U);
+  EXPECT_EQ(offsetof(osm_addr_unitv_s, language), 0U);
+  EXPECT_EQ(offsetof(osm_addr_unitv_s, units), 8U);
+  EXPECT_EQ(offsetof(osm_address_s, language), 0U);
+  EXPECT_EQ(offsetof(osm_address_s, address), 8U);
+  EXPECT_EQ(offsetof(osm_place_s, osmType), 0U);
+  EXPECT_EQ(offsetof(osm_place_s, osmId), 8U);
+  EXPECT_EQ(offsetof(osm_place_s, addresses), 40U);
+  EXPECT_EQ(offsetof(osm_place_s, addressParts), 64U);
+  EXPECT_EQ(sizeof(osm_place_s), 88U);
+}
+
 TEST(Layout, OfAHashNode) {
   EXPECT_EQ(offsetof(MediaHashNode, row), 0U);
   EXPECT_EQ(offsetof(MediaHashNode, extension), 8U);

@@ -742,6 +742,24 @@ TEST_F(UnixSocketTest, DescriptorZeroCountsAsNone) {
   close(spare);
 }
 
+TEST_F(UnixSocketTest, DescriptorZeroIsReadAndWrittenAllTheSame) {
+  const int spare = dup(0);
+  std::array<int, 2> ends{};
+  ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
+  ASSERT_EQ(dup2(ends[0], 0), 0);
+  UnixSocket socket(0);
+  std::string text = "there";
+  EXPECT_EQ(socket.Write(text.data(), text.size()), 5);
+  std::array<char, 8> got{};
+  EXPECT_EQ(read(ends[1], got.data(), got.size()), 5);
+  EXPECT_EQ(write(ends[1], "back", 4), 4);
+  EXPECT_EQ(socket.Read(got.data(), got.size()), 4);
+  EXPECT_STREQ(got.data(), "back");
+  EXPECT_EQ(socket.getErrorCode(), 0);
+  ASSERT_EQ(dup2(spare, 0), 0);
+  for (const int descriptor : {spare, ends[0], ends[1]}) close(descriptor);
+}
+
 TEST_F(UnixSocketTest, OperationsBeginByResettingTheCodes) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
