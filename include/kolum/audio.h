@@ -22,7 +22,7 @@ KOLUM_C_BEGIN
  * what the caller put there, so preset them.
  *
  *   containerBitRate  bit/s of the whole file
- *   bitRate           bit/s of the stream
+ *   bitRate           bit/s of the stream; kbit/s of a DSD file
  *   sampleRate        Hz
  *   bitsPerSample     bits per coded sample
  *   channels          number of channels
@@ -41,9 +41,9 @@ KOLUM_C_BEGIN
  * stream's codec has no number, with containerBitRate, bitRate, durationSec and profile written.
  *
  * A file named "*.dsf" or "*.dff" (in any case) is a DSD file: channels becomes 2, profile and
- * level -99, containerFormat FORMAT_DSF or FORMAT_DFF, and GetDsfMetadata2 does the rest; codecId
- * and dlnaProfile stay untouched. For other songs the function
- * writes a line on the duration to standard error.
+ * level -99, containerFormat FORMAT_DSF or FORMAT_DFF; GetDsfMetadata2 does the rest, and its
+ * result is returned; codecId and dlnaProfile stay untouched. For other songs the function writes a
+ * line on the duration to standard error.
  */
 KOLUM_EXPORT unsigned int GetAudioMetadata(const char* folder, const char* fileName,
                                            uint32_t* containerBitRate, uint32_t* bitRate,
@@ -54,8 +54,9 @@ KOLUM_EXPORT unsigned int GetAudioMetadata(const char* folder, const char* fileN
 
 /*
  * The numbers of a DSD file as the external program tells them; what it does not tell stays
- * untouched, and null outputs are skipped. bitRate, in kbit/s, is channels times sampleRate divided
- * by 1000, and is written with sampleRate only. The arguments are those of GetAudioMetadata;
+ * untouched, and null outputs are skipped. bitRate, in kbit/s, is channels (those that the caller
+ * put there when the program tells none) times sampleRate divided by 1000, and is written with
+ * sampleRate only. The arguments are those of GetAudioMetadata;
  * containerBitRate and bitsPerSample are not used. Returns 0 on success; 1 when FOLDER or FILENAME
  * is null, the path is longer than 1023 characters, or the program printed no document for the
  * file (is missing, say), with everything untouched.
@@ -71,9 +72,10 @@ KOLUM_EXPORT unsigned int GetDsfMetadata2(const char* folder, const char* fileNa
  *
  * Of a "*.dsf" file the texts come from its ID3v2 tag, from frames in Unicode only: those in
  * Latin-1 are left to GetDsfMetadata. Of any other they come from the external program, the artist
- * as the album artist too. The numbers come from the program; year and track are written only when
- * DURATION is given, and when they are not 0. Returns as GetDsfMetadata2; texts of a tag are
- * written before the program is run.
+ * as the album artist too. The numbers come from the program, as in GetDsfMetadata2, except that a
+ * duration that it does not tell is written as 0; year and track are written only when DURATION is
+ * given, and when they are not 0. Returns as GetDsfMetadata2; texts of a tag are written before the
+ * program is run.
  */
 KOLUM_EXPORT unsigned int GetDsfMetadata3(const char* folder, const char* fileName, char* title,
                                           char* artist, char* albumArtist, char* album,
@@ -111,9 +113,9 @@ KOLUM_EXPORT unsigned int GetDsfMetadata(const char* folder, const char* fileNam
 /*
  * Looks for an album picture in a folder: "cover.jpg", "Cover.jpg", "folder.jpg", "Folder.jpg",
  * "front.jpg", "Front.jpg", the first of them winning; other spellings do not count. Returns 0 with
- * its path in COVERPATH (a buffer of 1024 bytes, a longer path is cut), or 1 when there is none or
- * an argument is null, COVERPATH then untouched. The folder's path counts up to 1023 characters,
- * name included.
+ * its path in COVERPATH (a buffer of 1024 bytes), or 1 when there is none or an argument is null,
+ * COVERPATH then untouched. Folder and name are cut at 1023 characters together, and what is cut is
+ * what is looked for.
  */
 KOLUM_EXPORT unsigned int KoLUM_CheckLocalAlbum(const char* folder, char* coverPath);
 

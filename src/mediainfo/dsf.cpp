@@ -39,11 +39,6 @@ void putNumbers(const DsfDocument& document, const NumberOutputs& out) {
   *out.bitRate = kilobits(channels ? static_cast<std::uint32_t>(*channels) : preset, *frequency);
 }
 
-void putDuration(const DsfDocument& document, uint32_t* duration) {
-  const auto seconds = document.number("DURATION");
-  if (duration != nullptr && seconds) *duration = static_cast<std::uint32_t>(*seconds);
-}
-
 void putText(char* out, const std::string& text) {
   if (out != nullptr && !text.empty()) copyText(out, kTextSize, text);
 }
@@ -127,7 +122,8 @@ unsigned int GetDsfMetadata2(const char* folder, const char* fileName,
   if (folder == nullptr || fileName == nullptr) return 1;
   const auto document = documentOf(folder, fileName);
   if (!document) return 1;
-  putDuration(*document, durationSec);
+  if (const auto seconds = document->number("DURATION"); seconds && durationSec != nullptr)
+    *durationSec = static_cast<uint32_t>(*seconds);
   putNumbers(*document, {channels, sampleRate, bitRate});
   return 0;
 } catch (...) {
@@ -153,7 +149,7 @@ unsigned int GetDsfMetadata3(const char* folder, const char* fileName, char* tit
   if (duration != nullptr) {
     putIfNotZero(year, document->number("YEAR"));
     putIfNotZero(track, document->number("TRACK"));
-    putDuration(*document, duration);
+    *duration = static_cast<uint32_t>(document->number("DURATION").value_or(0));
   }
   putNumbers(*document, {channels, sampleRate, bitRate});
   return 0;

@@ -250,6 +250,15 @@ TEST(GetAudioMetadata, TheWmaTestFileKeepsTheBaseName) {
   EXPECT_STREQ(probe(path).dlnaProfile.text, "WMABASE");
 }
 
+TEST(GetAudioMetadata, AFolderNamedAsTheWmaTestFileChangesNothing) {
+  const TempDir folder;
+  mkdir(folder.path("O-WAB-05_C_192_44_2.wma").c_str(), 0700);
+  const std::string path = folder.write(
+      "O-WAB-05_C_192_44_2.wma/song.wma",
+      mustRun({"cat", noise("320.wma", "-ac 2 -c:a wmav2 -b:a 320k -packet_size 30000")}));
+  EXPECT_STREQ(probe(path).dlnaProfile.text, "WMAFULL");
+}
+
 // The encoder's savings turned off, so that noise takes more than 320 kbit/s.
 #define KOLUM_FULL_AAC \
   "-af aformat=channel_layouts=stereo,adelay=10|0 -b:a 450k -aac_pns 0 -aac_is 0 -aac_ms 0"
@@ -341,6 +350,17 @@ TEST(GetAudioMetadata, ACodecThatTheFrozenNumberingDoesNotKnowFails) {
   EXPECT_EQ(song.result, 1U);
   EXPECT_NE(song.profile, kUntouchedSigned);
   EXPECT_EQ(song.codecId, kUntouched);
+}
+
+TEST(GetAudioMetadata, ACodecThatFfmpegDoesNotKnowHasTheNumberZero) {
+  const TempDir folder;
+  const Song song = probe(folder.write("odd.wav", waveWithTag(0x7777, 2000)));
+  EXPECT_EQ(song.result, 0U);
+  EXPECT_EQ(song.codecId, 0U);
+  EXPECT_EQ(song.sampleRate, 44100U);
+  EXPECT_EQ(song.channels, 2U);
+  EXPECT_EQ(song.containerFormat, FORMAT_WAV);
+  EXPECT_STREQ(song.dlnaProfile.text, "");
 }
 
 TEST(GetAudioMetadata, AVideoIsDescribedByItsFirstAudioStream) {

@@ -87,6 +87,11 @@ TEST(CheckLocalAlbum, PathsAreCutAt1023Characters) {
   const std::size_t longest = kPathSize - 1 - std::strlen("cover.jpg");
   EXPECT_EQ(lookUp(padded(longest)).path, padded(longest) + "cover.jpg");
   EXPECT_EQ(lookUp(padded(longest + 1)).result, 1U);
+
+  // What is cut is looked for all the same.
+  folder.write("cover.jp", "no picture");
+  EXPECT_EQ(lookUp(padded(longest + 1)).path, padded(longest + 1) + "cover.jp");
+  EXPECT_EQ(lookUp(std::string(1500, '/')).path, std::string(kPathSize - 1, '/'));
 }
 
 TEST(CheckSpecialCover, KnowsTheNamesAndWhatBeginsWithOne) {

@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstring>
 #include <filesystem>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <thread>
 #include <utility>
@@ -21,6 +22,7 @@
 #include "support/child_process.h"
 #include "support/descriptors.h"
 #include "support/dsd_builder.h"
+#include "support/media_factory.h"
 #include "support/temp_dir.h"
 
 namespace kolum::test {
@@ -180,6 +182,23 @@ TEST_F(GetDsfMetadata2Test, MissingElementsLeaveTheirOutputs) {
   n = numbersOf(files_.folder(), "x.dsf");
   EXPECT_EQ(n.result, 0U);
   expectUntouched(n);
+}
+
+TEST_F(GetDsfMetadata2Test, WithoutAChannelCountTheCallersCounts) {
+  setToolOutput("<ID3TAG><FREQUENCY>2822400</FREQUENCY></ID3TAG>");
+  const auto bitRateWith = [&](uint32_t* channels) {
+    uint32_t bitRate = kUntouched;
+    uint32_t sampleRate = kUntouched;
+    EXPECT_EQ(GetDsfMetadata2(files_.folder().c_str(), "x.dsf", nullptr, &bitRate, &sampleRate,
+                              nullptr, channels, nullptr),
+              0U);
+    EXPECT_EQ(sampleRate, 2822400U);
+    return bitRate;
+  };
+  uint32_t channels = 6;
+  EXPECT_EQ(bitRateWith(&channels), 16934U);
+  EXPECT_EQ(channels, 6U);
+  EXPECT_EQ(bitRateWith(nullptr), 0U);
 }
 
 TEST_F(GetDsfMetadata2Test, ReadsLeadingDigits) {
@@ -383,6 +402,19 @@ TEST_F(GetDsfMetadata3Test, TakesUnicodeTextsFromTheTag) {
   }
 }
 
+TEST_F(GetDsfMetadata3Test, TakesTextsFromOlderTagsToo) {
+  setToolOutput(kDocument);
+  files_.write("third.dsf", dsfFile({.tag = id3v2Tag(frames(TextEncoding::kUtf16), 3)}));
+  expectTexts(tagsOf(files_.folder(), "third.dsf"), {"Title", "Artist", "Band", "Album"});
+  const std::string second = id3v2Tag({{"TT2", "Title", TextEncoding::kUtf16},
+                                       {"TP1", "Artist", TextEncoding::kUtf16},
+                                       {"TP2", "Band", TextEncoding::kLatin1},
+                                       {"TAL", "Album", TextEncoding::kUtf16}},
+                                      2);
+  files_.write("second.dsf", dsfFile({.tag = second}));
+  expectTexts(tagsOf(files_.folder(), "second.dsf"), {"Title", "Artist", "", "Album"});
+}
+
 TEST_F(GetDsfMetadata3Test, ConvertsTextsToUtf8) {
   setToolOutput(kDocument);
   files_.write("song.dsf", taggedDsf({{"TIT2", "M\xC3\xBCnchen \xE6\x9D\xB1\xE4\xBA\xAC"}}));
@@ -509,6 +541,33 @@ TEST_F(GetDsfMetadata3Test, ZeroesAndEmptyElements) {
   EXPECT_EQ(tags.channels, kUntouched);
 }
 
+TEST_F(GetDsfMetadata3Test, ADurationThatIsNotToldIsZero) {
+  setToolOutput("<ID3TAG><CHANNEL>6</CHANNEL></ID3TAG>");
+  const Tags tags = tagsOf(files_.folder(), "song.dff");
+  EXPECT_EQ(tags.result, 0U);
+  EXPECT_EQ(tags.duration, 0U);
+  EXPECT_EQ(tags.channels, 6U);
+  EXPECT_EQ(tags.sampleRate, kUntouched);
+  EXPECT_EQ(tags.bitRate, kUntouched);
+}
+
+TEST_F(GetDsfMetadata3Test, TheBitRateGoesWithTheSampleRate) {
+  setToolOutput(kDocument);
+  const auto call = [&](uint32_t* sampleRate, uint32_t* bitRate) {
+    EXPECT_EQ(GetDsfMetadata3(files_.folder().c_str(), "x.dff", nullptr, nullptr, nullptr, nullptr,
+                              nullptr, nullptr, nullptr, nullptr, sampleRate, bitRate),
+              0U);
+  };
+  uint32_t sampleRate = kUntouched;
+  uint32_t bitRate = kUntouched;
+  call(nullptr, &bitRate);
+  EXPECT_EQ(bitRate, kUntouched);
+  call(&sampleRate, nullptr);
+  EXPECT_EQ(sampleRate, 2822400U);
+  call(&sampleRate, &bitRate);
+  EXPECT_EQ(bitRate, 5644U);
+}
+
 TEST_F(GetDsfMetadata3Test, FailsWithTheTagsTextsWhenTheToolDoes) {
   files_.write("song.dsf", taggedDsf(frames(TextEncoding::kUtf8)));
   const Tags tags = tagsOf(files_.folder(), "song.dsf");
@@ -588,6 +647,64 @@ TEST_F(GetDsfMetadataTest, KeepsWhatIsThere) {
   EXPECT_EQ(song.year, 1);
 }
 
+constexpr char (songObject_st::*kTexts[])[256] = {&songObject_st::title, &songObject_st::artist,
+                                                  &songObject_st::albumArtist,
+                                                  &songObject_st::album, &songObject_st::genre};
+
+// A song whose container carries these entries as they are spelled here.
+std::string songWithTags(const std::string& path, const std::vector<std::string>& entries) {
+  std::vector<std::string> command = {"ffmpeg", "-loglevel", "error", "-nostdin",
+                                      "-f",     "lavfi",     "-i",    "sine=d=1"};
+  for (const std::string& entry : entries) command.insert(command.end(), {"-metadata", entry});
+  command.push_back(path);
+  mustRun(command);
+  return path;
+}
+
+TEST_F(GetDsfMetadataTest, KeepsEveryFieldThatIsThere) {
+  songWithTags(files_.path("song.flac"), {"title=T", "artist=A", "album_artist=B", "album=C",
+                                          "genre=G", "date=2015", "track=3"});
+  const songObject_st empty = songOf(files_.folder(), "song.flac");
+  songObject_st song = {};
+  for (const auto text : kTexts) {
+    EXPECT_EQ(std::strlen(empty.*text), 1U);
+    std::strcpy(song.*text, "kept");
+  }
+  EXPECT_EQ(empty.year, 2015);
+  EXPECT_EQ(empty.track, 3);
+  song.year = 1;
+  song.track = 2;
+  EXPECT_EQ(GetDsfMetadata(files_.folder().c_str(), "song.flac", &song), 0U);
+  for (const auto text : kTexts) EXPECT_STREQ(song.*text, "kept");
+  EXPECT_EQ(song.year, 1);
+  EXPECT_EQ(song.track, 2);
+}
+
+TEST_F(GetDsfMetadataTest, KnowsTwoSpellingsOfTheAlbumArtistAndNoOtherLetterCase) {
+  songWithTags(files_.path("spaced.flac"), {"album artist=Band"});
+  EXPECT_STREQ(songOf(files_.folder(), "spaced.flac").albumArtist, "Band");
+  songWithTags(files_.path("underlined.mp3"), {"album_artist=Band"});
+  EXPECT_STREQ(songOf(files_.folder(), "underlined.mp3").albumArtist, "Band");
+
+  const std::string upper =
+      songWithTags(files_.path("upper.mka"), {"GENRE=Jazz", "DATE=2015", "ALBUM_ARTIST=Band"});
+  EXPECT_EQ(ffprobe(upper)["format"]["tags"]["GENRE"], "Jazz");
+  const songObject_st song = songOf(files_.folder(), "upper.mka");
+  EXPECT_STREQ(song.genre, "");
+  EXPECT_STREQ(song.albumArtist, "");
+  EXPECT_EQ(song.year, 0);
+}
+
+TEST_F(GetDsfMetadataTest, LongEntriesAreCutAt255Bytes) {
+  const std::string longText(400, 'x');
+  songWithTags(files_.path("song.flac"),
+               {"title=" + longText, "artist=" + longText, "album_artist=" + longText,
+                "album=" + longText, "genre=" + longText});
+  const songObject_st song = songOf(files_.folder(), "song.flac");
+  for (const auto text : kTexts) EXPECT_EQ(song.*text, longText.substr(0, 255));
+  EXPECT_EQ(song.year, 0) << "lies between the texts";
+}
+
 TEST_F(GetDsfMetadataTest, TakesFfmpegsTagsWithoutTheTool) {
   files_.write("song.dsf", taggedDsf(frames(TextEncoding::kLatin1)));
   const songObject_st song = songOf(files_.folder(), "song.dsf");
@@ -658,6 +775,25 @@ TEST_F(GetAudioMetadataDsdTest, AsksTheToolWhateverTheLetterCase) {
     EXPECT_EQ(codec, kUntouched);
     EXPECT_STREQ(dlna, "none");
   }
+}
+
+TEST_F(GetAudioMetadataDsdTest, GoesByTheExtensionOfTheWholePath) {
+  setToolOutput(kDocument);
+  std::filesystem::create_directories(files_.path("folder.dsf"));
+  std::filesystem::copy_file(media("song.wav", "-f lavfi -i sine=d=2:r=44100 -c:a pcm_s16le"),
+                             files_.path("folder.dsf/song"));
+  const auto sampleRateOf = [&](const std::string& folder, const char* name) {
+    uint32_t sampleRate = kUntouched;
+    testing::internal::CaptureStderr();
+    EXPECT_EQ(GetAudioMetadata(folder.c_str(), name, nullptr, nullptr, &sampleRate, nullptr,
+                               nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+              0U);
+    testing::internal::GetCapturedStderr();
+    return sampleRate;
+  };
+  EXPECT_EQ(sampleRateOf(files_.path("folder.dsf/"), "song"), 44100U) << "FFmpeg's";
+  EXPECT_EQ(sampleRateOf(files_.folder(), "folder.dsf"), 2822400U) << "the tool's";
+  EXPECT_EQ(sampleRateOf(files_.path("folder"), ".dsf"), 2822400U) << "the tool's";
 }
 
 TEST_F(GetAudioMetadataDsdTest, FailsWithThePresetsWhenTheToolDoes) {

@@ -29,6 +29,12 @@ std::string synchSafe(std::size_t value) {
   return bytes;
 }
 
+// The size of a frame's content, and the flags where the version has them.
+std::string frameSize(std::size_t size, int version) {
+  if (version == 2) return bigEndian(size, 3);
+  return (version == 3 ? bigEndian(size, 4) : synchSafe(size)) + std::string(2, '\0');
+}
+
 // A DFF chunk: an even size, whatever the payload's.
 std::string chunk(const std::string& id, const std::string& payload) {
   return id + bigEndian(payload.size(), 8) + payload + std::string(payload.size() % 2, '\0');
@@ -46,13 +52,14 @@ std::uint64_t bytesPerChannel(const DsdFile& file) {
 
 }  // namespace
 
-std::string id3v2Tag(const std::vector<TextFrame>& frames) {
+std::string id3v2Tag(const std::vector<TextFrame>& frames, int version) {
   std::string body;
   for (const TextFrame& frame : frames) {
     const std::string content = static_cast<char>(frame.encoding) + encoded(frame);
-    body += frame.id + synchSafe(content.size()) + std::string(2, '\0') + content;
+    body += frame.id + frameSize(content.size(), version) + content;
   }
-  return "ID3" + std::string("\4\0\0", 3) + synchSafe(body.size()) + body;
+  return "ID3" + std::string{static_cast<char>(version), '\0', '\0'} + synchSafe(body.size()) +
+         body;
 }
 
 std::string dsfFile(const DsdFile& file) {

@@ -11,14 +11,15 @@ namespace kolum::test {
 
 enum class TextEncoding { kLatin1 = 0, kUtf16 = 1, kUtf16BigEndian = 2, kUtf8 = 3 };
 
-// A text frame of an ID3v2.4 tag. TEXT is ASCII, or UTF-8 for kUtf8, or Latin-1 for kLatin1.
+// A text frame of an ID3v2 tag. TEXT is ASCII, or UTF-8 for kUtf8, or Latin-1 for kLatin1.
 struct TextFrame {
-  std::string id;  // "TIT2"
+  std::string id;  // "TIT2"; "TT2" in ID3v2.2
   std::string text;
   TextEncoding encoding = TextEncoding::kUtf8;
 };
 
-std::string id3v2Tag(const std::vector<TextFrame>& frames);
+// VERSION is the 4 of ID3v2.4; 3 and 2 count sizes in another way.
+std::string id3v2Tag(const std::vector<TextFrame>& frames, int version = 4);
 
 struct DsdFile {
   std::uint32_t sampleRate = 2822400;
