@@ -11,6 +11,12 @@ cd "$1"
 encode() {
   timeout 60 ffmpeg -nostdin -hide_banner -loglevel quiet -y "$@" || rm -f "${!#}"
 }
+
+# bytes HEXADECIMAL...: these bytes.
+bytes() { printf "$(printf '%s' "$@" | sed 's/../\\x&/g')"; }
+# zeros COUNT
+zeros() { head -c "$1" /dev/zero; }
+
 readonly kPicture=(-f lavfi -i "testsrc2=size=32x32:rate=5:duration=1")
 readonly kTone=(-f lavfi -i "sine=frequency=440:sample_rate=44100:duration=0.3")
 
@@ -32,6 +38,23 @@ videos() {
   cp probe/* media_info/
 }
 
+# Songs with a picture, in which key frames are searched as in any video stream.
+covers() {
+  local picture=media_info/picture.jpg block i
+  encode -f lavfi -i color=red:s=32x24 -frames:v 1 "$picture"
+  [ -e "$picture" ] || return 0
+  block=$({ bytes 00000003 0000000a; printf image/jpeg
+    bytes 00000000 00000020 00000018 00000018 00000000 "$(printf %08x "$(stat -c %s "$picture")")"
+    cat "$picture"; } | base64 --wrap=0)
+  encode "${kTone[@]}" -c:a libvorbis -metadata "METADATA_BLOCK_PICTURE=$block" media_info/cover.ogg
+  for i in mp3 flac m4a wma; do
+    encode "${kTone[@]}" -i "$picture" -map 0 -map 1 -c:v copy -disposition:v attached_pic \
+      "media_info/cover.$i"
+  done
+  rm "$picture"
+  encode "${kPicture[@]}" -c:v libtheora media_info/theora.ogv
+}
+
 songs_and_photos() {
   mkdir -p song_photo
   local i
@@ -42,11 +65,6 @@ songs_and_photos() {
   for i in wav aiff au ogg ac3 wv; do encode "${kTone[@]}" -ar 44100 "song_photo/tone.$i"; done
   for i in jpg png gif bmp tiff; do encode "${kPicture[@]}" -frames:v 1 "song_photo/picture.$i"; done
 }
-
-# bytes HEXADECIMAL...: these bytes.
-bytes() { printf "$(printf '%s' "$@" | sed 's/../\\x&/g')"; }
-# zeros COUNT
-zeros() { head -c "$1" /dev/zero; }
 
 boxes() {
   mkdir -p mp4_boxes
@@ -130,6 +148,7 @@ texts() {
 }
 
 videos
+covers
 songs_and_photos
 boxes
 packets

@@ -1,10 +1,26 @@
 #include "av/packets.h"
 
+#include <algorithm>
 #include <new>
 
 #include "av/ffmpeg.h"
 
 namespace kolum::av {
+
+namespace {
+
+// The Ogg demuxer counts the streams of the file only, and ends the process when asked for one
+// beyond: attached pictures, which FFmpeg lists as streams, and what comes after them.
+bool isBeyondOggStreams(const Input& input, const Stream& stream) {
+  if (input.demuxer() != "ogg") return false;
+  const auto fileStreams =
+      std::count_if(input.streams().begin(), input.streams().end(), [](const Stream& each) {
+        return (each.raw()->disposition & AV_DISPOSITION_ATTACHED_PIC) == 0;
+      });
+  return stream.index() >= fileStreams;
+}
+
+}  // namespace
 
 void Packet::Deleter::operator()(AVPacket* packet) const {
   av_packet_free(&packet);
@@ -30,6 +46,7 @@ bool Packet::isKeyFrame() const {
 }
 
 bool seek(const Input& input, const Stream& stream, std::int64_t timestamp) {
+  if (isBeyondOggStreams(input, stream)) return false;
   return av_seek_frame(input.raw(), stream.index(), timestamp, 0) >= 0;
 }
 

@@ -289,6 +289,31 @@ TEST(KeyFrameSearch, FindsNothingInAnAttachedPicture) {
   }
 }
 
+// The picture of an Ogg song: a FLAC picture block as text in a tag.
+std::string oggPictureTag() {
+  const std::string picture =
+      mustRun({"cat", media("picture.jpg", "-f lavfi -i color=red:s=32x24:d=1 -frames:v 1")});
+  const std::string type = "image/jpeg";
+  const std::string block = bigEndian(3, 4) + bigEndian(type.size(), 4) + type + bigEndian(0, 4) +
+                            bigEndian(32, 4) + bigEndian(24, 4) + bigEndian(24, 4) +
+                            bigEndian(0, 4) + bigEndian(picture.size(), 4) + picture;
+  const TempDir folder;
+  return "METADATA_BLOCK_PICTURE=" + mustRun({"base64", "--wrap=0", folder.write("block", block)});
+}
+
+TEST(KeyFrameSearch, LeavesTheProcessAliveWhenAnOggSongHasAPicture) {
+  const std::string tag = oggPictureTag();
+  for (const char* codec : {"libvorbis", "flac", "libopus"}) {
+    SCOPED_TRACE(codec);
+    const std::string path =
+        media(std::string("cover-") + codec + ".ogg",
+              std::string("-f lavfi -i sine=d=5 -c:a ") + codec + " -metadata '" + tag + "'");
+    ASSERT_EQ(ffprobe(path)["streams"].size(), 2U);
+    for (const int seconds : {1, 3, 100}) EXPECT_EQ(infoSearch(path, seconds), seconds);
+    for (const int seconds : {0, 3, 100}) EXPECT_EQ(search(path, seconds).result, 1U);
+  }
+}
+
 // A transport stream with 25 pictures a second and a key frame every GROUP of them. Demuxers of
 // such streams land on any picture, so the search has to read on to the next key frame.
 std::string longGroups(const std::string& name, int group, int pictures, const std::string& more) {
