@@ -1,6 +1,6 @@
 # A command's --help as the sections of a manual page: NAME holds its first line, SYNOPSIS the usage,
-# DESCRIPTION what follows the options, then OPTIONS and EXAMPLES. With nested=1 all goes into the
-# section of the command above it.
+# DESCRIPTION what follows the options, then OPERANDS, OPTIONS, COMMANDS and EXAMPLES. With nested=1
+# all goes into the section of the command above it.
 
 function escaped(text) {
   gsub(/\\/, "\\e", text)
@@ -9,7 +9,7 @@ function escaped(text) {
   return text
 }
 
-function heading(title) { print (nested ? ".PP" : ".SH " title) }
+function listHeading(title) { return nested ? "" : ".SH " title "\n" }
 
 # The lines of a list: "  -x,--name VALUE   meaning", or the meaning alone in the next line.
 function entry(line,   name, meaning) {
@@ -24,15 +24,14 @@ function entry(line,   name, meaning) {
     meaning = substr(line, RSTART + RLENGTH)
   }
   gsub(/,--/, ", --", name)
-  sub(/:INT in \[/, " (", name)
-  sub(/ - /, " to ", name)
-  sub(/\]$/, ")", name)
   return ".TP\n.B " escaped(name) (meaning == "" ? "" : "\n" escaped(meaning))
 }
 
 NR == 1 { title = $0; next }
 /^Usage: / { usage = substr($0, 8); next }
-/^(Positionals|Options|Commands):$/ { part = "list"; next }
+/^Operands:$/ { part = "list"; list = list listHeading("OPERANDS"); next }
+/^Options:$/ { part = "list"; list = list listHeading("OPTIONS"); next }
+/^Commands:$/ { part = "list"; list = list listHeading("COMMANDS"); next }
 /^Examples?:$/ { part = "examples"; next }
 NF == 0 { if (part == "list") part = "text"; if (part == "text") text = text "\n.PP"; next }
 part == "list" { list = list entry($0) "\n"; next }
@@ -50,13 +49,10 @@ END {
     print ".SH DESCRIPTION" (text == "" ? "\n" escaped(title) "." : text)
     text = ""
   }
-  if (list != "") {
-    if (!nested) print ".SH OPTIONS"
-    printf "%s", list
-  }
+  printf "%s", list
   if (text != "") print ".PP" text
   if (examples != "") {
-    heading("EXAMPLES")
+    print (nested ? ".PP\nExample:" : ".SH EXAMPLES")
     printf ".nf\n%s.fi\n", examples
   }
 }

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <filesystem>
 #include <string>
+#include <system_error>
 
 namespace {
 
@@ -20,7 +21,10 @@ bool isVideo(const std::string& name) {
 
 void describe(const std::string& folder, const std::string& name) {
   videoObject_st video = {};
-  if (GetVideoMetadata1(folder.c_str(), name.c_str(), &video, 0) != 0) return;
+  if (GetVideoMetadata1(folder.c_str(), name.c_str(), &video, 0) != 0) {
+    std::fprintf(stderr, "%s: cannot be probed\n", name.c_str());
+    return;
+  }
   char codec[KOLUM_IDENTIFIER_NAME_SIZE] = "?";
   CodecIDToName(codec, static_cast<unsigned>(video.videoCodec));
   std::printf("%s: %d s, %dx%d, %s\n", name.c_str(), video.duration, video.width, video.height,
@@ -36,8 +40,13 @@ int main(int argc, char** argv) {
   }
   // Folders are named with their closing "/".
   const std::string folder = std::string(argv[1]) + "/";
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    const std::string name = entry.path().filename();
+  std::error_code error;
+  for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;
+       entry.increment(error)) {
+    const std::string name = entry->path().filename();
     if (isVideo(name)) describe(folder, name);
   }
+  if (!error) return 0;
+  std::fprintf(stderr, "%s: %s\n", folder.c_str(), error.message().c_str());
+  return 1;
 }

@@ -27,6 +27,28 @@ check_options() {
   done
 }
 
+# expect_completions EXPECTED WORD...: exactly these, sorted, a line each.
+expect_completions() {
+  local expected=$1 offered
+  shift
+  offered=$(completions "$@" | sort)
+  [ "$offered" = "$expected" ] || fail "completion of \"$*\" offers \"$offered\""
+}
+
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+touch "$folder/my list.txt" "$folder/x[1].mp4" "$folder/x1.mp4"
+expect_completions "$folder/my list.txt" probe --files-from "$folder/my"
+expect_completions "$folder/x[1].mp4" probe "$folder/x["
+expect_completions "$folder/x1.mp4" tracks "$folder/x1"
+expect_completions "" probe "$folder/none"
+expect_completions photo classify --kinds ph
+expect_completions $'video,photo\nvideo,playlist' classify --kinds video,p
+expect_completions formats ids --codec H264 f
+expect_completions "$folder/x1.mp4" probe --files-from list "$folder/x1"
+expect_completions KOLUMSERVER config set K
+expect_completions "" config set THUMBNAIL ""
+
 commands=$("$kolum" --help | commands_of)
 [ -n "$commands" ] || fail "no commands"
 for command in $commands; do

@@ -100,6 +100,10 @@ Action defineArtwork(CLI::App& command) {
   addFileArguments(*transcoded, options->files);
   addText(*folder, "TYPE", options->mediaType, "The media type's number, 0 to 20")->required();
   addText(*folder, "ITEM", options->item, "The item's number")->required();
+  album->footer("Example:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");
+  artist->footer("Example:\n  kolum artwork artist /share/.thumbs/ \"The Oscillators\"");
+  transcoded->footer("Example:\n  kolum artwork transcoded Movies/*.avi");
+  folder->footer("Example:\n  kolum artwork folder 3 4660");
   command.footer(
       "Artwork as the media library keeps it: below BASE a folder for each artist, in it "
       "artist.jpg\n"

@@ -146,11 +146,13 @@ void set(Context& context, const Options& options) {
 Action defineConfig(CLI::App& command) {
   auto options = std::make_shared<Options>();
   command.require_subcommand(1);
-  const CLI::App* showing = command.add_subcommand("show", "Prints every setting");
+  CLI::App* showing = command.add_subcommand("show", "Prints every setting");
   CLI::App* setting = command.add_subcommand("set", "Changes one setting in the file");
   addText(*setting, "SECTION", options->section, "KOLUMSERVER or THUMBNAIL")->required();
   addText(*setting, "KEY", options->key, "As \"config show\" prints it")->required();
   addText(*setting, "VALUE", options->value, "The new value")->required();
+  showing->footer("Example:\n  kolum config show --json");
+  setting->footer("Example:\n  kolum config set THUMBNAIL QUALITY 3");
   command.footer(
       "The media-library server's configuration: the data volume's .system/lumserver.conf, and "
       "for\n"
