@@ -99,8 +99,9 @@ std::string codecName(int codec) {
 
 std::string framesPerSecond(const av::Rational& rate) {
   if (rate.den == 0) return "unknown";
+  const double frames = static_cast<double>(rate.num) / rate.den;
   char text[32];
-  std::snprintf(text, sizeof text, "%.4g per second", static_cast<double>(rate.num) / rate.den);
+  std::snprintf(text, sizeof text, frames < 1000 ? "%.4g per second" : "%.0f per second", frames);
   return text;
 }
 

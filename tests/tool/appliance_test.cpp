@@ -158,6 +158,15 @@ TEST_F(ToolServeEcho, ServesUntilItIsInterrupted) {
   });
 }
 
+TEST(ToolServeEchoPath, ThatIsTooLongIsRefused) {
+  const TempDir folder;
+  const std::string path = folder.path(std::string(108 - folder.folder().size(), 's'));
+  const Outcome run = kolum({"serve-echo", "--socket", path});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.err, "kolum: " + path + ": File name too long\n");
+  EXPECT_TRUE(std::filesystem::is_empty(folder.folder()));
+}
+
 TEST_F(ToolConfig, ShowsEverySetting) {
   runInAppliance([] {
     writeRootFile(kServerFile,

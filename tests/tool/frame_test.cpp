@@ -59,6 +59,7 @@ TEST(Usage, MistakesEndWithStatusTwoAndAHint) {
       {"probe"},
       {"probe", "--no-such-option", "a.mp4"},
       {"probe", "--audio-stream", "x", "a.mp4"},
+      {"probe", "--audio-stream", "-1", "a.mp4"},
       {"classify"},
       {"classify", "--kinds", "books", "a.mp4"},
       {"classify", "--mask", "video", "a.mp4"},
@@ -92,6 +93,36 @@ TEST(Usage, MistakesEndWithStatusTwoAndAHint) {
     EXPECT_THAT(run.err, StartsWith("kolum: ")) << row;
     EXPECT_THAT(run.err, HasSubstr("--help")) << row;
     EXPECT_EQ(run.out, "") << row;
+  }
+}
+
+TEST(Usage, MistakesAreNamedWithTheHelpThatTellsMore) {
+  const struct {
+    std::vector<std::string> arguments;
+    const char* message;
+  } rows[] = {
+      {{}, "COMMAND is required; see kolum --help"},
+      {{"--json"}, "COMMAND is required; see kolum --help"},
+      {{"prob", "a.mp4"}, "no command \"prob\"; see kolum --help"},
+      {{"--jsn"}, "unexpected argument \"--jsn\"; see kolum --help"},
+      {{"probe", "--jsn", "a.mp4"}, "unexpected argument \"--jsn\"; see kolum probe --help"},
+      {{"probe"}, "FILE is required; see kolum probe --help"},
+      {{"probe", "--files-from", "a", "--files-from", "b"},
+       "--files-from is given more than once; see kolum probe --help"},
+      {{"dlna", "--audio-stream", "-1", "a.mp4"},
+       "--audio-stream takes a number from 0 to 2147483647, not \"-1\"; see kolum dlna --help"},
+      {{"notify"}, "COMMAND is required; see kolum notify --help"},
+      {{"notify", "post\x1b"}, "no command \"post\\x1b\"; see kolum notify --help"},
+      {{"notify", "wait", "--seconds", "soon"},
+       "--seconds takes a number from 0 to 1000000000, not \"soon\"; see kolum notify wait --help"},
+      {{"artwork", "album", "base"}, "ARTIST is required; see kolum artwork album --help"},
+      {{"send", "1", "18446744073709551615"},
+       "\"18446744073709551615\" is no number of 64 bits; see kolum send --help"},
+  };
+  for (const auto& row : rows) {
+    const Outcome run = kolum(row.arguments);
+    EXPECT_EQ(run.status, 2) << row.message;
+    EXPECT_EQ(run.err, "kolum: " + std::string(row.message) + "\n");
   }
 }
 

@@ -131,6 +131,31 @@ const ShownName kShownNames[] = {
     {"delete\x7f.mp4", "delete\\x7f.mp4", "delete\x7f.mp4", ""},
 };
 
+TEST(ShownNames, AreThoseThatWereGiven) {
+  const std::string folder = samples() + "Videos";
+  const std::vector<std::vector<std::string>> commands = {
+      {"probe"}, {"info"}, {"keyframe", "0"}, {"tracks"}, {"dlna"}, {"cover"}, {"classify"}};
+  for (std::vector<std::string> command : commands) {
+    command.insert(command.end(), {"--json", "holiday.avi", "./holiday.avi", "../Videos/missing"});
+    const Outcome run = kolum(command, {.folder = folder});
+    const auto lines = run.json();
+    ASSERT_GE(lines.size(), 2U) << command[0];
+    EXPECT_EQ(lines[0]["file"], "holiday.avi") << command[0];
+    EXPECT_EQ(lines[1]["file"], "./holiday.avi") << command[0];
+    if (run.status != 0) {
+      EXPECT_THAT(run.err, HasSubstr("kolum: ../Videos/missing: ")) << command[0];
+    }
+  }
+  const Outcome refused = kolum({"probe", "bars.png.txt", "text.mp4"}, {.folder = folder});
+  EXPECT_EQ(refused.err,
+            "kolum: bars.png.txt: No such file or directory\n"
+            "kolum: text.mp4: No such file or directory\n");
+  const TempDir own;
+  own.write("text.mp4", "no video");
+  EXPECT_EQ(kolum({"probe", "text.mp4"}, {.folder = own.folder()}).err,
+            "kolum: text.mp4: no video that can be probed\n");
+}
+
 TEST(ShownNames, PlayNoTricksInText) {
   for (const ShownName& row : kShownNames) {
     const Outcome run = kolum({"classify", row.name});

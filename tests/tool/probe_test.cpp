@@ -72,7 +72,7 @@ TEST(ProbeVideo, LeavesOutWhatTheFileDoesNotTell) {
   for (const char* key :
        {"audioCodec", "audioProfile", "audioClass", "sampleRate", "channels", "creationTime",
         "creationYear", "yearMonth", "creationDate", "orientation", "is360", "contentIdentifier",
-        "dlnaProfile", "videoBitRate"}) {
+        "dlnaProfile", "videoBitRate", "subtitleCount"}) {
     EXPECT_FALSE(line.contains(key)) << key << " in " << line;
   }
   EXPECT_EQ(line["mimeType"], "video/x-matroska");
@@ -143,6 +143,7 @@ TEST(ProbeFolder, ADvdIsOneVideoWhereverItIsNamed) {
     EXPECT_EQ(line["file"], index) << name;
     EXPECT_EQ(line["containerFormat"]["name"], "FORMAT_MPEG") << name;
     EXPECT_EQ(line["width"], 720) << name;
+    EXPECT_EQ(line["subtitleCount"], 0) << name;
   }
 }
 
@@ -383,7 +384,8 @@ TEST(ProbeAudio, JsonTellsTheSong) {
 TEST(ProbeAudio, LeavesOutWhatTheFileDoesNotTell) {
   const json line =
       single(kolum({"probe", "--json", samples() + "Music/Tones/02-second-tone.flac"}));
-  for (const char* key : {"dlnaProfile", "audioLevel", "audioBitRate", "bitsPerSample"}) {
+  for (const char* key :
+       {"dlnaProfile", "audioProfile", "audioLevel", "audioBitRate", "bitsPerSample"}) {
     EXPECT_FALSE(line.contains(key)) << key << " in " << line;
   }
 }
@@ -412,7 +414,7 @@ TEST(ProbePhoto, TellsThePicture) {
   EXPECT_EQ(line["height"], 1200);
   EXPECT_EQ(line["isAlbumCover"], false);
   EXPECT_TRUE(line["pixelFormat"].is_number_unsigned());
-  EXPECT_THAT(kolum({"probe", file}).out, HasSubstr("  Picture         1600 x 1200\n"));
+  EXPECT_THAT(kolum({"probe", file}).out, HasSubstr("  Picture    1600 x 1200\n"));
 }
 
 TEST(ProbePhoto, CoversAreMarked) {
@@ -448,6 +450,12 @@ TEST(Info, ListsTheStreams) {
   EXPECT_FALSE(audio.contains("width"));
 }
 
+TEST(Info, LeavesOutWhatTheFileDoesNotTell) {
+  const json line = single(kolum({"info", "--json", samples() + "Music/Tones/01-first-tone.mp3"}));
+  for (const char* key : {"containerFormat", "sourceKind"}) EXPECT_FALSE(line.contains(key)) << key;
+  EXPECT_FALSE(line["streams"][0].contains("profile"));
+}
+
 // The record keeps the profile where the bit rate belongs.
 TEST(Info, AudioStreamsShowTheirProfile) {
   const json line = single(kolum({"info", "--json", samples() + "Videos/harbour.mp4"}));
@@ -474,6 +482,8 @@ TEST(Info, OfADiscTellsItsMainTitle) {
   const Outcome run = kolum({"info", samples() + "Videos/Sample DVD"});
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.out, HasSubstr("  Source     main title of a DVD\n"));
+  const json line = single(kolum({"info", "--json", samples() + "Videos/Sample DVD"}));
+  EXPECT_EQ(line["sourceKind"]["name"], "FORMAT_DVDIFO");
 }
 
 TEST(Keyframe, TellsWherePlayingStarts) {
@@ -514,6 +524,14 @@ TEST(Dsf, OfAFolderTakesItsDsdSongsOnly) {
   EXPECT_EQ(single(kolum({"dsf", "--json", samples() + "Music"}))["title"], "Silence");
 }
 
+TEST(Dsf, WithoutTheToolsNumbersIsShownAndFails) {
+  const std::string song = samples() + "Music/Tones/02-second-tone.flac";
+  const Outcome run = kolum({"dsf", song});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.out, HasSubstr("  Title      Second Tone\n"));
+  EXPECT_EQ(run.err, "kolum: " + song + ": dsf2flac tells no numbers of it\n");
+}
+
 TEST(Dsf, OfAFileThatIsNoSongFails) {
   const Outcome run = kolum({"dsf", KOLUM_SOURCE_FOLDER "/README.md"});
   EXPECT_EQ(run.status, 1);
@@ -534,6 +552,17 @@ TEST(Cover, IsFoundInAFolderAndBesideASong) {
 TEST(Cover, ThatDoesNotExistIsNoFailure) {
   EXPECT_EQ(kolum({"cover", samples() + "Photos"}).out, samples() + "Photos\n  Cover  (none)\n");
   EXPECT_EQ(kolum({"cover", samples() + "Nothing"}).status, 1);
+}
+
+TEST(Cover, InAFolderThatCannotBeReadIsAnError) {
+  if (geteuid() == 0) GTEST_SKIP() << "root reads every folder";
+  const TempDir folder;
+  std::filesystem::create_directory(folder.path("closed"));
+  chmod(folder.path("closed").c_str(), 0);
+  const Outcome run = kolum({"cover", folder.path("closed")});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "");
+  EXPECT_THAT(run.err, HasSubstr("Permission denied"));
 }
 
 TEST(Cover, NamesCanBeChecked) {

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
+#include <filesystem>
 #include <string>
 
 #include "support/temp_dir.h"
@@ -25,12 +26,16 @@ std::string atTerminal(const std::string& arguments, const Environment& environm
   return mustRun({"script", "--quiet", "--return", "--command", command, "/dev/null"}, options);
 }
 
+std::string listOf(const TempDir& folder, std::size_t count, const std::string& name) {
+  std::string names;
+  for (std::size_t i = 0; i < count; ++i) names += name + "\n";
+  return folder.write("list", names);
+}
+
 // The library has nothing to say of this file, not even where its lines are shown, as with
 // sanitizers.
 std::string listOf(const TempDir& folder, std::size_t count) {
-  std::string names;
-  for (std::size_t i = 0; i < count; ++i) names += samples() + "Videos/holiday.avi\n";
-  return folder.write("list", names);
+  return listOf(folder, count, samples() + "Videos/holiday.avi");
 }
 
 TEST(Colours, SetTitlesAndLabelsOffAtATerminal) {
@@ -59,6 +64,17 @@ TEST(Progress, IsShownAtATerminalWhileResultsGoElsewhereAndThenCleared) {
                  std::string(kPausingReader) + " >'" + folder.path("results") + "'");
   EXPECT_THAT(said, HasSubstr("  holiday.avi"));
   EXPECT_THAT(said, testing::EndsWith("\r\x1b[K"));
+}
+
+TEST(Progress, CutsLongNamesBetweenCharacters) {
+  const TempDir folder;
+  std::string name;
+  for (int i = 0; i < 40; ++i) name += "\xE9\x9F\xB3";
+  std::filesystem::copy(samples() + "Videos/holiday.avi", folder.path(name + ".avi"));
+  const std::string said =
+      atTerminal("probe --files-from '" + listOf(folder, 2000, folder.path(name + ".avi")) + "'",
+                 {}, std::string(kPausingReader) + " >'" + folder.path("results") + "'");
+  EXPECT_THAT(said, HasSubstr("  " + name.substr(0, 16 * 3) + "\r"));
 }
 
 TEST(Progress, StaysAwayFromFiles) {

@@ -9,6 +9,21 @@ with open(sys.argv[1], encoding="utf-8") as file:
     schema = json.load(file)
 Draft202012Validator.check_schema(schema)
 schema.pop("anyOf")
+
+
+def close(definition):
+    """Programs accept keys that later versions add; what is printed today has none unknown."""
+    if isinstance(definition, dict):
+        if "properties" in definition:
+            definition.setdefault("additionalProperties", False)
+        for part in definition.values():
+            close(part)
+    elif isinstance(definition, list):
+        for part in definition:
+            close(part)
+
+
+close(schema["$defs"])
 schema["$ref"] = "#/$defs/" + sys.argv[2]
 validator = Draft202012Validator(schema)
 lines = 0

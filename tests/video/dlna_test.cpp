@@ -1056,6 +1056,8 @@ TEST(DlnaExplanation, TellsWhatCountedAboutTheFileInWords) {
   EXPECT_EQ(detail(told, "packets"), "192 bytes, time-stamped");
   told = explanationOf(mpeg2(720, 576, {25, 0}, 77), kPackets192);
   EXPECT_EQ(detail(told, "frames"), "unknown");
+  told = explanationOf(mpeg2(720, 576, {90000, 1}, 77), kPackets192);
+  EXPECT_EQ(detail(told, "frames"), "90000 per second");
   EXPECT_EQ(detail(told, "audio"), "77");
   EXPECT_EQ(detail(told, "packets"), "192 bytes, time stamps empty");
   EXPECT_EQ(detail(explanationOf(mpeg2(720, 576), kUnreadable), "packets"), "unknown size");

@@ -6,8 +6,11 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstring>
 #include <string_view>
+
+#include "numbers.h"
 
 namespace kolum::tool {
 
@@ -105,6 +108,26 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
       ->expected(1, kAnyNumber)
       ->allow_extra_args()
       ->type_name("");
+}
+
+CLI::Option* addNumber(CLI::App& command, const std::string& name, int& value, NumberRange range,
+                       const std::string& description) {
+  const auto take = [name, range, &value](const CLI::results_t& results) {
+    const std::string text = unmarked(results.back());
+    const auto number = parseNumber(text);
+    if (!number || *number < range.least || *number > range.most) {
+      throw UsageError(name + " takes a number from " + std::to_string(range.least) + " to " +
+                       std::to_string(range.most) + ", not \"" + text + "\"");
+    }
+    value = static_cast<int>(*number);
+    return true;
+  };
+  return command.add_option(name, take, description)->type_name("N");
+}
+
+void addAudioStreamOption(CLI::App& command, int& index) {
+  addNumber(command, "--audio-stream", index, {0, INT_MAX},
+            "The audio stream that counts, from 0; beyond the last the first");
 }
 
 void addFileArguments(CLI::App& command, FileArguments& arguments) {

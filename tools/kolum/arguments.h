@@ -25,6 +25,16 @@ CLI::Option* addText(CLI::App& command, const std::string& name, std::string& va
 CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<std::string>& values,
                       const std::string& description);
 
+// An option that takes a whole number, and refuses any outside the range.
+struct NumberRange {
+  int least;
+  int most;
+};
+CLI::Option* addNumber(CLI::App& command, const std::string& name, int& value, NumberRange range,
+                       const std::string& description);
+// --audio-stream, for commands that describe videos.
+void addAudioStreamOption(CLI::App& command, int& index);
+
 // The "FILE..." operands with --files-from, as every command over files takes them.
 struct FileArguments {
   std::vector<std::string> operands;

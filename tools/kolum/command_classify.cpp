@@ -17,7 +17,7 @@ struct Options {
   FileArguments files;
   std::vector<std::string> kinds;
   std::vector<std::string> masks;
-  unsigned tag = 0;
+  int tag = 0;
 };
 
 void classify(Context& context, const std::string& file, unsigned kinds) {
@@ -37,7 +37,7 @@ void classify(Context& context, const std::string& file, unsigned kinds) {
 
 void run(Context& context, const Options& options) {
   for (const std::string& mask : options.masks) setExclusionMask(mask);
-  const unsigned kinds = kindBits(options.kinds) | options.tag << 8;
+  const unsigned kinds = kindBits(options.kinds) | static_cast<unsigned>(options.tag) << 8;
   const std::vector<std::string> names = fileNames(context, options.files);
   context.printer.table({{"Kind", 8}, {"Row", 3}, {"MIME type", 24}, {"File", 0}});
   for (const std::string& name : names) classify(context, name, kinds);
@@ -49,14 +49,13 @@ Action defineClassify(CLI::App& command) {
   auto options = std::make_shared<Options>();
   addFileArguments(command, options->files);
   addKindsOption(command, options->kinds);
-  addTexts(command, "--mask", options->masks, "Excludes the rows whose bits (row - 1) are set")
+  addTexts(command, "--mask", options->masks,
+           "Excludes the rows whose bits (row - 1) are set, in decimal or with 0x")
       ->expected(1)
       ->allow_extra_args(false)
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
       ->type_name("KIND=MASK");
-  command.add_option("--tag", options->tag, "A tag byte, handed back for videos")
-      ->check(CLI::Range(0, 255))
-      ->type_name("0-255");
+  addNumber(command, "--tag", options->tag, {0, 255}, "A tag byte, handed back for videos");
   command.footer(
       "Tells the kind of a file by its name alone (the file need not exist): music, video, photo,\n"
       "playlist or none. The row is the type's place in the table that \"kolum extensions\" "

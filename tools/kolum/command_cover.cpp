@@ -1,5 +1,6 @@
 #include <kolum/audio.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
@@ -30,8 +31,9 @@ void findCover(Context& context, const std::string& name) {
   struct stat status = {};
   if (stat(name.c_str(), &status) != 0) return context.fail(name, std::strerror(errno));
   char cover[1024] = "";
-  const bool found =
-      KoLUM_CheckLocalAlbum(folderOf(name, S_ISDIR(status.st_mode)).c_str(), cover) == 0;
+  const std::string folder = folderOf(name, S_ISDIR(status.st_mode));
+  const bool found = KoLUM_CheckLocalAlbum(folder.c_str(), cover) == 0;
+  if (!found && access(folder.c_str(), X_OK) != 0) return context.fail(name, std::strerror(errno));
   Result result = Result::ofFile(name);
   result.data("found", found);
   if (found) result.data("cover", cover);

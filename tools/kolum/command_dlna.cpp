@@ -76,9 +76,9 @@ void printNaming(Context& context, const MediaPath& path, const Options& options
   DlnaNaming naming;
   if (ExplainDlnaProfile(path.folder.c_str(), path.name.c_str(), options.audioStream, &naming) !=
       0) {
-    return context.fail(path.full(), refusalReason(path, "no video that can be probed"));
+    return context.fail(path.given, refusalReason(path, "no video that can be probed"));
   }
-  Result result = Result::ofFile(path.full());
+  Result result = Result::ofFile(path.given);
   if (!naming.profile.empty()) result.data("dlnaProfile", naming.profile);
   result.show("DLNA profile", naming.profile.empty() ? "(none)" : naming.profile);
   if (!naming.mimeType.empty()) result.data("mimeType", naming.mimeType);
@@ -100,9 +100,7 @@ Action defineDlna(CLI::App& command) {
   addFileArguments(command, options->files);
   command.add_flag("--explain", options->explain,
                    "Tells how the profile was found, or why none was");
-  command
-      .add_option("--audio-stream", options->audioStream, "The audio stream that counts, from 0")
-      ->type_name("N");
+  addAudioStreamOption(command, options->audioStream);
   command.footer(
       "Names the DLNA media format profile and MIME type of videos. With --explain it also tells\n"
       "what counted about the file, every name that was considered, each test with what the file\n"

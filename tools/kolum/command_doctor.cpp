@@ -197,7 +197,7 @@ Action defineDoctor(CLI::App& command) {
       "there are, and what is missing for what. The exit status is 1 when something is missing.\n"
       "\nExample:\n  kolum doctor");
   return [](Context& context) {
-    context.printer.table({{"Kind", 13}, {"Name", 30}, {"Needed for", 32}, {"Found", 0}});
+    context.printer.table({{"Kind", 13}, {"Name", 30}, {"Needed for", 40}, {"Found", 0}});
     bool isComplete = true;
     for (const Finding& finding : examine()) {
       print(context, finding);

@@ -37,10 +37,10 @@ void addNumbers(Result& result, const songObject_st& song) {
 void describe(Context& context, const MediaPath& path) {
   songObject_st song = {};
   if (GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
-    return context.fail(path.full(), refusalReason(path, "no DSD song that can be read"));
+    return context.fail(path.given, refusalReason(path, "no DSD song that can be read"));
   }
-  if (song.sampleRate == 0) context.note(path.full(), "dsf2flac tells no numbers of it");
-  Result result = Result::ofFile(path.full());
+  if (song.sampleRate == 0) context.fail(path.given, "dsf2flac tells no numbers of it");
+  Result result = Result::ofFile(path.given);
   addContainer(result, song.containerFormat);
   addTags(result, song);
   addNumbers(result, song);

@@ -119,9 +119,8 @@ Action defineGeocode(CLI::App& command) {
   auto options = std::make_shared<Options>();
   addText(command, "LATITUDE", options->latitude, "Degrees, north positive")->required();
   addText(command, "LONGITUDE", options->longitude, "Degrees, east positive")->required();
-  command.add_option("--zoom", options->zoom, "Level of detail, 0 the world to 18 a building")
-      ->check(CLI::Range(0, kBuilding))
-      ->type_name("N");
+  addNumber(command, "--zoom", options->zoom, {0, kBuilding},
+            "Level of detail, 0 the world to 18 a building");
   addText(command, "--language", options->language, "Prints the address in this language only")
       ->type_name("CODE");
   command.footer(

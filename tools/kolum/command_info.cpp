@@ -23,7 +23,7 @@ constexpr auto kUnknownDuration = static_cast<unsigned>(INT64_MIN / 1000000);
 
 struct Options {
   FileArguments files;
-  std::int64_t seekSeconds = 0;
+  int seekSeconds = 0;
 };
 
 struct FreeInfo {
@@ -70,7 +70,8 @@ nlohmann::ordered_json streamJson(const MediaStreamInfo& stream, int codec) {
                                  {"streamId", stream.streamId},
                                  {"codec", codecJson(stream, codec)}};
   if (stream.streamType == MEDIA_STREAM_SUBTITLE) return json;
-  json["profile"] = profileIdentifier(profileOf(stream), codec).json();
+  if (const int profile = profileOf(stream); profile != PROFILE_UNKNOWN)
+    json["profile"] = profileIdentifier(profile, codec).json();
   if (stream.level != kUnknownLevel) json["level"] = stream.level;
   if (stream.streamType == MEDIA_STREAM_VIDEO) addVideo(json, stream);
   if (stream.streamType == MEDIA_STREAM_AUDIO) addAudio(json, stream);
@@ -128,13 +129,12 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
       GetMediaInfo(path.full().c_str(), &record, options.seekSeconds, &keyFrame);
   const std::unique_ptr<MediaInfo, FreeInfo> info(record);
   if (failed != 0 || info == nullptr) {
-    return context.fail(path.full(), refusalReason(path, "no media file with streams"));
+    return context.fail(path.given, refusalReason(path, "no media file with streams"));
   }
-  Result result = Result::ofFile(path.full());
-  const ContainerNames container = containerNames(info->containerFormat);
-  result.data("containerFormat", container.json());
-  if (info->containerFormat != FORMAT_UNKNOWN) result.show("Container", container.text());
-  result.data("sourceKind", containerNames(info->sourceKind).json());
+  Result result = Result::ofFile(path.given);
+  addContainer(result, info->containerFormat);
+  if (info->sourceKind != FORMAT_UNKNOWN)
+    result.data("sourceKind", containerNames(info->sourceKind).json());
   if (info->sourceKind == FORMAT_DVDIFO) result.show("Source", "main title of a DVD");
   if (info->sourceKind == FORMAT_BDBDMV) result.show("Source", "largest stream of a Blu-ray disc");
   if (info->duration != kUnknownDuration) result.duration("duration", "Duration", info->duration);
@@ -152,8 +152,8 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
 Action defineInfo(CLI::App& command) {
   auto options = std::make_shared<Options>();
   addFileArguments(command, options->files);
-  command.add_option("--seek", options->seekSeconds, "Also finds the key frame to start from")
-      ->check(CLI::Range(std::int64_t{1}, std::int64_t{INT_MAX}))
+  addNumber(command, "--seek", options->seekSeconds, {1, INT_MAX},
+            "Also finds the key frame to start from")
       ->type_name("SECONDS");
   command.footer(
       "Lists the video, audio and subtitle streams of videos and songs as a player needs them.\n"

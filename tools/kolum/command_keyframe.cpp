@@ -27,15 +27,15 @@ int wholeSeconds(const std::string& text) {
 }
 
 void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
-  const std::string full = file.path.full();
+  const std::string& shown = file.path.given;
   if (file.isDisc) {
-    return context.fail(full, "a disc; \"kolum info --seek\" finds key frames of its main title");
+    return context.fail(shown, "a disc; \"kolum info --seek\" finds key frames of its main title");
   }
   double keyFrame = 0;
-  if (getVideoKeyFrameTime(full.c_str(), seconds, &keyFrame) != 0) {
-    return context.fail(full, refusalReason(file.path, "no key frame from there on"));
+  if (getVideoKeyFrameTime(file.path.full().c_str(), seconds, &keyFrame) != 0) {
+    return context.fail(shown, refusalReason(file.path, "no key frame from there on"));
   }
-  Result result = Result::ofFile(full);
+  Result result = Result::ofFile(shown);
   result.data("seconds", seconds);
   result.data("keyFrameTime", keyFrame);
   result.show("Key frame", decimalText(keyFrame, 3) + " s");

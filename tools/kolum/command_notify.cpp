@@ -4,6 +4,7 @@
 #include <cstring>
 #include <memory>
 
+#include "arguments.h"
 #include "commands.h"
 #include "context.h"
 
@@ -67,16 +68,19 @@ void wait(Context& context, const Options& options) {
 Action defineNotify(CLI::App& command) {
   auto options = std::make_shared<Options>();
   command.require_subcommand(1);
-  const CLI::App* posting = command.add_subcommand("post", "Posts a change: wakes the server");
-  const CLI::App* stopping =
-      command.add_subcommand("stop", "Posts a stop: asks a waiter to finish");
+  CLI::App* posting = command.add_subcommand("post", "Posts a change: wakes the server");
+  CLI::App* stopping = command.add_subcommand("stop", "Posts a stop: asks a waiter to finish");
   CLI::App* waiting =
       command.add_subcommand("wait", "Waits for a change, or with --stop for a stop");
   waiting->add_flag("--stop", options->stopChannel, "Waits on the stop channel");
-  waiting->add_option("--seconds", options->seconds, "Gives up after N seconds, with exit status 1")
-      ->check(CLI::Range(0, 1000000000))
-      ->type_name("N");
-  command.add_subcommand("clear", "Empties both channels");
+  constexpr int kLongestWait = 1000000000;
+  addNumber(*waiting, "--seconds", options->seconds, {0, kLongestWait},
+            "Gives up after N seconds, with exit status 1");
+  CLI::App* clearing = command.add_subcommand("clear", "Empties both channels");
+  posting->footer("Example:\n  kolum notify post");
+  stopping->footer("Example:\n  kolum notify stop");
+  waiting->footer("Example:\n  kolum notify wait --seconds 60 && echo changed");
+  clearing->footer("Example:\n  kolum notify clear");
   command.footer(
       "The two process-shared channels by which the media library's processes wake and stop each\n"
       "other.\n"

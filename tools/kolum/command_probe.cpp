@@ -59,7 +59,7 @@ void run(Context& context, Options& options) {
   forEachMediaFile(context, names, kinds, [&](const MediaFile& file) {
     const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
     if (prober != nullptr) return prober->probe(context, file.path, options.probe);
-    context.fail(file.path.full(), file.kind == kPlaylist ? kPlaylistReason : kNoMediaReason);
+    context.fail(file.path.given, file.kind == kPlaylist ? kPlaylistReason : kNoMediaReason);
   });
 }
 
@@ -68,10 +68,7 @@ void run(Context& context, Options& options) {
 Action defineProbe(CLI::App& command) {
   auto options = std::make_shared<Options>();
   addFileArguments(command, options->files);
-  command
-      .add_option("--audio-stream", options->probe.audioStream,
-                  "The audio stream of a video to describe, from 0")
-      ->type_name("N");
+  addAudioStreamOption(command, options->probe.audioStream);
   command.footer(
       "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
       "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "

@@ -40,7 +40,7 @@ std::string readPayload(const std::string& file) {
 
 std::int64_t number(const std::string& text) {
   if (const auto value = parseNumber(text)) return *value;
-  throw UsageError("\"" + text + "\" is no number");
+  throw UsageError("\"" + text + "\" is no number of 64 bits");
 }
 
 int commandCode(const std::string& text) {

@@ -19,9 +19,9 @@ void printTracks(Context& context, const MediaPath& path) {
   unsigned isProtected = 0;
   if (GetAudioTrack(full.c_str(), &audio) != 0 || GetSubtitleTrack(full.c_str(), &subtitles) != 0 ||
       GetDRMProtectedInfo(full.c_str(), &isProtected) != 0) {
-    return context.fail(full, refusalReason(path, "no media file with streams"));
+    return context.fail(path.given, refusalReason(path, "no media file with streams"));
   }
-  Result result = Result::ofFile(full);
+  Result result = Result::ofFile(path.given);
   result.number("audioTracks", "Audio tracks", audio);
   result.number("subtitleTracks", "Subtitle tracks", subtitles);
   // A file without video has no rotation, and one without a rotation leaves the preset.
@@ -39,8 +39,8 @@ void printTracks(Context& context, const MediaPath& path) {
 void visit(Context& context, const MediaFile& file) {
   constexpr char kDisc[] = "discs are not looked into; name one of their stream files";
   if (!file.isDisc) return printTracks(context, file.path);
-  if (file.isNamed) return context.fail(file.path.full(), kDisc);
-  context.note(file.path.full(), kDisc);
+  if (file.isNamed) return context.fail(file.path.given, kDisc);
+  context.note(file.path.given, kDisc);
 }
 
 }  // namespace

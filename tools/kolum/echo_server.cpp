@@ -1,6 +1,7 @@
 #include "echo_server.h"
 
 #include <kolum/server.h>
+#include <sys/un.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -137,6 +138,10 @@ struct EchoServer::Conversations {
 EchoServer::EchoServer(const std::string& socketPath, Watcher watcher)
     : path_(socketPath), conversations_(std::make_shared<Conversations>()) {
   conversations_->watcher = std::move(watcher);
+  // The class cuts longer paths, and would serve a socket that nobody asked for.
+  if (path_.size() >= sizeof(sockaddr_un::sun_path)) {
+    throw std::runtime_error(path_ + ": " + std::system_category().message(ENAMETOOLONG));
+  }
   if (answersAt(path_)) throw std::runtime_error(path_ + ": a server is listening already");
   if (listener_.Open(path_) != 0 || listener_.Bind() != 0 || listener_.Listen(kBacklog) != 0) {
     fail(path_, listener_);

@@ -198,7 +198,12 @@ void addKind(Result& result, int kind) {
   result.show("Kind", identifier.name);
 }
 
+void addProfile(Result& result, const char* key, int profile, int codec) {
+  if (profile != PROFILE_UNKNOWN) result.data(key, profileIdentifier(profile, codec).json());
+}
+
 void addContainer(Result& result, unsigned containerFormat) {
+  if (containerFormat == FORMAT_UNKNOWN) return;
   const ContainerNames names = containerNames(containerFormat);
   result.data("containerFormat", names.json());
   result.show("Container", names.text());

@@ -58,7 +58,9 @@ struct ContainerNames {
 ContainerNames containerNames(unsigned containerFormat);
 // "kind" and its name.
 void addKind(Result& result, int kind);
-// "containerFormat" with the number and the names of format and MPEG-4 brand.
+// The profile under KEY, unless it is unknown.
+void addProfile(Result& result, const char* key, int profile, int codec);
+// "containerFormat" with the number and the names of format and MPEG-4 brand, unless it is unknown.
 void addContainer(Result& result, unsigned containerFormat);
 
 }  // namespace kolum::tool

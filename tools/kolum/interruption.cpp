@@ -16,7 +16,7 @@ volatile std::sig_atomic_t g_signal = 0;
 Interruption::Interruption() {
   struct sigaction note = {};
   note.sa_handler = [](int signal) { g_signal = signal; };
-  note.sa_flags = SA_RESTART | SA_RESETHAND;
+  note.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
     sigaction(kSignals[i], nullptr, &before_[i]);
     // A signal that the caller ignores (a job in the background) stays ignored.

@@ -65,9 +65,35 @@ void routeLibrary(const Channels& channels, bool debug) {
   }
 }
 
-int usage(const Channels& channels, const std::string& reason) {
-  channels.writeMessage("kolum: " + printable(reason) + "; see kolum --help\n");
+// HELP is the command whose --help tells more.
+int usage(const Channels& channels, const std::string& reason, const std::string& help) {
+  channels.writeMessage("kolum: " + printable(reason) + "; see " + help + " --help\n");
   return kUsage;
+}
+
+// The innermost command that was named.
+const CLI::App& innermost(const CLI::App& app) {
+  const auto named = app.get_subcommands();
+  return named.empty() ? app : innermost(*named.front());
+}
+
+// Its words: "kolum notify wait".
+std::string commandLineOf(const CLI::App& command) {
+  const CLI::App* parent = command.get_parent();
+  return parent == nullptr ? command.get_name() : commandLineOf(*parent) + " " + command.get_name();
+}
+
+std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
+  const bool wantsCommand = innermost(app).get_require_subcommand_min() > 0;
+  if (const auto words = app.remaining(true); !words.empty()) {
+    const bool isCommand = wantsCommand && !words.front().starts_with('-');
+    return (isCommand ? "no command \"" : "unexpected argument \"") + words.front() + "\"";
+  }
+  const std::string reason = error.what();
+  if (wantsCommand && error.get_name() == "RequiredError") return "COMMAND is required";
+  const std::size_t tooMany = reason.find(": At Most 1 required");
+  if (tooMany != std::string::npos) return reason.substr(0, tooMany) + " is given more than once";
+  return reason;
 }
 
 int run(const Channels& channels, int argc, char** argv) {
@@ -77,6 +103,7 @@ int run(const Channels& channels, int argc, char** argv) {
   app.set_version_flag("--version", "kolum " KOLUM_VERSION, "Shows the version");
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.get_formatter()->label("REQUIRED", "");
+  app.get_formatter()->label("Positionals", "Operands");
   app.get_formatter()->column_width(26);
   app.require_subcommand(1);
   app.footer(
@@ -97,13 +124,19 @@ int run(const Channels& channels, int argc, char** argv) {
     channels.writeResults(help.str());
     return kAllDone;
   } catch (const CLI::ParseError& error) {
-    return usage(channels, error.what());
+    return usage(channels, reasonOf(app, error), commandLineOf(innermost(app)));
+  } catch (const UsageError& error) {
+    return usage(channels, error.what(), commandLineOf(innermost(app)));
   }
 
   routeLibrary(channels, options.debug);
   Context context(channels, options.json);
-  for (const DefinedCommand& command : defined) {
-    if (command.parser->parsed()) command.action(context);
+  try {
+    for (const DefinedCommand& command : defined) {
+      if (command.parser->parsed()) command.action(context);
+    }
+  } catch (const UsageError& error) {
+    return usage(channels, error.what(), commandLineOf(innermost(app)));
   }
   return context.failed() ? kSomeFailed : kAllDone;
 }
@@ -117,8 +150,6 @@ int main(int argc, char** argv) {
   } catch (const Interrupted& interrupted) {
     // So that shells see what ended it; every handler is back to what it was.
     std::raise(interrupted.signal);
-  } catch (const UsageError& error) {
-    return usage(channels, error.what());
   } catch (const OutputError& error) {
     if (!error.readerLeft()) {
       channels.writeMessage(std::string("kolum: cannot write the results: ") + error.what() + "\n");

@@ -20,8 +20,6 @@ namespace {
 constexpr std::size_t kLongestPath = 1023;
 
 // What makes a folder a disc, looked for in it and in the folder of that structure itself.
-constexpr std::string_view kDvdIndex = "VIDEO_TS.IFO";
-constexpr std::string_view kBluRayIndex = "index.bdmv";
 constexpr const char* kDiscIndexes[] = {"VIDEO_TS/VIDEO_TS.IFO", "VIDEO_TS.IFO", "BDMV/index.bdmv",
                                         "index.bdmv"};
 

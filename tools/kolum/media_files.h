@@ -17,6 +17,10 @@ enum MediaKind { kNoMedia = 0, kMusic = 1, kVideo = 2, kPhoto = 3, kPlaylist = 5
 enum KindBits : unsigned { kMusicBit = 1, kVideoBit = 2, kPhotoBit = 4, kPlaylistBit = 8 };
 inline constexpr unsigned kEveryKind = kMusicBit | kVideoBit | kPhotoBit | kPlaylistBit;
 
+// The index files that stand for a disc.
+inline constexpr std::string_view kDvdIndex = "VIDEO_TS.IFO";
+inline constexpr std::string_view kBluRayIndex = "index.bdmv";
+
 struct MediaFile {
   MediaPath path;
   int kind;      // by its name

@@ -8,6 +8,7 @@
 namespace kolum::tool {
 
 struct MediaPath {
+  std::string given;   // as results and messages show it
   std::string folder;  // "./" when the path names none
   std::string name;
 

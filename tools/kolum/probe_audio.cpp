@@ -56,7 +56,7 @@ void addStream(Result& result, const Song& song) {
   if (song.codec != kUnset) {
     const int number = static_cast<int>(song.codec);
     result.data("audioCodec", codecIdentifier(number).json());
-    result.data("audioProfile", profileIdentifier(song.profile, number).json());
+    addProfile(result, "audioProfile", song.profile, number);
     codec = codecText(number, song.profile);
   }
   if (song.level != kUnknownLevel) result.data("audioLevel", song.level);
@@ -81,9 +81,9 @@ void probeAudio(Context& context, const MediaPath& path, const ProbeOptions&) {
   if (isDsdName(path.name) && !context.initLibrary()) return;
   Song song;
   if (!read(path, song)) {
-    return context.fail(path.full(), refusalReason(path, "no song that can be probed"));
+    return context.fail(path.given, refusalReason(path, "no song that can be probed"));
   }
-  Result result = Result::ofFile(path.full());
+  Result result = Result::ofFile(path.given);
   addKind(result, kMusic);
   if (song.containerFormat != kUnset) addContainer(result, song.containerFormat);
   addMimeTypeOfName(result, path.name, kMusicBit);

@@ -22,17 +22,17 @@ void probePhoto(Context& context, const MediaPath& path, const ProbeOptions&) {
   std::uint32_t height = 0;
   if (GetPhotoMetadata(path.folder.c_str(), path.name.c_str(), &pixelFormat) != 0 ||
       GetPhotoHW(path.full().c_str(), &width, &height) != 0 || pixelFormat == kNoPicture) {
-    return context.fail(path.full(), refusalReason(path, "no picture that can be read"));
+    return context.fail(path.given, refusalReason(path, "no picture that can be read"));
   }
-  Result result = Result::ofFile(path.full());
+  Result result = Result::ofFile(path.given);
   addKind(result, kPhoto);
   if (const MediaFileInfo* type = addMimeTypeOfName(result, path.name, kPhotoBit)) {
-    result.number("pictureFormat", "Picture format", static_cast<std::int64_t>(type->formatIds));
+    result.data("pictureFormat", type->formatIds);
   }
   result.data("width", width);
   result.data("height", height);
   result.show("Picture", std::to_string(width) + " x " + std::to_string(height));
-  result.number("pixelFormat", "Pixel format", pixelFormat);
+  result.data("pixelFormat", pixelFormat);
   const bool isCover = KoLUM_CheckSpecialCover(path.name.c_str()) == 0;
   result.data("isAlbumCover", isCover);
   if (isCover) result.show("Album cover", "yes, by its name");

@@ -90,7 +90,7 @@ void addPicture(Result& result, const videoObject_st& record) {
 void addVideoStream(Result& result, const videoObject_st& record) {
   if (record.videoCodec == kUnset) return;
   result.data("videoCodec", codecIdentifier(record.videoCodec).json());
-  result.data("videoProfile", profileIdentifier(record.videoProfile, record.videoCodec).json());
+  addProfile(result, "videoProfile", record.videoProfile, record.videoCodec);
   addLevel(result, "videoLevel", record.videoLevel);
   addBitRate(result, "videoBitRate", record.videoBitRate);
   result.show("Video", joined({codecText(record.videoCodec, record.videoProfile),
@@ -105,7 +105,7 @@ void addVideoStream(Result& result, const videoObject_st& record) {
 void addAudioStream(Result& result, const videoObject_st& record) {
   if (record.audioCodec == kUnset) return;
   result.data("audioCodec", codecIdentifier(record.audioCodec).json());
-  result.data("audioProfile", profileIdentifier(record.audioProfile, record.audioCodec).json());
+  addProfile(result, "audioProfile", record.audioProfile, record.audioCodec);
   result.data("audioClass", audioClassIdentifier(record.audioClass).json());
   addLevel(result, "audioLevel", record.audioLevel);
   addBitRate(result, "audioBitRate", record.audioBitRate);
@@ -118,7 +118,16 @@ void addAudioStream(Result& result, const videoObject_st& record) {
               counted(record.channels, "channel"),
               record.bitsPerSample == 0 ? "" : counted(record.bitsPerSample, "bit") + "/sample",
               knownBitRateText(record.audioBitRate)}));
-  result.show("Audio class", audioClassIdentifier(record.audioClass).text());
+  if (record.audioClass != 0)
+    result.show("Audio class", audioClassIdentifier(record.audioClass).text());
+}
+
+// Counted for discs only.
+void addSubtitles(Result& result, const MediaPath& path, const videoObject_st& record) {
+  const bool isDisc = path.name == kDvdIndex || path.name == kBluRayIndex;
+  if (!isDisc || record.subtitleCount == kUnsetUnsigned) return;
+  result.data("subtitleCount", record.subtitleCount);
+  if (record.subtitleCount != 0) result.show("Subtitles", std::to_string(record.subtitleCount));
 }
 
 void addDates(Result& result, const videoObject_st& record) {
@@ -132,7 +141,7 @@ void addDates(Result& result, const videoObject_st& record) {
 }
 
 Result videoResult(const MediaPath& path, const videoObject_st& record) {
-  Result result = Result::ofFile(path.full());
+  Result result = Result::ofFile(path.given);
   addKind(result, kVideo);
   addContainer(result, record.containerFormat);
   result.text("mimeType", "MIME type", record.mimeType);
@@ -144,10 +153,7 @@ Result videoResult(const MediaPath& path, const videoObject_st& record) {
   addPicture(result, record);
   addVideoStream(result, record);
   addAudioStream(result, record);
-  if (record.subtitleCount != kUnsetUnsigned) {
-    result.data("subtitleCount", record.subtitleCount);
-    if (record.subtitleCount != 0) result.show("Subtitles", std::to_string(record.subtitleCount));
-  }
+  addSubtitles(result, path, record);
   addDates(result, record);
   result.text("contentIdentifier", "Content identifier", record.contentIdentifier);
   return result;
@@ -158,11 +164,11 @@ Result videoResult(const MediaPath& path, const videoObject_st& record) {
 void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& options) {
   videoObject_st record = blankRecord();
   // A DVD's duration is scaled by its title's size, whatever stands there; 0 is none.
-  const bool isDvd = path.name == "VIDEO_TS.IFO";
+  const bool isDvd = path.name == kDvdIndex;
   if (isDvd) record.duration = 0;
   if (GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, options.audioStream) !=
       0) {
-    return context.fail(path.full(), refusalReason(path, "no video that can be probed"));
+    return context.fail(path.given, refusalReason(path, "no video that can be probed"));
   }
   if (isDvd && record.duration == 0) record.duration = kUnset;
   context.printer.block(videoResult(path, record));

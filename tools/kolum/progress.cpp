@@ -18,8 +18,8 @@ void Progress::next(std::string_view name) {
   const auto now = std::chrono::steady_clock::now();
   if (now < due_) return;
   due_ = now + kBetween;
-  const std::string shown = printable(name.substr(name.rfind('/') + 1));
-  channels_.showProgress("File " + std::to_string(count_) + "  " + shown.substr(0, kLongestName));
+  const std::string shown = printable(name.substr(name.rfind('/') + 1), kLongestName);
+  channels_.showProgress("File " + std::to_string(count_) + "  " + shown);
 }
 
 }  // namespace kolum::tool

@@ -69,6 +69,14 @@ std::string escaped(char32_t code) {
   return formatted(code < 0x80 ? "\\x%02x" : "\\u%04x", static_cast<unsigned>(code));
 }
 
+// CHARACTER, the first of BYTES.
+std::string printableCharacter(std::string_view bytes, const Character& character) {
+  if (character.length == 0) return formatted("\\x%02x", static_cast<unsigned char>(bytes[0]));
+  if (character.code == '\\') return "\\\\";
+  if (isUnsafe(character.code)) return escaped(character.code);
+  return std::string(bytes.substr(0, character.length));
+}
+
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
@@ -80,19 +88,13 @@ bool isUtf8(std::string_view bytes) {
   return true;
 }
 
-std::string printable(std::string_view bytes) {
+std::string printable(std::string_view bytes, std::size_t longest) {
   std::string out;
   while (!bytes.empty()) {
     const Character character = firstCharacter(bytes);
-    if (character.length == 0) {
-      out += formatted("\\x%02x", static_cast<unsigned char>(bytes[0]));
-    } else if (character.code == '\\') {
-      out += "\\\\";
-    } else if (isUnsafe(character.code)) {
-      out += escaped(character.code);
-    } else {
-      out += bytes.substr(0, character.length);
-    }
+    const std::string shown = printableCharacter(bytes, character);
+    if (out.size() + shown.size() > longest) break;
+    out += shown;
     bytes.remove_prefix(std::max<std::size_t>(character.length, 1));
   }
   return out;

@@ -13,7 +13,8 @@ bool isUtf8(std::string_view bytes);
 
 // BYTES as a terminal may show them: invalid bytes as \xff, control characters (C1 and those that
 // turn the writing direction included) as \n, \x1b or \u202e, and the backslash itself doubled.
-std::string printable(std::string_view bytes);
+// What would be longer than LONGEST bytes ends before the character that is too much.
+std::string printable(std::string_view bytes, std::size_t longest = SIZE_MAX);
 
 // BYTES with everything but letters, digits and "-._~/" written as %FF.
 std::string percentEncoded(std::string_view bytes);
