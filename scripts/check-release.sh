@@ -2,19 +2,19 @@
 # check-release.sh RELEASE [COMMAND...]: runs ./check, or COMMAND, in the project on another Debian
 # release (bookworm, trixie, ...): a clone of what is committed here, in a minimal system below
 # build/releases. The system is kept, so that a second run is quick; remove its folder to begin
-# anew. Needs root and debootstrap. KOLUM_DEBIAN_MIRROR names another mirror.
+# anew. Needs root and debootstrap. KOLUM_DEBIAN_MIRROR names another mirror than debootstrap's own.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 release=${1:?which Debian release?}
 shift
 [ $# -gt 0 ] || set -- ./check
-mirror=${KOLUM_DEBIAN_MIRROR:-http://deb.debian.org/debian}
 root=$PWD/build/releases/$release
 
 if [ ! -e "$root/.complete" ]; then
   rm -rf "$root"
   mkdir -p "$root"
-  debootstrap --variant=minbase --include=ca-certificates "$release" "$root" "$mirror"
+  debootstrap --variant=minbase --include=ca-certificates "$release" "$root" \
+    ${KOLUM_DEBIAN_MIRROR:+"$KOLUM_DEBIAN_MIRROR"}
   touch "$root/.complete"
 fi
 # The way to the packages is this machine's: its proxies and its names.
