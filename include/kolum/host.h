@@ -70,10 +70,9 @@ KOLUM_EXPORT int StringConvert2LowerFileString(const char* src, int srcLength, c
                                                int dstSize);
 
 /*
- * Rewrites PATH in place so that a shell reads it back as the one word it was. The result takes at
- * most three times the length of PATH; the caller's buffer has room for it and the terminator. Any
- * bytes are allowed. Null and the empty text stay as they are (an empty word has no form that takes
- * no room).
+ * Rewrites PATH in place so that a shell reads it back as the one word it was. The caller's buffer
+ * has room for four times the length of PATH, two quotes and the terminator. Any bytes are allowed.
+ * Null and the empty text stay as they are (an empty word has no form that takes no room).
  */
 KOLUM_EXPORT void StringConvert2SystemCmdFilename(char* path);
 

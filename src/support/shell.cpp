@@ -36,8 +36,8 @@ std::size_t readPiece(FILE* pipe, std::array<char, kPieceSize>& piece) {
 }  // namespace
 
 std::string shellWord(const std::string& path) {
-  // The host rewrites in place and needs up to three bytes for one.
-  std::vector<char> word(path.size() * 3 + 1);
+  // Room for every way of quoting in place: a quoted quote takes four bytes.
+  std::vector<char> word(path.size() * 4 + sizeof "''");
   copyText(word.data(), word.size(), path);
   StringConvert2SystemCmdFilename(word.data());
   return word.data();

@@ -12,6 +12,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "support/log.h"
 #include "support/shell.h"
 #include "support/text.h"
 
@@ -36,7 +37,7 @@ std::optional<std::int64_t> regularFileSize(const std::string& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) {
     // Hosts' log filters know this line by its number.
-    std::fprintf(stderr, "[%s:%d] ", "MediaInfo", 1594);
+    std::fprintf(stderr, "[%s:%d] ", kMediaSource, 1594);
     std::perror("stat");
     return std::nullopt;
   }
@@ -62,6 +63,14 @@ std::optional<MainTitle> blurayTitle(const std::string& streamFolder,
   auto path = largestFile(streamFolder, kStreamSuffix);
   if (!path) return std::nullopt;
   return MainTitle{.path = std::move(*path), .containerFormat = containerFormat};
+}
+
+// FOLDER with its closing "/".
+bool isMountPoint(const std::string& folder) {
+  struct stat inside = {};
+  struct stat above = {};
+  return stat(folder.c_str(), &inside) == 0 && stat((folder + "..").c_str(), &above) == 0 &&
+         inside.st_dev != above.st_dev;
 }
 
 // Nothing can be done about a failure: the image stays mounted, and its folder with it.
@@ -128,7 +137,7 @@ std::unique_ptr<MountedImage> MountedImage::mount(const std::string& imagePath,
   image->isMounted_ = std::system(command.c_str()) == 0;
   if (image->isMounted_) return image;
   // The tool may fail after it has mounted: when it runs out of descriptors, say.
-  if (isOurs) umount2(folder, 0);
+  if (isOurs && isMountPoint(image->folder_)) umount2(folder, 0);
   return nullptr;
 }
 

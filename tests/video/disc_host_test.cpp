@@ -1,10 +1,15 @@
-// What the library tells the host of a DVD. The program's own DVDGetMainVTSNo stands before the
-// host library's.
+// What the library asks of the host, and of the kernel, about discs. The program's own functions
+// stand before the host library's and the system's.
 #include <gtest/gtest.h>
 #include <kolum/host.h>
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
+#include <sys/mount.h>
+#include <sys/syscall.h>
+#include <unistd.h>
 
+#include <cstring>
+#include <filesystem>
 #include <string>
 #include <vector>
 
@@ -22,6 +27,7 @@ struct Call {
 };
 
 std::vector<Call> calls;
+int unmounts = 0;
 
 unsigned probe(const std::string& folder, const char* name, videoObject_st& record) {
   return GetVideoMetadata1(folder.c_str(), name, &record, 0);
@@ -34,6 +40,19 @@ int DVDGetMainVTSNo(const char* folder, char* pathOut, int pathOutSize, int rese
                     long long* /*titleSize*/, int reserved2) {
   calls.push_back({folder, pathOut, pathOutSize, reserved1, reserved2});
   return 0;
+}
+
+// Puts every name in quotes, which takes more room than our own host's way.
+void StringConvert2SystemCmdFilename(char* path) {
+  std::string word = "'";
+  for (const char* c = path; *c != '\0'; ++c) word += *c == '\'' ? "'\\''" : std::string(1, *c);
+  word += "'";
+  std::memcpy(path, word.c_str(), word.size() + 1);
+}
+
+int umount2(const char* target, int flags) noexcept {
+  ++unmounts;
+  return static_cast<int>(syscall(SYS_umount2, target, flags));
 }
 
 namespace {
@@ -68,6 +87,30 @@ TEST(DvdHost, FindsNoNameInThePathOfAnImagesTitle) {
     EXPECT_EQ(calls[0].pathBefore, "");
     EXPECT_EQ(calls[0].pathSize, 1024);
     EXPECT_EQ(record.containerFormat, static_cast<unsigned>(FORMAT_DVDISO));
+  });
+}
+
+TEST(ImageHost, MayQuoteNamesAsItLikes) {
+  if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  const std::string image = discImage(discRoot(dvdFolder()), "host.iso");
+  runInAppliance([&] {
+    const std::string name = std::string(200, '\'') + ".iso";
+    std::filesystem::create_symlink(image, "/tmp/" + name);
+    calls.clear();
+    videoObject_st record = {};
+    EXPECT_EQ(probe("/tmp/", name.c_str(), record), 1U) << "the title has no name";
+    EXPECT_EQ(calls.size(), 1U) << "not mounted";
+  });
+}
+
+TEST(ImageHost, IsNotAskedToUnmountWhatWasNotMounted) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([] {
+    unmounts = 0;
+    videoObject_st record = {};
+    EXPECT_EQ(probe("/tmp/", "missing.iso", record), 1U);
+    EXPECT_EQ(unmounts, 0);
   });
 }
 
