@@ -181,6 +181,13 @@ std::optional<Input> Input::open(const char* path) {
   return openWith(urlOfExistingFile(path));
 }
 
+std::optional<Input> Input::openWithStreams(const char* path) {
+  registerFormats();
+  auto input = open(path);
+  if (input) input->readStreamInfo();
+  return input;
+}
+
 std::optional<Input> Input::openUrl(const char* url) {
   struct stat status = {};
   return stat(url, &status) == 0 ? open(url) : openWith(url);
@@ -202,6 +209,12 @@ void Input::listStreams() {
   streams_.clear();
   for (unsigned i = 0; i < context_->nb_streams; ++i)
     streams_.emplace_back(context_.get(), context_->streams[i]);
+}
+
+const Stream* Input::firstStream(MediaType type) const {
+  for (const Stream& stream : streams_)
+    if (stream.type() == type) return &stream;
+  return nullptr;
 }
 
 std::string_view Input::demuxer() const {

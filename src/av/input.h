@@ -113,7 +113,9 @@ class Input {
   // Opens an existing file. Empty when there is none or FFmpeg cannot open it, and for folders,
   // pipes and other things that are no file: opening a pipe would wait for its writer.
   static std::optional<Input> open(const char* path);
-  // The same, and where there is nothing of that name, the URL of that text.
+  // Registers the demuxers, opens the file and reads its stream information.
+  static std::optional<Input> openWithStreams(const char* path);
+  // As open(), and where there is nothing of that name, the URL of that text.
   static std::optional<Input> openUrl(const char* url);
 
   // Reads packets until the streams are known as far as FFmpeg gets.
@@ -125,6 +127,8 @@ class Input {
   std::int64_t duration() const;
 
   const std::vector<Stream>& streams() const { return streams_; }
+  // The first stream of a type in stream order; null when there is none.
+  const Stream* firstStream(MediaType type) const;
 
   // The first container metadata entry whose key begins with PREFIX (letter case does not count).
   std::optional<std::string> tagWithPrefix(const char* prefix) const;

@@ -11,6 +11,7 @@
 #include <optional>
 #include <string_view>
 
+#include "support/appliance.h"
 #include "support/ini_file.h"
 #include "support/log.h"
 
@@ -25,7 +26,6 @@ constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
 
 constexpr char kServerFile[] = "/.system/lumserver.conf";  // below the data volume
-constexpr char kApplianceFile[] = "/etc/config/medialibrary.conf";
 constexpr char kSetTool[] = "/sbin/setcfg";
 constexpr std::size_t kCommandSize = 256;
 
@@ -181,7 +181,7 @@ bool readFiles(lumCfg_s& cfg) {
     KOLUM_LOG_AS(kSource, kParse, "unable to get mount path\n");
     return false;
   }
-  if (!kolum::readConfigFiles(dir + kServerFile, kApplianceFile, cfg)) return false;
+  if (!kolum::readConfigFiles(dir + kServerFile, kolum::kLibraryConfigFile, cfg)) return false;
   repairSizes(cfg);
   return true;
 }

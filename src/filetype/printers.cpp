@@ -6,12 +6,11 @@
 #include <span>
 #include <string>
 
+#include "support/appliance.h"
 #include "support/ini_file.h"
 #include "xml/xml_node.h"
 
 namespace {
-
-constexpr const char* kConfigurationFile = "/etc/config/medialibrary.conf";
 
 struct Index {
   const char* name;
@@ -39,20 +38,26 @@ void printIndex(const Index& index) {
 struct Kind {
   const char* name;
   const MediaFileInfo* table;
-  unsigned rows;
 };
 
-const std::array<Kind, 4> kKinds = {{
-    {"Music", g_SongFileInfo, 22},
-    {"Photo", g_PictureFileInfo, 33},
-    {"Video", g_VideoFileInfo, 33},
-    {"Playlist", g_PlaylistFileInfo, 4},
+constexpr std::array<Kind, 4> kKinds = {{
+    {"Music", g_SongFileInfo},
+    {"Photo", g_PictureFileInfo},
+    {"Video", g_VideoFileInfo},
+    {"Playlist", g_PlaylistFileInfo},
 }};
+
+// Without the closing one.
+unsigned rowsOf(const Kind& kind) {
+  unsigned rows = 0;
+  while (kind.table[rows].extension != nullptr) ++rows;
+  return rows;
+}
 
 // Rows 32 and up share the bits of rows 0 and up, because the configured value has 32; and the
 // built-in exclusions of classification do not show. Both are what hosts' pages expect.
 void addExtensions(XMLNode& media, const Kind& kind, std::uint32_t excluded) {
-  for (unsigned row = 0; row < kind.rows; ++row) {
+  for (unsigned row = 0; row < rowsOf(kind); ++row) {
     if ((excluded >> row % 32 & 1) != 0) continue;
     XMLNode extension = media.addChild("Extension");
     extension.addAttribute("ID", std::to_string(row + 1).c_str());
@@ -71,7 +76,7 @@ std::string extensionList(const kolum::IniFile& configuration) {
     const int excluded = configuration.number(key.c_str(), 0);
     XMLNode media = root.addChild("Media");
     media.addAttribute("Type", kind.name);
-    media.addAttribute("MaxID", std::to_string(kind.rows).c_str());
+    media.addAttribute("MaxID", std::to_string(rowsOf(kind)).c_str());
     addExtensions(media, kind, static_cast<std::uint32_t>(excluded));
   }
   return document.createXMLString();
@@ -80,7 +85,7 @@ std::string extensionList(const kolum::IniFile& configuration) {
 }  // namespace
 
 int KoLUM_PrintFileExtList() try {
-  const auto configuration = kolum::IniFile::load(kConfigurationFile);
+  const auto configuration = kolum::IniFile::load(kolum::kLibraryConfigFile);
   if (!configuration) return 1;
   std::printf("%s\n", extensionList(*configuration).c_str());
   return 0;

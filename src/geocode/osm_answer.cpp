@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
-#include <utility>
 
 #include "support/log.h"
 #include "xml/xml_node.h"

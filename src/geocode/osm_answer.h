@@ -14,7 +14,6 @@
 #include <kolum/geocode.h>
 
 #include <string_view>
-#include <vector>
 
 namespace kolum::geocode {
 

@@ -10,7 +10,6 @@
 #include <cstdlib>
 #include <ctime>
 #include <exception>
-#include <optional>
 #include <string>
 #include <vector>
 

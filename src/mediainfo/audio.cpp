@@ -6,9 +6,11 @@
 #include <cstdio>
 #include <string>
 
+#include "av/input.h"
 #include "mediainfo/audio_profile.h"
-#include "mediainfo/opening.h"
+#include "support/log.h"
 #include "support/text.h"
+#include "video/container.h"
 #include "video/mp4_boxes.h"
 
 namespace kolum::mediainfo {
@@ -38,36 +40,30 @@ struct Demuxer {
   unsigned format;
 };
 
-constexpr Demuxer kDemuxers[] = {
+// What songs have beside, or instead of, the containers of videos.
+constexpr Demuxer kSongDemuxers[] = {
     {"mp3", FORMAT_MP3},
     {"wav", FORMAT_WAV},
     {"flac", FORMAT_FLAC},
     {"ape", FORMAT_APE},
     {"ogg", FORMAT_OGG},
     {"ac3", FORMAT_AC3},
-    {av::kDemuxerAsf, FORMAT_ASF},
-    {av::kDemuxerMp4, FORMAT_MPEG4},
-    {av::kDemuxerAvi, FORMAT_AVI},
-    {av::kDemuxerMpegPs, FORMAT_MPEG},
-    {av::kDemuxerMpegTs, FORMAT_TS},
-    {av::kDemuxerMatroska, FORMAT_MKV},
-    {av::kDemuxerFlv, FORMAT_FLV},
     {"aiff", FORMAT_AIFF},
     {"au", FORMAT_AU},
     {"aac", FORMAT_AAC},
-    // Songs are RealAudio; FORMAT_RM is for videos.
-    {av::kDemuxerRm, FORMAT_RA},
     {"wv", FORMAT_WV},
+    // Songs are RealAudio, on purpose; videos of this demuxer are FORMAT_RM.
+    {av::kDemuxerRm, FORMAT_RA},
 };
 constexpr unsigned kOtherDemuxer = 0xFFFFFFFF;
 
 unsigned containerFormat(std::string_view demuxer, const std::string& path) {
-  for (const Demuxer& row : kDemuxers) {
-    if (row.name != demuxer) continue;
-    if (row.format != FORMAT_MPEG4) return row.format;
-    return video::mp4SubFormat(path.c_str()).value_or(0) << 16 | FORMAT_MPEG4;
-  }
-  return kOtherDemuxer;
+  for (const Demuxer& row : kSongDemuxers)
+    if (row.name == demuxer) return row.format;
+  const unsigned format = video::containerFormat(demuxer);
+  if (format == FORMAT_UNKNOWN) return kOtherDemuxer;
+  if (format != FORMAT_MPEG4) return format;
+  return video::mp4SubFormat(path.c_str()).value_or(0) << 16 | FORMAT_MPEG4;
 }
 
 template <typename T, typename V>
@@ -81,7 +77,7 @@ void putDuration(const av::Input& input, uint32_t* durationSec) {
   std::fprintf(stderr,
                "[%s:%d] >>>> ctx->duration=%" PRId64
                ", AV_TIME_BASE=%d, ctx->duration/AV_TIME_BASE=%" PRId64 " \n",
-               "MediaInfo", __LINE__, input.duration(), static_cast<int>(av::kTimeBase), seconds);
+               kMediaSource, __LINE__, input.duration(), static_cast<int>(av::kTimeBase), seconds);
 }
 
 // Writes in the order that leaves, when the codec is unknown, bit rates, duration and profile.
@@ -149,10 +145,10 @@ unsigned audioMetadata(const char* folder, const char* fileName, const AudioOutp
   if (!path) return 1;
   if (const unsigned format = dsdFormat(*path); format != FORMAT_UNKNOWN)
     return isThere(*path) ? describeDsd(folder, fileName, format, out) : 1;
-  const auto input = openMedia(*path);
+  const auto input = av::Input::openWithStreams(path->c_str());
   if (!input) return 1;
   // A file without audio is a success with nothing to tell: hosts keep it listed.
-  const av::Stream* stream = firstStream(*input, av::MediaType::kAudio);
+  const av::Stream* stream = input->firstStream(av::MediaType::kAudio);
   return stream != nullptr ? describe(*input, *stream, *path, fileName, out) : 0;
 }
 

@@ -4,9 +4,9 @@
 #include <cstdlib>
 #include <string>
 
+#include "av/input.h"
 #include "mediainfo/dsf_tags.h"
 #include "mediainfo/dsf_tool.h"
-#include "mediainfo/opening.h"
 #include "support/text.h"
 
 namespace kolum::mediainfo {
@@ -101,7 +101,7 @@ void fillEmptyField(songObject_st& record, const KeyRow& row, const std::string&
 }
 
 unsigned fillFromFfmpeg(const std::string& path, songObject_st& record) {
-  const auto input = openMedia(path);
+  const auto input = av::Input::openWithStreams(path.c_str());
   if (!input || input->streams().empty()) return 1;
   for (const auto& [key, value] : input->tags())
     for (const KeyRow& row : kKeys)
@@ -135,7 +135,7 @@ unsigned int GetDsfMetadata3(const char* folder, const char* fileName, char* tit
                              uint32_t* duration, uint32_t* channels, uint32_t* sampleRate,
                              uint32_t* bitRate) try {
   if (folder == nullptr || fileName == nullptr) return 1;
-  const auto path = wholePath(folder, fileName);
+  const auto path = kolum::wholePath(folder, fileName);
   if (!path) return 1;
   const TextOutputs texts = {title, artist, albumArtist, album};
   // DSF files have their texts from their tag alone; what is missing there is not the tool's to
@@ -167,7 +167,7 @@ unsigned int GetDsfMetadata(const char* folder, const char* fileName, songObject
   GetDsfMetadata3(folder, fileName, record->title, record->artist, record->albumArtist,
                   record->album, &record->year, &record->track, &record->duration,
                   &record->channels, &record->sampleRate, &record->bitRate);
-  const auto path = wholePath(folder, fileName);
+  const auto path = kolum::wholePath(folder, fileName);
   return path ? fillFromFfmpeg(*path, *record) : 1;
 } catch (...) {
   return 1;

@@ -10,36 +10,13 @@
 
 #include "av/input.h"
 #include "mediainfo/key_frames.h"
-#include "mediainfo/opening.h"
 #include "support/text.h"
+#include "video/container.h"
 #include "video/disc.h"
 
 namespace kolum::mediainfo {
 
 namespace {
-
-struct ContainerRow {
-  std::string_view demuxer;
-  std::uint32_t format;
-};
-
-constexpr auto kContainers = std::to_array<ContainerRow>({
-    {av::kDemuxerAsf, FORMAT_ASF},
-    {av::kDemuxerMp4, FORMAT_MPEG4},
-    {av::kDemuxerAvi, FORMAT_AVI},
-    {av::kDemuxerMpegPs, FORMAT_MPEG},
-    {av::kDemuxerMpegTs, FORMAT_TS},
-    {av::kDemuxerMatroska, FORMAT_MKV},
-    {av::kDemuxerFlv, FORMAT_FLV},
-    // Songs know this demuxer as FORMAT_RA; the two entry points differ on purpose.
-    {av::kDemuxerRm, FORMAT_RM},
-});
-
-std::uint32_t formatOf(std::string_view demuxer) {
-  for (const ContainerRow& row : kContainers)
-    if (row.demuxer == demuxer) return row.format;
-  return FORMAT_UNKNOWN;
-}
 
 constexpr int kClassicMpeg4 = 13;
 constexpr std::string_view kDivxTags[] = {"XVID", "DX50", "DIVX"};
@@ -164,7 +141,7 @@ OwnedInfo describe(const av::Input& input, std::uint32_t sourceKind) {
   if (info == nullptr) return nullptr;
   info->bitRate = static_cast<unsigned>(input.bitRate());
   info->duration = static_cast<unsigned>(input.duration() / av::kTimeBase);
-  info->containerFormat = formatOf(input.demuxer());
+  info->containerFormat = video::containerFormat(input.demuxer());
   info->sourceKind = sourceKind;
   for (const av::Stream& stream : input.streams()) addStream(*info, stream);
   return info;
@@ -172,13 +149,13 @@ OwnedInfo describe(const av::Input& input, std::uint32_t sourceKind) {
 
 // The search in the first video stream; what was asked for stands in where nothing is found.
 void searchKeyFrame(const av::Input& input, std::int64_t seconds, double& time) {
-  if (const av::Stream* video = firstStream(input, av::MediaType::kVideo))
+  if (const av::Stream* video = input.firstStream(av::MediaType::kVideo))
     time = keyFrameTime(input, *video, seconds).value_or(static_cast<double>(seconds));
 }
 
 OwnedInfo mediaInfo(const std::string& path, std::int64_t seekSeconds, double* keyFrameTime) {
   const auto target = targetOf(path);
-  const auto input = target ? openMedia(target->path) : std::nullopt;
+  const auto input = target ? av::Input::openWithStreams(target->path.c_str()) : std::nullopt;
   if (!input || input->streams().empty()) return nullptr;
   OwnedInfo info = describe(*input, target->sourceKind);
   if (info != nullptr && seekSeconds >= 1 && keyFrameTime != nullptr)

@@ -1,6 +1,7 @@
 #include <kolum/photo.h>
 
-#include "mediainfo/opening.h"
+#include "av/input.h"
+#include "support/text.h"
 
 using namespace kolum;
 
@@ -9,10 +10,10 @@ unsigned int GetPhotoMetadata(const char* folder, const char* fileName, uint32_t
   // Callers tell a file without a picture by this value.
   *pixelFormat = static_cast<uint32_t>(-1);
   if (folder == nullptr || fileName == nullptr) return 1;
-  const auto path = mediainfo::wholePath(folder, fileName);
-  const auto input = path ? mediainfo::openMedia(*path) : std::nullopt;
+  const auto path = wholePath(folder, fileName);
+  const auto input = path ? av::Input::openWithStreams(path->c_str()) : std::nullopt;
   if (!input) return 1;
-  if (const av::Stream* picture = mediainfo::firstStream(*input, av::MediaType::kVideo))
+  if (const av::Stream* picture = input->firstStream(av::MediaType::kVideo))
     *pixelFormat = static_cast<uint32_t>(picture->format());
   return 0;
 } catch (...) {
@@ -21,9 +22,9 @@ unsigned int GetPhotoMetadata(const char* folder, const char* fileName, uint32_t
 
 unsigned int GetPhotoHW(const char* path, uint32_t* width, uint32_t* height) try {
   if (path == nullptr || width == nullptr || height == nullptr) return 1;
-  const auto input = mediainfo::openMedia(path);
+  const auto input = av::Input::openWithStreams(path);
   if (!input) return 1;
-  if (const av::Stream* picture = mediainfo::firstStream(*input, av::MediaType::kVideo)) {
+  if (const av::Stream* picture = input->firstStream(av::MediaType::kVideo)) {
     *width = static_cast<uint32_t>(picture->width());
     *height = static_cast<uint32_t>(picture->height());
   }

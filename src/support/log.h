@@ -8,6 +8,9 @@ namespace kolum {
 
 inline constexpr int kLogLevel = 5;
 
+// The source that all media probes name in their lines.
+inline constexpr char kMediaSource[] = "MediaInfo";
+
 }  // namespace kolum
 
 // Logs under a function name of its own, which host-side log filters rely on.

@@ -11,6 +11,11 @@ std::string joinPath(std::string_view folder, std::string_view name) {
   return path;
 }
 
+std::optional<std::string> wholePath(std::string_view folder, std::string_view name) {
+  if (folder.size() + name.size() >= kPathSize) return std::nullopt;
+  return joinPath(folder, name);
+}
+
 void copyText(char* out, std::size_t size, std::string_view text) {
   const std::size_t length = std::min(text.size(), size - 1);
   std::memcpy(out, text.data(), length);

@@ -3,6 +3,7 @@
 #define KOLUM_SUPPORT_TEXT_H
 
 #include <cstddef>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -13,6 +14,9 @@ inline constexpr std::size_t kPathSize = 1024;
 
 // FOLDER followed by NAME, nothing inserted, cut to what a path buffer holds.
 std::string joinPath(std::string_view folder, std::string_view name);
+
+// The same, but empty when it would have to be cut: what is left would name another file.
+std::optional<std::string> wholePath(std::string_view folder, std::string_view name);
 
 // Copies TEXT into OUT (SIZE bytes, at least 1), cut to fit, always terminated.
 void copyText(char* out, std::size_t size, std::string_view text);

@@ -8,7 +8,6 @@
 #include <cstdlib>
 #include <cstring>
 #include <exception>
-#include <optional>
 #include <string>
 
 #include "support/log.h"

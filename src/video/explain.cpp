@@ -26,16 +26,13 @@ int nextBetter(const std::vector<DlnaCandidate>& candidates) {
   return best != end ? static_cast<int>(best - candidates.begin()) : -1;
 }
 
-// Why the rules are not the last word, or were not asked at all.
-void remarkOnTheWayAround(const VideoFacts& facts, std::string_view fileName, DlnaNaming& naming) {
-  if (!facts.askedDlnaRules) {
-    naming.remarks.emplace_back(facts.mimeType.empty()
-                                    ? "disc images get no profile"
-                                    : "files of this container get a MIME type only");
-  } else if (isWmvHighTestStream(fileName)) {
-    naming.remarks.emplace_back("DLNA's own test stream, named so whatever it holds");
-    naming.next = -1;
-  }
+// Why the rules were not asked; null when they were and hold.
+const char* wayAroundTheRules(const VideoFacts& facts, std::string_view fileName) {
+  if (!facts.askedDlnaRules)
+    return facts.mimeType.empty() ? "disc images get no profile"
+                                  : "files of this container get a MIME type only";
+  if (isWmvHighTestStream(fileName)) return "DLNA's own test stream, named so whatever it holds";
+  return nullptr;
 }
 
 unsigned int explain(const char* folder, const char* fileName, int audioStreamIndex,
@@ -53,8 +50,10 @@ unsigned int explain(const char* folder, const char* fileName, int audioStreamIn
                        .candidates = std::move(explanation.candidates),
                        .remarks = std::move(explanation.remarks),
                        .next = -1};
-  answer.next = nextBetter(answer.candidates);
-  remarkOnTheWayAround(result.facts, fileName, answer);
+  if (const char* remark = wayAroundTheRules(result.facts, fileName))
+    answer.remarks.emplace_back(remark);
+  else
+    answer.next = nextBetter(answer.candidates);
   naming = std::move(answer);
   return 0;
 }

@@ -14,6 +14,7 @@
 #include "support/log.h"
 #include "support/text.h"
 #include "video/audio_class.h"
+#include "video/container.h"
 #include "video/creation.h"
 #include "video/disc.h"
 #include "video/dlna.h"
@@ -24,30 +25,20 @@ namespace kolum::video {
 
 namespace {
 
-constexpr const char* kSource = "MediaInfo";
 constexpr const char* kQuickTimeCreationDate = "com.apple.quicktime.creationdate";
 constexpr const char* kQuickTimeContentIdentifier = "com.apple.quicktime.content.identifier";
 
-// The container format by demuxer. A MIME type set here also keeps the file from being named for
-// DLNA.
-struct ContainerRow {
+// A MIME type that follows from the demuxer alone also keeps the file from being named for DLNA.
+struct MimeTypeRow {
   std::string_view demuxer;
-  std::uint32_t format;
   std::string_view mimeType;
 };
 
-constexpr auto kContainers = std::to_array<ContainerRow>({
-    {av::kDemuxerAsf, FORMAT_ASF, ""},
-    {av::kDemuxerMp4, FORMAT_MPEG4, ""},
-    {av::kDemuxerAvi, FORMAT_AVI, "video/x-msvideo"},
-    {av::kDemuxerMpegPs, FORMAT_MPEG, ""},
-    {av::kDemuxerMpegTs, FORMAT_TS, ""},
-    {av::kDemuxerMatroska, FORMAT_MKV, "video/x-matroska"},
-    {av::kDemuxerFlv, FORMAT_FLV, "video/x-flv"},
-    {av::kDemuxerRm, FORMAT_RM, ""},
+constexpr auto kMimeTypes = std::to_array<MimeTypeRow>({
+    {av::kDemuxerAvi, "video/x-msvideo"},
+    {av::kDemuxerMatroska, "video/x-matroska"},
+    {av::kDemuxerFlv, "video/x-flv"},
 });
-
-constexpr ContainerRow kOtherContainer = {"", FORMAT_UNKNOWN, ""};
 
 // MPEG-4 part 2 in AVI that some players refuse, by codec tag (letter case does not count).
 struct DivxRow {
@@ -68,10 +59,10 @@ struct OrientationRow {
 
 constexpr auto kOrientations = std::to_array<OrientationRow>({{180, 3}, {270, 6}, {90, 8}});
 
-const ContainerRow& containerOf(std::string_view demuxer) {
-  const auto row = std::find_if(kContainers.begin(), kContainers.end(),
-                                [&](const ContainerRow& r) { return r.demuxer == demuxer; });
-  return row != kContainers.end() ? *row : kOtherContainer;
+std::string_view mimeTypeOf(std::string_view demuxer) {
+  for (const MimeTypeRow& row : kMimeTypes)
+    if (row.demuxer == demuxer) return row.mimeType;
+  return {};
 }
 
 // One run of the probe. Each step takes what it needs from the input and adds to the facts.
@@ -171,11 +162,8 @@ bool Probe::choosePath() {
 }
 
 bool Probe::open() {
-  av::registerFormats();
-  input_ = av::Input::open(path_.c_str());
-  if (!input_) return false;
-  input_->readStreamInfo();
-  return !input_->streams().empty();
+  input_ = av::Input::openWithStreams(path_.c_str());
+  return input_ && !input_->streams().empty();
 }
 
 void Probe::readContainerFacts() {
@@ -223,29 +211,29 @@ bool Probe::chooseVideoStream() {
   std::int64_t largest = -1;
   for (const av::Stream& stream : input_->streams()) {
     if (stream.type() != av::MediaType::kVideo) continue;
-    if (policy_.logsVideoStreams) KOLUM_LOG_AS(kSource, "GetVideoMetadata3", "%s", "");
+    if (policy_.logsVideoStreams) KOLUM_LOG_AS(kMediaSource, "GetVideoMetadata3", "%s", "");
     const std::int64_t area = std::int64_t{stream.width()} * stream.height();
     if (area <= largest) continue;
     largest = area;
     video_ = stream;
   }
-  if (!video_) KOLUM_LOG_AS(kSource, "parseVideoTrack", "video_stream less than 0");
+  if (!video_) KOLUM_LOG_AS(kMediaSource, "parseVideoTrack", "video_stream less than 0");
   return video_.has_value();
 }
 
 void Probe::readContainerFormat() {
-  const ContainerRow& row = containerOf(input_->demuxer());
-  facts_.mimeType = row.mimeType;
+  const std::uint32_t format = containerFormat(input_->demuxer());
+  facts_.mimeType = mimeTypeOf(input_->demuxer());
 
   const std::uint32_t before = facts_.containerFormat.value_or(request_.formatOnEntry);
   const bool isImageFormat = before == FORMAT_DVDISO || before == FORMAT_BDISO;
   // "mpeg" and "mpegts" replace the formats of DVD and Blu-ray folders; only the formats of images
   // stand, and these only against "mpeg". Hosts' databases hold the values that result.
-  if (!(policy_.keepsImageFormat && row.format == FORMAT_MPEG && isImageFormat))
-    facts_.containerFormat = row.format;
+  if (!(policy_.keepsImageFormat && format == FORMAT_MPEG && isImageFormat))
+    facts_.containerFormat = format;
 
-  if (row.format == FORMAT_MPEG4) readMp4Format();
-  if (row.format == FORMAT_AVI && ffmpegCodecIdConvert(video_->classicCodec()) == CODEC_ID_MPEG4) {
+  if (format == FORMAT_MPEG4) readMp4Format();
+  if (format == FORMAT_AVI && ffmpegCodecIdConvert(video_->classicCodec()) == CODEC_ID_MPEG4) {
     const std::string tag = video_->codecTagText();
     for (const DivxRow& divx : kDivxTags)
       if (equalsIgnoringCase(tag, divx.tag)) facts_.playException = divx.playException;
@@ -342,13 +330,13 @@ void Probe::nameProfile() {
 }
 
 void Probe::readQuickTimeCreation() {
-  KOLUM_LOG_AS(kSource, "GetDictEntry", "@@GetDictEntry key:%s", kQuickTimeCreationDate);
+  KOLUM_LOG_AS(kMediaSource, "GetDictEntry", "@@GetDictEntry key:%s", kQuickTimeCreationDate);
   const auto value = input_->tagWithPrefix(kQuickTimeCreationDate);
   if (!value) return;
-  KOLUM_LOG_AS(kSource, "GetVideoMetadata1", "@@creation_time:%s", value->c_str());
+  KOLUM_LOG_AS(kMediaSource, "GetVideoMetadata1", "@@creation_time:%s", value->c_str());
   const Creation creation = creationOfQuickTime(*value);
   facts_.creationTime = creation.time;
-  KOLUM_LOG_AS(kSource, "GetVideoMetadata1", "@@creation_time:%ld", creation.time);
+  KOLUM_LOG_AS(kMediaSource, "GetVideoMetadata1", "@@creation_time:%ld", creation.time);
   facts_.creationYear = creation.year;
   facts_.yearMonth = creation.yearMonth;
   facts_.creationDate = creation.date;

@@ -16,11 +16,8 @@ namespace {
 // The file with its stream information; empty when it cannot be opened or has no streams.
 std::optional<av::Input> openWithStreams(const char* path) {
   if (path == nullptr) return std::nullopt;
-  av::registerFormats();
-  auto input = av::Input::open(path);
-  if (!input) return std::nullopt;
-  input->readStreamInfo();
-  if (input->streams().empty()) return std::nullopt;
+  auto input = av::Input::openWithStreams(path);
+  if (input && input->streams().empty()) return std::nullopt;
   return input;
 }
 
@@ -45,17 +42,13 @@ bool isEncrypted(const av::Stream& stream) {
 
 unsigned int rotationDegrees(std::string_view folder, std::string_view fileName,
                              unsigned int& degrees) {
-  if (folder.size() + fileName.size() >= kPathSize) return 1;
-  const std::string path = joinPath(folder, fileName);
+  const auto path = wholePath(folder, fileName);
+  if (!path) return 1;
   // Neither registers formats nor reads the stream information, on purpose: the container's header
   // tells the rotation, and thumbnail builders ask for it often.
-  const auto input = av::Input::open(path.c_str());
-  if (!input) return 1;
-  const auto& streams = input->streams();
-  const auto video = std::find_if(streams.begin(), streams.end(), [](const av::Stream& stream) {
-    return stream.type() == av::MediaType::kVideo;
-  });
-  if (video == streams.end()) return 1;
+  const auto input = av::Input::open(path->c_str());
+  const av::Stream* video = input ? input->firstStream(av::MediaType::kVideo) : nullptr;
+  if (video == nullptr) return 1;
   if (const auto rotate = video->rotate())
     degrees = static_cast<unsigned>(std::strtol(rotate->c_str(), nullptr, 10));
   return 0;

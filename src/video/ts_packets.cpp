@@ -9,6 +9,7 @@
 #include <span>
 
 #include "support/file.h"
+#include "support/log.h"
 
 namespace kolum::video {
 
@@ -56,7 +57,7 @@ int ProbeTsPacketSize(const char* path, unsigned int* packetSize) {
   if (file->readAt(0, bytes) != static_cast<std::ptrdiff_t>(bytes.size())) {
     // Hosts' log filters know this line by its number.
     const int reason = errno;
-    std::fprintf(stderr, "[%s:%d] ", "MediaInfo", 1170);
+    std::fprintf(stderr, "[%s:%d] ", kolum::kMediaSource, 1170);
     errno = reason;
     std::perror("read");
     return 1;

@@ -1,5 +1,4 @@
-// A node of an XML document: the part of the hosts' former XML library that is in use, over
-// pugixml.
+// A node of an XML document, with the names of the hosts' former XML library, over pugixml.
 //
 // A node is a small value; copies speak of the same element, and the document lives as long as any
 // of its nodes. An empty node answers every question with "nothing". One thread at a time works on
