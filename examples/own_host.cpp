@@ -5,7 +5,6 @@
 
 #include <cstdarg>
 #include <cstdio>
-#include <cstdlib>
 
 void koDebugUtilWrapperPrint(int level, const char* /*colour*/, const char* source, int line,
                              const char* function, const char* format, ...) {

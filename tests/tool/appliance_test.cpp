@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 #include <kolum/server.h>
 #include <signal.h>
+#include <sys/mount.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -82,6 +83,22 @@ TEST_F(ToolNotify, ClearEmptiesBothChannels) {
     EXPECT_EQ(kolum({"notify", "clear"}).status, 0);
     EXPECT_EQ(kolum({"notify", "wait", "--seconds", "0"}).status, 1);
     EXPECT_EQ(kolum({"notify", "wait", "--stop", "--seconds", "0"}).status, 1);
+  });
+}
+
+TEST_F(ToolNotify, ChannelsThatCannotBeOpenedAreAFailureOfNoOtherCommand) {
+  const std::string song = samples() + "Music/Tones/04-silence.dsf";
+  runInAppliance([&] {
+    ASSERT_EQ(mount("none", "/dev/shm", "tmpfs", MS_RDONLY, nullptr), 0);
+    const Outcome refused = kolum({"notify", "post"});
+    EXPECT_EQ(refused.status, 1);
+    EXPECT_EQ(refused.err, "kolum: the notification channels cannot be opened\n");
+    for (const char* command : {"dsf", "probe"}) {
+      const Outcome run = kolum({command, "--json", song});
+      EXPECT_EQ(run.status, 0) << run.err;
+      EXPECT_EQ(run.json().at(0)["sampleRate"], 2822400);
+    }
+    EXPECT_EQ(umount("/dev/shm"), 0);
   });
 }
 
@@ -372,6 +389,21 @@ TEST_F(ToolGeocode, PrintsTheAddresses) {
     EXPECT_EQ(german["osmId"], "42");
     EXPECT_EQ(german["addresses"], json::parse(R"([{"language":{"id":2,"name":"de"},
         "address":"Paris, Frankreich","parts":[{"name":"city","value":"Paris"}]}])"));
+  });
+}
+
+TEST_F(ToolGeocode, AToolThatHappensToLieInTheFolderIsNotRun) {
+  runInAppliance([] {
+    const TempDir folder;
+    std::filesystem::copy_file(KOLUM_PROGRAM, folder.path("kolum"));
+    folder.write("osm_info", "#!/bin/sh\ntouch ran\n");
+    chmod(folder.path("osm_info").c_str(), 0755);
+    const RunResult run =
+        kolum::test::run({folder.path("kolum"), "geocode", "48.8584", "2.2945"},
+                         {.environment = {{"PATH", folder.folder()}}, .folder = folder.folder()});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "kolum: /usr/local/medialibrary/bin/osm_info: no such tool\n");
+    EXPECT_FALSE(std::filesystem::exists(folder.path("ran")));
   });
 }
 

@@ -28,7 +28,7 @@ TEST(Doctor, TellsTheVersionsOfTheLibrariesInUse) {
     ASSERT_TRUE(found.contains(name)) << name;
     EXPECT_EQ(found.at(name)["kind"], "library");
     EXPECT_EQ(found.at(name)["isThere"], true);
-    EXPECT_THAT(found.at(name)["found"].get<std::string>(), testing::MatchesRegex("[0-9.]+"));
+    EXPECT_THAT(found.at(name)["state"].get<std::string>(), testing::MatchesRegex("[0-9.]+"));
   }
 }
 
@@ -36,7 +36,7 @@ TEST(Doctor, FindsTheToolsOfTheBuildTree) {
   const auto found = findings();
   for (const char* name : {"ffmpeg", "dsf2flac", "osm_info"}) {
     ASSERT_EQ(found.at(name)["isThere"], true) << name;
-    EXPECT_TRUE(std::filesystem::exists(found.at(name)["found"].get<std::string>())) << name;
+    EXPECT_TRUE(std::filesystem::exists(found.at(name)["state"].get<std::string>())) << name;
   }
 }
 
@@ -48,9 +48,9 @@ TEST(Doctor, TellsWhatIsMissingForWhatAndEndsWithStatusOne) {
     EXPECT_EQ(before.err, "kolum: something is missing\n");
     EXPECT_THAT(before.out,
                 testing::ContainsRegex("program +setcfg +changing the configuration +missing\n"));
-    EXPECT_FALSE(findings().at("setcfg").contains("found"));
+    EXPECT_FALSE(findings().at("setcfg").contains("state"));
     writeRootFile("/sbin/setcfg", "#!/bin/sh\n", 0755);
-    EXPECT_EQ(findings().at("setcfg")["found"], "/sbin/setcfg");
+    EXPECT_EQ(findings().at("setcfg")["state"], "/sbin/setcfg");
     writeRootFile("/sbin/setcfg", "no program", 0644);
     EXPECT_EQ(findings().at("setcfg")["isThere"], false);
   });
@@ -59,7 +59,7 @@ TEST(Doctor, TellsWhatIsMissingForWhatAndEndsWithStatusOne) {
 TEST(Doctor, KnowsTheDataVolume) {
   EXPECT_EQ(findings().at("data volume")["isThere"], false);
   const auto found = findings({.environment = {{"KO_DATA_DIR", "/nonexistent/volume"}}});
-  EXPECT_EQ(found.at("data volume")["found"], "/nonexistent/volume");
+  EXPECT_EQ(found.at("data volume")["state"], "/nonexistent/volume");
   EXPECT_EQ(found.at("/nonexistent/volume/.system/lumserver.conf")["isThere"], false);
 }
 

@@ -78,6 +78,33 @@ TEST(ProbeVideo, LeavesOutWhatTheFileDoesNotTell) {
   EXPECT_EQ(line["mimeType"], "video/x-matroska");
 }
 
+// A transport stream that announces sound and has none.
+std::string announcedSound(const TempDir& folder) {
+  constexpr std::size_t kPacket = 188;
+  const std::string whole = mustRun({"cat", samples() + "Videos/evening-news.ts"});
+  std::string kept;
+  for (std::size_t at = 0; at + kPacket <= whole.size(); at += kPacket) {
+    const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(whole[at + i]); };
+    const int pid = (byte(1) & 0x1F) << 8 | byte(2);
+    if (pid != 257) kept += whole.substr(at, kPacket);
+  }
+  return folder.write("announced.ts", kept);
+}
+
+TEST(ProbeVideo, LeavesOutNumbersOfAnnouncedSoundThatNeverComes) {
+  const TempDir folder;
+  const std::string file = announcedSound(folder);
+  const json probed = single(kolum({"probe", "--json", file}));
+  const json stream = single(kolum({"info", "--json", file}))["streams"][1];
+  EXPECT_EQ(probed["audioCodec"]["name"], stream["codec"]["name"]);
+  for (const char* key : {"sampleRate", "channels"}) {
+    EXPECT_FALSE(probed.contains(key)) << probed;
+    EXPECT_FALSE(stream.contains(key)) << stream;
+  }
+  for (const char* command : {"probe", "info"})
+    EXPECT_THAT(kolum({command, file}).out, Not(HasSubstr("0 Hz"))) << command;
+}
+
 TEST(ProbeVideo, TextIsAlignedUnderTheFilesName) {
   const std::string file = samples() + "Videos/short-film.mkv";
   const Outcome run = kolum({"probe", file});

@@ -47,7 +47,7 @@ void showArtist(Context& context, const Options& options) {
 }
 
 void makeAlbum(Context& context, const Options& options) {
-  if (!context.initLibrary()) return;
+  context.initLibrary();
   char relativePath[kRelativePathSize] = "";
   const std::string base = withSlash(options.base);
   if (LUM_CheckMusicAlbumArt(base.c_str(), options.artist.c_str(), options.album.c_str(),

@@ -9,6 +9,7 @@
 #include <filesystem>
 #include <memory>
 
+#include "appliance.h"
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
@@ -16,10 +17,6 @@
 namespace kolum::tool {
 
 namespace {
-
-constexpr char kServerFile[] = "/.system/lumserver.conf";
-constexpr char kLibraryFile[] = "/etc/config/medialibrary.conf";
-constexpr char kSetTool[] = "/sbin/setcfg";
 
 struct Options {
   std::string section;
@@ -125,10 +122,11 @@ void show(Context& context) {
   if (parseConfig(&config) == 0) return print(context, config);
   std::string dataDir;
   KoUtil_GetDataDir(dataDir);
-  if (reportMissing(context, dataDir, {dataDir + kServerFile, kLibraryFile}, R_OK)) return;
-  if (reportUnusable(context, {dataDir + kServerFile, kLibraryFile})) return;
+  if (reportMissing(context, dataDir, {dataDir + kServerConfigFile, kLibraryConfigFile}, R_OK))
+    return;
+  if (reportUnusable(context, {dataDir + kServerConfigFile, kLibraryConfigFile})) return;
   print(context, config);
-  context.fail(dataDir + kServerFile, "a value is out of its range; --debug names it");
+  context.fail(dataDir + kServerConfigFile, "a value is out of its range; --debug names it");
 }
 
 void set(Context& context, const Options& options) {
@@ -137,8 +135,9 @@ void set(Context& context, const Options& options) {
   std::string dataDir;
   KoUtil_GetDataDir(dataDir);
   if (reportMissing(context, dataDir, {kSetTool}, X_OK)) return;
-  context.fail(dataDir + kServerFile, "not changed, " + std::string(kSetTool) +
-                                          " or its preparation answered " + std::to_string(status));
+  context.fail(dataDir + kServerConfigFile, "not changed, " + std::string(kSetTool) +
+                                                " or its preparation answered " +
+                                                std::to_string(status));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "commands.h"
 #include "context.h"
 #include "media_files.h"
+#include "text.h"
 
 namespace kolum::tool {
 
@@ -46,14 +47,6 @@ void addNext(Result& result, const DlnaCandidate& candidate) {
     result.show(std::exchange(label, ""), "needs " + test.wanted + ", has " + test.actual);
   }
   result.data("next", {{"name", candidate.name}, {"missing", std::move(missing)}});
-}
-
-// The label of a line for people: "frame size" becomes "Frame size".
-std::string capitalized(std::string text) {
-  if (!text.empty() && text[0] >= 'a' && text[0] <= 'z') {
-    text[0] = static_cast<char>(text[0] - 'a' + 'A');
-  }
-  return text;
 }
 
 void addExplanation(Result& result, const DlnaNaming& naming) {

@@ -3,24 +3,23 @@
 #include <link.h>
 #include <semaphore.h>
 #include <sys/stat.h>
+#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fstream>
-#include <memory>
 #include <optional>
 #include <set>
 #include <sstream>
 
+#include "appliance.h"
 #include "commands.h"
 #include "context.h"
 
 namespace kolum::tool {
 
 namespace {
-
-constexpr char kApplianceFolder[] = "/usr/local/medialibrary/bin/";
 
 // What was looked for: where or in which version it is there, and what it is for.
 struct Finding {
@@ -54,17 +53,16 @@ std::optional<std::string> onPath(const std::string& name) {
 
 void findPrograms(std::vector<Finding>& findings) {
   const std::string standIns = standInFolder();
-  const std::string tools = standIns.empty() ? kApplianceFolder : standIns;
-  const std::string appliance = kApplianceFolder;
+  const std::string tools = standIns.empty() ? kApplianceTools : standIns;
   findings.insert(
       findings.end(),
       {{"program", "ffmpeg", firstProgram({tools + "ffmpeg"}), "album thumbnails"},
        {"program", "convert", firstProgram({"/usr/local/sbin/convert"}),
         "album thumbnails where ffmpeg makes none"},
        {"program", "dsf2flac", firstProgram({tools + "dsf2flac"}), "DSD songs"},
-       {"program", "osm_info", firstProgram({appliance + "osm_info", standIns + "osm_info"}),
-        "places"},
-       {"program", "setcfg", firstProgram({"/sbin/setcfg"}), "changing the configuration"},
+       {"program", "osm_info",
+        firstProgram({kApplianceTools + std::string("osm_info"), standIn("osm_info")}), "places"},
+       {"program", "setcfg", firstProgram({kSetTool}), "changing the configuration"},
        {"program", "touch", firstProgram({"/bin/touch"}), "changing the configuration"},
        {"program", "cp", firstProgram({"/bin/cp"}), "copying pictures"},
        {"program", "chmod", firstProgram({"/bin/chmod"}), "copying pictures"},
@@ -76,15 +74,16 @@ std::optional<std::string> when(bool condition, const std::string& detail) {
   return condition ? std::optional(detail) : std::nullopt;
 }
 
-// A file system that the kernel knows, or has a module for.
-std::optional<std::string> fileSystem(const std::string& name) {
+// A file system that the running kernel knows, or has a module for.
+std::optional<std::string> fileSystem(const std::string& name, const std::string& module) {
   std::ifstream known("/proc/filesystems");
   for (std::string line; std::getline(known, line);)
     if (line.ends_with("\t" + name)) return "known";
+  utsname kernel = {};
+  uname(&kernel);
+  const auto modules = std::filesystem::path("/lib/modules") / kernel.release / "kernel/fs";
   std::error_code error;
-  for (const auto& folder : std::filesystem::directory_iterator("/lib/modules", error))
-    if (std::filesystem::exists(folder.path() / "kernel/fs" / name, error)) return "as a module";
-  return std::nullopt;
+  return when(std::filesystem::exists(modules / module, error), "as a module");
 }
 
 std::optional<std::string> semaphores() {
@@ -102,8 +101,8 @@ void findKernelFeatures(std::vector<Finding>& findings) {
                       "disc images"});
   findings.push_back(
       {"kernel", "right to mount", when(geteuid() == 0, "superuser"), "disc images"});
-  for (const char* name : {"iso9660", "udf"})
-    findings.push_back({"kernel", name, fileSystem(name), "disc images"});
+  findings.push_back({"kernel", "iso9660", fileSystem("iso9660", "isofs"), "disc images"});
+  findings.push_back({"kernel", "udf", fileSystem("udf", "udf"), "disc images"});
   findings.push_back({"kernel", "named semaphores", semaphores(), "notifications"});
 }
 
@@ -112,8 +111,8 @@ void findConfiguration(std::vector<Finding>& findings) {
   KoUtil_GetDataDir(dir);
   findings.push_back(
       {"configuration", "data volume", when(!dir.empty(), dir), "configuration, stamps"});
-  for (const std::string& file : {std::string("/etc/config/medialibrary.conf"),
-                                  dir.empty() ? std::string() : dir + "/.system/lumserver.conf"}) {
+  for (const std::string& file :
+       {std::string(kLibraryConfigFile), dir.empty() ? std::string() : dir + kServerConfigFile}) {
     if (file.empty()) continue;
     findings.push_back({"configuration", file, when(access(file.c_str(), R_OK) == 0, "readable"),
                         "configuration"});
@@ -180,7 +179,7 @@ void print(Context& context, const Finding& finding) {
   result.data("kind", finding.kind);
   result.data("name", finding.name);
   result.data("isThere", finding.found.has_value());
-  if (finding.found) result.data("found", *finding.found);
+  if (finding.found) result.data("state", *finding.found);
   result.data("neededFor", finding.neededFor);
   result.show("", finding.kind);
   result.show("", finding.name);

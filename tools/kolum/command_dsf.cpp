@@ -58,7 +58,7 @@ Action defineDsf(CLI::App& command) {
       "come from the tool dsf2flac.\n"
       "\nExample:\n  kolum dsf Music/*.dsf");
   return [files](Context& context) {
-    if (!context.initLibrary()) return;
+    context.initLibrary();
     forEachMediaFile(context, fileNames(context, *files), kMusicBit, [&](const MediaFile& file) {
       if (file.isNamed || isDsdName(file.path.name)) describe(context, file.path);
     });

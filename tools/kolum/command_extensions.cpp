@@ -4,6 +4,7 @@
 #include <CLI/CLI.hpp>
 #include <memory>
 
+#include "appliance.h"
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
@@ -14,8 +15,6 @@
 namespace kolum::tool {
 
 namespace {
-
-constexpr char kConfigFile[] = "/etc/config/medialibrary.conf";
 
 struct Options {
   std::vector<std::string> kinds;
@@ -49,7 +48,8 @@ void printXml(Context& context) {
   int failed = 0;
   const std::string xml = context.channels.capture([&] { failed = KoLUM_PrintFileExtList(); });
   if (failed != 0)
-    return context.fail(kConfigFile, refusalReason(splitPath(kConfigFile), "not an ini file"));
+    return context.fail(kLibraryConfigFile,
+                        refusalReason(splitPath(kLibraryConfigFile), "not an ini file"));
   context.printer.raw(xml);
 }
 

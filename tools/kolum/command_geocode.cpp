@@ -1,4 +1,5 @@
 #include <kolum/geocode.h>
+#include <kolum/host.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -7,6 +8,7 @@
 #include <cstdio>
 #include <memory>
 
+#include "appliance.h"
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
@@ -19,7 +21,6 @@ namespace {
 
 using MediaLibrary::osm_place_s;
 
-constexpr char kFixedTool[] = "/usr/local/medialibrary/bin/osm_info";
 constexpr int kBuilding = 18;
 
 constexpr auto kLanguages = std::to_array<const char*>(
@@ -51,18 +52,14 @@ Identifier objectType(int type) {
   return {type, known ? kObjectTypes[static_cast<std::size_t>(type - 1)] : ""};
 }
 
-std::string shellQuoted(const std::string& text) {
-  std::string quoted = "'";
-  for (const char c : text) quoted += c == '\'' ? std::string("'\\''") : std::string(1, c);
-  return quoted + "'";
-}
-
 // One attempt with the stand-in; numbers are all that reaches the shell besides its path.
-int askStandIn(const std::string& tool, const osm_param_s& query, osm_place_s& place) {
+int askStandIn(std::string tool, const osm_param_s& query, osm_place_s& place) {
+  tool.resize(4 * tool.size() + sizeof "''");  // the room that the shell's word may take
+  StringConvert2SystemCmdFilename(tool.data());
   char arguments[128];
   std::snprintf(arguments, sizeof arguments, " lat=%.8f lon=%.8f zoom=%d", query.lat, query.lon,
                 query.zoom);
-  return parseOsmInfo((shellQuoted(tool) + arguments).c_str(), place);
+  return parseOsmInfo((tool.c_str() + std::string(arguments)).c_str(), place);
 }
 
 Result addressResult(const osm_place_s& place, std::size_t index) {
@@ -104,9 +101,10 @@ void print(Context& context, const Options& options, const osm_param_s& query,
 void run(Context& context, const Options& options) {
   osm_param_s query = {degrees(options.latitude, "LATITUDE", 90),
                        degrees(options.longitude, "LONGITUDE", 180), options.zoom};
-  const bool fixed = access(kFixedTool, X_OK) == 0;
-  const std::string tool = fixed ? kFixedTool : standInFolder() + "osm_info";
-  if (access(tool.c_str(), X_OK) != 0) return context.fail(kFixedTool, "no such tool");
+  const std::string fixedTool = kApplianceTools + std::string("osm_info");
+  const bool fixed = access(fixedTool.c_str(), X_OK) == 0;
+  const std::string tool = fixed ? fixedTool : standIn("osm_info");
+  if (access(tool.c_str(), X_OK) != 0) return context.fail(fixedTool, "no such tool");
   osm_place_s place = {};
   const int status = fixed ? koOsmInfo(query, place) : askStandIn(tool, query, place);
   if (status == 0) return print(context, options, query, place);

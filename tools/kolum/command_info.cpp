@@ -3,7 +3,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <cctype>
 #include <climits>
 #include <memory>
 
@@ -48,10 +47,15 @@ int profileOf(const MediaStreamInfo& stream) {
                                                  : stream.profile;
 }
 
+// A number, unless it is 0, which stands for unknown.
+void addKnown(nlohmann::ordered_json& json, const char* key, std::int64_t value) {
+  if (value != 0) json[key] = value;
+}
+
 void addVideo(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
-  if (stream.bitRate != 0) json["bitRate"] = stream.bitRate;
-  json["width"] = stream.width;
-  json["height"] = stream.height;
+  addKnown(json, "bitRate", stream.bitRate);
+  addKnown(json, "width", stream.width);
+  addKnown(json, "height", stream.height);
   json["rotation"] = stream.rotation;
   json["frameRate"] = stream.frameRate;
   json["frameRateNum"] = stream.frameRateNum;
@@ -60,9 +64,9 @@ void addVideo(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
 }
 
 void addAudio(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
-  json["sampleRate"] = stream.sampleRate;
-  if (stream.bitsPerSample != 0) json["bitsPerSample"] = stream.bitsPerSample;
-  json["channels"] = stream.channels;
+  addKnown(json, "sampleRate", stream.sampleRate);
+  addKnown(json, "bitsPerSample", stream.bitsPerSample);
+  addKnown(json, "channels", stream.channels);
 }
 
 nlohmann::ordered_json streamJson(const MediaStreamInfo& stream, int codec) {
@@ -86,15 +90,9 @@ std::string frameRateText(const MediaStreamInfo& stream) {
 
 std::string videoText(const MediaStreamInfo& stream) {
   return joined(
-      {std::to_string(stream.width) + " x " + std::to_string(stream.height), frameRateText(stream),
+      {pictureSizeText(stream.width, stream.height), frameRateText(stream),
        stream.rotation == 0 ? "" : "turned by " + std::to_string(stream.rotation) + " degrees",
        stream.bitRate == 0 ? "" : bitRateText(stream.bitRate), stream.isDivx == 0 ? "" : "DivX"});
-}
-
-std::string audioText(const MediaStreamInfo& stream) {
-  return joined(
-      {frequencyText(stream.sampleRate), counted(stream.channels, "channel"),
-       stream.bitsPerSample == 0 ? "" : counted(stream.bitsPerSample, "bit") + "/sample"});
 }
 
 std::string streamText(const MediaStreamInfo& stream, int codec) {
@@ -104,7 +102,9 @@ std::string streamText(const MediaStreamInfo& stream, int codec) {
                                      : codecText(codec, profileOf(stream));
   return joined({name, isVideo ? levelText(codec, stream.level) : "",
                  isVideo   ? videoText(stream)
-                 : isAudio ? audioText(stream)
+                 : isAudio ? soundText({.sampleRate = stream.sampleRate,
+                                        .channels = stream.channels,
+                                        .bitsPerSample = stream.bitsPerSample})
                            : "",
                  stream.streamId == 0 ? "" : "id " + std::to_string(stream.streamId)});
 }
@@ -115,9 +115,7 @@ void addStreams(Result& result, const MediaInfo& info) {
     const MediaStreamInfo& stream = info.streams[i];
     const int codec = ffmpegCodecIdConvert(static_cast<int>(stream.codecId));
     streams.push_back(streamJson(stream, codec));
-    std::string label = streamType(stream.streamType).name;
-    label[0] = static_cast<char>(std::toupper(static_cast<unsigned char>(label[0])));
-    result.show(label, streamText(stream, codec));
+    result.show(capitalized(streamType(stream.streamType).name), streamText(stream, codec));
   }
   result.data("streams", std::move(streams));
 }

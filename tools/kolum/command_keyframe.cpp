@@ -8,7 +8,6 @@
 #include "commands.h"
 #include "context.h"
 #include "media_files.h"
-#include "numbers.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -16,15 +15,9 @@ namespace kolum::tool {
 namespace {
 
 struct Options {
-  std::string seconds;
+  int seconds = 0;
   FileArguments files;
 };
-
-int wholeSeconds(const std::string& text) {
-  const auto seconds = parseNumber(text);
-  if (seconds && *seconds >= 0 && *seconds <= INT_MAX) return static_cast<int>(*seconds);
-  throw UsageError("SECONDS is a whole number from 0, not \"" + text + "\"");
-}
 
 void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
   const std::string& shown = file.path.given;
@@ -46,7 +39,9 @@ void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
 
 Action defineKeyframe(CLI::App& command) {
   auto options = std::make_shared<Options>();
-  addText(command, "SECONDS", options->seconds, "From the start of the video")->required();
+  addNumber(command, "SECONDS", options->seconds, {0, INT_MAX}, "From the start of the video")
+      ->required()
+      ->type_name("");
   addFileArguments(command, options->files);
   command.footer(
       "Finds the key frame from which a player starts to play at SECONDS: mostly the first one at "
@@ -54,9 +49,9 @@ Action defineKeyframe(CLI::App& command) {
       "after it.\n"
       "\nExample:\n  kolum keyframe 90 movie.mkv");
   return [options](Context& context) {
-    const int seconds = wholeSeconds(options->seconds);
-    forEachMediaFile(context, fileNames(context, options->files), kVideoBit,
-                     [&](const MediaFile& file) { printKeyFrame(context, file, seconds); });
+    forEachMediaFile(
+        context, fileNames(context, options->files), kVideoBit,
+        [&](const MediaFile& file) { printKeyFrame(context, file, options->seconds); });
   };
 }
 

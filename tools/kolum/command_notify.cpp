@@ -86,7 +86,7 @@ Action defineNotify(CLI::App& command) {
       "other.\n"
       "\nExample:\n  kolum notify wait --seconds 60 && echo changed");
   return [=](Context& context) {
-    if (!context.initLibrary()) return;
+    if (!context.initLibrary()) return context.fail("the notification channels cannot be opened");
     if (posting->parsed()) return post(context);
     if (stopping->parsed()) return stop(context);
     if (waiting->parsed()) return wait(context, *options);

@@ -2,6 +2,7 @@
 #ifndef KOLUM_TOOL_CONTEXT_H
 #define KOLUM_TOOL_CONTEXT_H
 
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -32,7 +33,8 @@ class Context {
 
   // Hands the library the folder of its external tools: the stand-ins that were built or installed
   // with this program, else the appliance's. Call it before anything that needs such a tool or the
-  // notification channels; repeated calls do nothing. False (reported) when the library refuses.
+  // notification channels; repeated calls do nothing. False when the channels cannot be opened;
+  // the tools are there all the same.
   bool initLibrary();
 
   const bool json;
@@ -41,11 +43,14 @@ class Context {
 
  private:
   bool failed_ = false;
+  std::optional<bool> hasChannels_;
 };
 
 // The folder of the stand-in tools, found from where this program lies, with its closing "/"; empty
 // when there is none.
 std::string standInFolder();
+// A tool in that folder; empty when there is no such folder.
+std::string standIn(const std::string& tool);
 
 }  // namespace kolum::tool
 

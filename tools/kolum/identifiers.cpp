@@ -42,8 +42,8 @@ constexpr NamedNumber kAudioClasses[] = {
     {"WMA Pro", 5},
     {"MP2", 6},
     {"PCM", 7},
-    {"AAC, mono or stereo", 8},
-    {"AAC, up to 6 channels", 9},
+    {"AAC-LC stereo", 8},
+    {"AAC-LC multichannel", 9},
     {"AMR", 10},
     {"other AAC", CODEC_ID_AAC},
 };

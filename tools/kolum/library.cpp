@@ -7,10 +7,11 @@
 namespace kolum::tool {
 
 bool Context::initLibrary() {
-  const std::string tools = standInFolder();
-  if (KoLUM_Init(tools.empty() ? nullptr : tools.c_str()) == 0) return true;
-  fail("the notification channels cannot be opened");
-  return false;
+  if (!hasChannels_) {
+    const std::string tools = standInFolder();
+    hasChannels_ = KoLUM_Init(tools.empty() ? nullptr : tools.c_str()) == 0;
+  }
+  return *hasChannels_;
 }
 
 std::string standInFolder() {
@@ -23,6 +24,11 @@ std::string standInFolder() {
       return folder.lexically_normal().string() + "/";
   }
   return "";
+}
+
+std::string standIn(const std::string& tool) {
+  const std::string folder = standInFolder();
+  return folder.empty() ? "" : folder + tool;
 }
 
 }  // namespace kolum::tool

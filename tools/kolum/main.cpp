@@ -2,8 +2,8 @@
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <cstdlib>
-#include <memory>
 #include <new>
+#include <sstream>
 #include <vector>
 
 #include "arguments.h"

@@ -55,6 +55,10 @@ void Result::data(const std::string& key, nlohmann::ordered_json value) {
   json_[key] = std::move(value);
 }
 
+void Result::known(const std::string& key, std::uint64_t value) {
+  if (value != 0) data(key, value);
+}
+
 void Result::show(std::string label, std::string text) {
   lines_.push_back({std::move(label), std::move(text)});
 }

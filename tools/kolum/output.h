@@ -42,6 +42,8 @@ class Result {
   static Result titled(std::string title);
 
   void data(const std::string& key, nlohmann::ordered_json value);
+  // A number, unless it is 0, which stands for unknown.
+  void known(const std::string& key, std::uint64_t value);
   void show(std::string label, std::string text);
 
   void text(const std::string& key, std::string label, std::string_view value);

@@ -41,14 +41,14 @@ bool read(const MediaPath& path, Song& song) {
          song.isFound();
 }
 
-void addKnown(Result& result, const char* key, std::uint32_t value) {
-  if (value != kUnset && value != 0) result.data(key, value);
+// A number of the song; 0 when it has none.
+std::uint64_t known(std::uint32_t value) {
+  return value == kUnset ? 0 : value;
 }
 
 // DSD songs tell their bit rate in kbit/s.
 std::uint64_t bitRateOf(const Song& song) {
-  if (song.bitRate == kUnset) return 0;
-  return song.isDsd() ? std::uint64_t{song.bitRate} * 1000 : song.bitRate;
+  return known(song.bitRate) * (song.isDsd() ? 1000 : 1);
 }
 
 void addStream(Result& result, const Song& song) {
@@ -60,25 +60,22 @@ void addStream(Result& result, const Song& song) {
     codec = codecText(number, song.profile);
   }
   if (song.level != kUnknownLevel) result.data("audioLevel", song.level);
-  const std::uint64_t bitRate = bitRateOf(song);
-  if (bitRate != 0) result.data("audioBitRate", bitRate);
-  addKnown(result, "sampleRate", song.sampleRate);
-  addKnown(result, "bitsPerSample", song.bitsPerSample);
-  addKnown(result, "channels", song.channels);
-  const auto known = [](std::uint32_t value) { return value != kUnset && value != 0; };
-  result.show(
-      "Audio",
-      joined({codec, known(song.sampleRate) ? frequencyText(song.sampleRate) : "",
-              known(song.channels) ? counted(song.channels, "channel") : "",
-              known(song.bitsPerSample) ? counted(song.bitsPerSample, "bit") + "/sample" : "",
-              bitRate != 0 ? bitRateText(bitRate) : ""}));
+  const Sound sound = {.sampleRate = known(song.sampleRate),
+                       .channels = known(song.channels),
+                       .bitsPerSample = known(song.bitsPerSample),
+                       .bitRate = bitRateOf(song)};
+  result.known("audioBitRate", sound.bitRate);
+  result.known("sampleRate", sound.sampleRate);
+  result.known("bitsPerSample", sound.bitsPerSample);
+  result.known("channels", sound.channels);
+  result.show("Audio", joined({codec, soundText(sound)}));
 }
 
 }  // namespace
 
 void probeAudio(Context& context, const MediaPath& path, const ProbeOptions&) {
   // A tool reads DSD songs, so the library has to know where it is.
-  if (isDsdName(path.name) && !context.initLibrary()) return;
+  if (isDsdName(path.name)) context.initLibrary();
   Song song;
   if (!read(path, song)) {
     return context.fail(path.given, refusalReason(path, "no song that can be probed"));
@@ -89,9 +86,8 @@ void probeAudio(Context& context, const MediaPath& path, const ProbeOptions&) {
   addMimeTypeOfName(result, path.name, kMusicBit);
   result.text("dlnaProfile", "DLNA profile", song.dlnaProfile);
   if (song.duration != kUnset) result.duration("duration", "Duration", song.duration);
-  if (song.containerBitRate != kUnset && song.containerBitRate != 0) {
-    result.bitRate("bitRate", "Bit rate", song.containerBitRate);
-  }
+  if (const auto bitRate = known(song.containerBitRate); bitRate != 0)
+    result.bitRate("bitRate", "Bit rate", bitRate);
   addStream(result, song);
   context.printer.block(result);
 }

@@ -7,6 +7,7 @@
 #include "identifiers.h"
 #include "media_files.h"
 #include "probe.h"
+#include "text.h"
 
 namespace kolum::tool {
 
@@ -29,9 +30,9 @@ void probePhoto(Context& context, const MediaPath& path, const ProbeOptions&) {
   if (const MediaFileInfo* type = addMimeTypeOfName(result, path.name, kPhotoBit)) {
     result.data("pictureFormat", type->formatIds);
   }
-  result.data("width", width);
-  result.data("height", height);
-  result.show("Picture", std::to_string(width) + " x " + std::to_string(height));
+  result.known("width", width);
+  result.known("height", height);
+  result.show("Picture", pictureSizeText(width, height));
   result.data("pixelFormat", pixelFormat);
   const bool isCover = KoLUM_CheckSpecialCover(path.name.c_str()) == 0;
   result.data("isAlbumCover", isCover);

@@ -3,7 +3,6 @@
 
 #include <climits>
 #include <cmath>
-#include <numeric>
 #include <string>
 
 #include "identifiers.h"
@@ -36,16 +35,8 @@ std::string ratioText(int num, int den) {
   return std::to_string(num) + ":" + std::to_string(den);
 }
 
-void addBitRate(Result& result, const char* key, unsigned bitRate) {
-  if (bitRate != 0) result.data(key, bitRate);
-}
-
 void addLevel(Result& result, const char* key, int level) {
   if (level != kUnknownLevel) result.data(key, level);
-}
-
-std::string knownBitRateText(unsigned bitRate) {
-  return bitRate == 0 ? "" : bitRateText(bitRate);
 }
 
 void addAspect(Result& result, const videoObject_st& record) {
@@ -67,22 +58,20 @@ std::string aspectText(const videoObject_st& record) {
 
 void addPicture(Result& result, const videoObject_st& record) {
   if (record.width == kUnset) return;
-  result.data("width", record.width);
-  result.data("height", record.height);
+  if (record.width > 0) result.data("width", record.width);
+  if (record.height > 0) result.data("height", record.height);
   addAspect(result, record);
   const bool hasRate = std::isfinite(record.frameRate) && record.frameRate > 0;
   if (hasRate) result.data("frameRate", record.frameRate);
-  result.show(
-      "Picture",
-      joined({std::to_string(record.width) + " x " + std::to_string(record.height),
-              aspectText(record), hasRate ? decimalText(record.frameRate, 3) + " frames/s" : ""}));
+  result.show("Picture", joined({pictureSizeText(record.width, record.height), aspectText(record),
+                                 hasRate ? decimalText(record.frameRate, 3) + " frames/s" : ""}));
   if (record.orientation != 0) {
     result.data("orientation", record.orientation);
     const char* degrees = record.orientation == 3 ? "180" : record.orientation == 6 ? "270" : "90";
     result.show("Rotation", std::string(degrees) + " degrees");
   }
   if (record.is360 != 0) {
-    result.data("is360", record.is360);
+    result.data("is360", true);
     result.show("360 degrees", "yes, equirectangular");
   }
 }
@@ -92,10 +81,10 @@ void addVideoStream(Result& result, const videoObject_st& record) {
   result.data("videoCodec", codecIdentifier(record.videoCodec).json());
   addProfile(result, "videoProfile", record.videoProfile, record.videoCodec);
   addLevel(result, "videoLevel", record.videoLevel);
-  addBitRate(result, "videoBitRate", record.videoBitRate);
+  result.known("videoBitRate", record.videoBitRate);
   result.show("Video", joined({codecText(record.videoCodec, record.videoProfile),
                                levelText(record.videoCodec, record.videoLevel),
-                               knownBitRateText(record.videoBitRate)}));
+                               record.videoBitRate == 0 ? "" : bitRateText(record.videoBitRate)}));
   if (record.playException != 0) {
     result.identifier("playException", "Play exception",
                       playExceptionIdentifier(record.playException));
@@ -108,16 +97,16 @@ void addAudioStream(Result& result, const videoObject_st& record) {
   addProfile(result, "audioProfile", record.audioProfile, record.audioCodec);
   result.data("audioClass", audioClassIdentifier(record.audioClass).json());
   addLevel(result, "audioLevel", record.audioLevel);
-  addBitRate(result, "audioBitRate", record.audioBitRate);
-  result.data("sampleRate", record.sampleRate);
-  if (record.bitsPerSample != 0) result.data("bitsPerSample", record.bitsPerSample);
-  result.data("channels", record.channels);
-  result.show(
-      "Audio",
-      joined({codecText(record.audioCodec, record.audioProfile), frequencyText(record.sampleRate),
-              counted(record.channels, "channel"),
-              record.bitsPerSample == 0 ? "" : counted(record.bitsPerSample, "bit") + "/sample",
-              knownBitRateText(record.audioBitRate)}));
+  const Sound sound = {.sampleRate = record.sampleRate,
+                       .channels = record.channels,
+                       .bitsPerSample = record.bitsPerSample,
+                       .bitRate = record.audioBitRate};
+  result.known("audioBitRate", sound.bitRate);
+  result.known("sampleRate", sound.sampleRate);
+  result.known("bitsPerSample", sound.bitsPerSample);
+  result.known("channels", sound.channels);
+  result.show("Audio",
+              joined({codecText(record.audioCodec, record.audioProfile), soundText(sound)}));
   if (record.audioClass != 0)
     result.show("Audio class", audioClassIdentifier(record.audioClass).text());
 }

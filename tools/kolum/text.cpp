@@ -162,6 +162,24 @@ std::string joined(const std::vector<std::string>& parts) {
   return text;
 }
 
+std::string soundText(const Sound& sound) {
+  return joined({sound.sampleRate == 0 ? "" : frequencyText(sound.sampleRate),
+                 sound.channels == 0 ? "" : counted(sound.channels, "channel"),
+                 sound.bitsPerSample == 0 ? "" : counted(sound.bitsPerSample, "bit") + "/sample",
+                 sound.bitRate == 0 ? "" : bitRateText(sound.bitRate)});
+}
+
+std::string pictureSizeText(std::int64_t width, std::int64_t height) {
+  if (width <= 0 || height <= 0) return "";
+  return std::to_string(width) + " x " + std::to_string(height);
+}
+
+std::string capitalized(std::string text) {
+  if (!text.empty() && text[0] >= 'a' && text[0] <= 'z')
+    text[0] = static_cast<char>(text[0] - 'a' + 'A');
+  return text;
+}
+
 std::string hexText(std::uint64_t value) {
   char buffer[24];
   std::snprintf(buffer, sizeof buffer, "0x%llX", static_cast<unsigned long long>(value));

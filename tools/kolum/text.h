@@ -16,17 +16,28 @@ bool isUtf8(std::string_view bytes);
 // What would be longer than LONGEST bytes ends before the character that is too much.
 std::string printable(std::string_view bytes, std::size_t longest = SIZE_MAX);
 
+// Numbers of a sound stream; 0 is unknown.
+struct Sound {
+  std::uint64_t sampleRate = 0;  // Hz
+  std::uint64_t channels = 0;
+  std::uint64_t bitsPerSample = 0;
+  std::uint64_t bitRate = 0;  // bit/s
+};
+
 // BYTES with everything but letters, digits and "-._~/" written as %FF.
 std::string percentEncoded(std::string_view bytes);
 
 std::string durationText(std::int64_t seconds);        // "1 h 2 min 5 s"
 std::string bitRateText(std::uint64_t bitsPerSecond);  // "1.25 Mbit/s"
 std::string frequencyText(std::uint64_t hertz);        // "44.1 kHz"
+std::string soundText(const Sound& sound);             // "44.1 kHz, 2 channels, 16 bits/sample"
 std::string decimalText(double value, int digits);     // at most DIGITS decimals: "29.97", "25"
 std::string counted(std::uint64_t count, std::string_view noun);  // "1 channel", "2 channels"
 std::string joined(const std::vector<std::string>& parts);        // with ", ", empty ones left out
-std::string hexText(std::uint64_t value);                         // "0x15002"
-std::string dateText(std::int64_t secondsSince1970);              // "2015-06-07 08:09:10"
+std::string capitalized(std::string text);  // its first letter, when it is an ASCII one
+std::string pictureSizeText(std::int64_t width, std::int64_t height);  // "1280 x 720"; "" unknown
+std::string hexText(std::uint64_t value);                              // "0x15002"
+std::string dateText(std::int64_t secondsSince1970);                   // "2015-06-07 08:09:10"
 
 }  // namespace kolum::tool
 

@@ -69,10 +69,8 @@ void takeDffTag(const std::string& path, DsdFacts& facts) {
 }  // namespace
 
 std::optional<DsdFacts> readDsdFile(const std::string& path) {
-  av::registerFormats();
-  auto input = av::Input::open(path.c_str());
+  const auto input = av::Input::openWithStreams(path.c_str());
   if (!input) return std::nullopt;
-  input->readStreamInfo();
   const auto& streams = input->streams();
   const auto stream = std::find_if(streams.begin(), streams.end(), isDsd);
   if (stream == streams.end()) return std::nullopt;
