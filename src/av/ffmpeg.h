@@ -28,6 +28,17 @@ inline void registerFormats() {
 #endif
 }
 
+// The demuxers in turn, null behind the last; POSITION begins as null. By this call since 58.9.
+inline const AVInputFormat* nextDemuxer(void*& position) {
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
+  AVInputFormat* next = av_iformat_next(static_cast<AVInputFormat*>(position));
+  position = next;
+  return next;
+#else
+  return av_demuxer_iterate(&position);
+#endif
+}
+
 // Channel layouts became a structure of their own in 59.24.
 inline int channels(const AVCodecParameters& parameters) {
 #if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(59, 24, 100)

@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "av/ffmpeg.h"
+#include "av/file_demuxers.h"
 
 namespace kolum::av {
 
@@ -178,7 +179,17 @@ std::optional<Input> Input::open(const char* path) {
   struct stat status = {};
   if (stat(path, &status) != 0) return std::nullopt;
   if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) return std::nullopt;
-  return openWith(urlOfExistingFile(path));
+  // What may throw comes first: nobody owns the context before it is opened.
+  const std::string url = urlOfExistingFile(path);
+  const char* demuxers = fileDemuxers();
+  AVFormatContext* context = avformat_alloc_context();
+  if (context == nullptr) return std::nullopt;
+  context->format_whitelist = av_strdup(demuxers);
+  if (context->format_whitelist == nullptr) {
+    avformat_free_context(context);
+    return std::nullopt;
+  }
+  return openWith(context, url);
 }
 
 std::optional<Input> Input::openWithStreams(const char* path) {
@@ -190,11 +201,11 @@ std::optional<Input> Input::openWithStreams(const char* path) {
 
 std::optional<Input> Input::openUrl(const char* url) {
   struct stat status = {};
-  return stat(url, &status) == 0 ? open(url) : openWith(url);
+  return stat(url, &status) == 0 ? open(url) : openWith(nullptr, url);
 }
 
-std::optional<Input> Input::openWith(const std::string& url) {
-  AVFormatContext* context = nullptr;
+std::optional<Input> Input::openWith(AVFormatContext* context, const std::string& url) {
+  // Frees the context when it fails.
   if (avformat_open_input(&context, url.c_str(), nullptr, nullptr) != 0) return std::nullopt;
   return Input(context);
 }

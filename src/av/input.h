@@ -111,7 +111,8 @@ class Stream {
 class Input {
  public:
   // Opens an existing file. Empty when there is none or FFmpeg cannot open it, and for folders,
-  // pipes and other things that are no file: opening a pipe would wait for its writer.
+  // pipes and other things that are no file: opening a pipe would wait for its writer. Playlists
+  // and scripts, which would have further files opened, count as files that cannot be opened.
   static std::optional<Input> open(const char* path);
   // Registers the demuxers, opens the file and reads its stream information.
   static std::optional<Input> openWithStreams(const char* path);
@@ -142,7 +143,8 @@ class Input {
     void operator()(AVFormatContext* context) const;
   };
 
-  static std::optional<Input> openWith(const std::string& url);
+  // CONTEXT holds options for the opening; it may be null.
+  static std::optional<Input> openWith(AVFormatContext* context, const std::string& url);
   explicit Input(AVFormatContext* context);
   void listStreams();
 

@@ -6,6 +6,7 @@
 #include <array>
 #include <cmath>
 #include <cstdio>
+#include <cstring>
 #include <memory>
 
 #include "appliance.h"
@@ -56,10 +57,11 @@ Identifier objectType(int type) {
 int askStandIn(std::string tool, const osm_param_s& query, osm_place_s& place) {
   tool.resize(4 * tool.size() + sizeof "''");  // the room that the shell's word may take
   StringConvert2SystemCmdFilename(tool.data());
+  tool.resize(std::strlen(tool.data()));
   char arguments[128];
   std::snprintf(arguments, sizeof arguments, " lat=%.8f lon=%.8f zoom=%d", query.lat, query.lon,
                 query.zoom);
-  return parseOsmInfo((tool.c_str() + std::string(arguments)).c_str(), place);
+  return parseOsmInfo((tool + arguments).c_str(), place);
 }
 
 Result addressResult(const osm_place_s& place, std::size_t index) {

@@ -89,7 +89,7 @@ std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
     const bool isCommand = wantsCommand && !words.front().starts_with('-');
     return (isCommand ? "no command \"" : "unexpected argument \"") + words.front() + "\"";
   }
-  const std::string reason = error.what();
+  std::string reason = error.what();
   if (wantsCommand && error.get_name() == "RequiredError") return "COMMAND is required";
   const std::size_t tooMany = reason.find(": At Most 1 required");
   if (tooMany != std::string::npos) return reason.substr(0, tooMany) + " is given more than once";

@@ -1,0 +1,40 @@
+#include "av/file_demuxers.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+
+#include "av/ffmpeg.h"
+
+namespace kolum::av {
+
+namespace {
+
+constexpr std::string_view kOpenFurtherFiles[] = {
+    "avisynth", "concat", "dash",        "hls",    "hls,applehttp",
+    "imf",      "sdp",    "vapoursynth", "vobsub", "webm_dash_manifest",
+};
+
+// FFmpeg goes through the list from its beginning.
+constexpr std::string_view kUsual =
+    "mov,matroska,mpegts,mpeg,avi,asf,flv,mp3,flac,wav,ogg,jpeg_pipe,png_pipe";
+
+std::string listed() {
+  std::string list(kUsual);
+  void* position = nullptr;
+  while (const AVInputFormat* demuxer = release::nextDemuxer(position)) {
+    const auto* refused =
+        std::find(std::begin(kOpenFurtherFiles), std::end(kOpenFurtherFiles), demuxer->name);
+    if (refused == std::end(kOpenFurtherFiles)) list += std::string(",") + demuxer->name;
+  }
+  return list;
+}
+
+}  // namespace
+
+const char* fileDemuxers() {
+  static const std::string kList = listed();
+  return kList.c_str();
+}
+
+}  // namespace kolum::av

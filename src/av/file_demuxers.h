@@ -1,0 +1,13 @@
+// Which demuxers may read the files that are probed.
+#ifndef KOLUM_AV_FILE_DEMUXERS_H
+#define KOLUM_AV_FILE_DEMUXERS_H
+
+namespace kolum::av {
+
+// All but those that open further files: what a playlist or script names may hang, lead in circles
+// or run programs. As FFmpeg takes them, names with commas between; valid for ever.
+const char* fileDemuxers();
+
+}  // namespace kolum::av
+
+#endif

@@ -1,0 +1,101 @@
+// Files whose content names other files: probing looks at the file itself and at nothing else.
+#include <gtest/gtest.h>
+#include <kolum/kolum.h>
+#include <sys/stat.h>
+
+#include <string>
+
+#include "av/file_demuxers.h"
+#include "av/input.h"
+#include "support/child_process.h"
+#include "support/media_factory.h"
+#include "support/temp_dir.h"
+
+using namespace kolum::test;
+
+namespace {
+
+// Through every kind of entry point that opens media.
+void expectRefused(const std::string& folder, const std::string& name) {
+  const std::string path = folder + name;
+  testing::internal::CaptureStderr();
+  videoObject_st record = {};
+  EXPECT_EQ(GetVideoMetadata1(folder.c_str(), name.c_str(), &record, 0), 1U);
+  unsigned tracks = 4711;
+  EXPECT_EQ(GetAudioTrack(path.c_str(), &tracks), 1U);
+  EXPECT_EQ(GetVideoRotationDegree(folder.c_str(), name.c_str(), &tracks), 1U);
+  MediaInfo* info = nullptr;
+  double time = 0;
+  EXPECT_EQ(GetMediaInfo(path.c_str(), &info, 1, &time), 1U);
+  EXPECT_EQ(getVideoKeyFrameTime(path.c_str(), 1, &time), 1U);
+  EXPECT_EQ(GetAudioMetadata(folder.c_str(), name.c_str(), nullptr, nullptr, nullptr, nullptr,
+                             nullptr, nullptr, nullptr, nullptr, nullptr, nullptr, nullptr),
+            1U);
+  uint32_t number = 0;
+  EXPECT_EQ(GetPhotoHW(path.c_str(), &number, &number), 1U);
+  testing::internal::GetCapturedStderr();
+}
+
+TEST(FileDemuxers, OpenNoFurtherFiles) {
+  constexpr char kPlaylist[] = "#EXTM3U\n#EXT-X-TARGETDURATION:5\n";
+  const TempDir folder;
+  ASSERT_EQ(mkfifo(folder.path("pipe.ts").c_str(), 0600), 0);
+  const struct {
+    const char* what;
+    const char* name;
+    std::string content;
+  } rows[] = {
+      {"a live playlist without its part", "live.mp4",
+       kPlaylist + std::string("#EXTINF:3,\nmissing.ts\n")},
+      {"a live playlist of itself", "own.m3u8", kPlaylist + std::string("#EXTINF:3,\nown.m3u8\n")},
+      {"a playlist that is its own variant", "variant.m3u8",
+       "#EXTM3U\n#EXT-X-STREAM-INF:BANDWIDTH=1\nvariant.m3u8\n"},
+      {"a playlist of a pipe", "pipe.m3u8",
+       kPlaylist + std::string("#EXTINF:3,\npipe.ts\n#EXT-X-ENDLIST\n")},
+      {"a list with a pipe", "pipe.mp4", "ffconcat version 1.0\nfile pipe.ts\n"},
+      {"a list with itself", "self.mp4", "ffconcat version 1.0\nfile self.mp4\n"},
+      {"a manifest with a pipe", "manifest.mp4",
+       "<?xml version=\"1.0\"?><MPD xmlns=\"urn:mpeg:dash:schema:mpd:2011\" type=\"static\" "
+       "mediaPresentationDuration=\"PT3S\"><Period><AdaptationSet mimeType=\"video/mp2t\">"
+       "<Representation id=\"1\" bandwidth=\"1000\"><BaseURL>pipe.ts</BaseURL></Representation>"
+       "</AdaptationSet></Period></MPD>"},
+      {"a session description", "session.mp4",
+       "v=0\no=- 0 0 IN IP4 127.0.0.1\ns=x\nc=IN IP4 127.0.0.1\nt=0 0\nm=video 5004 RTP/AVP 96\n"
+       "a=rtpmap:96 H264/90000\n"},
+      {"an index of subtitles", "subtitles.idx",
+       "# VobSub index file, v7 (do not modify this line!)\nid: en, index: 0\n"
+       "timestamp: 00:00:01:000, filepos: 000000000\n"},
+  };
+  ASSERT_EQ(mkfifo(folder.path("subtitles.sub").c_str(), 0600), 0);
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.what);
+    folder.write(row.name, row.content);
+    withinSeconds(10, [&] { expectRefused(folder.folder(), row.name); });
+  }
+}
+
+TEST(FileDemuxers, HoldTheUsualOnesAndNoneThatOpensFurtherFiles) {
+  const std::string list = "," + std::string(kolum::av::fileDemuxers()) + ",";
+  for (const char* name : {"mov", "matroska", "mpegts", "mpeg", "avi", "asf", "flv", "mp3", "dsf",
+                           "image2", "tiff_pipe", "rm", "wtv", "ape"})
+    EXPECT_NE(list.find("," + std::string(name) + ","), std::string::npos) << name;
+  for (const char* name : {"concat", "hls", "dash", "imf", "sdp", "vobsub"})
+    EXPECT_EQ(list.find("," + std::string(name) + ","), std::string::npos) << name;
+}
+
+// Hosts hand such addresses over on purpose.
+TEST(FileDemuxers, DoNotLimitUrls) {
+  const TempDir folder;
+  const std::string part = media(
+      "part.ts", "-f lavfi -i testsrc=s=64x48:r=25:d=3 -pix_fmt yuv420p -c:v mpeg2video -g 5");
+  const std::string list = folder.write(
+      "list.m3u8", "#EXTM3U\n#EXT-X-TARGETDURATION:5\n#EXTINF:3,\n" + part + "\n#EXT-X-ENDLIST\n");
+  double time = -1;
+  testing::internal::CaptureStderr();
+  const unsigned result = getVideoKeyFrameTime(("file:" + list).c_str(), 1, &time);
+  testing::internal::GetCapturedStderr();
+  EXPECT_EQ(result, 0U);
+  EXPECT_GE(time, 0);
+}
+
+}  // namespace
