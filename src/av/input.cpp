@@ -43,6 +43,11 @@ std::optional<std::string> entry(const AVDictionary* dictionary, const char* key
   return found->value;
 }
 
+// For a context that is not opened.
+struct Freer {
+  void operator()(AVFormatContext* context) const { avformat_free_context(context); }
+};
+
 // A name without a leading "/" or "." may look like a URL ("http:x.mp4"); what exists is a file.
 std::string urlOfExistingFile(const char* path) {
   return *path == '/' || *path == '.' ? path : std::string("file:") + path;
@@ -171,7 +176,8 @@ void Input::Closer::operator()(AVFormatContext* context) const {
   avformat_close_input(&context);
 }
 
-Input::Input(AVFormatContext* context) : context_(context) {
+Input::Input(AVFormatContext* context, std::unique_ptr<ReadLimit> limit)
+    : readLimit_(std::move(limit)), context_(context) {
   listStreams();
 }
 
@@ -179,17 +185,14 @@ std::optional<Input> Input::open(const char* path) {
   struct stat status = {};
   if (stat(path, &status) != 0) return std::nullopt;
   if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) return std::nullopt;
-  // What may throw comes first: nobody owns the context before it is opened.
   const std::string url = urlOfExistingFile(path);
   const char* demuxers = fileDemuxers();
-  AVFormatContext* context = avformat_alloc_context();
+  std::unique_ptr<AVFormatContext, Freer> context(avformat_alloc_context());
   if (context == nullptr) return std::nullopt;
   context->format_whitelist = av_strdup(demuxers);
-  if (context->format_whitelist == nullptr) {
-    avformat_free_context(context);
-    return std::nullopt;
-  }
-  return openWith(context, url);
+  if (context->format_whitelist == nullptr) return std::nullopt;
+  auto limit = std::make_unique<ReadLimit>(context.get());
+  return openWith(context.release(), url, std::move(limit));
 }
 
 std::optional<Input> Input::openWithStreams(const char* path) {
@@ -201,16 +204,18 @@ std::optional<Input> Input::openWithStreams(const char* path) {
 
 std::optional<Input> Input::openUrl(const char* url) {
   struct stat status = {};
-  return stat(url, &status) == 0 ? open(url) : openWith(nullptr, url);
+  return stat(url, &status) == 0 ? open(url) : openWith(nullptr, url, nullptr);
 }
 
-std::optional<Input> Input::openWith(AVFormatContext* context, const std::string& url) {
+std::optional<Input> Input::openWith(AVFormatContext* context, const std::string& url,
+                                     std::unique_ptr<ReadLimit> limit) {
   // Frees the context when it fails.
   if (avformat_open_input(&context, url.c_str(), nullptr, nullptr) != 0) return std::nullopt;
-  return Input(context);
+  return Input(context, std::move(limit));
 }
 
 void Input::readStreamInfo() {
+  const ReadLimit::Scope limited(readLimit_.get());
   // The result does not count: what was found before an error is still worth reporting.
   avformat_find_stream_info(context_.get(), nullptr);
   listStreams();

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "av/classic_codecs.h"
+#include "av/read_limit.h"
 
 struct AVFormatContext;
 struct AVStream;
@@ -137,17 +138,21 @@ class Input {
   std::vector<std::pair<std::string, std::string>> tags() const;
 
   AVFormatContext* raw() const { return context_.get(); }
+  // For what reads on; null for URLs, whose servers set their own pace.
+  ReadLimit* readLimit() const { return readLimit_.get(); }
 
  private:
   struct Closer {
     void operator()(AVFormatContext* context) const;
   };
 
-  // CONTEXT holds options for the opening; it may be null.
-  static std::optional<Input> openWith(AVFormatContext* context, const std::string& url);
-  explicit Input(AVFormatContext* context);
+  // CONTEXT holds options for the opening; it may be null, and LIMIT with it.
+  static std::optional<Input> openWith(AVFormatContext* context, const std::string& url,
+                                       std::unique_ptr<ReadLimit> limit);
+  Input(AVFormatContext* context, std::unique_ptr<ReadLimit> limit);
   void listStreams();
 
+  std::unique_ptr<ReadLimit> readLimit_;
   std::unique_ptr<AVFormatContext, Closer> context_;
   std::vector<Stream> streams_;
 };

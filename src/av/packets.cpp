@@ -32,6 +32,7 @@ Packet::Packet() : packet_(av_packet_alloc()) {
 
 bool Packet::readFrom(const Input& input) {
   av_packet_unref(packet_.get());
+  const ReadLimit::Scope limited(input.readLimit());
   return av_read_frame(input.raw(), packet_.get()) >= 0;
 }
 
@@ -47,6 +48,7 @@ bool Packet::isKeyFrame() const {
 
 bool seek(const Input& input, const Stream& stream, std::int64_t timestamp) {
   if (isBeyondOggStreams(input, stream)) return false;
+  const ReadLimit::Scope limited(input.readLimit());
   return av_seek_frame(input.raw(), stream.index(), timestamp, 0) >= 0;
 }
 

@@ -538,6 +538,35 @@ TEST(KeyFrameSearch, SeeksInALongFileWithoutReadingItThrough) {
   EXPECT_LT(bytesRead() - before, 8 * kMegabyte);
 }
 
+// As a download in progress is on the disk.
+TEST(KeyFrameSearch, DoesNotReadThroughWhatIsNotYetWritten) {
+  constexpr std::uint64_t kMegabyte = 1 << 20;
+  const TempDir folder;
+  for (const char* extension : {"avi", "flv", "mkv", "mp4", "mpg", "ts"}) {
+    SCOPED_TRACE(extension);
+    const std::string name = std::string("begun.") + extension;
+    const std::string written =
+        media(name, "-f lavfi -i testsrc=s=64x48:r=25:d=3 -pix_fmt yuv420p -g 12");
+    const std::string path = folder.path(name);
+    std::filesystem::copy_file(written, path);
+    try {
+      std::filesystem::resize_file(path, std::uintmax_t{10} << 30);
+    } catch (const std::filesystem::filesystem_error& error) {
+      GTEST_SKIP() << "no sparse file of 10 GB here: " << error.what();
+    }
+    for (const int seconds : {1, 3}) {
+      const std::uint64_t before = bytesRead();
+      EXPECT_EQ(infoSearch(path, seconds), infoSearch(written, seconds));
+      const Found expected = search(written, seconds);
+      const Found found = search(path, seconds);
+      EXPECT_EQ(found.result, expected.result);
+      EXPECT_EQ(found.time, expected.time);
+      EXPECT_EQ(found.messages, expected.messages);
+      EXPECT_LT(bytesRead() - before, 600 * kMegabyte);
+    }
+  }
+}
+
 TEST(TimestampAfter, MultipliesInSixtyFourBitsAndCutsFractions) {
   struct Row {
     std::int64_t start;
