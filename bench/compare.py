@@ -192,8 +192,8 @@ def main():
            "times, most of all those of two threads, say little.", "",
            "The floor is a program that opens the file and reads the stream information with the same "
            "FFmpeg, and does nothing else; its calls and ours take turns. That of `getVideoKeyFrameTime` "
-           "seeks and reads up to a key frame instead. `GetVideoRotationDegree` reads no stream information: "
-           f"it takes {rotation_by_opening:.3f} times what the opening alone takes.", "",
+           "opens a decoder, seeks and reads up to a key frame instead. `GetVideoRotationDegree` reads no "
+           f"stream information: it takes {rotation_by_opening:.3f} times what the opening alone takes.", "",
            "## Bars", "", "| What | Bar | Measured | |", "|---|---|---|---|"]
     for entry, ratio in overall.items():
         out.append(bar(f"`{entry}` by the floor, over the corpus", ratio, 1.03, ""))
