@@ -209,6 +209,7 @@ std::optional<Input> Input::openUrl(const char* url) {
 
 std::optional<Input> Input::openWith(AVFormatContext* context, const std::string& url,
                                      std::unique_ptr<ReadLimit> limit) {
+  const ReadLimit::Scope limited(limit.get());
   // Frees the context when it fails.
   if (avformat_open_input(&context, url.c_str(), nullptr, nullptr) != 0) return std::nullopt;
   return Input(context, std::move(limit));

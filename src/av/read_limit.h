@@ -15,7 +15,7 @@ inline constexpr std::int64_t kZerosLimit = std::int64_t{64} << 20;
 // One input's limit. It stays where it is as long as the context lives.
 class ReadLimit {
  public:
-  // Takes effect when CONTEXT is opened.
+  // CONTEXT is not opened yet, or the limit has no effect.
   explicit ReadLimit(AVFormatContext* context);
   ReadLimit(const ReadLimit&) = delete;
   ReadLimit& operator=(const ReadLimit&) = delete;

@@ -1,8 +1,9 @@
-// Files whose content names other files: probing looks at the file itself and at nothing else.
+// Files that would lead FFmpeg elsewhere, or on and on.
 #include <gtest/gtest.h>
 #include <kolum/kolum.h>
 #include <sys/stat.h>
 
+#include <filesystem>
 #include <string>
 
 #include "av/file_demuxers.h"
@@ -71,6 +72,35 @@ TEST(FileDemuxers, OpenNoFurtherFiles) {
     SCOPED_TRACE(row.what);
     folder.write(row.name, row.content);
     withinSeconds(10, [&] { expectRefused(folder.folder(), row.name); });
+  }
+}
+
+TEST(ReadLimit, EndsTheOpeningOfAFileThatHoldsNothing) {
+  const TempDir folder;
+  const struct {
+    const char* name;
+    std::string head;
+  } rows[] = {
+      {"begun.avi", std::string("RIFF\0\0\0\x80"
+                                "AVI LIST",
+                                16)},
+      {"begun.flv", std::string("FLV\1\5\0\0\0\11\0\0\0\0", 13)},
+      {"begun.mp3", std::string("ID3\3\0\0\x7F\x7F\x7F\x7F", 10)},
+      {"begun.mp4", ""},
+      {"begun.mpg", std::string("\0\0\1\xBA\x44", 5)},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.name);
+    const std::string path = folder.write(row.name, row.head);
+    try {
+      std::filesystem::resize_file(path, std::uintmax_t{10} << 30);
+    } catch (const std::filesystem::filesystem_error& error) {
+      GTEST_SKIP() << "no sparse file of 10 GB here: " << error.what();
+    }
+    withinSeconds(20, [&] {
+      videoObject_st record = {};
+      GetVideoMetadata1(folder.folder().c_str(), row.name, &record, 0);
+    });
   }
 }
 
