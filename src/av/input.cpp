@@ -48,6 +48,12 @@ struct Freer {
   void operator()(AVFormatContext* context) const { avformat_free_context(context); }
 };
 
+// Frees the context when it fails.
+bool openContext(AVFormatContext*& context, const std::string& url, ReadLimit* limit) {
+  const ReadLimit::Scope limited(limit);
+  return avformat_open_input(&context, url.c_str(), nullptr, nullptr) == 0;
+}
+
 // A name without a leading "/" or "." may look like a URL ("http:x.mp4"); what exists is a file.
 std::string urlOfExistingFile(const char* path) {
   return *path == '/' || *path == '.' ? path : std::string("file:") + path;
@@ -209,9 +215,7 @@ std::optional<Input> Input::openUrl(const char* url) {
 
 std::optional<Input> Input::openWith(AVFormatContext* context, const std::string& url,
                                      std::unique_ptr<ReadLimit> limit) {
-  const ReadLimit::Scope limited(limit.get());
-  // Frees the context when it fails.
-  if (avformat_open_input(&context, url.c_str(), nullptr, nullptr) != 0) return std::nullopt;
+  if (!openContext(context, url, limit.get())) return std::nullopt;
   return Input(context, std::move(limit));
 }
 

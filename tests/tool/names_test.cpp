@@ -152,8 +152,8 @@ TEST(ShownNames, AreThoseThatWereGiven) {
             "kolum: text.mp4: No such file or directory\n");
   const TempDir own;
   own.write("text.mp4", "no video");
-  EXPECT_EQ(kolum({"probe", "text.mp4"}, {.folder = own.folder()}).err,
-            "kolum: text.mp4: no video that can be probed\n");
+  EXPECT_THAT(kolum({"probe", "text.mp4"}, {.folder = own.folder()}).err,
+              testing::EndsWith("kolum: text.mp4: no video that can be probed\n"));
 }
 
 TEST(ShownNames, PlayNoTricksInText) {
