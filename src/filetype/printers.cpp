@@ -48,20 +48,20 @@ constexpr std::array<Kind, 4> kKinds = {{
 }};
 
 // Without the closing one.
-unsigned rowsOf(const Kind& kind) {
-  unsigned rows = 0;
+std::span<const MediaFileInfo> rowsOf(const Kind& kind) {
+  std::size_t rows = 0;
   while (kind.table[rows].extension != nullptr) ++rows;
-  return rows;
+  return {kind.table, rows};
 }
 
 // Rows 32 and up share the bits of rows 0 and up, because the configured value has 32; and the
 // built-in exclusions of classification do not show. Both are what hosts' pages expect.
-void addExtensions(XMLNode& media, const Kind& kind, std::uint32_t excluded) {
-  for (unsigned row = 0; row < rowsOf(kind); ++row) {
+void addExtensions(XMLNode& media, std::span<const MediaFileInfo> rows, std::uint32_t excluded) {
+  for (std::size_t row = 0; row < rows.size(); ++row) {
     if ((excluded >> row % 32 & 1) != 0) continue;
     XMLNode extension = media.addChild("Extension");
     extension.addAttribute("ID", std::to_string(row + 1).c_str());
-    extension.addText(kind.table[row].extension + 1);
+    extension.addText(rows[row].extension + 1);
   }
 }
 
@@ -74,10 +74,11 @@ std::string extensionList(const kolum::IniFile& configuration) {
     const Kind& kind = kKinds[number];
     const std::string key = "OPTIONS:FileUmaskInternal" + std::to_string(number);
     const int excluded = configuration.number(key.c_str(), 0);
+    const std::span<const MediaFileInfo> rows = rowsOf(kind);
     XMLNode media = root.addChild("Media");
     media.addAttribute("Type", kind.name);
-    media.addAttribute("MaxID", std::to_string(rowsOf(kind)).c_str());
-    addExtensions(media, kind, static_cast<std::uint32_t>(excluded));
+    media.addAttribute("MaxID", std::to_string(rows.size()).c_str());
+    addExtensions(media, rows, static_cast<std::uint32_t>(excluded));
   }
   return document.createXMLString();
 }
