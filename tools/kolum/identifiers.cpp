@@ -202,6 +202,13 @@ void addProfile(Result& result, const char* key, int profile, int codec) {
   if (profile != PROFILE_UNKNOWN) result.data(key, profileIdentifier(profile, codec).json());
 }
 
+void addSound(Result& result, const Sound& sound) {
+  result.known("audioBitRate", sound.bitRate);
+  result.known("sampleRate", sound.sampleRate);
+  result.known("bitsPerSample", sound.bitsPerSample);
+  result.known("channels", sound.channels);
+}
+
 void addContainer(Result& result, unsigned containerFormat) {
   if (containerFormat == FORMAT_UNKNOWN) return;
   const ContainerNames names = containerNames(containerFormat);

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "output.h"
+#include "text.h"
 
 namespace kolum::tool {
 
@@ -60,6 +61,8 @@ ContainerNames containerNames(unsigned containerFormat);
 void addKind(Result& result, int kind);
 // The profile under KEY, unless it is unknown.
 void addProfile(Result& result, const char* key, int profile, int codec);
+// The numbers of a sound stream that are known.
+void addSound(Result& result, const Sound& sound);
 // "containerFormat" with the number and the names of format and MPEG-4 brand, unless it is unknown.
 void addContainer(Result& result, unsigned containerFormat);
 

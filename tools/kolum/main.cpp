@@ -115,6 +115,12 @@ int run(const Channels& channels, int argc, char** argv) {
 
   try {
     app.parse(protectedArguments(argc, argv));
+    routeLibrary(channels, options.debug);
+    Context context(channels, options.json);
+    for (const DefinedCommand& command : defined) {
+      if (command.parser->parsed()) command.action(context);
+    }
+    return context.failed() ? kSomeFailed : kAllDone;
   } catch (const CLI::CallForVersion& version) {
     channels.writeResults(std::string(version.what()) + "\n");
     return kAllDone;
@@ -128,17 +134,6 @@ int run(const Channels& channels, int argc, char** argv) {
   } catch (const UsageError& error) {
     return usage(channels, error.what(), commandLineOf(innermost(app)));
   }
-
-  routeLibrary(channels, options.debug);
-  Context context(channels, options.json);
-  try {
-    for (const DefinedCommand& command : defined) {
-      if (command.parser->parsed()) command.action(context);
-    }
-  } catch (const UsageError& error) {
-    return usage(channels, error.what(), commandLineOf(innermost(app)));
-  }
-  return context.failed() ? kSomeFailed : kAllDone;
 }
 
 }  // namespace

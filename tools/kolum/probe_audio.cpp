@@ -64,10 +64,7 @@ void addStream(Result& result, const Song& song) {
                        .channels = known(song.channels),
                        .bitsPerSample = known(song.bitsPerSample),
                        .bitRate = bitRateOf(song)};
-  result.known("audioBitRate", sound.bitRate);
-  result.known("sampleRate", sound.sampleRate);
-  result.known("bitsPerSample", sound.bitsPerSample);
-  result.known("channels", sound.channels);
+  addSound(result, sound);
   result.show("Audio", joined({codec, soundText(sound)}));
 }
 

@@ -101,10 +101,7 @@ void addAudioStream(Result& result, const videoObject_st& record) {
                        .channels = record.channels,
                        .bitsPerSample = record.bitsPerSample,
                        .bitRate = record.audioBitRate};
-  result.known("audioBitRate", sound.bitRate);
-  result.known("sampleRate", sound.sampleRate);
-  result.known("bitsPerSample", sound.bitsPerSample);
-  result.known("channels", sound.channels);
+  addSound(result, sound);
   result.show("Audio",
               joined({codecText(record.audioCodec, record.audioProfile), soundText(sound)}));
   if (record.audioClass != 0)
