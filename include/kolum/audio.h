@@ -93,10 +93,12 @@ typedef struct songObject_st {
   char album[256];
   int32_t year;
   char genre[256];
+  uint32_t reserved1[2];    /* never touched */
   uint32_t sampleRate;      /* Hz, of the DSD stream: 2822400 for DSD64 */
   uint32_t bitRate;         /* kbit/s */
-  uint32_t channels;        /* 2 when nobody tells */
+  uint32_t channels;        /* 2 when unknown */
   uint32_t containerFormat; /* FORMAT_DSF, of ".dff" files too */
+  uint32_t reserved2;       /* never touched */
   int32_t profile;          /* -99 */
   int32_t level;            /* -99 */
 } songObject_st;

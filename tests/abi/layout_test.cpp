@@ -77,13 +77,14 @@ TEST(Layout, OfTheSongRecord) {
   EXPECT_EQ(offsetof(songObject_st, album), 776U);
   EXPECT_EQ(offsetof(songObject_st, year), 1032U);
   EXPECT_EQ(offsetof(songObject_st, genre), 1036U);
-  EXPECT_EQ(offsetof(songObject_st, sampleRate), 1292U);
-  EXPECT_EQ(offsetof(songObject_st, bitRate), 1296U);
-  EXPECT_EQ(offsetof(songObject_st, channels), 1300U);
-  EXPECT_EQ(offsetof(songObject_st, containerFormat), 1304U);
-  EXPECT_EQ(offsetof(songObject_st, profile), 1308U);
-  EXPECT_EQ(offsetof(songObject_st, level), 1312U);
-  EXPECT_EQ(sizeof(songObject_st), 1316U);
+  // Two words of the hosts' own stand before the sample rate, one before the profile.
+  EXPECT_EQ(offsetof(songObject_st, sampleRate), 1300U);
+  EXPECT_EQ(offsetof(songObject_st, bitRate), 1304U);
+  EXPECT_EQ(offsetof(songObject_st, channels), 1308U);
+  EXPECT_EQ(offsetof(songObject_st, containerFormat), 1312U);
+  EXPECT_EQ(offsetof(songObject_st, profile), 1320U);
+  EXPECT_EQ(offsetof(songObject_st, level), 1324U);
+  EXPECT_EQ(sizeof(songObject_st), 1328U);
 }
 
 TEST(Layout, OfTheConfigurationRecord) {
