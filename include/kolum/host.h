@@ -96,14 +96,15 @@ KOLUM_EXPORT int DVDGetMainVTSNo(const char* folder, char* pathOut, int pathOutS
  */
 KOLUM_EXPORT int IsLeapYear(int year);
 
+KOLUM_C_END
+
 #ifdef __cplusplus
 /*
  * Puts the data volume's mount path, without a closing "/", into DIR; empty when unknown. The
- * stand-in takes it from the environment variable KO_DATA_DIR; the root folder stays "/".
+ * stand-in takes it from the environment variable KO_DATA_DIR; the root folder stays "/". C++
+ * linkage, as its argument is a C++ type.
  */
 KOLUM_EXPORT void KoUtil_GetDataDir(std::string& dir);
 #endif
-
-KOLUM_C_END
 
 #endif
