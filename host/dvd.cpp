@@ -59,9 +59,10 @@ std::optional<FilePlace> placeOf(std::string_view name) {
   return place;
 }
 
-// FOLDER, or the VIDEO_TS folder in it, with a closing "/".
+// FOLDER, or the VIDEO_TS folder in it, with a closing "/". An empty one is the current folder.
 std::string videoFolder(std::string folder) {
-  if (folder.empty() || folder.back() != '/') folder += '/';
+  if (folder.empty()) folder = "./";
+  if (folder.back() != '/') folder += '/';
   const Directory directory(opendir(folder.c_str()));
   if (directory == nullptr) return folder;
   while (const dirent* entry = readdir(directory.get())) {

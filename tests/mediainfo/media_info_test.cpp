@@ -337,6 +337,15 @@ TEST(GetMediaInfo, OpensTheMainTitleOfADvdFolder) {
   EXPECT_NE(firstOf(*info, MEDIA_STREAM_VIDEO), nullptr);
 }
 
+TEST(GetMediaInfo, TakesADiscWithoutAFolderForTheCurrentOne) {
+  runInChild([] {
+    std::filesystem::current_path(dvdFolder());
+    EXPECT_EQ(infoOf("VIDEO_TS.IFO")->sourceKind, static_cast<unsigned>(FORMAT_DVDIFO));
+    std::filesystem::current_path(blurayFolder());
+    EXPECT_EQ(infoOf("index.bdmv")->sourceKind, static_cast<unsigned>(FORMAT_BDBDMV));
+  });
+}
+
 TEST(GetMediaInfo, OpensTheLargestStreamOfABlurayFolder) {
   const OwnedInfo info = infoOf(blurayFolder() + "index.bdmv");
   EXPECT_EQ(info->sourceKind, static_cast<unsigned>(FORMAT_BDBDMV));
