@@ -50,6 +50,17 @@ void addAnswer(const XMLNode& answer, osm_place_s& place) {
   place.addresses.push_back({language, result.getText()});
 }
 
+// The tool's report of a failure: an element at the top of the document, or right below it. Deeper
+// down, "error" may be a part of an address.
+XMLNode errorIn(std::string_view xml) {
+  const XMLNode document = XMLNode::parseDocument(xml);
+  for (const XMLNode& top : document.getChildNodes()) {
+    if (top.getName() == "error") return top;
+    if (XMLNode error = top.getChildNode("error"); !error.isEmpty()) return error;
+  }
+  return {};
+}
+
 }  // namespace
 
 int languageIndex(std::string_view code) {
@@ -61,8 +72,7 @@ int osmTypeOf(std::string_view type) {
 }
 
 int readAnswer(std::string_view xml, osm_place_s& place) {
-  const XMLNode error = XMLNode::parseString(xml, "error");
-  if (!error.isEmpty()) {
+  if (const XMLNode error = errorIn(xml); !error.isEmpty()) {
     KOLUM_LOG_AS(kSource, kFunction, "osm error:%s", error.getText().c_str());
     return kToolError;
   }

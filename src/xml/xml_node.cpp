@@ -69,7 +69,7 @@ pugi::xml_node firstElement(const pugi::xml_node& root, const char* tag) {
 XMLNode::XMLNode(Document document, pugi::xml_node_struct* element)
     : document_(std::move(document)), element_(element) {}
 
-XMLNode XMLNode::parseString(std::string_view text, const char* tag, XmlResults* results) {
+XMLNode XMLNode::parseDocument(std::string_view text, XmlResults* results) {
   XmlResults ignored;
   XmlResults& result = results != nullptr ? *results : ignored;
   constexpr std::string_view kWhiteSpace = " \t\r\n";
@@ -83,10 +83,18 @@ XMLNode XMLNode::parseString(std::string_view text, const char* tag, XmlResults*
     result.error = kXmlErrorNoTagFound;
     return {};
   }
-  const pugi::xml_node found = firstElement(*document, tag);
-  result.error = found ? kXmlErrorNone : kXmlErrorTagMissing;
+  result.error = kXmlErrorNone;
+  pugi::xml_node_struct* const top = document->internal_object();
+  return {std::move(document), top};
+}
+
+XMLNode XMLNode::parseString(std::string_view text, const char* tag, XmlResults* results) {
+  const XMLNode parsed = parseDocument(text, results);
+  if (parsed.isEmpty()) return {};
+  const pugi::xml_node found = firstElement(node(parsed.element_), tag);
+  if (results != nullptr) results->error = found ? kXmlErrorNone : kXmlErrorTagMissing;
   if (!found) return {};
-  return {std::move(document), found.internal_object()};
+  return {parsed.document_, found.internal_object()};
 }
 
 XMLNode XMLNode::createXMLTopNode(const char* name, bool isDeclaration) {

@@ -34,10 +34,13 @@ class XMLNode {
   XMLNode() = default;
 
   // The first element of this name, in document order, or the top element when TAG is null. Empty
-  // when there is none; RESULTS, if given, tells why. A text with a fault anywhere, a cut one too,
+  // when there is none; RESULTS, if given, says why. A text with a fault anywhere, a cut one too,
   // is no XML.
   static XMLNode parseString(std::string_view text, const char* tag = nullptr,
                              XmlResults* results = nullptr);
+
+  // The document itself: its children are the elements at the top. Empty when TEXT is no XML.
+  static XMLNode parseDocument(std::string_view text, XmlResults* results = nullptr);
 
   // A new document: an element, or a declaration ("<?NAME ...?>").
   static XMLNode createXMLTopNode(const char* name, bool isDeclaration = false);

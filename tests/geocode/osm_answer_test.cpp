@@ -199,6 +199,19 @@ void expectUntouched(const osm_place_s& place) {
   EXPECT_EQ(place.addressParts.size(), 1U);
 }
 
+TEST(OsmAnswer, TakesAnErrorInsideAnAnswerForAPartOfTheAddress) {
+  const std::string inAnswer =
+      "<reversegeocode language=\"en\"><error>kept out</error>"
+      "<result osm_type=\"way\" osm_id=\"1\">a</result><addressparts/></reversegeocode>";
+  osm_place_s place = filledPlace();
+  EXPECT_EQ(readAnswer(output(inAnswer), place), 0);
+  EXPECT_EQ(place.addresses[0].address, "a");
+
+  EXPECT_EQ(readAnswer(output(answer("en", "way", "1", "b", "<error>Error Lane</error>")), place),
+            0);
+  EXPECT_EQ(pairs(place.addressParts[0].units), (Parts{{"error", "Error Lane"}}));
+}
+
 struct ErrorCase {
   const char* xml;
   const char* message;
@@ -208,6 +221,7 @@ TEST(OsmAnswer, TellsTheToolsError) {
   constexpr ErrorCase kCases[] = {
       {"<error>Unable to geocode</error>", "osm error:Unable to geocode"},
       {"<error/>", "osm error:"},
+      {"<note/><error>beside another element</error>", "osm error:beside another element"},
       {"<?xml version=\"1.0\"?>\n<output><error>100% %s %n</error></output>",
        "osm error:100% %s %n"},
       {"<output><reversegeocode language=\"en\"><result osm_type=\"way\" osm_id=\"1\">a</result>"
