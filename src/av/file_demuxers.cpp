@@ -15,11 +15,14 @@ constexpr std::string_view kOpenFurtherFiles[] = {
     "imf",      "sdp",    "vapoursynth", "vobsub", "webm_dash_manifest",
 };
 
-// FFmpeg goes through the list from its beginning.
+// FFmpeg searches the list linearly: common formats first.
 constexpr std::string_view kUsual =
     "mov,matroska,mpegts,mpeg,avi,asf,flv,mp3,flac,wav,ogg,jpeg_pipe,png_pipe";
 
 std::string listed() {
+  // Some callers do not register the formats. The list is made once, so with releases that know
+  // none before, it would stay without the others for every later call.
+  release::registerFormats();
   std::string list(kUsual);
   void* position = nullptr;
   while (const AVInputFormat* demuxer = release::nextDemuxer(position)) {

@@ -5,7 +5,7 @@
 namespace kolum::av {
 
 // All but those that open further files: what a playlist or script names may hang, lead in circles
-// or run programs. As FFmpeg takes them, names with commas between; valid for ever.
+// or run programs. Comma-separated names, as FFmpeg takes them; static storage.
 const char* fileDemuxers();
 
 }  // namespace kolum::av

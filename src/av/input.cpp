@@ -197,7 +197,7 @@ std::optional<Input> Input::open(const char* path) {
   if (context == nullptr) return std::nullopt;
   context->format_whitelist = av_strdup(demuxers);
   if (context->format_whitelist == nullptr) return std::nullopt;
-  auto limit = std::make_unique<ReadLimit>(context.get());
+  auto limit = std::make_unique<ReadLimit>(context.get(), path);
   return openWith(context.release(), url, std::move(limit));
 }
 

@@ -4,10 +4,12 @@
 #include <sys/stat.h>
 
 #include <filesystem>
+#include <fstream>
 #include <string>
 
 #include "av/file_demuxers.h"
 #include "av/input.h"
+#include "mediainfo/key_frames.h"
 #include "support/child_process.h"
 #include "support/media_factory.h"
 #include "support/temp_dir.h"
@@ -101,6 +103,71 @@ TEST(ReadLimit, EndsTheOpeningOfAFileThatHoldsNothing) {
       videoObject_st record = {};
       GetVideoMetadata1(folder.folder().c_str(), row.name, &record, 0);
     });
+  }
+}
+
+// A copy of the file at PATH, in FOLDER, with zeros of this size let in at this place.
+std::string withHole(const TempDir& folder, const std::string& path, std::size_t at,
+                     std::size_t size) {
+  const std::string content = contentOf(path);
+  const std::string name = std::filesystem::path(path).filename().string();
+  std::string copy = folder.write(name, content.substr(0, at));
+  std::filesystem::resize_file(copy, at + size);
+  std::ofstream(copy, std::ios::binary | std::ios::app) << content.substr(at);
+  return copy;
+}
+
+constexpr const char* kMovie =
+    "-f lavfi -i testsrc=s=320x240:r=25:d=12 -f lavfi -i sine=d=12:r=48000 -pix_fmt yuv420p "
+    "-c:v mpeg2video -b:v 1500k -g 60 -c:a mp2";
+constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+
+struct HoleCase {
+  const char* name;
+  std::size_t packetSize;
+};
+
+// What stands behind the hole is found by a jump to the end.
+TEST(ReadLimit, KeepsDurationAndSoundOfAFileWithAHole) {
+  for (const HoleCase& row : {HoleCase{"hole.vob", 2048}, HoleCase{"hole.ts", 188}}) {
+    SCOPED_TRACE(row.name);
+    const TempDir folder;
+    const std::string whole = media(row.name, kMovie);
+    const std::size_t tenth = contentOf(whole).size() / 10 / row.packetSize * row.packetSize;
+    withHole(folder, whole, tenth, 70 * kMebibyte / row.packetSize * row.packetSize);
+    videoObject_st record = {};
+    EXPECT_EQ(GetVideoMetadata1(folder.folder().c_str(), row.name, &record, 0), 0U);
+    EXPECT_NEAR(record.duration, 12, 1);
+    EXPECT_GT(record.bitRate, 0U);
+    EXPECT_EQ(record.sampleRate, 48000U);
+  }
+}
+
+double keyFrameTimeOf(const std::string& path, int seconds) {
+  MediaInfo* info = nullptr;
+  double time = -1;
+  EXPECT_EQ(GetMediaInfo(path.c_str(), &info, seconds, &time), 0U);
+  Free_MediaInfo(info);
+  return time;
+}
+
+// URLs have no limit.
+double unlimitedKeyFrameTimeOf(const std::string& path, int seconds) {
+  auto input = kolum::av::Input::openUrl(("file:" + path).c_str());
+  input->readStreamInfo();
+  const auto* video = input->firstStream(kolum::av::MediaType::kVideo);
+  return kolum::mediainfo::keyFrameTime(*input, *video, seconds).value_or(seconds);
+}
+
+TEST(ReadLimit, KeepsTheKeyFramesOfAFileWithAHole) {
+  const std::string whole = media("hole.vob", kMovie);
+  const std::size_t quarter = contentOf(whole).size() / 4 / 2048 * 2048;
+  for (const std::size_t quarters : {1U, 2U, 3U}) {
+    const TempDir folder;
+    const std::string holed = withHole(folder, whole, quarters * quarter, 80 * kMebibyte);
+    for (const int seconds : {3, 5, 7, 9})
+      EXPECT_DOUBLE_EQ(keyFrameTimeOf(holed, seconds), unlimitedKeyFrameTimeOf(holed, seconds))
+          << quarters << " quarters, " << seconds << " s";
   }
 }
 
