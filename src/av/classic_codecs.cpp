@@ -465,7 +465,7 @@ int classicCodecNumber(std::string_view descriptorName) {
   const auto row = std::find_if(
       kClassicCodecs.begin(), kClassicCodecs.end(),
       [&](const ClassicCodec& codec) { return codec.descriptorName == descriptorName; });
-  return row == kClassicCodecs.end() ? kUnknownCodec : row->number;
+  return row == kClassicCodecs.end() ? kNoCodec : row->number;
 }
 
 }  // namespace kolum::av

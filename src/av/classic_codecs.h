@@ -6,11 +6,12 @@
 
 namespace kolum::av {
 
-// The number of a codec that the frozen numbering does not know.
-inline constexpr int kUnknownCodec = -1;
+// The number of no codec, and of every codec that came after release 57: that release reported a
+// stream in such a codec as one without a codec, and hosts store what it reported.
+inline constexpr int kNoCodec = 0;
 
 // The frozen number of the codec with this FFmpeg descriptor name ("h264" gives 28), or
-// kUnknownCodec.
+// kNoCodec.
 int classicCodecNumber(std::string_view descriptorName);
 
 }  // namespace kolum::av

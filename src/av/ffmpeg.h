@@ -1,7 +1,7 @@
 // The one door to FFmpeg: its headers, and all that differs between its releases.
 //
-// Built and tried with libavformat 58 to 61. Each difference is a small function under a name of
-// our own; the release that brought the change stands beside it.
+// Built and tried with libavformat 59, 61 and 62; written for 57 to 63. Each difference is a small
+// function under a name of our own; the release that brought the change stands beside it.
 #ifndef KOLUM_AV_FFMPEG_H
 #define KOLUM_AV_FFMPEG_H
 
@@ -12,12 +12,15 @@ extern "C" {
 #include <libavutil/dict.h>
 #include <libavutil/display.h>
 #include <libavutil/mathematics.h>
+#include <libavutil/pixdesc.h>
 #include <libavutil/rational.h>
 #include <libavutil/spherical.h>
 }
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 namespace kolum::av::release {
 
@@ -48,6 +51,16 @@ inline int channels(const AVCodecParameters& parameters) {
 #endif
 }
 
+// The frame rate of the bitstream's headers has a field of its own since 60.31; earlier releases
+// have none, and need none.
+inline AVRational statedFrameRate([[maybe_unused]] const AVCodecParameters& parameters) {
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(60, 31, 100)
+  return {0, 1};
+#else
+  return parameters.framerate;
+#endif
+}
+
 struct SideData {
   AVPacketSideDataType type;
   const std::uint8_t* data;
@@ -70,6 +83,33 @@ inline int sideDataCount(const AVStream& stream) {
 inline SideData sideData(const AVStream& stream, int index) {
   const AVPacketSideData& entry = stream.codecpar->coded_side_data[index];
   return {entry.type, entry.data, entry.size};
+}
+#endif
+
+struct TileGrid {
+  int width;
+  int height;
+  const AVStream* firstTile;
+};
+
+// The picture that a stream is a tile of. Pictures of tiles are groups of streams since 61.7;
+// earlier releases do not read them.
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(61, 7, 100)
+inline std::optional<TileGrid> tileGridOf(const AVFormatContext& /*context*/,
+                                          const AVStream& /*stream*/) {
+  return std::nullopt;
+}
+#else
+inline std::optional<TileGrid> tileGridOf(const AVFormatContext& context, const AVStream& stream) {
+  for (unsigned g = 0; g < context.nb_stream_groups; ++g) {
+    const AVStreamGroup& group = *context.stream_groups[g];
+    if (group.type != AV_STREAM_GROUP_PARAMS_TILE_GRID) continue;
+    AVStream* const* const end = group.streams + group.nb_streams;
+    if (std::find(group.streams, end, &stream) == end) continue;
+    const AVStreamGroupTileGrid& grid = *group.params.tile_grid;
+    return TileGrid{grid.width, grid.height, group.streams[0]};
+  }
+  return std::nullopt;
 }
 #endif
 

@@ -2,10 +2,12 @@
 
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 
+#include "av/classic_pixel_formats.h"
 #include "av/ffmpeg.h"
 #include "av/file_demuxers.h"
 
@@ -43,6 +45,40 @@ std::optional<std::string> entry(const AVDictionary* dictionary, const char* key
   return found->value;
 }
 
+// Codecs whose profiles and levels release 57 did not report, although it knew the codecs.
+constexpr AVCodecID kCodecsWithoutProfile[] = {
+    AV_CODEC_ID_AV1, AV_CODEC_ID_EAC3, AV_CODEC_ID_MJPEG, AV_CODEC_ID_PRORES, AV_CODEC_ID_TRUEHD,
+};
+
+bool release57KnowsProfiles(const AVStream& stream) {
+  const AVCodecID codec = stream.codecpar->codec_id;
+  const AVCodecDescriptor* descriptor = avcodec_descriptor_get(codec);
+  return descriptor != nullptr && classicCodecNumber(descriptor->name) != kNoCodec &&
+         std::find(std::begin(kCodecsWithoutProfile), std::end(kCodecsWithoutProfile), codec) ==
+             std::end(kCodecsWithoutProfile);
+}
+
+// DTS:X and DTS:X IMAX extend the master audio that release 57 reported for them.
+int release57Profile(AVCodecID codec, int profile) {
+  constexpr int kDtsMasterAudio = 60;
+  constexpr int kDtsX = 61;
+  constexpr int kDtsXImax = 62;
+  const bool isDtsX = codec == AV_CODEC_ID_DTS && (profile == kDtsX || profile == kDtsXImax);
+  return isDtsX ? kDtsMasterAudio : profile;
+}
+
+// From 6.1 on, streams that may be interlaced have twice the base frame rate that they had; the
+// codec parameters keep the rate that the headers state.
+AVRational release57FrameRate(const AVFormatContext& context, const AVStream& stream) {
+  const AVRational base = stream.r_frame_rate;
+  const AVRational stated = release::statedFrameRate(*stream.codecpar);
+  const bool doubles = stream.codecpar->codec_id == AV_CODEC_ID_MPEG1VIDEO ||
+                       demuxerName(context) == kDemuxerRawH264;
+  const bool isDoubled = doubles && stated.num > 0 && stated.den > 0 && base.den > 0 &&
+                         av_cmp_q(base, av_mul_q(stated, {2, 1})) == 0;
+  return isDoubled ? stated : base;
+}
+
 // For a context that is not opened.
 struct Freer {
   void operator()(AVFormatContext* context) const { avformat_free_context(context); }
@@ -63,6 +99,13 @@ std::string urlOfExistingFile(const char* path) {
 
 void registerFormats() {
   release::registerFormats();
+}
+
+Stream::Stream(AVFormatContext* context, AVStream* stream) : context_(context), stream_(stream) {
+  if (const auto grid = release::tileGridOf(*context, *stream))
+    size_ = {grid->width, grid->height};
+  else
+    size_ = {stream->codecpar->width, stream->codecpar->height};
 }
 
 MediaType Stream::type() const {
@@ -86,10 +129,8 @@ int Stream::id() const {
 }
 
 int Stream::classicCodec() const {
-  const AVCodecID id = stream_->codecpar->codec_id;
-  if (id == AV_CODEC_ID_NONE) return 0;
-  const AVCodecDescriptor* descriptor = avcodec_descriptor_get(id);
-  return descriptor != nullptr ? classicCodecNumber(descriptor->name) : kUnknownCodec;
+  const AVCodecDescriptor* descriptor = avcodec_descriptor_get(stream_->codecpar->codec_id);
+  return descriptor != nullptr ? classicCodecNumber(descriptor->name) : kNoCodec;
 }
 
 std::uint32_t Stream::codecTag() const {
@@ -108,22 +149,18 @@ std::span<const std::uint8_t> Stream::extraData() const {
 }
 
 int Stream::profile() const {
-  return stream_->codecpar->profile;
+  if (!release57KnowsProfiles(*stream_)) return kUnknownLevel;
+  return release57Profile(stream_->codecpar->codec_id, stream_->codecpar->profile);
 }
 int Stream::level() const {
-  return stream_->codecpar->level;
+  return release57KnowsProfiles(*stream_) ? stream_->codecpar->level : kUnknownLevel;
 }
 std::int64_t Stream::bitRate() const {
   return stream_->codecpar->bit_rate;
 }
-int Stream::width() const {
-  return stream_->codecpar->width;
-}
-int Stream::height() const {
-  return stream_->codecpar->height;
-}
-int Stream::format() const {
-  return stream_->codecpar->format;
+int Stream::classicPixelFormat() const {
+  const char* name = av_get_pix_fmt_name(static_cast<AVPixelFormat>(stream_->codecpar->format));
+  return name != nullptr ? av::classicPixelFormat(name) : kUnknownPixelFormat;
 }
 int Stream::sampleRate() const {
   return stream_->codecpar->sample_rate;
@@ -138,7 +175,7 @@ Rational Stream::timeBase() const {
   return fromFfmpeg(stream_->time_base);
 }
 Rational Stream::realFrameRate() const {
-  return fromFfmpeg(stream_->r_frame_rate);
+  return fromFfmpeg(release57FrameRate(*context_, *stream_));
 }
 std::int64_t Stream::startTime() const {
   return stream_->start_time;
@@ -228,8 +265,11 @@ void Input::readStreamInfo() {
 
 void Input::listStreams() {
   streams_.clear();
-  for (unsigned i = 0; i < context_->nb_streams; ++i)
-    streams_.emplace_back(context_.get(), context_->streams[i]);
+  for (unsigned i = 0; i < context_->nb_streams; ++i) {
+    AVStream* stream = context_->streams[i];
+    const auto grid = release::tileGridOf(*context_, *stream);
+    if (!grid || grid->firstTile == stream) streams_.emplace_back(context_.get(), stream);
+  }
 }
 
 const Stream* Input::firstStream(MediaType type) const {

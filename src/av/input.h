@@ -42,6 +42,7 @@ inline constexpr std::string_view kDemuxerMp4 = "mov,mp4,m4a,3gp,3g2,mj2";
 inline constexpr std::string_view kDemuxerAsf = "asf";
 inline constexpr std::string_view kDemuxerAvi = "avi";
 inline constexpr std::string_view kDemuxerFlv = "flv";
+inline constexpr std::string_view kDemuxerRawH264 = "h264";
 inline constexpr std::string_view kDemuxerMatroska = "matroska,webm";
 inline constexpr std::string_view kDemuxerMpegPs = "mpeg";
 inline constexpr std::string_view kDemuxerMpegTs = "mpegts";
@@ -53,14 +54,14 @@ void registerFormats();
 // A view of one stream; valid as long as the Input it came from.
 class Stream {
  public:
-  Stream(AVFormatContext* context, AVStream* stream) : context_(context), stream_(stream) {}
+  Stream(AVFormatContext* context, AVStream* stream);
 
   MediaType type() const;
   int index() const;
   // The demuxer's stream id, such as the PID in a transport stream.
   int id() const;
 
-  // The frozen codec number of "av/classic_codecs.h"; kUnknownCodec for later codecs.
+  // The frozen codec number of "av/classic_codecs.h"; kNoCodec for later codecs.
   int classicCodec() const;
   // The four-character tag, first character in the lowest byte; 0 when there is none.
   std::uint32_t codecTag() const;
@@ -68,24 +69,25 @@ class Stream {
   std::string codecTagText() const;
   std::span<const std::uint8_t> extraData() const;
 
-  // FFmpeg's numbers; -99 when unknown.
+  // FFmpeg's numbers as release 57 reported them; -99 when unknown.
   int profile() const;
   int level() const;
 
   // Bits per second; 0 when unknown.
   std::int64_t bitRate() const;
 
-  int width() const;
-  int height() const;
-  // FFmpeg's pixel or sample format number.
-  int format() const;
+  // In pixels. A picture that is stored as tiles is one stream of the whole picture's size.
+  int width() const { return size_.width; }
+  int height() const { return size_.height; }
+  // The frozen pixel format number of "av/classic_pixel_formats.h" of a video stream.
+  int classicPixelFormat() const;
 
   int sampleRate() const;
   int channels() const;
   int bitsPerCodedSample() const;
 
   Rational timeBase() const;
-  // The lowest frame rate in which all time stamps can be told exactly.
+  // The lowest frame rate that expresses all time stamps exactly.
   Rational realFrameRate() const;
   std::int64_t startTime() const;
 
@@ -104,8 +106,14 @@ class Stream {
   AVStream* raw() const { return stream_; }
 
  private:
+  struct Size {
+    int width = 0;
+    int height = 0;
+  };
+
   AVFormatContext* context_;
   AVStream* stream_;
+  Size size_;
 };
 
 // An opened input; closed on destruction.

@@ -43,7 +43,7 @@ int profileOf(const av::Stream& stream) {
 MediaStreamInfo entryOf(const av::Stream& stream, unsigned type) {
   MediaStreamInfo entry = {};
   entry.streamType = type;
-  entry.codecId = static_cast<unsigned>(std::max(stream.classicCodec(), 0));
+  entry.codecId = static_cast<unsigned>(stream.classicCodec());
   entry.streamId = stream.id();
   return entry;
 }

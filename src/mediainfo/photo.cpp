@@ -1,5 +1,6 @@
 #include <kolum/photo.h>
 
+#include "av/classic_pixel_formats.h"
 #include "av/input.h"
 #include "support/text.h"
 
@@ -7,14 +8,14 @@ using namespace kolum;
 
 unsigned int GetPhotoMetadata(const char* folder, const char* fileName, uint32_t* pixelFormat) try {
   if (pixelFormat == nullptr) return 1;
-  // Callers tell a file without a picture by this value.
-  *pixelFormat = static_cast<uint32_t>(-1);
+  // Callers recognise a file without a picture by this value.
+  *pixelFormat = static_cast<uint32_t>(av::kUnknownPixelFormat);
   if (folder == nullptr || fileName == nullptr) return 1;
   const auto path = wholePath(folder, fileName);
   const auto input = path ? av::Input::openWithStreams(path->c_str()) : std::nullopt;
   if (!input) return 1;
   if (const av::Stream* picture = input->firstStream(av::MediaType::kVideo))
-    *pixelFormat = static_cast<uint32_t>(picture->format());
+    *pixelFormat = static_cast<uint32_t>(picture->classicPixelFormat());
   return 0;
 } catch (...) {
   return 1;

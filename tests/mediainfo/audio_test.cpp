@@ -344,9 +344,19 @@ TEST(GetAudioMetadata, ACodecWithoutNumberFailsWithTheEarlierOutputsWritten) {
   EXPECT_STREQ(song.dlnaProfile.text, "");
 }
 
-TEST(GetAudioMetadata, ACodecThatTheFrozenNumberingDoesNotKnowFails) {
+// Release 57 reported such a stream as one without a codec.
+TEST(GetAudioMetadata, ACodecLaterThanTheFrozenNumberingHasTheNumberZero) {
   const TempDir folder;
   const Song song = probe(folder.write("siren.wav", waveWithTag(0x28E, 2000)));
+  EXPECT_EQ(song.result, 0U);
+  EXPECT_EQ(song.codecId, 0U);
+  EXPECT_EQ(song.profile, -99);
+  EXPECT_EQ(song.sampleRate, 44100U);
+  EXPECT_STREQ(song.dlnaProfile.text, "");
+}
+
+TEST(GetAudioMetadata, ACodecOfTheFrozenNumberingWithoutAnIdentifierFails) {
+  const Song song = probe(media("song.opus", "-f lavfi -i sine=d=1 -c:a libopus"));
   EXPECT_EQ(song.result, 1U);
   EXPECT_NE(song.profile, kUntouchedSigned);
   EXPECT_EQ(song.codecId, kUntouched);

@@ -1,0 +1,111 @@
+// The numbers and values of release 57, whatever the linked release has.
+#include <gtest/gtest.h>
+#include <kolum/kolum.h>
+
+#include <set>
+#include <string>
+
+#include "av/classic_codecs.h"
+#include "av/classic_pixel_formats.h"
+#include "av/input.h"
+#include "support/media_factory.h"
+
+using namespace kolum;
+using namespace kolum::test;
+
+namespace {
+
+TEST(ClassicPixelFormats, LeadFromNameToNumberAndBack) {
+  constexpr struct {
+    const char* name;
+    int number;
+  } kRows[] = {{"yuv420p", 0},   {"pal8", 11},    {"xvmcmc", 15},    {"bgra", 30},
+               {"gray16le", 32}, {"rgb48be", 41}, {"drm_prime", 355}};
+  for (const auto& row : kRows) {
+    EXPECT_EQ(av::classicPixelFormat(row.name), row.number) << row.name;
+    EXPECT_EQ(av::classicPixelFormatName(row.number), row.name);
+  }
+}
+
+TEST(ClassicPixelFormats, HaveEachNameOnce) {
+  std::set<std::string_view> names;
+  int count = 0;
+  for (int number = 0; number < 1000; ++number) {
+    const std::string_view name = av::classicPixelFormatName(number);
+    if (name.empty()) continue;
+    ++count;
+    EXPECT_TRUE(names.insert(name).second) << name;
+    EXPECT_EQ(av::classicPixelFormat(name), number);
+  }
+  EXPECT_EQ(count, 191);
+}
+
+TEST(ClassicPixelFormats, KnowNoLaterFormat) {
+  for (const char* name : {"x2rgb10le", "p210le", "rgbf32le", "", "YUV420P"})
+    EXPECT_EQ(av::classicPixelFormat(name), av::kUnknownPixelFormat) << name;
+  for (const int number : {-1, 356, 1000}) EXPECT_EQ(av::classicPixelFormatName(number), "");
+}
+
+struct Levels {
+  int profile;
+  int level;
+};
+
+Levels levelsOf(const std::string& path) {
+  const auto input = av::Input::openWithStreams(path.c_str());
+  if (!input || input->streams().empty()) return {0, 0};
+  return {input->streams()[0].profile(), input->streams()[0].level()};
+}
+
+// Later releases report profiles of these; databases hold that there is none.
+TEST(Release57, KnewNoProfileOfSomeCodecs) {
+  constexpr struct {
+    const char* name;
+    const char* arguments;
+  } kRows[] = {
+      {"huffman.jpg", "-f lavfi -i testsrc=s=64x48 -frames:v 1 -c:v mjpeg"},
+      {"prores.mov", "-f lavfi -i testsrc=s=64x48:d=1 -c:v prores_ks -profile:v 2"},
+      {"joint.eac3", "-f lavfi -i sine=d=1 -c:a eac3"},
+      {"lossless.thd", "-f lavfi -i sine=d=1:r=48000 -c:a truehd -strict -2"},
+      {"one.mkv", "-f lavfi -i testsrc=s=64x48:d=1 -c:v libaom-av1 -cpu-used 8"},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    const Levels levels = levelsOf(media(row.name, row.arguments));
+    EXPECT_EQ(levels.profile, -99);
+    EXPECT_EQ(levels.level, -99);
+  }
+}
+
+TEST(Release57, KnewTheProfilesOfOthers) {
+  const Levels h264 =
+      levelsOf(media("high.mp4",
+                     "-f lavfi -i testsrc=s=64x48:d=1 -pix_fmt yuv420p -c:v libx264 -level 3.1 "
+                     "-profile:v high"));
+  EXPECT_EQ(h264.profile, 100);
+  EXPECT_EQ(h264.level, 31);
+}
+
+// From 6.1 on, FFmpeg doubles these.
+TEST(Release57, HadTheBaseFrameRateOfProgressivePictures) {
+  constexpr struct {
+    const char* name;
+    const char* arguments;
+  } kRows[] = {
+      {"plain.mpg", "-c:v mpeg1video"}, {"plain.m1v", "-c:v mpeg1video"},
+      {"plain.h264", "-c:v libx264"},   {"plain.ts", "-c:v libx264"},
+      {"plain.m2v", "-c:v mpeg2video"},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.name);
+    const std::string path =
+        media(row.name, std::string("-f lavfi -i testsrc=s=64x48:r=25:d=2 -pix_fmt yuv420p ") +
+                            row.arguments);
+    const auto input = av::Input::openWithStreams(path.c_str());
+    ASSERT_TRUE(input);
+    const av::Rational rate = input->streams()[0].realFrameRate();
+    EXPECT_EQ(rate.num, 25 * rate.den);
+  }
+}
+
+}  // namespace
