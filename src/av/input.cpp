@@ -7,9 +7,10 @@
 #include <cstdio>
 #include <cstring>
 
-#include "av/classic_pixel_formats.h"
 #include "av/ffmpeg.h"
 #include "av/file_demuxers.h"
+#include "media/levels.h"
+#include "media/pixel_formats.h"
 
 namespace kolum::av {
 
@@ -149,18 +150,18 @@ std::span<const std::uint8_t> Stream::extraData() const {
 }
 
 int Stream::profile() const {
-  if (!release57KnowsProfiles(*stream_)) return kUnknownLevel;
+  if (!release57KnowsProfiles(*stream_)) return media::kUnknownLevel;
   return release57Profile(stream_->codecpar->codec_id, stream_->codecpar->profile);
 }
 int Stream::level() const {
-  return release57KnowsProfiles(*stream_) ? stream_->codecpar->level : kUnknownLevel;
+  return release57KnowsProfiles(*stream_) ? stream_->codecpar->level : media::kUnknownLevel;
 }
 std::int64_t Stream::bitRate() const {
   return stream_->codecpar->bit_rate;
 }
 int Stream::classicPixelFormat() const {
   const char* name = av_get_pix_fmt_name(static_cast<AVPixelFormat>(stream_->codecpar->format));
-  return name != nullptr ? av::classicPixelFormat(name) : kUnknownPixelFormat;
+  return name != nullptr ? media::classicPixelFormat(name) : media::kUnknownPixelFormat;
 }
 int Stream::sampleRate() const {
   return stream_->codecpar->sample_rate;

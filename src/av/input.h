@@ -31,9 +31,6 @@ struct Rational {
 // FFmpeg's mark of an unknown time stamp or duration.
 inline constexpr std::int64_t kNoTimestamp = INT64_MIN;
 
-// FFmpeg's mark of an unknown codec level.
-inline constexpr int kUnknownLevel = -99;
-
 // The unit of container durations: a second has this many.
 inline constexpr std::int64_t kTimeBase = 1'000'000;
 
@@ -79,7 +76,7 @@ class Stream {
   // In pixels. A picture that is stored as tiles is one stream of the whole picture's size.
   int width() const { return size_.width; }
   int height() const { return size_.height; }
-  // The frozen pixel format number of "av/classic_pixel_formats.h" of a video stream.
+  // The frozen pixel format number of "media/pixel_formats.h" of a video stream.
   int classicPixelFormat() const;
 
   int sampleRate() const;

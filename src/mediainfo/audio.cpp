@@ -7,6 +7,7 @@
 #include <string>
 
 #include "av/input.h"
+#include "media/levels.h"
 #include "mediainfo/audio_profile.h"
 #include "support/log.h"
 #include "support/text.h"
@@ -134,7 +135,7 @@ unsigned describeDsd(const char* folder, const char* fileName, unsigned format,
                      const AudioOutputs& out) {
   put(out.channels, 2);
   put(out.profile, PROFILE_UNKNOWN);
-  put(out.level, av::kUnknownLevel);
+  put(out.level, media::kUnknownLevel);
   put(out.containerFormat, format);
   return GetDsfMetadata2(folder, fileName, out.containerBitRate, out.bitRate, out.sampleRate,
                          out.bitsPerSample, out.channels, out.durationSec);

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "av/input.h"
+#include "media/levels.h"
 #include "mediainfo/dsf_tags.h"
 #include "mediainfo/dsf_tool.h"
 #include "support/text.h"
@@ -161,7 +162,7 @@ unsigned int GetDsfMetadata(const char* folder, const char* fileName, songObject
   if (folder == nullptr || fileName == nullptr || record == nullptr) return 1;
   record->channels = 2;
   record->profile = PROFILE_UNKNOWN;
-  record->level = kolum::av::kUnknownLevel;
+  record->level = kolum::media::kUnknownLevel;
   record->containerFormat = FORMAT_DSF;
   // What the tool cannot tell, FFmpeg may.
   GetDsfMetadata3(folder, fileName, record->title, record->artist, record->albumArtist,

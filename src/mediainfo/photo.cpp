@@ -1,7 +1,7 @@
 #include <kolum/photo.h>
 
-#include "av/classic_pixel_formats.h"
 #include "av/input.h"
+#include "media/pixel_formats.h"
 #include "support/text.h"
 
 using namespace kolum;
@@ -9,7 +9,7 @@ using namespace kolum;
 unsigned int GetPhotoMetadata(const char* folder, const char* fileName, uint32_t* pixelFormat) try {
   if (pixelFormat == nullptr) return 1;
   // Callers recognise a file without a picture by this value.
-  *pixelFormat = static_cast<uint32_t>(av::kUnknownPixelFormat);
+  *pixelFormat = static_cast<uint32_t>(media::kUnknownPixelFormat);
   if (folder == nullptr || fileName == nullptr) return 1;
   const auto path = wholePath(folder, fileName);
   const auto input = path ? av::Input::openWithStreams(path->c_str()) : std::nullopt;

@@ -1,7 +1,11 @@
 #include "video/dlna_rules.h"
 
+#include <kolum/identifiers.h>
+
 #include <algorithm>
 #include <array>
+
+#include "media/levels.h"
 
 namespace kolum::video {
 
@@ -49,12 +53,6 @@ constexpr auto kMpeg4Profiles = std::to_array<NumberName>({
     {kUnknownNumber, "unknown"},
 });
 
-constexpr auto kMpeg4Levels = std::to_array<NumberName>({
-    {7, "3b"},
-    {9, "0b"},
-    {kUnknownNumber, "unknown"},
-});
-
 std::string plainText(std::int64_t number) {
   return std::to_string(number);
 }
@@ -81,12 +79,13 @@ std::string h264ProfileText(std::int64_t profile) {
   return nameIn(kH264Profiles, profile);
 }
 
-// 31 is level 3.1.
+std::string levelText(int codec, std::int64_t level) {
+  const std::string name = media::levelName(codec, static_cast<int>(level));
+  return name.empty() ? "unknown" : name;
+}
+
 std::string h264LevelText(std::int64_t level) {
-  constexpr int kLevel1b = 9;
-  if (level < 0) return "unknown";
-  if (level == kLevel1b) return "1b";
-  return plainText(level / 10) + "." + plainText(level % 10);
+  return levelText(CODEC_ID_H264, level);
 }
 
 std::string mpeg4ProfileText(std::int64_t profile) {
@@ -94,7 +93,7 @@ std::string mpeg4ProfileText(std::int64_t profile) {
 }
 
 std::string mpeg4LevelText(std::int64_t level) {
-  return nameIn(kMpeg4Levels, level);
+  return levelText(CODEC_ID_MPEG4, level);
 }
 
 // What may stand in a test: "a, b or c".

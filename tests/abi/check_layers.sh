@@ -26,7 +26,9 @@ nobody '#include "(\.\.|tools|tests|host)/' 'the library stands on nothing above
 nobody '#include "' 'public headers include public headers only' $(sources include)
 nobody 'getenv' 'the library reads no environment variable' $(sources src)
 nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
-  'the tool stands on the public headers only' $(sources tools/kolum)
+  'the tool stands on the public headers and src/media only' $(sources tools/kolum)
 nobody 'LIBAV[A-Z]+_VERSION' "differences between FFmpeg's releases stand in src/av/ffmpeg.h" \
   $(sources src | grep -v '^src/av/ffmpeg.h')
+nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
+  'src/media stands on nothing else of the library' $(sources src/media)
 exit $failed

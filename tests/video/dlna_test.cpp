@@ -1048,7 +1048,7 @@ TEST(DlnaExplanation, TellsWhatCountedAboutTheFileInWords) {
   EXPECT_EQ(detail(told, "container"), "MPEG transport stream");
   EXPECT_EQ(detail(told, "video"), "H264");
   EXPECT_EQ(detail(told, "profile"), "Main");
-  EXPECT_EQ(detail(told, "level"), "3.0");
+  EXPECT_EQ(detail(told, "level"), "3");
   EXPECT_EQ(detail(told, "frame size"), "1280 x 720");
   EXPECT_EQ(detail(told, "frames"), "59.94 per second");
   EXPECT_EQ(detail(told, "video bit rate"), "unknown");
@@ -1076,10 +1076,10 @@ TEST(DlnaExplanation, WritesProfilesAndLevelsAsPeopleDo) {
   const Row rows[] = {
       {CODEC_ID_H264, 66, 9, "Baseline", "1b"},
       {CODEC_ID_H264, 578, 31, "Constrained Baseline", "3.1"},
-      {CODEC_ID_H264, 100, 40, "High", "4.0"},
+      {CODEC_ID_H264, 100, 40, "High", "4"},
       {CODEC_ID_H264, 110, -99, "High 10", "unknown"},
       {CODEC_ID_H264, -99, 52, "unknown", "5.2"},
-      {CODEC_ID_H264, 4711, 10, "4711", "1.0"},
+      {CODEC_ID_H264, 4711, 10, "4711", "1"},
       {CODEC_ID_MPEG4, 0, 9, "Simple", "0b"},
       {CODEC_ID_MPEG4, 15, 7, "Advanced Simple", "3b"},
       {CODEC_ID_MPEG4, -99, -99, "unknown", "unknown"},

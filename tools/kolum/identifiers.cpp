@@ -144,18 +144,11 @@ std::string codecText(int codec, int profile) {
   return text + " " + words;
 }
 
-// H.264 counts levels in tenths, HEVC in thirtieths; MPEG-2 numbers four names.
 std::string levelText(int codec, int level) {
-  if (level == kUnknownLevel) return "";
-  const std::string_view mpeg2 = level == 10  ? "low"
-                                 : level == 8 ? "main"
-                                 : level == 6 ? "high 1440"
-                                 : level == 4 ? "high"
-                                              : "";
-  if (codec == CODEC_ID_H264) return "level " + decimalText(level / 10.0, 1);
-  if (codec == CODEC_ID_HEVC) return "level " + decimalText(level / 30.0, 1);
-  if (codec == CODEC_ID_MPEG2VIDEO && !mpeg2.empty()) return std::string(mpeg2) + " level";
-  return "level " + std::to_string(level);
+  const std::string name = media::levelName(codec, level);
+  if (name.empty()) return "";
+  const bool isNumber = name.front() >= '0' && name.front() <= '9';
+  return isNumber ? "level " + name : name + " level";
 }
 
 Identifier playExceptionIdentifier(unsigned playException) {

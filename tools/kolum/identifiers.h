@@ -7,6 +7,7 @@
 #include <string>
 #include <string_view>
 
+#include "media/levels.h"
 #include "output.h"
 #include "text.h"
 
@@ -38,8 +39,7 @@ Identifier codecIdentifier(int codec);
 Identifier profileIdentifier(int profile, int codec);
 // A codec with its profile in words, "H264 constrained baseline"; an unknown profile is left out.
 std::string codecText(int codec, int profile);
-// FFmpeg's number for a level that it does not know.
-inline constexpr int kUnknownLevel = -99;
+using media::kUnknownLevel;
 // A level in the codec's own words, "level 4.1"; empty when unknown.
 std::string levelText(int codec, int level);
 Identifier playExceptionIdentifier(unsigned playException);

@@ -3,12 +3,12 @@
 // FFmpeg moves these numbers between releases and, where the byte order or a graphics interface is
 // left out of the build, even between builds; a name stays. A format that release 57 did not know
 // has no row.
-#include "av/classic_pixel_formats.h"
+#include "media/pixel_formats.h"
 
 #include <algorithm>
 #include <array>
 
-namespace kolum::av {
+namespace kolum::media {
 
 namespace {
 
@@ -230,4 +230,4 @@ std::string_view classicPixelFormatName(int number) {
   return {};
 }
 
-}  // namespace kolum::av
+}  // namespace kolum::media

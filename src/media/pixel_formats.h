@@ -1,10 +1,10 @@
 // The frozen pixel format numbering that hosts know.
-#ifndef KOLUM_AV_CLASSIC_PIXEL_FORMATS_H
-#define KOLUM_AV_CLASSIC_PIXEL_FORMATS_H
+#ifndef KOLUM_MEDIA_PIXEL_FORMATS_H
+#define KOLUM_MEDIA_PIXEL_FORMATS_H
 
 #include <string_view>
 
-namespace kolum::av {
+namespace kolum::media {
 
 // The number of no pixel format, and of every format that came after release 57.
 inline constexpr int kUnknownPixelFormat = -1;
@@ -16,6 +16,6 @@ int classicPixelFormat(std::string_view name);
 // The name of a frozen number; empty for a number that is not in use.
 std::string_view classicPixelFormatName(int number);
 
-}  // namespace kolum::av
+}  // namespace kolum::media
 
 #endif

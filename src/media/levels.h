@@ -1,0 +1,18 @@
+// Names of codec levels.
+#ifndef KOLUM_MEDIA_LEVELS_H
+#define KOLUM_MEDIA_LEVELS_H
+
+#include <string>
+
+namespace kolum::media {
+
+// FFmpeg's mark of an unknown level.
+inline constexpr int kUnknownLevel = -99;
+
+// The name that a codec (CODEC_ID_*) gives to FFmpeg's level number: "3.1" for 31 of H.264; empty
+// when the level is unknown.
+std::string levelName(int codec, int level);
+
+}  // namespace kolum::media
+
+#endif
