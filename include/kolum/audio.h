@@ -3,7 +3,8 @@
  * beside them.
  *
  * DSD files (".dsf", ".dff") are described by the external program "dsf2flac" in the folder that
- * KoLUM_Init was given. It is run for each call, through the shell, and waited for.
+ * KoLUM_Init was given. It is run for each call, through the shell, and waited for; its standard
+ * error is the caller's. Where it cannot be run at all, "error" appears on standard output.
  *
  * Every function may be called from any thread. Folders are named with their closing "/".
  */
@@ -53,9 +54,9 @@ KOLUM_EXPORT unsigned int GetAudioMetadata(const char* folder, const char* fileN
                                            int32_t* profile, int32_t* level, char* dlnaProfile);
 
 /*
- * The numbers of a DSD file as the external program tells them; what it does not tell stays
+ * The numbers of a DSD file as the external program reports them; what it does not report stays
  * untouched, and null outputs are skipped. bitRate, in kbit/s, is channels (those that the caller
- * put there when the program tells none) times sampleRate divided by 1000, and is written with
+ * put there when the program reports none) times sampleRate divided by 1000, and is written with
  * sampleRate only. The arguments are those of GetAudioMetadata;
  * containerBitRate and bitsPerSample are not used. Returns 0 on success; 1 when FOLDER or FILENAME
  * is null, the path is longer than 1023 characters, or the program printed no document for the

@@ -1,7 +1,7 @@
 /*
  * How a video came by its DLNA profile: for people who want to know why a renderer refuses a file.
  *
- * C++ only. Any thread; nothing throws.
+ * C++ only. Any thread; nothing throws. Prints what the video probes print (see <kolum/video.h>).
  */
 #ifndef KOLUM_DLNA_H
 #define KOLUM_DLNA_H
@@ -42,18 +42,18 @@ struct DlnaNaming {
   std::string mimeType;                  /* empty when nothing is known */
   std::vector<DlnaDetail> details;       /* empty when no rule was asked */
   std::vector<DlnaCandidate> candidates; /* in the order in which they were considered */
-  std::vector<std::string> remarks;      /* what the candidates cannot tell, in sentences */
-  /* The index of the refused candidate that the least would have to change for, of equals the one
-     that is preferred; -1 when there is none. With a name, only the candidates that were considered
-     before it count. */
+  std::vector<std::string> remarks;      /* what the candidates cannot say, in sentences */
+  /* The index of the refused candidate with the fewest failed tests, of equals the preferred one;
+     -1 when there is none. With a name, only the candidates that were considered before it count.
+   */
   int next = -1;
 };
 
 }  // namespace kolum
 
 /*
- * Names a video as GetVideoMetadata1 does (same arguments) and tells in NAMING how that came about.
- * Returns 0, or 1 when an argument is null or the probe fails; NAMING is untouched then.
+ * Names a video as GetVideoMetadata1 does (same arguments) and reports in NAMING how that came
+ * about. Returns 0, or 1 when an argument is null or the probe fails; NAMING is untouched then.
  */
 KOLUM_EXPORT unsigned int ExplainDlnaProfile(const char* folder, const char* fileName,
                                              int audioStreamIndex,

@@ -1,7 +1,8 @@
 /*
  * Media info: the streams of a file as a player wants them, and the key frame to start from.
  *
- * Every function may be called from any thread.
+ * Every function may be called from any thread. Messages of FFmpeg and of getVideoKeyFrameTime go
+ * to standard error, as do the system's reasons for what is left out of a Blu-ray folder.
  */
 #ifndef KOLUM_MEDIAINFO_H
 #define KOLUM_MEDIAINFO_H
@@ -21,7 +22,7 @@ enum { MEDIA_STREAM_VIDEO = 0, MEDIA_STREAM_AUDIO = 1, MEDIA_STREAM_SUBTITLE = 2
 typedef struct MediaStreamInfo {
   unsigned int streamType; /* MEDIA_STREAM_* */
   /* FFmpeg's codec number in its classic numbering (H.264 is 28; not CODEC_ID_*), 0 for a codec
-     that it does not know. */
+     that came after release 57. */
   unsigned int codecId;
   int streamId; /* the container's own number, such as the PID in a transport stream */
   int profile;  /* video: PROFILE_*; audio: 0, see bitRate */
@@ -77,7 +78,7 @@ KOLUM_EXPORT void Free_MediaInfo(MediaInfo* info);
 
 /*
  * The key-frame search alone, on a file or a URL; quicker, as the streams are not looked into. Of
- * what exists as a path, only files and block devices are opened: a pipe could wait for ever.
+ * what exists as a path, only files and block devices are opened: a pipe could block.
  * KEYFRAMETIME receives the time in seconds, from the stream's start, of the key frame where
  * playing from SECONDS begins. Returns 0, or 1 with KEYFRAMETIME untouched and, in most cases, a
  * line on standard error: a null argument or SECONDS negative, URL cannot be opened, the first

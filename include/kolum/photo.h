@@ -1,8 +1,9 @@
 /*
- * Photos: what a picture file's header tells, without decoding the picture.
+ * Photos: size and pixel format of a picture.
  *
  * Every function may be called from any thread. The picture of a file is its first video stream. A
- * file that opens but holds no picture is a success, with the outputs as described.
+ * file that opens but holds no picture is a success, with the outputs as described. FFmpeg's own
+ * messages go to standard error.
  */
 #ifndef KOLUM_PHOTO_H
 #define KOLUM_PHOTO_H
@@ -14,7 +15,8 @@
 KOLUM_C_BEGIN
 
 /*
- * The pixel format of a picture, as the number that the linked FFmpeg gives it. FOLDER closes with
+ * The pixel format of a picture, as the number that FFmpeg 57 gives it, whatever release is linked:
+ * 0 is yuv420p, 12 yuvj420p. -1 (all bits) for a format that came later. FOLDER closes with
  * "/"; folder and name together have at most 1023 characters. PIXELFORMAT is set to all bits (-1)
  * first and stays so when there is no picture. Returns 0 on success; 1 when an argument is null,
  * the path is too long, or the file does not exist or cannot be opened as media.

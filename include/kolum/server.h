@@ -69,8 +69,9 @@ struct SocketResp_t {
  * DATA, LEN zero bytes follow a request that gives its length as 0.
  *
  * The write and the read may each take up to 30 seconds. The answer is what one read brings, so a
- * server sends it in one piece. data in RESP always has room for the longest text, 4071 bytes, and
- * its terminator; a length beyond that is a lie of the server.
+ * server has to send it in one piece: what a server sends in two is cut off after the first, and
+ * that is kept so, as servers in the field count on it. data in RESP always has room for the
+ * longest text, 4071 bytes, and its terminator; a length beyond that must not be trusted.
  *
  * Returns 0 when the server answered with result 1. Returns 1 for every other outcome: nobody
  * listens, writing or reading failed, another result, a null RESP, LEN too large, out of memory.

@@ -33,8 +33,9 @@ KOLUM_EXPORT extern const char kImgClassifyLastBuildTime[];
  *
  * With RETURNEXITCODE other than 0: returns the program's exit status, 0 to 255. With 0: returns 0
  * when it is 0, and 1 otherwise. Returns 1 when a signal ended the program, and for an ARGV that is
- * null or empty. A program that cannot be started counts as one that ended with 0, also when it is
- * for want of a process.
+ * null or empty. A program that cannot be started counts as one that ended with 0, even if fork()
+ * fails. The program inherits standard output and standard error, and the child logs its command
+ * through the host before it begins.
  */
 KOLUM_EXPORT int ExecCommand(const char** argv, int returnExitCode);
 

@@ -5,6 +5,10 @@
  * Every function may be called from any thread. Paths are bytes, not text: any byte but NUL may
  * occur in them. A folder is named with its closing "/"; folder and name together make the path, of
  * which at most 1023 characters count.
+ *
+ * The probes print: H.264 in MP4 that is named for DLNA writes debug lines to standard output, and
+ * a transport stream or a disc folder that cannot be read the system's reason to standard error.
+ * See <kolum/kolum.h> for what else goes there.
  */
 #ifndef KOLUM_VIDEO_H
 #define KOLUM_VIDEO_H
@@ -80,10 +84,11 @@ KOLUM_EXPORT unsigned int GetAudioTrack(const char* path, unsigned int* count);
 KOLUM_EXPORT unsigned int GetSubtitleTrack(const char* path, unsigned int* count);
 
 /*
- * Tells the MPEG transport packets of a file by its first 576 bytes: PACKETSIZE receives 188, 192
- * (packets that carry a time stamp in front) or 0 (no transport stream). Returns 1 when the packets
- * are 192 bytes long and a time stamp is not zero, else 0. A file that cannot be opened or is
- * shorter also returns 1, with the system's reason on standard error and PACKETSIZE untouched.
+ * Finds the layout of a file's MPEG transport packets from its first 576 bytes: PACKETSIZE receives
+ * 188, 192 (packets that carry a time stamp in front) or 0 (no transport stream). Returns 1 when
+ * the packets are 192 bytes long and a time stamp is not zero, else 0. A file that cannot be opened
+ * or is shorter also returns 1, with the system's reason on standard error and PACKETSIZE
+ * untouched.
  */
 KOLUM_EXPORT int ProbeTsPacketSize(const char* path, unsigned int* packetSize);
 
@@ -91,7 +96,8 @@ KOLUM_EXPORT int ProbeTsPacketSize(const char* path, unsigned int* packetSize);
  * Finds the largest regular file of a folder whose suffix begins with EXT (".m2ts"; letter case
  * does not count); of equal ones the entry that the folder lists last. DIR is a buffer of 1024
  * bytes: the folder with its closing "/" on entry, the file's path on return, or empty when there
- * is none, the folder cannot be read, or the path would not fit.
+ * is none, the folder cannot be read, or the path would not fit. An entry whose size cannot be had
+ * is left out, with the system's reason on standard error.
  */
 KOLUM_EXPORT void get_maxsizefilename(char* dir, const char* ext);
 
@@ -120,7 +126,7 @@ KOLUM_EXPORT int CheckMp4MoovAtEnd(const char* path);
  *
  * What differs from the record: disc images are mounted and their main title is probed; subtitle
  * streams are counted for every file, and subtitleMode drops to 0 for a file (no disc) that has
- * one; creationTime becomes 0 when the stream tells none; QuickTime's own entries are not read.
+ * one; creationTime becomes 0 when the stream has none; QuickTime's own entries are not read.
  */
 
 /*

@@ -92,6 +92,8 @@ class ReportingSearch {
   static constexpr Answer kFailed = {true, std::nullopt};
 
   Answer searchIn(const av::Stream& stream) {
+    // "skipping" is what the messages have always said. Nothing is skipped: the search fails, and
+    // hosts then seek by themselves.
     if (!av::Decoder::existsFor(stream)) {
       KOLUM_MEDIAINFO_MESSAGE("[%s:%d]: Decoder not found, skipping...\n");
       return kFailed;

@@ -21,6 +21,7 @@ namespace {
 constexpr int kClassicMpeg4 = 13;
 constexpr std::string_view kDivxTags[] = {"XVID", "DX50", "DIVX"};
 
+// Upper case only, unlike the play exceptions of the video probes: hosts hold both answers.
 bool isDivx(const av::Stream& stream, std::uint32_t containerFormat) {
   if (containerFormat != FORMAT_AVI || stream.classicCodec() != kClassicMpeg4) return false;
   const std::string tag = stream.codecTagText();
@@ -35,7 +36,7 @@ int rotationOf(const av::Stream& stream) {
 }
 
 int profileOf(const av::Stream& stream) {
-  // By FFmpeg's number, on purpose, where the other probes convert it first.
+  // By FFmpeg's codec number, as for songs; the video probes convert it first. Databases hold both.
   return FF_ProfileToKO_Profile(stream.classicCodec(), stream.profile());
 }
 

@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <nlohmann/json.hpp>
 #include <string>
 
 #include "support/appliance_sandbox.h"
@@ -237,6 +238,18 @@ TEST(VideoProbe, MarksDivxFamilyTagsInAvi) {
     EXPECT_EQ(probed.result, 0U);
     EXPECT_EQ(probed.record.playException, row.expected);
   }
+}
+
+// Release 57 reported such a stream as one without a codec.
+TEST(VideoProbe, TakesACodecLaterThanTheFrozenNumberingForNone) {
+  const std::string path = replaced(h264Mp4(), "avc1", "vvc1");
+  ASSERT_EQ(ffprobe(path)["streams"][0]["codec_name"], "vvc");
+  const Probed probed = probe(path, patternRecord());
+  EXPECT_EQ(probed.result, 0U);
+  EXPECT_EQ(probed.record.videoCodec, 0);
+  EXPECT_EQ(probed.record.videoProfile, -99);
+  EXPECT_EQ(probed.record.videoLevel, -99);
+  EXPECT_EQ(probed.record.width, probe(h264Mp4()).record.width);
 }
 
 TEST(VideoProbe, MarksH264TaggedAvc1OnTheNamingPath) {
