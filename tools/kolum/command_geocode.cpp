@@ -1,6 +1,5 @@
 #include <kolum/geocode.h>
 #include <kolum/host.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 #include <array>
@@ -14,6 +13,7 @@
 #include "commands.h"
 #include "context.h"
 #include "numbers.h"
+#include "programs.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -103,12 +103,11 @@ void print(Context& context, const Options& options, const osm_param_s& query,
 void run(Context& context, const Options& options) {
   osm_param_s query = {degrees(options.latitude, "LATITUDE", 90),
                        degrees(options.longitude, "LONGITUDE", 180), options.zoom};
-  const std::string fixedTool = kApplianceTools + std::string("osm_info");
-  const bool fixed = access(fixedTool.c_str(), X_OK) == 0;
-  const std::string tool = fixed ? fixedTool : standIn("osm_info");
-  if (access(tool.c_str(), X_OK) != 0) return context.fail(fixedTool, "no such tool");
+  const std::string tool = osmInfoTool();
+  if (tool.empty()) return context.fail(kOsmInfoTool, "no such tool");
   osm_place_s place = {};
-  const int status = fixed ? koOsmInfo(query, place) : askStandIn(tool, query, place);
+  const int status =
+      tool == kOsmInfoTool ? koOsmInfo(query, place) : askStandIn(tool, query, place);
   if (status == 0) return print(context, options, query, place);
   context.fail(tool, status == 2 ? "the tool knows no place there" : "no usable answer");
 }
