@@ -515,6 +515,38 @@ TEST_F(ToolGeocode, AnErrorOfTheToolIsTold) {
   });
 }
 
+TEST_F(ToolGeocode, ALanguageThatIsNoneIsAUsageMistake) {
+  const Outcome run = kolum({"geocode", "48.8584", "2.2945", "--language", "xx"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err,
+            "kolum: --language takes one of cs, da, de, el, en, es, fi, fr, hu, it, ja, ko, nl, "
+            "no, pl, pt, ro, ru, sv, th, tr, zh-cn, zh-tw, not \"xx\"; see kolum geocode "
+            "--help\n");
+}
+
+TEST_F(ToolGeocode, AnAnswerWithoutAnAddressIsAFailure) {
+  runInAppliance([] {
+    installOsmInfo(
+        "<output><reversegeocode language=\"en\">"
+        "<result osm_type=\"way\" osm_id=\"42\">Paris</result>"
+        "<addressparts><city>Paris</city></addressparts></reversegeocode></output>");
+    const Outcome run = kolum({"geocode", "48.8584", "2.2945", "--language", "de"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, HasSubstr(": the answer has no address in de\n"));
+    EXPECT_EQ(kolum({"geocode", "48.8584", "2.2945", "--language", "en"}).status, 0);
+    installOsmInfo("<output></output>");
+    EXPECT_EQ(kolum({"geocode", "48.8584", "2.2945"}).status, 1);
+  });
+}
+
+TEST_F(ToolGeocode, HelpNamesWhereThePlacesComeFrom) {
+  EXPECT_THAT(kolum({"geocode", "--help"}).out,
+              testing::AllOf(HasSubstr("GeoNames"), HasSubstr("CC BY 4.0"),
+                             HasSubstr("https://www.geonames.org")));
+}
+
 TEST_F(ToolGeocode, PositionsBeyondTheEarthAreUsageMistakes) {
   const std::vector<std::pair<const char*, const char*>> rows = {
       {"90.1", "0"}, {"0", "-180.5"}, {"nan", "0"}, {"0", "inf"}, {"1;id", "0"}, {"", "0"}};
