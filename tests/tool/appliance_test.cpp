@@ -175,6 +175,23 @@ TEST_F(ToolServeEcho, ServesUntilItIsInterrupted) {
   });
 }
 
+TEST_F(ToolServeEcho, EscapesPayloadsOnce) {
+  runInAppliance([] {
+    Outcome served;
+    std::thread server(
+        [&] { served = kolum({"serve-echo"}, {}, "& echo $! > /tmp/pid; wait $!"); });
+    writeRootFile("/tmp/payload", "caf\xC3\xA9 \\ \n\xff");
+    Outcome answered;
+    for (int attempt = 0; attempt < 100 && answered.status != 0; ++attempt) {
+      answered = kolum({"send", "9", "--payload", "/tmp/payload"});
+      if (answered.status != 0) usleep(50000);
+    }
+    kill(static_cast<pid_t>(std::stol(contentOf("/tmp/pid"))), SIGTERM);
+    server.join();
+    EXPECT_EQ(served.out, "Command  9\nPayload  caf\xC3\xA9 \\\\ \\n\\xff\n");
+  });
+}
+
 TEST(ToolServeEchoPath, ThatIsTooLongIsRefused) {
   const TempDir folder;
   const std::string path = folder.path(std::string(108 - folder.folder().size(), 's'));
