@@ -22,6 +22,7 @@ Action defineDoctor(CLI::App& command);
 Action defineDsf(CLI::App& command);
 Action defineExtensions(CLI::App& command);
 Action defineGeocode(CLI::App& command);
+Action defineHelp(CLI::App& command);
 Action defineIds(CLI::App& command);
 Action defineInfo(CLI::App& command);
 Action defineKeyframe(CLI::App& command);
@@ -52,6 +53,7 @@ constexpr Command kCommands[] = {
     {"serve-echo", "A small server for trying \"send\"", defineServeEcho},
     {"notify", "The change and stop notifications", defineNotify},
     {"doctor", "What is there on this machine, and what is missing", defineDoctor},
+    {"help", "The help of a command", defineHelp},
 };
 
 }  // namespace

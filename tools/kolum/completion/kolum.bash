@@ -50,9 +50,9 @@ _kolum() {
     fi
   done
 
-  local commands="probe info keyframe tracks dlna dsf cover classify extensions ids artwork geocode config send serve-echo notify doctor"
+  local commands="probe info keyframe tracks dlna dsf cover classify extensions ids artwork geocode config send serve-echo notify doctor help"
   if [[ -z $command ]]; then
-    _kolum_words "$commands --help --version --json --debug"
+    _kolum_words "$commands --help -V --version --json --debug"
     return
   fi
   _kolum_value "$prev" && return
@@ -80,7 +80,7 @@ _kolum() {
       ;;
     send) options+=" --text --payload"; files= ;;
     serve-echo) options+=" --socket"; files= ;;
-    doctor) files= ;;
+    doctor | help) files= ;;
     notify) files=; [[ $nested == wait ]] && options+=" --stop --seconds"; [[ -z $nested ]] && words="post stop wait clear" ;;
   esac
 
