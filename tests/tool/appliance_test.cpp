@@ -532,7 +532,7 @@ TEST_F(ToolGeocode, AnErrorOfTheToolIsTold) {
   });
 }
 
-TEST_F(ToolGeocode, ALanguageThatIsNoneIsAUsageMistake) {
+TEST_F(ToolGeocode, RefusesUnknownLanguages) {
   const Outcome run = kolum({"geocode", "48.8584", "2.2945", "--language", "xx"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.out, "");
@@ -542,7 +542,7 @@ TEST_F(ToolGeocode, ALanguageThatIsNoneIsAUsageMistake) {
             "--help\n");
 }
 
-TEST_F(ToolGeocode, AnAnswerWithoutAnAddressIsAFailure) {
+TEST_F(ToolGeocode, FailsForAnAnswerWithoutAnAddress) {
   runInAppliance([] {
     installOsmInfo(
         "<output><reversegeocode language=\"en\">"

@@ -49,7 +49,7 @@ TEST(Doctor, FindsTheToolsOfTheBuildTree) {
   }
 }
 
-TEST(Doctor, IsContentWhereOnlyThingsOfAnApplianceAreMissing) {
+TEST(Doctor, SucceedsWhereOnlyThingsOfAnApplianceAreMissing) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     removeApplianceFiles();
@@ -84,7 +84,7 @@ TEST(Doctor, EndsWithStatusOneWhereWhatEveryMachineNeedsIsMissing) {
   });
 }
 
-TEST(Doctor, TakesImageMagickForTheMissingFfmpeg) {
+TEST(Doctor, AcceptsImageMagickInsteadOfFfmpeg) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     removeApplianceFiles();

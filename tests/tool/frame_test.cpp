@@ -143,7 +143,7 @@ TEST(Usage, MistakesAreNamedWithTheHelpThatTellsMore) {
   }
 }
 
-TEST(Usage, MistypedWordsAreAnsweredWithTheNearestOne) {
+TEST(Usage, MistypedWordsGetTheNearestAsSuggestion) {
   const struct {
     std::vector<std::string> arguments;
     const char* meant;
@@ -166,7 +166,7 @@ TEST(Usage, MistypedWordsAreAnsweredWithTheNearestOne) {
   }
 }
 
-TEST(Usage, WordsThatAreNearToNoneAreAnsweredWithoutAGuess) {
+TEST(Usage, UnrecognisableWordsGetNoSuggestion) {
   const std::vector<std::vector<std::string>> rows = {
       {"xyzzy"}, {"go"}, {"--xyzzy"}, {"config", "xyzzy"}, {std::string(10000, 'p')}};
   for (const auto& arguments : rows) {
@@ -176,7 +176,7 @@ TEST(Usage, WordsThatAreNearToNoneAreAnsweredWithoutAGuess) {
   }
 }
 
-TEST(Usage, AFileInPlaceOfACommandIsAnsweredWithProbe) {
+TEST(Usage, AFileInsteadOfACommandGetsProbeAsSuggestion) {
   const TempDir folder;
   folder.write("song", "");
   const struct {

@@ -66,8 +66,8 @@ TEST(Progress, IsShownAtATerminalWhileResultsGoElsewhereAndThenCleared) {
   EXPECT_THAT(said, testing::EndsWith("\r\x1b[K"));
 }
 
-// What shows which file has been reached, without the orders to the terminal: at a terminal of so
-// many columns, of a film that is named so.
+// The progress lines for a film named NAME at a terminal of so many columns, without control
+// sequences.
 std::vector<std::string> progressAt(int columns, const std::string& name) {
   const TempDir folder;
   std::filesystem::copy(samples() + "Videos/holiday.avi", folder.path(name));
@@ -79,13 +79,13 @@ std::vector<std::string> progressAt(int columns, const std::string& name) {
        "/dev/null"},
       {.environment = {{"TERM", "xterm"}}});
   std::vector<std::string> lines;
-  const std::string order = "\r\x1b[K";
-  for (std::size_t at = said.find(order); at != std::string::npos;) {
-    const std::size_t next = said.find(order, at + 1);
-    lines.push_back(said.substr(at + order.size(), next - at - order.size()));
+  const std::string clear = "\r\x1b[K";
+  for (std::size_t at = said.find(clear); at != std::string::npos;) {
+    const std::size_t next = said.find(clear, at + 1);
+    lines.push_back(said.substr(at + clear.size(), next - at - clear.size()));
     at = next;
   }
-  EXPECT_THAT(said, testing::EndsWith(order));
+  EXPECT_THAT(said, testing::EndsWith(clear));
   std::erase(lines, "");
   EXPECT_FALSE(lines.empty());
   return lines;
@@ -113,7 +113,7 @@ TEST(Progress, CutsWideCharactersAtTheTerminalsEdge) {
   }
 }
 
-TEST(Progress, CountsNoColumnForWhatJoinsTheCharacterBefore) {
+TEST(Progress, CountsNoColumnForCombiningCharacters) {
   std::string name;
   for (int i = 0; i < 50; ++i) name += "e\xCC\x81";  // a letter and its accent
   for (const std::string& line : progressAt(40, name + ".avi")) {

@@ -58,13 +58,13 @@ std::string readAll(int descriptor) {
   return text;
 }
 
-// Whether a terminal takes orders such as "clear the line".
-bool takesOrders(int descriptor) {
+// Whether a terminal understands control sequences such as "clear the line".
+bool understandsControls(int descriptor) {
   const char* terminal = std::getenv("TERM");
   return isatty(descriptor) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
-// Asked anew for each line: windows change their size.
+// Asked again for each line: windows change their size.
 std::size_t columnsOfTerminal(int descriptor) {
   constexpr std::size_t kUsual = 80;
   winsize size = {};
@@ -77,7 +77,7 @@ Channels::Channels()
     : input_(takeOver(0)),
       results_(takeOver(1)),
       messages_(takeOver(2)),
-      hasProgress_(takesOrders(messages_) && isatty(results_) == 0) {
+      hasProgress_(understandsControls(messages_) && isatty(results_) == 0) {
   pointAtNull(0);
   // A reader that leaves is told by the write that fails. A handler instead of SIG_IGN: the
   // programs that the library starts get the default action back.
@@ -119,7 +119,7 @@ void Channels::showProgress(std::string_view text) const {
 
 bool Channels::mayColourResults() const {
   const char* noColour = std::getenv("NO_COLOR");
-  return takesOrders(results_) && (noColour == nullptr || *noColour == '\0');
+  return understandsControls(results_) && (noColour == nullptr || *noColour == '\0');
 }
 
 std::string Channels::capture(const std::function<void()>& work) const {

@@ -25,8 +25,7 @@ std::vector<const CLI::Option*> listedOperands(const CLI::App& command);
 std::string longestName(const CLI::Option& option);
 bool takesValue(const CLI::Option& option);
 
-// What to say of a word that the parser knows nothing to do with: which one COMMAND has no use for,
-// and what was probably meant.
+// The message about a word that COMMAND does not know, with the name that was probably meant.
 std::string unknownWord(const CLI::App& command, const std::string& word);
 
 }  // namespace kolum::tool

@@ -14,7 +14,7 @@ _kolum() {
   local kolum=${1/#\~\//$HOME/} cur=${COMP_WORDS[COMP_CWORD]} word before="" joins=""
   local words=() answer=()
   COMPREPLY=()
-  # The shell parts words at "=": the program gets them whole, and what follows "=" is replaced.
+  # Bash splits words at "=": the program gets them whole, and what follows "=" is replaced.
   for word in "${COMP_WORDS[@]:1:COMP_CWORD}"; do
     if [[ ${#words[@]} -gt 0 && ($word == = || $joins) ]]; then words[-1]+=$word; else words+=("$word"); fi
     [[ $word == = ]] && joins=yes || joins=""
