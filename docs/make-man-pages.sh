@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # make-man-pages.sh KOLUM VERSION FOLDER: writes a manual page for each command of the kolum program,
 # from what its --help says, so that the two cannot differ. The page of kolum itself is written by
-# hand (kolum.1).
+# hand (kolum.1), up to the list of commands, which takes the place of its line "COMMANDS".
 set -euo pipefail
 kolum=$1 version=$2 folder=$3
 here=$(cd "$(dirname "$0")" && pwd)
@@ -31,7 +31,20 @@ which tells what all commands have in common.
 END
 }
 
+# command_list HELP: the commands with their meaning.
+command_list() {
+  awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit }
+    on {
+      name = "kolum-" $1; gsub(/-/, "\\-", name)
+      sub(/^ *[^ ]+ +/, ""); gsub(/-/, "\\-")
+      print ".TP\n.BR " name " (1)\n" $0 "."
+    }' <<<"$1"
+}
+
 mkdir -p "$folder"
-for command in $(commands_of "$("$kolum" --help)"); do
+help=$("$kolum" --help)
+for command in $(commands_of "$help"); do
   page "$command" >"$folder/kolum-$command.1"
 done
+awk '/^\.\\" COMMANDS$/ { while ((getline line <list) > 0) print line; next } { print }' \
+  list=<(command_list "$help") "$here/kolum.1" >"$folder/kolum.1"

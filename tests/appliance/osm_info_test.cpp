@@ -277,6 +277,12 @@ TEST(OsmInfo, HelpsOnRequest) {
   EXPECT_THAT(result.out, StartsWith("Usage: osm_info lat=DEGREES"));
 }
 
+TEST(OsmInfo, CreditsTheSourceOfItsPlaces) {
+  EXPECT_THAT(
+      lookUp({"--help"}).out,
+      testing::AllOf(HasSubstr("GeoNames (https://www.geonames.org)"), HasSubstr("CC BY 4.0")));
+}
+
 TEST(OsmInfo, FailsOnAConfigurationThatIsWrong) {
   const RunResult wrong = lookUpAt(48.8584, 2.2945, 18, "[server]\nurl=maps.lan\n");
   EXPECT_EQ(wrong.status, 1);

@@ -175,6 +175,23 @@ TEST_F(ToolServeEcho, ServesUntilItIsInterrupted) {
   });
 }
 
+TEST_F(ToolServeEcho, EscapesPayloadsOnce) {
+  runInAppliance([] {
+    Outcome served;
+    std::thread server(
+        [&] { served = kolum({"serve-echo"}, {}, "& echo $! > /tmp/pid; wait $!"); });
+    writeRootFile("/tmp/payload", "caf\xC3\xA9 \\ \n\xff");
+    Outcome answered;
+    for (int attempt = 0; attempt < 100 && answered.status != 0; ++attempt) {
+      answered = kolum({"send", "9", "--payload", "/tmp/payload"});
+      if (answered.status != 0) usleep(50000);
+    }
+    kill(static_cast<pid_t>(std::stol(contentOf("/tmp/pid"))), SIGTERM);
+    server.join();
+    EXPECT_EQ(served.out, "Command  9\nPayload  caf\xC3\xA9 \\\\ \\n\\xff\n");
+  });
+}
+
 TEST(ToolServeEchoPath, ThatIsTooLongIsRefused) {
   const TempDir folder;
   const std::string path = folder.path(std::string(108 - folder.folder().size(), 's'));
@@ -276,14 +293,45 @@ TEST_F(ToolConfig, SetChangesTheFile) {
   });
 }
 
-TEST_F(ToolConfig, SetWithoutTheToolFails) {
+TEST_F(ToolConfig, SetWorksWithTheStandInWhereTheAppliancesPlaceIsEmpty) {
+  runInAppliance([] {
+    std::filesystem::remove(kSetTool);
+    writeRootFile(kApplianceFile, "");
+    std::filesystem::create_directories(std::filesystem::path(kServerFile).parent_path());
+    const Outcome run =
+        kolum({"config", "set", "KOLUMSERVER", "MC_VERSION", "'a b' $c"}, kOnVolume);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}, kOnVolume).status, 0);
+    const json config = kolum({"config", "show", "--json"}, kOnVolume).json().front();
+    EXPECT_EQ(config["mcVersion"], "'a b' $c");
+    EXPECT_EQ(config["quality"], 3);
+    EXPECT_EQ(kolum({"config", "set", "THUMBNAIL", "QUALITY", "a\nb"}, kOnVolume).status, 1);
+    EXPECT_THAT(kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}).err,
+                HasSubstr("the data volume is unknown"));
+  });
+}
+
+TEST_F(ToolConfig, SetPrefersTheAppliancesTool) {
+  runInAppliance([] {
+    writeRootFile(kServerFile, "");
+    writeRootFile(kSetTool, "#!/bin/sh\necho \"$@\" > /tmp/arguments\n", 0755);
+    EXPECT_EQ(kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}, kOnVolume).status, 0);
+    EXPECT_EQ(contentOf("/tmp/arguments"),
+              "-f " + std::string(kServerFile) + " THUMBNAIL QUALITY 3\n");
+  });
+}
+
+TEST_F(ToolConfig, SetWithoutAnyToolFails) {
   runInAppliance([] {
     writeRootFile(kServerFile, "");
     std::filesystem::remove(kSetTool);
-    const Outcome run = kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}, kOnVolume);
+    const TempDir folder;
+    const std::string program = copyOfKolum(folder.folder());
+    const Outcome run =
+        runKolum(program, {"config", "set", "THUMBNAIL", "QUALITY", "3"}, kOnVolume);
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.err, HasSubstr("/sbin/setcfg: No such file or directory"));
-    EXPECT_THAT(kolum({"config", "set", "THUMBNAIL", "QUALITY", "3"}).err,
+    EXPECT_THAT(runKolum(program, {"config", "set", "THUMBNAIL", "QUALITY", "3"}).err,
                 HasSubstr("the data volume is unknown"));
   });
 }
@@ -323,6 +371,74 @@ TEST_F(ToolArtwork, MakesAnAlbumsThumbnails) {
     EXPECT_EQ(picture["width"], 252);
     EXPECT_EQ(picture["height"], 252);
     EXPECT_EQ(kolum({"artwork", "album", "/tmp/art/", "The Oscillators", "Tones"}).status, 0);
+  });
+}
+
+constexpr char kFixedConvert[] = "/usr/local/sbin/convert";
+const std::vector<std::string> kAlbum = {"artwork",  "album",           "--json",
+                                         "/tmp/art", "The Oscillators", "Tones"};
+
+std::pair<json, json> sizeOf(const std::string& picture) {
+  const json probed = kolum({"probe", "--json", picture}).json().front();
+  return {probed["width"], probed["height"]};
+}
+
+TEST_F(ToolArtwork, UsesTheImageMagickOnThePathWhereFfmpegIsMissing) {
+  runInAppliance([] {
+    std::filesystem::remove(kFixedConvert);
+    std::filesystem::create_directories("/tmp/art/the oscillators");
+    const std::string source = "/tmp/art/the oscillators/@_tones.jpg";
+    mustRun({"convert", "-size", "640x360", "gradient:red-blue", source});
+    const TempDir folder;
+    const Outcome run = runKolum(copyOfKolum(folder.folder(), {"dsf2flac"}), kAlbum);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.json().front(), json::parse(R"({"file":"/tmp/art/the oscillators/tones.jpg",
+        "relativePath":"the oscillators/tones.jpg"})"));
+    EXPECT_FALSE(std::filesystem::exists(source));
+    EXPECT_EQ(sizeOf("/tmp/art/the oscillators/tones.jpg"), std::pair(json(252), json(142)));
+    EXPECT_EQ(sizeOf("/tmp/art/the oscillators/tones-1.jpg"), std::pair(json(126), json(71)));
+  });
+}
+
+TEST_F(ToolArtwork, RunsImageMagickAsTheLibraryWould) {
+  runInAppliance([] {
+    std::filesystem::remove(kFixedConvert);
+    const TempDir folder;
+    const std::string program = copyOfKolum(folder.folder(), {"dsf2flac"});
+    writeRootFile("/tmp/tools/convert",
+                  "#!/bin/sh\necho $MAGICK_TMPDIR \"$@\" >> /tmp/arguments\n"
+                  "for target; do :; done; echo picture > \"$target\"\n",
+                  0755);
+    writeRootFile("/tmp/art/the oscillators/@_tones.png", "picture");
+    const RunOptions withOwnTool = {.environment = {{"PATH", "/tmp/tools"}}};
+    const RunOptions inItsFolder = {.environment = {{"PATH", "."}}, .folder = "/tmp/tools"};
+    EXPECT_EQ(runKolum(program, kAlbum, inItsFolder).status, 1);
+    EXPECT_FALSE(std::filesystem::exists("/tmp/arguments"));
+    const Outcome run = runKolum(program, kAlbum, withOwnTool);
+    EXPECT_EQ(run.status, 0) << run.err;
+    const std::string folderOfArtist = "/tmp/art/the oscillators/";
+    const std::string start = "/tmp/art/ -limit memory 64 -limit map 128 -resize ";
+    EXPECT_EQ(contentOf("/tmp/arguments"), start + "126x126 " + folderOfArtist + "@_tones.png " +
+                                               folderOfArtist + "tones-1.jpg\n" + start +
+                                               "252x252 " + folderOfArtist + "@_tones.png " +
+                                               folderOfArtist + "tones.jpg\n");
+  });
+}
+
+TEST_F(ToolArtwork, KeepsTheSourceWhereNoToolMakesAThumbnail) {
+  runInAppliance([] {
+    std::filesystem::remove(kFixedConvert);
+    const TempDir folder;
+    const std::string program = copyOfKolum(folder.folder(), {"dsf2flac"});
+    const std::string source = "/tmp/art/the oscillators/@_tones.jpg";
+    writeRootFile(source, "no picture");
+    const Outcome run = runKolum(program, kAlbum);
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_TRUE(std::filesystem::exists(source));
+    std::filesystem::remove(source);
+    ASSERT_EQ(mkfifo(source.c_str(), 0600), 0);
+    EXPECT_EQ(runKolum(program, kAlbum, {.timeout = std::chrono::seconds(20)}).status, 1);
   });
 }
 
@@ -414,6 +530,38 @@ TEST_F(ToolGeocode, AnErrorOfTheToolIsTold) {
     EXPECT_EQ(run.status, 1);
     EXPECT_THAT(run.err, HasSubstr("the tool knows no place there"));
   });
+}
+
+TEST_F(ToolGeocode, RefusesUnknownLanguages) {
+  const Outcome run = kolum({"geocode", "48.8584", "2.2945", "--language", "xx"});
+  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.out, "");
+  EXPECT_EQ(run.err,
+            "kolum: --language takes one of cs, da, de, el, en, es, fi, fr, hu, it, ja, ko, nl, "
+            "no, pl, pt, ro, ru, sv, th, tr, zh-cn, zh-tw, not \"xx\"; see kolum geocode "
+            "--help\n");
+}
+
+TEST_F(ToolGeocode, FailsForAnAnswerWithoutAnAddress) {
+  runInAppliance([] {
+    installOsmInfo(
+        "<output><reversegeocode language=\"en\">"
+        "<result osm_type=\"way\" osm_id=\"42\">Paris</result>"
+        "<addressparts><city>Paris</city></addressparts></reversegeocode></output>");
+    const Outcome run = kolum({"geocode", "48.8584", "2.2945", "--language", "de"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.out, "");
+    EXPECT_THAT(run.err, HasSubstr(": the answer has no address in de\n"));
+    EXPECT_EQ(kolum({"geocode", "48.8584", "2.2945", "--language", "en"}).status, 0);
+    installOsmInfo("<output></output>");
+    EXPECT_EQ(kolum({"geocode", "48.8584", "2.2945"}).status, 1);
+  });
+}
+
+TEST_F(ToolGeocode, HelpNamesWhereThePlacesComeFrom) {
+  EXPECT_THAT(kolum({"geocode", "--help"}).out,
+              testing::AllOf(HasSubstr("GeoNames"), HasSubstr("CC BY 4.0"),
+                             HasSubstr("https://www.geonames.org")));
 }
 
 TEST_F(ToolGeocode, PositionsBeyondTheEarthAreUsageMistakes) {

@@ -11,7 +11,7 @@ mv "$folder/first" "$folder/moved"
 ldd "$folder/moved/bin/kolum" | grep 'libko' | grep -v "$folder/moved" && exit 1
 LD_BIND_NOW=1 ldd "$(find "$folder/moved" -name libkolum.so)" | grep libkohost.so | grep -q "$folder/moved"
 "$folder/moved/libexec/kolum/dsf2flac" 2>&1 | grep -q dsf2flac
-for file in share/man/man1/kolum.1 share/doc/kolum/tool.md share/doc/kolum/kolum.schema.json share/doc/kolum/LICENSE share/doc/kolum/osm_info/COPYING share/bash-completion/completions/kolum include/kolum/kolum.h; do
+for file in share/man/man1/kolum.1 share/doc/kolum/tool.md share/doc/kolum/kolum.schema.json share/doc/kolum/LICENSE share/doc/kolum/osm_info/COPYING share/bash-completion/completions/kolum share/zsh/site-functions/_kolum share/fish/vendor_completions.d/kolum.fish include/kolum/kolum.h; do
   test -f "$folder/moved/$file"
 done
 

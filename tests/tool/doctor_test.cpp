@@ -6,6 +6,7 @@
 #include <string>
 
 #include "support/appliance_sandbox.h"
+#include "support/temp_dir.h"
 #include "tool/kolum_run.h"
 
 namespace kolum::test {
@@ -21,6 +22,13 @@ std::map<std::string, json> findings(const RunOptions& options = {}) {
   return byName;
 }
 
+// A machine on which kolum is installed, and nothing that only an appliance has.
+void removeApplianceFiles() {
+  for (const char* path : {"/sbin/setcfg", "/usr/local/sbin/convert",
+                           "/usr/local/medialibrary/bin/osm_info", "/etc/config/medialibrary.conf"})
+    std::filesystem::remove(path);
+}
+
 TEST(Doctor, TellsTheVersionsOfTheLibrariesInUse) {
   const auto found = findings();
   for (const char* name : {"libkolum", "libavformat", "libavcodec", "libavutil", "libtag",
@@ -34,25 +42,61 @@ TEST(Doctor, TellsTheVersionsOfTheLibrariesInUse) {
 
 TEST(Doctor, FindsTheToolsOfTheBuildTree) {
   const auto found = findings();
-  for (const char* name : {"ffmpeg", "dsf2flac", "osm_info"}) {
+  for (const char* name : {"ffmpeg or convert", "dsf2flac", "osm_info", "setcfg"}) {
     ASSERT_EQ(found.at(name)["isThere"], true) << name;
+    EXPECT_EQ(found.at(name)["group"], "here") << name;
     EXPECT_TRUE(std::filesystem::exists(found.at(name)["state"].get<std::string>())) << name;
   }
 }
 
-TEST(Doctor, TellsWhatIsMissingForWhatAndEndsWithStatusOne) {
+TEST(Doctor, SucceedsWhereOnlyThingsOfAnApplianceAreMissing) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
-    const Outcome before = kolum({"doctor"});
-    EXPECT_EQ(before.status, 1);
-    EXPECT_EQ(before.err, "kolum: something is missing\n");
-    EXPECT_THAT(before.out,
-                testing::ContainsRegex("program +setcfg +changing the configuration +missing\n"));
-    EXPECT_FALSE(findings().at("setcfg").contains("state"));
+    removeApplianceFiles();
+    const Outcome run = kolum({"doctor"});
+    EXPECT_EQ(run.status, 0);
+    EXPECT_EQ(run.err, "");
+    EXPECT_THAT(run.out, testing::StartsWith("Needed on every machine\n"));
+    EXPECT_THAT(run.out, HasSubstr("\n\nNeeded on an appliance, and for disc images\n"));
+    EXPECT_THAT(run.out, testing::ContainsRegex(
+                             "program +/sbin/setcfg +changing the configuration +missing\n"));
+    EXPECT_EQ(findings().at("/sbin/setcfg")["group"], "appliance");
+    EXPECT_FALSE(findings().at("/sbin/setcfg").contains("state"));
     writeRootFile("/sbin/setcfg", "#!/bin/sh\n", 0755);
+    EXPECT_EQ(findings().at("/sbin/setcfg")["state"], "/sbin/setcfg");
     EXPECT_EQ(findings().at("setcfg")["state"], "/sbin/setcfg");
     writeRootFile("/sbin/setcfg", "no program", 0644);
-    EXPECT_EQ(findings().at("setcfg")["isThere"], false);
+    EXPECT_EQ(findings().at("/sbin/setcfg")["isThere"], false);
+    EXPECT_EQ(findings().at("setcfg")["isThere"], true);
+  });
+}
+
+TEST(Doctor, EndsWithStatusOneWhereWhatEveryMachineNeedsIsMissing) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([] {
+    removeApplianceFiles();
+    const TempDir folder;
+    const Outcome run =
+        runKolum(copyOfKolum(folder.folder(), {"ffmpeg", "osm_info", "setcfg"}), {"doctor"});
+    EXPECT_EQ(run.status, 1);
+    EXPECT_EQ(run.err, "kolum: something is missing that is needed on every machine\n");
+    EXPECT_THAT(run.out, testing::ContainsRegex("program +dsf2flac +DSD songs +missing\n"));
+  });
+}
+
+TEST(Doctor, AcceptsImageMagickInsteadOfFfmpeg) {
+  if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
+  runInAppliance([] {
+    removeApplianceFiles();
+    const TempDir folder;
+    const std::string program = copyOfKolum(folder.folder(), {"dsf2flac", "osm_info", "setcfg"});
+    writeRootFile(folder.path("tools/convert"), "#!/bin/sh\n", 0755);
+    const auto statusWith = [&](const std::string& path) {
+      return runKolum(program, {"doctor"}, {.environment = {{"PATH", path}}}).status;
+    };
+    const std::string usual = "/nonexistent";
+    EXPECT_EQ(statusWith(usual), 1);
+    EXPECT_EQ(statusWith(usual + ":" + folder.path("tools")), 0);
   });
 }
 

@@ -45,6 +45,24 @@ TEST(Help, OfEveryCommandTellsWhatItDoesAndShowsAnExample) {
   }
 }
 
+TEST(Help, IsShownByACommandOfThatName) {
+  EXPECT_EQ(kolum({"help"}).out, kolum({"--help"}).out);
+  EXPECT_EQ(kolum({"help", "probe"}).out, kolum({"probe", "--help"}).out);
+  const Outcome nested = kolum({"help", "config", "set"});
+  EXPECT_EQ(nested.status, 0) << nested.err;
+  EXPECT_EQ(nested.out, kolum({"config", "set", "--help"}).out);
+  const Outcome unknown = kolum({"help", "prob"});
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_EQ(unknown.err,
+            "kolum: no command \"prob\" (did you mean \"probe\"?); see kolum help --help\n");
+}
+
+TEST(Version, IsPrintedForTheShortOptionToo) {
+  const Outcome run = kolum({"-V"});
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.out, kolum({"--version"}).out);
+}
+
 TEST(Version, IsPrinted) {
   const Outcome run = kolum({"--version"});
   EXPECT_EQ(run.status, 0);
@@ -103,16 +121,15 @@ TEST(Usage, MistakesAreNamedWithTheHelpThatTellsMore) {
   } rows[] = {
       {{}, "COMMAND is required; see kolum --help"},
       {{"--json"}, "COMMAND is required; see kolum --help"},
-      {{"prob", "a.mp4"}, "no command \"prob\"; see kolum --help"},
-      {{"--jsn"}, "unexpected argument \"--jsn\"; see kolum --help"},
-      {{"probe", "--jsn", "a.mp4"}, "unexpected argument \"--jsn\"; see kolum probe --help"},
+      {{"xyzzy", "a.mp4"}, "no command \"xyzzy\"; see kolum --help"},
+      {{"--xyzzy"}, "unexpected argument \"--xyzzy\"; see kolum --help"},
       {{"probe"}, "FILE is required; see kolum probe --help"},
       {{"probe", "--files-from", "a", "--files-from", "b"},
        "--files-from is given more than once; see kolum probe --help"},
       {{"dlna", "--audio-stream", "-1", "a.mp4"},
        "--audio-stream takes a number from 0 to 2147483647, not \"-1\"; see kolum dlna --help"},
       {{"notify"}, "COMMAND is required; see kolum notify --help"},
-      {{"notify", "post\x1b"}, "no command \"post\\x1b\"; see kolum notify --help"},
+      {{"notify", "\x1bxyzzy"}, "no command \"\\x1bxyzzy\"; see kolum notify --help"},
       {{"notify", "wait", "--seconds", "soon"},
        "--seconds takes a number from 0 to 1000000000, not \"soon\"; see kolum notify wait --help"},
       {{"artwork", "album", "base"}, "ARTIST is required; see kolum artwork album --help"},
@@ -123,6 +140,58 @@ TEST(Usage, MistakesAreNamedWithTheHelpThatTellsMore) {
     const Outcome run = kolum(row.arguments);
     EXPECT_EQ(run.status, 2) << row.message;
     EXPECT_EQ(run.err, "kolum: " + std::string(row.message) + "\n");
+  }
+}
+
+TEST(Usage, MistypedWordsGetTheNearestAsSuggestion) {
+  const struct {
+    std::vector<std::string> arguments;
+    const char* meant;
+  } rows[] = {
+      {{"prob", "a.mp4"}, "probe"},
+      {{"porbe", "a.mp4"}, "probe"},
+      {{"Probe", "a.mp4"}, "probe"},
+      {{"geocod", "1", "1"}, "geocode"},
+      {{"dfs", "a.dsf"}, "dsf"},
+      {{"notify", "pots"}, "post"},
+      {{"config", "shwo"}, "show"},
+      {{"--jsn"}, "--json"},
+      {{"probe", "--jsno", "a"}, "--json"},
+      {{"probe", "--audio-steam=1", "a"}, "--audio-stream"},
+  };
+  for (const auto& row : rows) {
+    const Outcome run = kolum(row.arguments);
+    EXPECT_EQ(run.status, 2) << row.meant;
+    EXPECT_THAT(run.err, HasSubstr(" (did you mean \"" + std::string(row.meant) + "\"?); see "));
+  }
+}
+
+TEST(Usage, UnrecognisableWordsGetNoSuggestion) {
+  const std::vector<std::vector<std::string>> rows = {
+      {"xyzzy"}, {"go"}, {"--xyzzy"}, {"config", "xyzzy"}, {std::string(10000, 'p')}};
+  for (const auto& arguments : rows) {
+    const Outcome run = kolum(arguments);
+    EXPECT_EQ(run.status, 2);
+    EXPECT_THAT(run.err, Not(HasSubstr("did you mean")));
+  }
+}
+
+TEST(Usage, AFileInsteadOfACommandGetsProbeAsSuggestion) {
+  const TempDir folder;
+  folder.write("song", "");
+  const struct {
+    const char* word;
+    const char* meant;
+  } rows[] = {
+      {"movie.mp4", "kolum probe movie.mp4"}, {"Movies/", "kolum probe Movies/"},
+      {"song", "kolum probe song"},           {"my movie.mp4", "kolum probe FILE"},
+      {"[a].mp4", "kolum probe FILE"},
+  };
+  for (const auto& row : rows) {
+    const Outcome run = kolum({row.word}, {.folder = folder.folder()});
+    EXPECT_EQ(run.status, 2) << row.word;
+    EXPECT_EQ(run.err, "kolum: no command \"" + std::string(row.word) + "\" (did you mean \"" +
+                           row.meant + "\"?); see kolum --help\n");
   }
 }
 

@@ -2,9 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <filesystem>
 #include <sstream>
 #include <stdexcept>
 #include <utility>
+
+namespace fs = std::filesystem;
 
 namespace kolum::test {
 
@@ -26,18 +29,34 @@ void PrintTo(const Outcome& outcome, std::ostream* out) {
 
 Outcome kolum(const std::vector<std::string>& arguments, const RunOptions& options,
               const std::string& redirection) {
+  return runKolum(KOLUM_PROGRAM, arguments, options, redirection);
+}
+
+Outcome runKolum(const std::string& program, const std::vector<std::string>& arguments,
+                 const RunOptions& options, const std::string& redirection) {
   // The tool's own defaults are what is tested, whatever the tester's shell says.
-  std::vector<std::string> command = {"env"};
+  std::vector<std::string> command = {"/usr/bin/env"};  // whatever PATH the test wants
   for (const char* name : {"KO_LOG_LEVEL", "KO_DATA_DIR"}) {
     if (!options.environment.contains(name)) command.insert(command.end(), {"-u", name});
   }
   if (!redirection.empty()) {
     command.insert(command.end(), {"sh", "-c", "exec \"$@\" " + redirection, "sh"});
   }
-  command.push_back(KOLUM_PROGRAM);
+  command.push_back(program);
   command.insert(command.end(), arguments.begin(), arguments.end());
   const RunResult result = run(command, options);
   return {result.status, result.out, result.err};
+}
+
+std::string copyOfKolum(const std::string& folder, const std::vector<std::string>& standIns) {
+  const fs::path program = fs::path(folder) / "kolum" / "kolum";
+  const fs::path tools = fs::path(folder) / "appliance" / "bin";
+  fs::create_directories(program.parent_path());
+  fs::copy_file(KOLUM_PROGRAM, program);
+  if (!standIns.empty()) fs::create_directories(tools);
+  for (const std::string& tool : standIns)
+    fs::create_symlink(KOLUM_STAND_INS "/" + tool, tools / tool);
+  return program;
 }
 
 void expectFitsSchema(const std::string& command, const Outcome& outcome) {

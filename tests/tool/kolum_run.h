@@ -29,6 +29,13 @@ void PrintTo(const Outcome& outcome, std::ostream* out);
 Outcome kolum(const std::vector<std::string>& arguments, const RunOptions& options = {},
               const std::string& redirection = "");
 
+// The same with another copy of the program.
+Outcome runKolum(const std::string& program, const std::vector<std::string>& arguments,
+                 const RunOptions& options = {}, const std::string& redirection = "");
+
+// A copy of the program below FOLDER that has these stand-ins of the build tree and no others.
+std::string copyOfKolum(const std::string& folder, const std::vector<std::string>& standIns = {});
+
 // Expects JSON Lines of a command to fit its part of the published schema.
 void expectFitsSchema(const std::string& command, const Outcome& outcome);
 

@@ -66,15 +66,69 @@ TEST(Progress, IsShownAtATerminalWhileResultsGoElsewhereAndThenCleared) {
   EXPECT_THAT(said, testing::EndsWith("\r\x1b[K"));
 }
 
-TEST(Progress, CutsLongNamesBetweenCharacters) {
+// The progress lines for a film named NAME at a terminal of so many columns, without control
+// sequences.
+std::vector<std::string> progressAt(int columns, const std::string& name) {
   const TempDir folder;
+  std::filesystem::copy(samples() + "Videos/holiday.avi", folder.path(name));
+  const std::string list = listOf(folder, 2000, folder.path(name));
+  const std::string said = mustRun(
+      {"script", "--quiet", "--return", "--command",
+       "stty cols " + std::to_string(columns) + "; " + KOLUM_PROGRAM + " probe --files-from '" +
+           list + "'" + kPausingReader + " >'" + folder.path("results") + "'",
+       "/dev/null"},
+      {.environment = {{"TERM", "xterm"}}});
+  std::vector<std::string> lines;
+  const std::string clear = "\r\x1b[K";
+  for (std::size_t at = said.find(clear); at != std::string::npos;) {
+    const std::size_t next = said.find(clear, at + 1);
+    lines.push_back(said.substr(at + clear.size(), next - at - clear.size()));
+    at = next;
+  }
+  EXPECT_THAT(said, testing::EndsWith(clear));
+  std::erase(lines, "");
+  EXPECT_FALSE(lines.empty());
+  return lines;
+}
+
+TEST(Progress, FillsALineOfTheTerminalAndNoMore) {
+  const std::string name = std::string(150, 'n') + ".avi";
+  for (const int columns : {20, 80, 132}) {
+    for (const std::string& line : progressAt(columns, name)) {
+      EXPECT_EQ(line.size(), static_cast<std::size_t>(columns) - 1) << line;
+      EXPECT_THAT(line, testing::StartsWith("File "));
+    }
+  }
+}
+
+TEST(Progress, CutsWideCharactersAtTheTerminalsEdge) {
   std::string name;
-  for (int i = 0; i < 40; ++i) name += "\xE9\x9F\xB3";
-  std::filesystem::copy(samples() + "Videos/holiday.avi", folder.path(name + ".avi"));
+  for (int i = 0; i < 40; ++i) name += "\xE9\x9F\xB3";  // two columns, three bytes
+  for (const std::string& line : progressAt(40, name + ".avi")) {
+    const std::size_t start = line.find("\xE9");
+    ASSERT_NE(start, std::string::npos) << line;
+    const std::string shown = line.substr(start);
+    EXPECT_EQ(shown.size() % 3, 0U);
+    EXPECT_EQ(shown, name.substr(0, (39 - start) / 2 * 3));
+  }
+}
+
+TEST(Progress, CountsNoColumnForCombiningCharacters) {
+  std::string name;
+  for (int i = 0; i < 50; ++i) name += "e\xCC\x81";  // a letter and its accent
+  for (const std::string& line : progressAt(40, name + ".avi")) {
+    const std::size_t start = line.find("e\xCC");
+    ASSERT_NE(start, std::string::npos) << line;
+    EXPECT_EQ(line.substr(start), name.substr(0, (39 - start) * 3));
+  }
+}
+
+TEST(Progress, StaysAwayFromTerminalsThatCannotReplaceALine) {
+  const TempDir folder;
   const std::string said =
-      atTerminal("probe --files-from '" + listOf(folder, 2000, folder.path(name + ".avi")) + "'",
-                 {}, std::string(kPausingReader) + " >'" + folder.path("results") + "'");
-  EXPECT_THAT(said, HasSubstr("  " + name.substr(0, 16 * 3) + "\r"));
+      atTerminal("probe --files-from '" + listOf(folder, 2000) + "'", {{"TERM", "dumb"}},
+                 std::string(kPausingReader) + " >'" + folder.path("results") + "'");
+  EXPECT_EQ(said, "");
 }
 
 TEST(Progress, StaysAwayFromFiles) {

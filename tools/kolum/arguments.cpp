@@ -25,10 +25,6 @@ bool wouldBeMisread(std::string_view argument) {
          argument.starts_with('{') || argument.starts_with(kMark);
 }
 
-std::string unmarked(const std::string& argument) {
-  return argument.starts_with(kMark) ? argument.substr(1) : argument;
-}
-
 // False with errno set; a list beyond the limit is refused.
 bool readList(int descriptor, std::string& content) {
   char buffer[65536];
@@ -86,6 +82,10 @@ std::vector<std::string> protectedArguments(int argc, char** argv) {
   }
   std::reverse(arguments.begin(), arguments.end());
   return arguments;
+}
+
+std::string unmarked(const std::string& argument) {
+  return argument.starts_with(kMark) ? argument.substr(1) : argument;
 }
 
 CLI::Option* addText(CLI::App& command, const std::string& name, std::string& value,

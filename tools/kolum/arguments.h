@@ -17,6 +17,8 @@ namespace kolum::tool {
 
 // The arguments in the parser's own (reversed) order, those that it would misread marked.
 std::vector<std::string> protectedArguments(int argc, char** argv);
+// An argument as it was given.
+std::string unmarked(const std::string& argument);
 
 // An option or operand that takes one text, or operands that take any number; the marks are removed
 // again. Use these for every text, whether it names a file or not.

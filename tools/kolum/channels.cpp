@@ -1,6 +1,7 @@
 #include "channels.h"
 
 #include <fcntl.h>
+#include <sys/ioctl.h>
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -9,6 +10,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+
+#include "text.h"
 
 namespace kolum::tool {
 
@@ -55,13 +58,26 @@ std::string readAll(int descriptor) {
   return text;
 }
 
+// Whether a terminal understands control sequences such as "clear the line".
+bool understandsControls(int descriptor) {
+  const char* terminal = std::getenv("TERM");
+  return isatty(descriptor) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
+}
+
+// Asked again for each line: windows change their size.
+std::size_t columnsOfTerminal(int descriptor) {
+  constexpr std::size_t kUsual = 80;
+  winsize size = {};
+  return ioctl(descriptor, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
+}
+
 }  // namespace
 
 Channels::Channels()
     : input_(takeOver(0)),
       results_(takeOver(1)),
       messages_(takeOver(2)),
-      hasProgress_(isatty(messages_) == 1 && isatty(results_) == 0) {
+      hasProgress_(understandsControls(messages_) && isatty(results_) == 0) {
   pointAtNull(0);
   // A reader that leaves is told by the write that fails. A handler instead of SIG_IGN: the
   // programs that the library starts get the default action back.
@@ -95,15 +111,15 @@ void Channels::writeMessage(std::string_view text) const {
 void Channels::showProgress(std::string_view text) const {
   constexpr std::string_view kClearLine = "\r\x1b[K";
   if (!hasProgress_ || (text.empty() && !progressShown_)) return;
-  writeAll(messages_, std::string(kClearLine).append(text));
+  // The last column stays free: some terminals go on to the next line once it is taken.
+  const std::string_view shown = cutToColumns(text, columnsOfTerminal(messages_) - 1);
+  writeAll(messages_, std::string(kClearLine).append(shown));
   progressShown_ = !text.empty();
 }
 
 bool Channels::mayColourResults() const {
   const char* noColour = std::getenv("NO_COLOR");
-  const char* terminal = std::getenv("TERM");
-  return isatty(results_) == 1 && (noColour == nullptr || *noColour == '\0') &&
-         terminal != nullptr && std::string_view(terminal) != "dumb";
+  return understandsControls(results_) && (noColour == nullptr || *noColour == '\0');
 }
 
 std::string Channels::capture(const std::function<void()>& work) const {

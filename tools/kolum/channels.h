@@ -37,8 +37,9 @@ class Channels {
   void writeResults(std::string_view text) const;
   // A message that cannot be written is lost.
   void writeMessage(std::string_view text) const;
-  // A line on a terminal that the next message or progress replaces; an empty one clears it. For
-  // people who wait: nothing is shown when messages go elsewhere, or results to a terminal, too.
+  // A line on a terminal that the next message or progress replaces, cut to the terminal's width;
+  // an empty one clears it. For people who wait: nothing is shown when messages go elsewhere, or
+  // results to a terminal, too, or when the terminal is too plain to replace a line.
   void showProgress(std::string_view text) const;
   // Whether people read the results as they come, and may see colours.
   bool mayColourResults() const;

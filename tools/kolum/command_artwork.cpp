@@ -1,14 +1,19 @@
+#include <kolum/host.h>
 #include <kolum/thumbnail.h>
 
 #include <CLI/CLI.hpp>
+#include <cstdlib>
+#include <filesystem>
 #include <memory>
 
+#include "appliance.h"
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
 #include "media_files.h"
 #include "numbers.h"
 #include "paths.h"
+#include "programs.h"
 
 namespace kolum::tool {
 
@@ -46,14 +51,56 @@ void showArtist(Context& context, const Options& options) {
   context.fail(base + relativePath, "no picture of this artist");
 }
 
+bool hasContent(const std::filesystem::path& file) {
+  std::error_code error;
+  return std::filesystem::file_size(file, error) > 0 && !error;
+}
+
+// An album's "@_" picture, as the library looks for it; empty when there is none.
+std::string albumSource(const std::filesystem::path& thumbnail) {
+  for (const char* extension : {".jpg", ".png"}) {
+    std::filesystem::path source = thumbnail.parent_path() / "@_";
+    source += thumbnail.stem();
+    source += extension;
+    std::error_code error;
+    if (!std::filesystem::exists(source, error)) continue;
+    return std::filesystem::is_regular_file(source, error) ? source.string() : "";
+  }
+  return "";
+}
+
+bool scale(const std::string& tool, const std::string& source, const std::string& target,
+           const char* size) {
+  const char* argv[] = {tool.c_str(), "-limit",  "memory", "64",           "-limit",       "map",
+                        "128",        "-resize", size,     source.c_str(), target.c_str(), nullptr};
+  return KoUtil_ExecSync(argv, 1) == 0 && hasContent(target);
+}
+
+// The library's last step with the ImageMagick that is installed here: the library knows the
+// appliance's place for it only.
+bool makeWithImageMagick(const std::string& base, const std::string& relativePath) {
+  const std::string tool = convertTool();
+  if (relativePath.empty() || tool.empty() || tool == kConvertTool) return false;
+  // In front of a relative path, so that none is taken for an option or a format.
+  const std::string folder = base.starts_with('/') ? base : "./" + base;
+  const std::filesystem::path thumbnail = folder + relativePath;
+  const std::string source = albumSource(thumbnail);
+  const std::filesystem::path small =
+      thumbnail.parent_path() / (thumbnail.stem().string() + "-1.jpg");
+  // As in the library: where ffmpeg made the small picture, nothing else is tried.
+  if (source.empty() || hasContent(small)) return false;
+  setenv("MAGICK_TMPDIR", base.c_str(), 1);
+  scale(tool, source, small.string(), "126x126");
+  return scale(tool, source, thumbnail.string(), "252x252") && std::filesystem::remove(source);
+}
+
 void makeAlbum(Context& context, const Options& options) {
   context.initLibrary();
   char relativePath[kRelativePathSize] = "";
   const std::string base = withSlash(options.base);
-  if (LUM_CheckMusicAlbumArt(base.c_str(), options.artist.c_str(), options.album.c_str(),
-                             relativePath) == 1) {
-    return print(context, base, relativePath);
-  }
+  const bool made = LUM_CheckMusicAlbumArt(base.c_str(), options.artist.c_str(),
+                                           options.album.c_str(), relativePath) == 1;
+  if (made || makeWithImageMagick(base, relativePath)) return print(context, base, relativePath);
   context.fail(base + relativePath, "no thumbnail, and none could be made from a \"@_\" picture");
 }
 
@@ -107,9 +154,11 @@ Action defineArtwork(CLI::App& command) {
   command.footer(
       "Artwork as the media library keeps it: below BASE a folder for each artist, in it "
       "artist.jpg\n"
-      "and a thumbnail for each album. An album's thumbnails are made, by ffmpeg or ImageMagick, "
-      "from\n"
-      "the picture \"@_ALBUM.jpg\" or \".png\" beside them, which is deleted afterwards.\n"
+      "and a thumbnail for each album. An album's thumbnails are made from the picture "
+      "\"@_ALBUM.jpg\" or\n"
+      "\".png\" beside them, which is deleted afterwards: by ffmpeg, and where it makes none by "
+      "ImageMagick\n"
+      "(/usr/local/sbin/convert, else convert on the PATH).\n"
       "\nExample:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");
   return [=](Context& context) {
     if (album->parsed()) return makeAlbum(context, *options);

@@ -13,6 +13,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "programs.h"
 
 namespace kolum::tool {
 
@@ -129,15 +130,28 @@ void show(Context& context) {
   context.fail(dataDir + kServerConfigFile, "a value is out of its range; --debug names it");
 }
 
+// What the library does with /sbin/setcfg, with another tool; setcfg makes a missing file by
+// itself.
+int setWith(const std::string& tool, const std::string& dataDir, const Options& options) {
+  if (dataDir.empty()) return 1;
+  const std::string file = dataDir + kServerConfigFile;
+  const char* argv[] = {
+      tool.c_str(),          "-f",   file.c_str(), options.section.c_str(), options.key.c_str(),
+      options.value.c_str(), nullptr};
+  return KoUtil_ExecSync(argv, 1);
+}
+
 void set(Context& context, const Options& options) {
-  const int status = updateConfig(options.section, options.key, options.value);
-  if (status == 0) return;
   std::string dataDir;
   KoUtil_GetDataDir(dataDir);
-  if (reportMissing(context, dataDir, {kSetTool}, X_OK)) return;
-  context.fail(dataDir + kServerConfigFile, "not changed, " + std::string(kSetTool) +
-                                                " or its preparation answered " +
-                                                std::to_string(status));
+  const std::string found = setTool();
+  const std::string tool = found.empty() ? kSetTool : found;
+  const int status = tool == kSetTool ? updateConfig(options.section, options.key, options.value)
+                                      : setWith(tool, dataDir, options);
+  if (status == 0) return;
+  if (reportMissing(context, dataDir, {tool}, X_OK)) return;
+  context.fail(dataDir + kServerConfigFile,
+               "not changed, " + tool + " or its preparation answered " + std::to_string(status));
 }
 
 }  // namespace
@@ -155,7 +169,9 @@ Action defineConfig(CLI::App& command) {
   command.footer(
       "The media-library server's configuration: the data volume's .system/lumserver.conf, and "
       "for\n"
-      "one setting /etc/config/medialibrary.conf. Settings are changed by /sbin/setcfg.\n"
+      "one setting /etc/config/medialibrary.conf. Settings are changed by /sbin/setcfg, or where "
+      "there\n"
+      "is none by the stand-in that is installed with kolum.\n"
       "\nExamples:\n"
       "  kolum config show\n"
       "  kolum config set THUMBNAIL QUALITY 3");

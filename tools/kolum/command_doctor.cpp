@@ -11,63 +11,78 @@
 #include <fstream>
 #include <optional>
 #include <set>
-#include <sstream>
+#include <utility>
 
 #include "appliance.h"
 #include "commands.h"
 #include "context.h"
+#include "programs.h"
 
 namespace kolum::tool {
 
 namespace {
 
+// Who misses a thing that is not there: "here" is everybody who uses kolum.
+struct Group {
+  const char* name;
+  const char* heading;
+};
+
+constexpr Group kHere = {"here", "Needed on every machine"};
+constexpr Group kAppliance = {"appliance", "Needed on an appliance, and for disc images"};
+
 // What was looked for: where or in which version it is there, and what it is for.
 struct Finding {
+  const Group* group;
   const char* kind;
   std::string name;
   std::optional<std::string> found;
   const char* neededFor;
 };
 
-bool isProgram(const std::string& path) {
-  struct stat status = {};
-  return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode) &&
-         access(path.c_str(), X_OK) == 0;
+std::optional<std::string> unlessEmpty(const std::string& found) {
+  return found.empty() ? std::nullopt : std::optional(found);
 }
 
-std::optional<std::string> firstProgram(const std::vector<std::string>& paths) {
-  for (const std::string& path : paths)
-    if (isProgram(path)) return path;
-  return std::nullopt;
+void addProgram(std::vector<Finding>& findings, const Group& group, const std::string& name,
+                const std::string& found, const char* neededFor) {
+  findings.push_back({&group, "program", name, unlessEmpty(found), neededFor});
 }
 
-std::optional<std::string> onPath(const std::string& name) {
-  const char* path = std::getenv("PATH");
-  std::istringstream folders(path != nullptr ? path : "");
-  for (std::string folder; std::getline(folders, folder, ':');) {
-    std::string program = (std::filesystem::path(folder) / name).string();
-    if (isProgram(program)) return program;
-  }
-  return std::nullopt;
-}
-
+// Those that kolum runs: the appliance's where it has them, else what is installed.
 void findPrograms(std::vector<Finding>& findings) {
   const std::string standIns = standInFolder();
   const std::string tools = standIns.empty() ? kApplianceTools : standIns;
-  findings.insert(
-      findings.end(),
-      {{"program", "ffmpeg", firstProgram({tools + "ffmpeg"}), "album thumbnails"},
-       {"program", "convert", firstProgram({"/usr/local/sbin/convert"}),
-        "album thumbnails where ffmpeg makes none"},
-       {"program", "dsf2flac", firstProgram({tools + "dsf2flac"}), "DSD songs"},
-       {"program", "osm_info",
-        firstProgram({kApplianceTools + std::string("osm_info"), standIn("osm_info")}), "places"},
-       {"program", "setcfg", firstProgram({kSetTool}), "changing the configuration"},
-       {"program", "touch", firstProgram({"/bin/touch"}), "changing the configuration"},
-       {"program", "cp", firstProgram({"/bin/cp"}), "copying pictures"},
-       {"program", "chmod", firstProgram({"/bin/chmod"}), "copying pictures"},
-       {"program", "mount", onPath("mount"), "disc images"},
-       {"program", "umount", onPath("umount"), "disc images"}});
+  const std::string ffmpeg = firstProgram({tools + "ffmpeg"});
+  addProgram(findings, kHere, "ffmpeg or convert", ffmpeg.empty() ? convertTool() : ffmpeg,
+             "album thumbnails");
+  addProgram(findings, kHere, "dsf2flac", firstProgram({tools + "dsf2flac"}), "DSD songs");
+  addProgram(findings, kHere, "osm_info", osmInfoTool(), "places");
+  addProgram(findings, kHere, "setcfg", setTool(), "changing the configuration");
+}
+
+struct FixedProgram {
+  const char* path;
+  const char* neededFor;
+};
+
+// Those that the library runs for its hosts.
+constexpr FixedProgram kFixedPrograms[] = {
+    {"/usr/local/medialibrary/bin/ffmpeg", "album thumbnails"},
+    {kConvertTool, "album thumbnails where ffmpeg makes none"},
+    {"/usr/local/medialibrary/bin/dsf2flac", "DSD songs"},
+    {kOsmInfoTool, "places"},
+    {kSetTool, "changing the configuration"},
+    {"/bin/touch", "changing the configuration"},
+    {"/bin/cp", "copying pictures"},
+    {"/bin/chmod", "copying pictures"},
+};
+
+void findFixedPrograms(std::vector<Finding>& findings) {
+  for (const FixedProgram& program : kFixedPrograms)
+    addProgram(findings, kAppliance, program.path, firstProgram({program.path}), program.neededFor);
+  for (const char* name : {"mount", "umount"})
+    addProgram(findings, kAppliance, name, programOnPath(name), "disc images");
 }
 
 std::optional<std::string> when(bool condition, const std::string& detail) {
@@ -96,26 +111,27 @@ std::optional<std::string> semaphores() {
 }
 
 void findKernelFeatures(std::vector<Finding>& findings) {
-  findings.push_back({"kernel", "loop devices",
+  findings.push_back({&kAppliance, "kernel", "loop devices",
                       when(access("/dev/loop-control", F_OK) == 0, "/dev/loop-control"),
                       "disc images"});
   findings.push_back(
-      {"kernel", "right to mount", when(geteuid() == 0, "superuser"), "disc images"});
-  findings.push_back({"kernel", "iso9660", fileSystem("iso9660", "isofs"), "disc images"});
-  findings.push_back({"kernel", "udf", fileSystem("udf", "udf"), "disc images"});
-  findings.push_back({"kernel", "named semaphores", semaphores(), "notifications"});
+      {&kAppliance, "kernel", "right to mount", when(geteuid() == 0, "superuser"), "disc images"});
+  findings.push_back(
+      {&kAppliance, "kernel", "iso9660", fileSystem("iso9660", "isofs"), "disc images"});
+  findings.push_back({&kAppliance, "kernel", "udf", fileSystem("udf", "udf"), "disc images"});
+  findings.push_back({&kAppliance, "kernel", "named semaphores", semaphores(), "notifications"});
 }
 
 void findConfiguration(std::vector<Finding>& findings) {
   std::string dir;
   KoUtil_GetDataDir(dir);
-  findings.push_back(
-      {"configuration", "data volume", when(!dir.empty(), dir), "configuration, stamps"});
+  findings.push_back({&kAppliance, "configuration", "data volume", when(!dir.empty(), dir),
+                      "configuration, stamps"});
   for (const std::string& file :
        {std::string(kLibraryConfigFile), dir.empty() ? std::string() : dir + kServerConfigFile}) {
     if (file.empty()) continue;
-    findings.push_back({"configuration", file, when(access(file.c_str(), R_OK) == 0, "readable"),
-                        "configuration"});
+    findings.push_back({&kAppliance, "configuration", file,
+                        when(access(file.c_str(), R_OK) == 0, "readable"), "configuration"});
   }
 }
 
@@ -161,7 +177,7 @@ void findLibraries(std::vector<Finding>& findings) {
       version = digits.empty() ? file : digits.substr(1);
     }
     const std::string name(row.prefix.substr(0, row.prefix.rfind('.')));
-    findings.push_back({"library", name, version, row.neededFor});
+    findings.push_back({&kHere, "library", name, version, row.neededFor});
   }
 }
 
@@ -169,13 +185,20 @@ std::vector<Finding> examine() {
   std::vector<Finding> findings;
   findLibraries(findings);
   findPrograms(findings);
+  findFixedPrograms(findings);
   findKernelFeatures(findings);
   findConfiguration(findings);
   return findings;
 }
 
+void startGroup(Context& context, const Group& group) {
+  context.printer.heading(group.heading);
+  context.printer.table({{"Kind", 13}, {"Name", 36}, {"Needed for", 40}, {"Found", 0}});
+}
+
 void print(Context& context, const Finding& finding) {
   Result result;
+  result.data("group", finding.group->name);
   result.data("kind", finding.kind);
   result.data("name", finding.name);
   result.data("isThere", finding.found.has_value());
@@ -192,17 +215,21 @@ void print(Context& context, const Finding& finding) {
 
 Action defineDoctor(CLI::App& command) {
   command.footer(
-      "Tells which libraries, external programs, features of the kernel and configuration files\n"
-      "there are, and what is missing for what. The exit status is 1 when something is missing.\n"
+      "Reports which libraries, external programs, features of the kernel and configuration files\n"
+      "there are, and what each is needed for, in two groups: what kolum needs on every machine, "
+      "and\n"
+      "what the library needs on an appliance or to open disc images. The exit status is 1 when\n"
+      "something of the first group is missing.\n"
       "\nExample:\n  kolum doctor");
   return [](Context& context) {
-    context.printer.table({{"Kind", 13}, {"Name", 30}, {"Needed for", 40}, {"Found", 0}});
+    const Group* group = nullptr;
     bool isComplete = true;
     for (const Finding& finding : examine()) {
+      if (std::exchange(group, finding.group) != finding.group) startGroup(context, *finding.group);
       print(context, finding);
-      isComplete = isComplete && finding.found.has_value();
+      isComplete = isComplete && (finding.group != &kHere || finding.found.has_value());
     }
-    if (!isComplete) context.fail("something is missing");
+    if (!isComplete) context.fail("something is missing that is needed on every machine");
   };
 }
 

@@ -1,8 +1,8 @@
 #include <kolum/geocode.h>
 #include <kolum/host.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <cstdio>
@@ -13,7 +13,9 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "languages.h"
 #include "numbers.h"
+#include "programs.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -24,9 +26,6 @@ using MediaLibrary::osm_place_s;
 
 constexpr int kBuilding = 18;
 
-constexpr auto kLanguages = std::to_array<const char*>(
-    {"cs", "da", "de", "el", "en", "es", "fi", "fr", "hu", "it",    "ja",   "ko",
-     "nl", "no", "pl", "pt", "ro", "ru", "sv", "th", "tr", "zh-cn", "zh-tw"});
 constexpr auto kObjectTypes = std::to_array<const char*>({"node", "way", "relation", "other"});
 
 struct Options {
@@ -44,8 +43,17 @@ double degrees(const std::string& text, const char* what, double limit) {
 }
 
 Identifier language(int index) {
-  const bool known = index >= 0 && index < static_cast<int>(kLanguages.size());
-  return {index, known ? kLanguages[static_cast<std::size_t>(index)] : "other"};
+  const auto languages = placeLanguages();
+  const bool known = index >= 0 && index < static_cast<int>(languages.size());
+  return {index, std::string(known ? languages[static_cast<std::size_t>(index)] : "other")};
+}
+
+void checkLanguage(const std::string& code) {
+  const auto languages = placeLanguages();
+  if (code.empty() || std::find(languages.begin(), languages.end(), code) != languages.end())
+    return;
+  throw UsageError("--language takes one of " + joined({languages.begin(), languages.end()}) +
+                   ", not \"" + code + "\"");
 }
 
 Identifier objectType(int type) {
@@ -79,8 +87,17 @@ Result addressResult(const osm_place_s& place, std::size_t index) {
   return result;
 }
 
-void print(Context& context, const Options& options, const osm_param_s& query,
-           const osm_place_s& place) {
+std::vector<Result> addressResults(const osm_place_s& place, const std::string& wanted) {
+  std::vector<Result> addresses;
+  for (std::size_t i = 0; i < place.addresses.size() && i < place.addressParts.size(); ++i) {
+    if (wanted.empty() || wanted == language(place.addresses[i].language).name)
+      addresses.push_back(addressResult(place, i));
+  }
+  return addresses;
+}
+
+void print(Context& context, const osm_param_s& query, const osm_place_s& place,
+           std::vector<Result> addresses) {
   Result result;
   result.data("lat", query.lat);
   result.data("lon", query.lon);
@@ -90,27 +107,26 @@ void print(Context& context, const Options& options, const osm_param_s& query,
   result.data("osmType", type.json());
   result.data("osmId", place.osmId);
   result.show("Map object", joined({type.name, place.osmId}));
-  std::vector<Result> addresses;
-  for (std::size_t i = 0; i < place.addresses.size() && i < place.addressParts.size(); ++i) {
-    const bool wanted =
-        options.language.empty() || options.language == language(place.addresses[i].language).name;
-    if (wanted) addresses.push_back(addressResult(place, i));
-  }
   result.list("addresses", std::move(addresses));
   context.printer.block(result);
 }
 
 void run(Context& context, const Options& options) {
+  checkLanguage(options.language);
   osm_param_s query = {degrees(options.latitude, "LATITUDE", 90),
                        degrees(options.longitude, "LONGITUDE", 180), options.zoom};
-  const std::string fixedTool = kApplianceTools + std::string("osm_info");
-  const bool fixed = access(fixedTool.c_str(), X_OK) == 0;
-  const std::string tool = fixed ? fixedTool : standIn("osm_info");
-  if (access(tool.c_str(), X_OK) != 0) return context.fail(fixedTool, "no such tool");
+  const std::string tool = osmInfoTool();
+  if (tool.empty()) return context.fail(kOsmInfoTool, "no such tool");
   osm_place_s place = {};
-  const int status = fixed ? koOsmInfo(query, place) : askStandIn(tool, query, place);
-  if (status == 0) return print(context, options, query, place);
-  context.fail(tool, status == 2 ? "the tool knows no place there" : "no usable answer");
+  const int status =
+      tool == kOsmInfoTool ? koOsmInfo(query, place) : askStandIn(tool, query, place);
+  if (status != 0) {
+    return context.fail(tool, status == 2 ? "the tool knows no place there" : "no usable answer");
+  }
+  std::vector<Result> addresses = addressResults(place, options.language);
+  if (!addresses.empty()) return print(context, query, place, std::move(addresses));
+  context.fail(tool, options.language.empty() ? "the answer has no address"
+                                              : "the answer has no address in " + options.language);
 }
 
 }  // namespace
@@ -127,6 +143,11 @@ Action defineGeocode(CLI::App& command) {
       "Tells the place of a position and its address in several languages. The tool osm_info looks "
       "it\n"
       "up: the appliance's, else the stand-in built beside kolum.\n"
+      "\nThe stand-in's places are GeoNames data (https://www.geonames.org, licence CC BY 4.0), "
+      "unless a\n"
+      "server of your own is configured, which commonly has OpenStreetMap data (licence ODbL): "
+      "name\n"
+      "the source wherever you show places.\n"
       "\nExample:\n  kolum geocode 48.8584 2.2945 --language en");
   return [options](Context& context) { run(context, *options); };
 }

@@ -46,12 +46,9 @@ void startTable(Context& context, bool ffmpeg, bool extension) {
   context.printer.table(columns);
 }
 
-const Enumeration* enumerationNamed(const std::string& table) {
-  if (table == "formats") return &formats();
-  if (table == "brands") return &brands();
-  if (table == "codecs") return &codecs();
-  if (table == "profiles") return &profiles();
-  if (table == "exceptions") return &playExceptions();
+const Enumeration& enumerationNamed(const std::string& table) {
+  for (const NamedEnumeration& known : enumerations())
+    if (known.name == table) return known.enumeration();
   throw UsageError("unknown table \"" + table +
                    "\": formats, brands, codecs, profiles or exceptions");
 }
@@ -151,7 +148,7 @@ void printValue(Context& context, const Enumeration& enumeration, const std::str
 }
 
 void run(Context& context, const Options& options) {
-  const Enumeration& enumeration = *enumerationNamed(options.table);
+  const Enumeration& enumeration = enumerationNamed(options.table);
   const bool isProfiles = &enumeration == &profiles();
   if (!options.codec.empty() && !isProfiles) throw UsageError("--codec goes with profiles only");
   if (options.ffmpeg && !isProfiles && &enumeration != &codecs()) {

@@ -23,7 +23,7 @@ Result requestResult(const EchoRequest& request) {
   result.number("command", "Command", request.command);
   result.data("length", request.payload.size());
   result.data("payload", percentEncoded(request.payload));
-  result.show("Payload", request.payload.empty() ? "(none)" : echoText(request.payload));
+  result.show("Payload", request.payload.empty() ? "(none)" : request.payload);
   return result;
 }
 

@@ -8,13 +8,14 @@
 // command's --help says beyond its options (what it prints, an example), and returns the action.
 // The action gets the Context: it prints through context.printer and reports with context.fail().
 // Then add the declaration and one row here, the file to CMakeLists.txt, its JSON keys to
-// docs/tool.md, a line to docs/kolum.1, its options to completion/kolum.bash and its tests to
-// tests/tool.
+// docs/tool.md and docs/kolum.schema.json, and its tests to tests/tool. Manual pages and the
+// shells' completions follow the parser.
 
 namespace kolum::tool {
 
 Action defineArtwork(CLI::App& command);
 Action defineClassify(CLI::App& command);
+Action defineComplete(CLI::App& command);
 Action defineConfig(CLI::App& command);
 Action defineCover(CLI::App& command);
 Action defineDlna(CLI::App& command);
@@ -22,6 +23,7 @@ Action defineDoctor(CLI::App& command);
 Action defineDsf(CLI::App& command);
 Action defineExtensions(CLI::App& command);
 Action defineGeocode(CLI::App& command);
+Action defineHelp(CLI::App& command);
 Action defineIds(CLI::App& command);
 Action defineInfo(CLI::App& command);
 Action defineKeyframe(CLI::App& command);
@@ -52,6 +54,8 @@ constexpr Command kCommands[] = {
     {"serve-echo", "A small server for trying \"send\"", defineServeEcho},
     {"notify", "The change and stop notifications", defineNotify},
     {"doctor", "What is there on this machine, and what is missing", defineDoctor},
+    {"help", "The help of a command", defineHelp},
+    {"complete", "", defineComplete},
 };
 
 }  // namespace

@@ -18,7 +18,7 @@ using Action = std::function<void(Context&)>;
 
 struct Command {
   const char* name;
-  const char* summary;  // one line, for the list of commands
+  const char* summary;  // one line, for the list of commands; those without one are not listed
   // Adds the command's options to its parser and returns what to do with them.
   Action (*define)(CLI::App& command);
 };

@@ -46,12 +46,6 @@ class Context {
   std::optional<bool> hasChannels_;
 };
 
-// The folder of the stand-in tools, found from where this program lies, with its closing "/"; empty
-// when there is none.
-std::string standInFolder();
-// A tool in that folder; empty when there is no such folder.
-std::string standIn(const std::string& tool);
-
 }  // namespace kolum::tool
 
 #endif

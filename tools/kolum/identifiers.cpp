@@ -98,6 +98,17 @@ const Enumeration& playExceptions() {
   return kEnumeration;
 }
 
+std::span<const NamedEnumeration> enumerations() {
+  static constexpr NamedEnumeration kEnumerations[] = {
+      {"formats", formats},
+      {"brands", brands},
+      {"codecs", codecs},
+      {"profiles", profiles},
+      {"exceptions", playExceptions},
+  };
+  return kEnumerations;
+}
+
 Identifier codecIdentifier(int codec) {
   char name[KOLUM_IDENTIFIER_NAME_SIZE] = "";
   CodecIDToName(name, static_cast<unsigned>(codec));

@@ -34,6 +34,14 @@ const Enumeration& codecs();
 const Enumeration& profiles();
 const Enumeration& playExceptions();
 
+// The name by which people ask for an enumeration.
+struct NamedEnumeration {
+  std::string_view name;
+  const Enumeration& (*enumeration)();
+};
+
+std::span<const NamedEnumeration> enumerations();
+
 Identifier codecIdentifier(int codec);
 // A profile's number means something only with its codec: the codec's own name for it wins.
 Identifier profileIdentifier(int profile, int codec);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "arguments.h"
+#include "command_tree.h"
 #include "commands.h"
 #include "context.h"
 #include "interruption.h"
@@ -35,7 +36,7 @@ void addCommonOptions(CLI::App& parser, CommonOptions& options) {
   parser.add_flag("--json", options.json, "Prints one JSON object a line");
   parser.add_flag("--debug", options.debug, "Shows the library's debug lines on standard error");
   for (CLI::App* nested : parser.get_subcommands({})) {
-    nested->group(kCommandGroup);
+    nested->group(nested->get_description().empty() ? "" : kCommandGroup);
     addCommonOptions(*nested, options);
   }
 }
@@ -85,10 +86,8 @@ std::string commandLineOf(const CLI::App& command) {
 
 std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
   const bool wantsCommand = innermost(app).get_require_subcommand_min() > 0;
-  if (const auto words = app.remaining(true); !words.empty()) {
-    const bool isCommand = wantsCommand && !words.front().starts_with('-');
-    return (isCommand ? "no command \"" : "unexpected argument \"") + words.front() + "\"";
-  }
+  if (const auto words = app.remaining(true); !words.empty())
+    return unknownWord(innermost(app), unmarked(words.front()));
   std::string reason = error.what();
   if (wantsCommand && error.get_name() == "RequiredError") return "COMMAND is required";
   const std::size_t tooMany = reason.find(": At Most 1 required");
@@ -100,7 +99,7 @@ int run(const Channels& channels, int argc, char** argv) {
   CLI::App app("Tells what is in media files, and speaks to the media library around them.",
                "kolum");
   app.set_help_flag("-h,--help", "Shows this help");
-  app.set_version_flag("--version", "kolum " KOLUM_VERSION, "Shows the version");
+  app.set_version_flag("-V,--version", "kolum " KOLUM_VERSION, "Shows the version");
   app.get_formatter()->label("SUBCOMMAND", "COMMAND");
   app.get_formatter()->label("REQUIRED", "");
   app.get_formatter()->label("Positionals", "Operands");

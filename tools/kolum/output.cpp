@@ -153,6 +153,12 @@ void Printer::block(const Result& result) {
   raw(result.asBlock(inColour_));
 }
 
+void Printer::heading(const std::string& text) {
+  if (json_) return;
+  if (std::exchange(separate_, true)) raw("\n");
+  raw(coloured(inColour_, kBold, text) + "\n");
+}
+
 void Printer::table(const std::vector<Column>& columns) {
   widths_.clear();
   Result header;

@@ -89,6 +89,8 @@ class Printer {
 
   // One block a result, an empty line between two.
   void block(const Result& result);
+  // What the table below it is about; an empty line separates it from what is above. Text only.
+  void heading(const std::string& text);
   // Starts a table; row() then prints one line a result.
   void table(const std::vector<Column>& columns);
   void row(const Result& result);

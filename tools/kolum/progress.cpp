@@ -9,7 +9,6 @@ namespace kolum::tool {
 namespace {
 
 constexpr auto kBetween = std::chrono::milliseconds(100);
-constexpr std::size_t kLongestName = 50;  // with the count it fits into a line of 80
 
 }  // namespace
 
@@ -18,7 +17,7 @@ void Progress::next(std::string_view name) {
   const auto now = std::chrono::steady_clock::now();
   if (now < due_) return;
   due_ = now + kBetween;
-  const std::string shown = printable(name.substr(name.rfind('/') + 1), kLongestName);
+  const std::string shown = printable(name.substr(name.rfind('/') + 1));
   channels_.showProgress("File " + std::to_string(count_) + "  " + shown);
 }
 

@@ -1,5 +1,8 @@
 #include "text.h"
 
+#include <locale.h>
+#include <wchar.h>
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
@@ -77,6 +80,20 @@ std::string printableCharacter(std::string_view bytes, const Character& characte
   return std::string(bytes.substr(0, character.length));
 }
 
+// Columns of a terminal: 0 for what joins the character before it, 2 for wide characters and, to
+// stay within the line, for those that the C library does not know.
+std::size_t columnsOf(char32_t code) {
+  constexpr std::size_t kMost = 2;
+  if (code < 0x80) return 1;
+  // The tool itself runs in the "C" locale, which knows no width beyond ASCII.
+  static const locale_t kUtf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
+  if (kUtf8 == nullptr) return kMost;
+  const locale_t before = uselocale(kUtf8);
+  const int width = wcwidth(static_cast<wchar_t>(code));
+  uselocale(before);
+  return width < 0 ? kMost : static_cast<std::size_t>(width);
+}
+
 }  // namespace
 
 bool isUtf8(std::string_view bytes) {
@@ -88,16 +105,26 @@ bool isUtf8(std::string_view bytes) {
   return true;
 }
 
-std::string printable(std::string_view bytes, std::size_t longest) {
+std::string printable(std::string_view bytes) {
   std::string out;
   while (!bytes.empty()) {
     const Character character = firstCharacter(bytes);
-    const std::string shown = printableCharacter(bytes, character);
-    if (out.size() + shown.size() > longest) break;
-    out += shown;
+    out += printableCharacter(bytes, character);
     bytes.remove_prefix(std::max<std::size_t>(character.length, 1));
   }
   return out;
+}
+
+std::string_view cutToColumns(std::string_view text, std::size_t columns) {
+  std::size_t length = 0;
+  std::size_t used = 0;
+  while (length < text.size()) {
+    const Character character = firstCharacter(text.substr(length));
+    used += columnsOf(character.code);
+    if (used > columns) break;
+    length += std::max<std::size_t>(character.length, 1);
+  }
+  return text.substr(0, length);
 }
 
 std::string percentEncoded(std::string_view bytes) {

@@ -13,8 +13,10 @@ bool isUtf8(std::string_view bytes);
 
 // BYTES as a terminal may show them: invalid bytes as \xff, control characters (C1 and those that
 // turn the writing direction included) as \n, \x1b or \u202e, and the backslash itself doubled.
-// What would be longer than LONGEST bytes ends before the character that is too much.
-std::string printable(std::string_view bytes, std::size_t longest = SIZE_MAX);
+std::string printable(std::string_view bytes);
+
+// Printable TEXT, cut between characters where a terminal would need more COLUMNS for it.
+std::string_view cutToColumns(std::string_view text, std::size_t columns);
 
 // Numbers of a sound stream; 0 is unknown.
 struct Sound {

@@ -33,6 +33,8 @@ constexpr char kHelp[] =
     "The answer comes from the server that /etc/config/osm_info.conf names (another file with\n"
     "OSM_INFO_CONFIG in the environment), and without one from the GeoNames cities installed "
     "here.\n"
+    "Those are data of GeoNames (https://www.geonames.org), licence CC BY 4.0: name it where you\n"
+    "show them.\n"
     "\n"
     "Exit status: 0 done, 1 no answer, 2 wrong usage; 1 and 2 print an \"error\" element.\n";
 

@@ -1,6 +1,7 @@
-# bash completion for kolum: commands, their options, and files.
+# bash completion for kolum. The program itself knows what may follow: "kolum complete -- WORD..."
+# prints a line that may hold "files" (names of files fit, too) and "nospace", then for each candidate
+# its word, a tab and its meaning.
 
-_kolum_words() { COMPREPLY=($(compgen -W "$1" -- "$cur")); }
 # Adds files; their names may hold anything but a newline.
 _kolum_files() {
   local files
@@ -9,87 +10,25 @@ _kolum_files() {
   COMPREPLY+=("${files[@]}")
 }
 
-# A list of kinds: the last one is completed.
-_kolum_kinds() {
-  local before="" cur=$cur
-  [[ $cur == *,* ]] && before=${cur%,*},
-  cur=${cur##*,}
-  compopt -o nospace
-  _kolum_words "music photo playlist video"
-  COMPREPLY=("${COMPREPLY[@]/#/$before}")
-}
-
-# What may follow the option in $1; 1 when it takes no value.
-_kolum_value() {
-  case $1 in
-    --files-from | --payload | --socket) _kolum_files ;;
-    --kinds) _kolum_kinds ;;
-    --language) _kolum_words "cs da de el en es fi fr hu it ja ko nl no pl pt ro ru sv th tr zh-cn zh-tw" ;;
-    --mask) compopt -o nospace; _kolum_words "music= photo= playlist= video=" ;;
-    --codec) _kolum_words "$("$kolum" ids codecs 2>/dev/null | awk 'NR > 1 { sub("CODEC_ID_", "", $3); print $3 }')" ;;
-    --tag | --text | --seconds | --audio-stream | --zoom | --seek) ;;
-    *) return 1 ;;
-  esac
-}
-
 _kolum() {
-  local cur prev command="" nested="" operands=0 word i kolum=$1
-  local IFS=$' \t\n'
-  cur=${COMP_WORDS[COMP_CWORD]}
-  prev=${COMP_WORDS[COMP_CWORD - 1]}
+  local kolum=${1/#\~\//$HOME/} cur=${COMP_WORDS[COMP_CWORD]} word before="" joins=""
+  local words=() answer=()
   COMPREPLY=()
-  local valued="--files-from --payload --socket --kinds --language --mask --codec --tag --text --seconds --audio-stream --zoom --seek"
-  for ((i = 1; i < COMP_CWORD; i++)); do
-    word=${COMP_WORDS[i]}
-    if [[ $word == -* ]]; then
-      [[ " $valued " == *" $word "* ]] && ((++i))
-    elif [[ -z $command ]]; then
-      command=$word
-    else
-      ((operands++ == 0)) && nested=$word
-    fi
+  # Bash splits words at "=": the program gets them whole, and what follows "=" is replaced.
+  for word in "${COMP_WORDS[@]:1:COMP_CWORD}"; do
+    if [[ ${#words[@]} -gt 0 && ($word == = || $joins) ]]; then words[-1]+=$word; else words+=("$word"); fi
+    [[ $word == = ]] && joins=yes || joins=""
   done
-
-  local commands="probe info keyframe tracks dlna dsf cover classify extensions ids artwork geocode config send serve-echo notify doctor"
-  if [[ -z $command ]]; then
-    _kolum_words "$commands --help --version --json --debug"
-    return
-  fi
-  _kolum_value "$prev" && return
-
-  local options="--help --json --debug" words="" files=yes
-  case $command in
-    probe) options+=" --null --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
-    info) options+=" --null --files-from --seek" ;;
-    keyframe|dsf) options+=" --null --files-from" ;;
-    cover) options+=" --null --files-from --names" ;;
-    artwork)
-      [[ $nested == transcoded ]] && options+=" --null --files-from"
-      [[ -z $nested ]] && files= && words="album artist transcoded folder"
-      ;;
-    geocode) options+=" --zoom --language"; files= ;;
-    tracks) options+=" --null --files-from" ;;
-    dlna) options+=" --null --files-from --explain --audio-stream" ;;
-    classify) options+=" --null --files-from --kinds --mask --tag" ;;
-    extensions) options+=" --kinds --xml"; files= ;;
-    ids) options+=" --codec --ffmpeg"; files=; [[ -z $nested ]] && words="formats brands codecs profiles exceptions" ;;
-    config)
-      files=
-      [[ -z $nested ]] && words="show set"
-      [[ $nested == set && $operands == 1 ]] && words="KOLUMSERVER THUMBNAIL"
-      ;;
-    send) options+=" --text --payload"; files= ;;
-    serve-echo) options+=" --socket"; files= ;;
-    doctor) files= ;;
-    notify) files=; [[ $nested == wait ]] && options+=" --stop --seconds"; [[ -z $nested ]] && words="post stop wait clear" ;;
-  esac
-
-  if [[ $cur == -* ]]; then
-    _kolum_words "$options"
-    return
-  fi
-  _kolum_words "$words"
-  [[ $files ]] && _kolum_files
+  [[ $cur == = ]] && cur=""
+  before=${words[-1]%"$cur"}
+  mapfile -t answer < <("$kolum" complete -- "${words[@]}" 2>/dev/null)
+  [[ ${answer[0]} == *nospace* ]] && compopt -o nospace
+  for word in "${answer[@]:1}"; do
+    word=${word%%$'\t'*}
+    COMPREPLY+=("${word#"$before"}")
+  done
+  [[ ${answer[0]} == *files* ]] && _kolum_files
+  return 0
 }
 
 complete -F _kolum kolum

@@ -1,0 +1,38 @@
+#include <CLI/CLI.hpp>
+#include <memory>
+
+#include "arguments.h"
+#include "command_tree.h"
+#include "commands.h"
+#include "context.h"
+
+namespace kolum::tool {
+
+namespace {
+
+// The help of the command that TOPICS leads to, from ROOT on.
+std::string helpOn(const CLI::App& root, const std::vector<std::string>& topics) {
+  const CLI::App* command = &root;
+  std::string words = root.get_name();
+  for (const std::string& topic : topics) {
+    const CLI::App* nested = findCommand(*command, topic);
+    if (nested == nullptr) throw UsageError(unknownWord(*command, topic));
+    command = nested;
+    words += " " + topic;
+  }
+  return command->get_formatter()->make_help(command, words, CLI::AppFormatMode::Normal);
+}
+
+}  // namespace
+
+Action defineHelp(CLI::App& command) {
+  auto topics = std::make_shared<std::vector<std::string>>();
+  addTexts(command, "TOPIC", *topics, "A command, and one of its own commands");
+  command.footer(
+      "Shows what \"kolum --help\" shows, or \"kolum TOPIC --help\".\n"
+      "\nExamples:\n  kolum help probe\n  kolum help config set");
+  const CLI::App* root = command.get_parent();
+  return [root, topics](Context& context) { context.printer.raw(helpOn(*root, *topics)); };
+}
+
+}  // namespace kolum::tool
