@@ -92,6 +92,10 @@ int Stream::classicCodec() const {
   return descriptor != nullptr ? classicCodecNumber(descriptor->name) : kUnknownCodec;
 }
 
+std::string_view Stream::codecName() const {
+  return avcodec_get_name(stream_->codecpar->codec_id);
+}
+
 std::uint32_t Stream::codecTag() const {
   return stream_->codecpar->codec_tag;
 }
@@ -146,6 +150,10 @@ std::int64_t Stream::startTime() const {
 
 Rational Stream::sampleAspect() const {
   return fromFfmpeg(av_guess_sample_aspect_ratio(context_, stream_, nullptr));
+}
+
+bool Stream::isAttachedPicture() const {
+  return (stream_->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
 
 bool Stream::isEquirectangular() const {

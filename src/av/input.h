@@ -62,6 +62,8 @@ class Stream {
 
   // The frozen codec number of "av/classic_codecs.h"; kUnknownCodec for later codecs.
   int classicCodec() const;
+  // FFmpeg's short name of the codec ("av1"), also of those without a classic number.
+  std::string_view codecName() const;
   // The four-character tag, first character in the lowest byte; 0 when there is none.
   std::uint32_t codecTag() const;
   // The tag as text; characters that cannot be printed come as "[n]".
@@ -91,6 +93,9 @@ class Stream {
 
   // FFmpeg's guess from container and stream.
   Rational sampleAspect() const;
+
+  // True for the cover of a song or film, which is a stream of one picture.
+  bool isAttachedPicture() const;
 
   // True when the stream says that its pictures map a whole sphere (equirectangular projection).
   bool isEquirectangular() const;
