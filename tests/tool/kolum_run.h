@@ -29,6 +29,10 @@ void PrintTo(const Outcome& outcome, std::ostream* out);
 Outcome kolum(const std::vector<std::string>& arguments, const RunOptions& options = {},
               const std::string& redirection = "");
 
+// Runs kolum, with a shell's words as its arguments, where that many descriptors are allowed; none
+// are taken but the standard ones.
+Outcome kolumWithDescriptors(int count, const std::string& arguments);
+
 // Expects JSON Lines of a command to fit its part of the published schema.
 void expectFitsSchema(const std::string& command, const Outcome& outcome);
 
