@@ -61,13 +61,13 @@ Action defineCover(CLI::App& command) {
       "that order, also with a capital first letter.\n"
       "\nExample:\n  kolum cover Music/*/");
   return [options](Context& context) {
-    for (const std::string& name : fileNames(context, options->files)) {
+    forEachName(context, options->files, [&](const std::string& name) {
       if (options->names) {
         checkName(context, name);
       } else {
         findCover(context, name);
       }
-    }
+    });
   };
 }
 

@@ -81,8 +81,7 @@ void printNaming(Context& context, const MediaPath& path, const Options& options
 }
 
 void run(Context& context, const Options& options) {
-  const std::vector<std::string> names = fileNames(context, options.files);
-  forEachMediaFile(context, names, kVideoBit,
+  forEachMediaFile(context, options.files, kVideoBit,
                    [&](const MediaFile& file) { printNaming(context, file.path, options); });
 }
 

@@ -59,7 +59,7 @@ Action defineDsf(CLI::App& command) {
       "\nExample:\n  kolum dsf Music/*.dsf");
   return [files](Context& context) {
     context.initLibrary();
-    forEachMediaFile(context, fileNames(context, *files), kMusicBit, [&](const MediaFile& file) {
+    forEachMediaFile(context, *files, kMusicBit, [&](const MediaFile& file) {
       if (file.isNamed || isDsdName(file.path.name)) describe(context, file.path);
     });
   };

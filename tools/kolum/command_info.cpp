@@ -157,7 +157,7 @@ Action defineInfo(CLI::App& command) {
       "Lists the video, audio and subtitle streams of videos and songs as a player needs them.\n"
       "\nExample:\n  kolum info --seek 90 movie.mkv");
   return [options](Context& context) {
-    forEachMediaFile(context, fileNames(context, options->files), kVideoBit | kMusicBit,
+    forEachMediaFile(context, options->files, kVideoBit | kMusicBit,
                      [&](const MediaFile& file) { printInfo(context, file.path, *options); });
   };
 }

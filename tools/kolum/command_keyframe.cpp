@@ -49,9 +49,9 @@ Action defineKeyframe(CLI::App& command) {
       "after it.\n"
       "\nExample:\n  kolum keyframe 90 movie.mkv");
   return [options](Context& context) {
-    forEachMediaFile(
-        context, fileNames(context, options->files), kVideoBit,
-        [&](const MediaFile& file) { printKeyFrame(context, file, options->seconds); });
+    forEachMediaFile(context, options->files, kVideoBit, [&](const MediaFile& file) {
+      printKeyFrame(context, file, options->seconds);
+    });
   };
 }
 

@@ -55,8 +55,7 @@ constexpr char kNoMediaReason[] =
 void run(Context& context, Options& options) {
   const Prober* forced = forcedProber(options.files);
   const unsigned kinds = forced != nullptr ? forced->bit : kVideoBit | kMusicBit | kPhotoBit;
-  const std::vector<std::string> names = fileNames(context, options.files);
-  forEachMediaFile(context, names, kinds, [&](const MediaFile& file) {
+  forEachMediaFile(context, options.files, kinds, [&](const MediaFile& file) {
     const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
     if (prober != nullptr) return prober->probe(context, file.path, options.probe);
     context.fail(file.path.given, file.kind == kPlaylist ? kPlaylistReason : kNoMediaReason);

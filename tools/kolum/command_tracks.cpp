@@ -53,7 +53,7 @@ Action defineTracks(CLI::App& command) {
       "the picture and whether streams are encrypted.\n"
       "\nExample:\n  kolum tracks --json movie.mkv");
   return [files](Context& context) {
-    forEachMediaFile(context, fileNames(context, *files), kVideoBit | kMusicBit,
+    forEachMediaFile(context, *files, kVideoBit | kMusicBit,
                      [&](const MediaFile& file) { visit(context, file); });
   };
 }

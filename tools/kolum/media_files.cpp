@@ -47,7 +47,7 @@ class Walk {
   }
 
   void file(const std::string& path, bool isNamed) {
-    interruption_.check();
+    Interruption::check();
     progress_.next(path);
     ++visited_;
     const MediaPath split = splitPath(path);
@@ -118,10 +118,11 @@ class Walk {
 
 }  // namespace
 
-void forEachMediaFile(Context& context, const std::vector<std::string>& names, unsigned kinds,
+void forEachMediaFile(Context& context, const FileArguments& names, unsigned kinds,
                       const std::function<void(const MediaFile&)>& visit) {
+  requireNames(names);
   Walk walk(context, kinds, visit);
-  for (const std::string& name : names) walk.named(name);
+  forEachName(context, names, [&](const std::string& name) { walk.named(name); });
 }
 
 std::string refusalReason(const MediaPath& path, std::string_view otherwise) {
