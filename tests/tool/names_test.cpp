@@ -227,7 +227,7 @@ TEST(ShownNames, AreThoseThatWereGiven) {
   const TempDir own;
   own.write("text.mp4", "no video");
   EXPECT_THAT(kolum({"probe", "text.mp4"}, {.folder = own.folder()}).err,
-              testing::EndsWith("kolum: text.mp4: no video that can be probed\n"));
+              testing::EndsWith("kolum: text.mp4: not a media file\n"));
 }
 
 TEST(ShownNames, PlayNoTricksInText) {

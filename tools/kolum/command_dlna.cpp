@@ -7,6 +7,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "media_files.h"
 #include "text.h"
 
@@ -69,7 +70,7 @@ void printNaming(Context& context, const MediaPath& path, const Options& options
   DlnaNaming naming;
   if (ExplainDlnaProfile(path.folder.c_str(), path.name.c_str(), options.audioStream, &naming) !=
       0) {
-    return context.fail(path.given, refusalReason(path, "no video that can be probed"));
+    return context.fail(path.given, diagnose(path, Wanted::kVideo));
   }
   Result result = Result::ofFile(path.given);
   if (!naming.profile.empty()) result.data("dlnaProfile", naming.profile);

@@ -5,7 +5,9 @@
 
 #include "arguments.h"
 #include "commands.h"
+#include "content.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "file_types.h"
 #include "identifiers.h"
 #include "media_files.h"
@@ -36,11 +38,17 @@ void addNumbers(Result& result, const songObject_st& song) {
 
 void describe(Context& context, const MediaPath& path) {
   songObject_st song = {};
-  if (GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
-    return context.fail(path.given, refusalReason(path, "no DSD song that can be read"));
+  // The library reads tags from any song and calls it DSF.
+  if (!contentOf(path.full()).isDsd ||
+      GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
+    return context.fail(path.given, diagnose(path, Wanted::kDsdSong));
   }
-  if (song.sampleRate == 0) context.fail(path.given, "dsf2flac tells no numbers of it");
   Result result = Result::ofFile(path.given);
+  if (song.sampleRate == 0) {
+    const Failure failure = noNumbersFailure();
+    context.fail(path.given, std::string_view(failure.reason));
+    addFailure(result, failure);
+  }
   addContainer(result, song.containerFormat);
   addTags(result, song);
   addNumbers(result, song);

@@ -9,6 +9,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "identifiers.h"
 #include "media_files.h"
 #include "text.h"
@@ -127,7 +128,7 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
       GetMediaInfo(path.full().c_str(), &record, options.seekSeconds, &keyFrame);
   const std::unique_ptr<MediaInfo, FreeInfo> info(record);
   if (failed != 0 || info == nullptr) {
-    return context.fail(path.given, refusalReason(path, "no media file with streams"));
+    return context.fail(path.given, diagnose(path, Wanted::kStreams));
   }
   Result result = Result::ofFile(path.given);
   addContainer(result, info->containerFormat);

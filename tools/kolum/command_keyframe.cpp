@@ -7,6 +7,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "media_files.h"
 #include "text.h"
 
@@ -22,11 +23,14 @@ struct Options {
 void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
   const std::string& shown = file.path.given;
   if (file.isDisc) {
-    return context.fail(shown, "a disc; \"kolum info --seek\" finds key frames of its main title");
+    return context.fail(
+        shown,
+        Failure{Cause::kDisc, "a disc; \"kolum info --seek\" finds key frames of its main title"});
   }
   double keyFrame = 0;
   if (getVideoKeyFrameTime(file.path.full().c_str(), seconds, &keyFrame) != 0) {
-    return context.fail(shown, refusalReason(file.path, "no key frame from there on"));
+    return context.fail(shown, diagnose(file.path, Wanted::kKeyFrames,
+                                        {Cause::kNoKeyFrame, "no key frame from there on"}));
   }
   Result result = Result::ofFile(shown);
   result.data("seconds", seconds);

@@ -4,6 +4,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "media_files.h"
 #include "probe.h"
 
@@ -48,9 +49,14 @@ const Prober* proberOf(int kind) {
   return nullptr;
 }
 
-constexpr char kPlaylistReason[] = "a playlist has nothing to probe";
-constexpr char kNoMediaReason[] =
-    "no media file by its name; \"kolum probe video|audio|photo FILE\" probes it nevertheless";
+// Of a file that is of no kind with a prober.
+Failure kindFailure(const MediaFile& file) {
+  if (auto failure = readingFailure(file.path.full())) return *failure;
+  if (file.kind == kPlaylist) return {Cause::kPlaylist, "a playlist has nothing to probe"};
+  return {
+      Cause::kUnknownName,
+      "no media file by its name; \"kolum probe video|audio|photo FILE\" probes it nevertheless"};
+}
 
 void run(Context& context, Options& options) {
   const Prober* forced = forcedProber(options.files);
@@ -58,7 +64,7 @@ void run(Context& context, Options& options) {
   forEachMediaFile(context, options.files, kinds, [&](const MediaFile& file) {
     const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
     if (prober != nullptr) return prober->probe(context, file.path, options.probe);
-    context.fail(file.path.given, file.kind == kPlaylist ? kPlaylistReason : kNoMediaReason);
+    context.fail(file.path.given, kindFailure(file));
   });
 }
 

@@ -2,11 +2,9 @@
 
 #include <kolum/filetype.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <filesystem>
 
 #include "interruption.h"
@@ -30,7 +28,7 @@ class Walk {
 
   void named(const std::string& name) {
     struct stat status = {};
-    if (stat(name.c_str(), &status) != 0) return context_.fail(name, std::strerror(errno));
+    if (stat(name.c_str(), &status) != 0) return context_.fail(name, systemFailure(errno));
     const bool isFolder = S_ISDIR(status.st_mode);
     const std::string index = isFolder ? discIndex(withSlash(name)) : "";
     if (!isFolder || !index.empty()) return file(isFolder ? index : name, true);
@@ -52,8 +50,8 @@ class Walk {
     ++visited_;
     const MediaPath split = splitPath(path);
     if (split.full().size() > kLongestPath) {
-      return context_.fail(path,
-                           "path longer than " + std::to_string(kLongestPath) + " characters");
+      const std::string reason = "path longer than " + std::to_string(kLongestPath) + " characters";
+      return context_.fail(path, Failure{Cause::kPathTooLong, reason});
     }
     const bool isDisc = split.name == kDvdIndex || split.name == kBluRayIndex;
     visit_({split, kindOf(split.name, kEveryKind), isNamed, isDisc});
@@ -93,16 +91,22 @@ class Walk {
       names.push_back(entry->path().filename().string());
     }
     if (error) {
-      ++visited_;
-      context_.fail(path, error.message());
+      failed(path, error.value());
     }
     std::sort(names.begin(), names.end());
     return names;
   }
 
+  void failed(const std::string& path, int error) {
+    ++visited_;
+    context_.fail(path, systemFailure(error));
+  }
+
   void entry(const std::string& path) {
     struct stat status = {};
-    if (lstat(path.c_str(), &status) != 0) return;  // gone since the folder was listed
+    // What is gone since the folder was listed is no failure.
+    if (lstat(path.c_str(), &status) != 0)
+      return errno == ENOENT || errno == ENOTDIR ? void() : failed(path, errno);
     if (S_ISDIR(status.st_mode)) return subfolder(path + "/");
     if (S_ISLNK(status.st_mode) && stat(path.c_str(), &status) != 0) return;
     if (S_ISREG(status.st_mode) && kindOf(path, kinds_) != kNoMedia) file(path, false);
@@ -123,14 +127,6 @@ void forEachMediaFile(Context& context, const FileArguments& names, unsigned kin
   requireNames(names);
   Walk walk(context, kinds, visit);
   forEachName(context, names, [&](const std::string& name) { walk.named(name); });
-}
-
-std::string refusalReason(const MediaPath& path, std::string_view otherwise) {
-  struct stat status = {};
-  if (stat(path.full().c_str(), &status) != 0) return std::strerror(errno);
-  if (access(path.full().c_str(), R_OK) != 0) return std::strerror(errno);
-  if (S_ISREG(status.st_mode) && status.st_size == 0) return "empty file";
-  return std::string(otherwise);
 }
 
 }  // namespace kolum::tool

@@ -3,7 +3,6 @@
 #define KOLUM_TOOL_MEDIA_FILES_H
 
 #include <functional>
-#include <string>
 #include <string_view>
 
 #include "arguments.h"
@@ -28,17 +27,14 @@ struct MediaFile {
   bool isDisc;   // the index file of a DVD or Blu-ray folder
 };
 
-// Calls VISIT for every file behind NAMES, in order and as they come. A folder that holds a DVD (VIDEO_TS.IFO) or a
-// Blu-ray disc (index.bdmv) counts as one video, named by that file; any other folder is walked,
-// its entries in byte order, and of its files those of the wanted KINDS count; symbolic links to
-// folders are not followed there. A name that is no folder always counts, whatever it is called.
-// Names that do not exist, and paths longer than the library takes, are reported.
+// Calls VISIT for every file behind NAMES, in order and as they come. A folder that holds a DVD
+// (VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) counts as one video, named by that file; any other
+// folder is walked, its entries in byte order, and of its files those of the wanted KINDS count;
+// symbolic links to folders are not followed there. A name that is no folder always counts,
+// whatever it is called. Names that do not exist, and paths longer than the library takes, are
+// reported.
 void forEachMediaFile(Context& context, const FileArguments& names, unsigned kinds,
                       const std::function<void(const MediaFile&)>& visit);
-
-// Why the library may have refused a file: the system's reason when it cannot be read, else
-// OTHERWISE.
-std::string refusalReason(const MediaPath& path, std::string_view otherwise);
 
 }  // namespace kolum::tool
 
