@@ -84,6 +84,7 @@ TEST(Failures, WithoutTheStreamSayWhatThereIsInstead) {
        silent(),
        "no-such-stream",
        "no sound in it; it has video only (\"kolum probe video FILE\" describes it)"},
+      {{"dlna"}, "a.mp3", silent(), "no-such-stream", "no sound in it; it has video only"},
       {{"probe"},
        "a.mp3",
        samples() + "Photos/pattern.jpg",

@@ -399,6 +399,30 @@ TEST(Dlna, TellsWhyThereIsNoProfile) {
                          "  Remark        files of this container get a MIME type only\n");
 }
 
+TEST(Dlna, NamesSongs) {
+  const std::string song = samples() + "Music/Tones/01-first-tone.mp3";
+  EXPECT_EQ(single(kolum({"dlna", "--json", song})),
+            json({{"file", song}, {"dlnaProfile", "MP3"}, {"mimeType", "audio/mpeg"}}));
+  const Outcome explained = kolum({"dlna", "--json", "--explain", song});
+  EXPECT_EQ(single(explained)["remarks"].size(), 1U);
+  expectFitsSchema("dlna", explained);
+}
+
+TEST(Dlna, NamesSongsWithCoversAsSongs) {
+  const TempDir folder;
+  const std::string song = folder.path("cover.mp3");
+  mustRun({"ffmpeg", "-nostdin", "-loglevel", "error", "-i",
+           samples() + "Music/Tones/01-first-tone.mp3", "-i", samples() + "Music/Tones/cover.jpg",
+           "-map", "0:a", "-map", "1", "-c", "copy", "-disposition:v", "attached_pic", song});
+  EXPECT_EQ(single(kolum({"dlna", "--json", song}))["dlnaProfile"], "MP3");
+}
+
+TEST(Dlna, NamesTheSongsOfAFolder) {
+  const Outcome run = kolum({"dlna", "--json", samples() + "Music"});
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.json().size(), 4U);
+}
+
 TEST(ProbeAudio, JsonTellsTheSong) {
   const std::string file = samples() + "Music/Tones/01-first-tone.mp3";
   const json line = single(kolum({"probe", "--json", file}));
@@ -511,6 +535,20 @@ TEST(Info, ListsTheStreams) {
   EXPECT_EQ(audio["type"]["name"], "audio");
   EXPECT_EQ(audio["sampleRate"], 48000);
   EXPECT_FALSE(audio.contains("width"));
+}
+
+TEST(Info, TellsTheRealFrameRateBesideTheRecordsNumber) {
+  const TempDir folder;
+  const std::string file = folder.path("film.mp4");
+  mustRun({"ffmpeg", "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
+           "color=size=64x48:rate=30000/1001:duration=1", "-c:v", "mpeg4", file});
+  const Outcome run = kolum({"info", "--json", file});
+  const json stream = single(run)["streams"][0];
+  EXPECT_NEAR(stream["realFrameRate"].get<double>(), 29.97, 0.001);
+  EXPECT_EQ(stream["realFrameRate"], single(kolum({"probe", "--json", file}))["frameRate"]);
+  // Of the MediaInfo record: 30000 by the time base's 30000.
+  EXPECT_EQ(stream["frameRate"], 1);
+  expectFitsSchema("info", run);
 }
 
 TEST(Info, LeavesOutWhatTheFileDoesNotTell) {

@@ -53,11 +53,17 @@ void addKnown(nlohmann::ordered_json& json, const char* key, std::int64_t value)
   if (value != 0) json[key] = value;
 }
 
+double realFrameRate(const MediaStreamInfo& stream) {
+  if (stream.frameRateDen == 0) return 0;
+  return static_cast<double>(stream.frameRateNum) / stream.frameRateDen;
+}
+
 void addVideo(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
   addKnown(json, "bitRate", stream.bitRate);
   addKnown(json, "width", stream.width);
   addKnown(json, "height", stream.height);
   json["rotation"] = stream.rotation;
+  if (const double rate = realFrameRate(stream); rate > 0) json["realFrameRate"] = rate;
   json["frameRate"] = stream.frameRate;
   json["frameRateNum"] = stream.frameRateNum;
   json["frameRateDen"] = stream.frameRateDen;
@@ -84,9 +90,8 @@ nlohmann::ordered_json streamJson(const MediaStreamInfo& stream, int codec) {
 }
 
 std::string frameRateText(const MediaStreamInfo& stream) {
-  if (stream.frameRateDen == 0) return "";
-  const double rate = static_cast<double>(stream.frameRateNum) / stream.frameRateDen;
-  return decimalText(rate, 3) + " frames/s";
+  const double rate = realFrameRate(stream);
+  return rate > 0 ? decimalText(rate, 3) + " frames/s" : "";
 }
 
 std::string videoText(const MediaStreamInfo& stream) {
