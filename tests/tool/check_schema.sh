@@ -27,6 +27,7 @@ for command in probe info tracks dlna dsf "keyframe 0"; do
   fits $command "$folder/missing" "$folder/empty.mp4" "$folder/empty.mp3" "$folder/unknown"
 done
 fits cover "$folder/missing"
+fits probe --all "$samples"
 fits info --seek 1 "$samples"
 fits info "$samples/Videos"
 fits keyframe 0 "$samples/Videos/harbour.mp4"

@@ -144,7 +144,7 @@ TEST(Failures, OfWhatIsNoFileSayWhatItIs) {
   const std::vector<std::vector<std::string>> commands = {
       {"probe"},         {"probe", "audio"}, {"probe", "photo"}, {"info"},
       {"tracks"},        {"keyframe", "0"},  {"dlna"},           {"dsf"},
-      {"probe", "video"}};
+      {"probe", "--all"}};
   for (std::vector<std::string> command : commands) {
     command.insert(command.end(), {"--json", "fifo.mp4", "socket.mp4", "null.mp4"});
     const Outcome run = kolum(command, {.folder = folder.folder()});

@@ -19,7 +19,7 @@ namespace kolum::tool {
 namespace {
 
 struct Options {
-  FileArguments files;
+  MediaFileArguments files;
   int audioStream = 0;
   bool explain = false;
 };
@@ -114,7 +114,7 @@ void run(Context& context, const Options& options) {
 
 Action defineDlna(CLI::App& command) {
   auto options = std::make_shared<Options>();
-  addFileArguments(command, options->files);
+  addMediaFileArguments(command, options->files);
   command.add_flag("--explain", options->explain,
                    "Tells how the profile was found, or why none was");
   addAudioStreamOption(command, options->audioStream);

@@ -55,11 +55,17 @@ void describe(Context& context, const MediaPath& path) {
   context.printer.block(result);
 }
 
+// A file in a folder counts when it is a DSD song, by its name or with --all by its content.
+bool isWanted(const MediaFile& file, bool byContent) {
+  if (file.isNamed || isDsdName(file.path.name)) return true;
+  return byContent && contentOf(file.path.full()).isDsd;
+}
+
 }  // namespace
 
 Action defineDsf(CLI::App& command) {
-  auto files = std::make_shared<FileArguments>();
-  addFileArguments(command, *files);
+  auto files = std::make_shared<MediaFileArguments>();
+  addMediaFileArguments(command, *files);
   command.footer(
       "Describes DSD songs (.dsf and .dff) with their tags, as the server stores them. The "
       "numbers\n"
@@ -68,7 +74,7 @@ Action defineDsf(CLI::App& command) {
   return [files](Context& context) {
     context.initLibrary();
     forEachMediaFile(context, *files, kMusicBit, [&](const MediaFile& file) {
-      if (file.isNamed || isDsdName(file.path.name)) describe(context, file.path);
+      if (isWanted(file, files->byContent)) describe(context, file.path);
     });
   };
 }

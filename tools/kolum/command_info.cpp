@@ -22,7 +22,7 @@ namespace {
 constexpr auto kUnknownDuration = static_cast<unsigned>(INT64_MIN / 1000000);
 
 struct Options {
-  FileArguments files;
+  MediaFileArguments files;
   int seekSeconds = 0;
 };
 
@@ -155,7 +155,7 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
 
 Action defineInfo(CLI::App& command) {
   auto options = std::make_shared<Options>();
-  addFileArguments(command, options->files);
+  addMediaFileArguments(command, options->files);
   addNumber(command, "--seek", options->seekSeconds, {1, INT_MAX},
             "Also finds the key frame to start from")
       ->type_name("SECONDS");

@@ -17,7 +17,7 @@ namespace {
 
 struct Options {
   int seconds = 0;
-  FileArguments files;
+  MediaFileArguments files;
 };
 
 void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
@@ -46,7 +46,7 @@ Action defineKeyframe(CLI::App& command) {
   addNumber(command, "SECONDS", options->seconds, {0, INT_MAX}, "From the start of the video")
       ->required()
       ->type_name("");
-  addFileArguments(command, options->files);
+  addMediaFileArguments(command, options->files);
   command.footer(
       "Finds the key frame from which a player starts to play at SECONDS: mostly the first one at "
       "or\n"

@@ -47,8 +47,8 @@ void visit(Context& context, const MediaFile& file) {
 }  // namespace
 
 Action defineTracks(CLI::App& command) {
-  auto files = std::make_shared<FileArguments>();
-  addFileArguments(command, *files);
+  auto files = std::make_shared<MediaFileArguments>();
+  addMediaFileArguments(command, *files);
   command.footer(
       "Counts the audio and subtitle tracks of videos and songs, and tells the stored rotation of\n"
       "the picture and whether streams are encrypted.\n"

@@ -27,7 +27,7 @@ _kolum_value() {
     --language) _kolum_words "cs da de el en es fi fr hu it ja ko nl no pl pt ro ru sv th tr zh-cn zh-tw" ;;
     --mask) compopt -o nospace; _kolum_words "music= photo= playlist= video=" ;;
     --codec) _kolum_words "$("$kolum" ids codecs 2>/dev/null | awk 'NR > 1 { sub("CODEC_ID_", "", $3); print $3 }')" ;;
-    --tag | --text | --seconds | --audio-stream | --zoom | --seek) ;;
+    --exclude | --tag | --text | --seconds | --audio-stream | --zoom | --seek) ;;
     *) return 1 ;;
   esac
 }
@@ -38,7 +38,7 @@ _kolum() {
   cur=${COMP_WORDS[COMP_CWORD]}
   prev=${COMP_WORDS[COMP_CWORD - 1]}
   COMPREPLY=()
-  local valued="--files-from --payload --socket --kinds --language --mask --codec --tag --text --seconds --audio-stream --zoom --seek"
+  local valued="--files-from --exclude --payload --socket --kinds --language --mask --codec --tag --text --seconds --audio-stream --zoom --seek"
   for ((i = 1; i < COMP_CWORD; i++)); do
     word=${COMP_WORDS[i]}
     if [[ $word == -* ]]; then
@@ -59,17 +59,16 @@ _kolum() {
 
   local options="--help --json --debug" words="" files=yes
   case $command in
-    probe) options+=" --null --files-from --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
-    info) options+=" --null --files-from --seek" ;;
-    keyframe|dsf) options+=" --null --files-from" ;;
+    probe) options+=" --null --files-from --all --exclude --audio-stream"; [[ -z $nested ]] && words="video audio photo" ;;
+    info) options+=" --null --files-from --all --exclude --seek" ;;
+    keyframe|dsf|tracks) options+=" --null --files-from --all --exclude" ;;
     cover) options+=" --null --files-from --names" ;;
     artwork)
       [[ $nested == transcoded ]] && options+=" --null --files-from"
       [[ -z $nested ]] && files= && words="album artist transcoded folder"
       ;;
     geocode) options+=" --zoom --language"; files= ;;
-    tracks) options+=" --null --files-from" ;;
-    dlna) options+=" --null --files-from --explain --audio-stream" ;;
+    dlna) options+=" --null --files-from --all --exclude --explain --audio-stream" ;;
     classify) options+=" --null --files-from --kinds --mask --tag" ;;
     extensions) options+=" --kinds --xml"; files= ;;
     ids) options+=" --codec --ffmpeg"; files=; [[ -z $nested ]] && words="formats brands codecs profiles exceptions" ;;
