@@ -26,14 +26,17 @@ std::string listed() {
   std::string list(kUsual);
   void* position = nullptr;
   while (const AVInputFormat* demuxer = release::nextDemuxer(position)) {
-    const auto* refused =
-        std::find(std::begin(kOpenFurtherFiles), std::end(kOpenFurtherFiles), demuxer->name);
-    if (refused == std::end(kOpenFurtherFiles)) list += std::string(",") + demuxer->name;
+    if (!opensFurtherFiles(demuxer->name)) list += std::string(",") + demuxer->name;
   }
   return list;
 }
 
 }  // namespace
+
+bool opensFurtherFiles(std::string_view demuxer) {
+  return std::find(std::begin(kOpenFurtherFiles), std::end(kOpenFurtherFiles), demuxer) !=
+         std::end(kOpenFurtherFiles);
+}
 
 const char* fileDemuxers() {
   static const std::string kList = listed();

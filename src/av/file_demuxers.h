@@ -2,11 +2,16 @@
 #ifndef KOLUM_AV_FILE_DEMUXERS_H
 #define KOLUM_AV_FILE_DEMUXERS_H
 
+#include <string_view>
+
 namespace kolum::av {
 
 // All but those that open further files: what a playlist or script names may hang, lead in circles
 // or run programs. Comma-separated names, as FFmpeg takes them; static storage.
 const char* fileDemuxers();
+
+// Whether the demuxer of this name is one of those that open further files.
+bool opensFurtherFiles(std::string_view demuxer);
 
 }  // namespace kolum::av
 

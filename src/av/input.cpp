@@ -10,7 +10,6 @@
 #include "av/ffmpeg.h"
 #include "av/file_demuxers.h"
 #include "media/levels.h"
-#include "media/pixel_formats.h"
 
 namespace kolum::av {
 
@@ -134,6 +133,10 @@ int Stream::classicCodec() const {
   return descriptor != nullptr ? classicCodecNumber(descriptor->name) : kNoCodec;
 }
 
+std::string_view Stream::codecName() const {
+  return avcodec_get_name(stream_->codecpar->codec_id);
+}
+
 std::uint32_t Stream::codecTag() const {
   return stream_->codecpar->codec_tag;
 }
@@ -159,9 +162,9 @@ int Stream::level() const {
 std::int64_t Stream::bitRate() const {
   return stream_->codecpar->bit_rate;
 }
-int Stream::classicPixelFormat() const {
+std::string_view Stream::pixelFormatName() const {
   const char* name = av_get_pix_fmt_name(static_cast<AVPixelFormat>(stream_->codecpar->format));
-  return name != nullptr ? media::classicPixelFormat(name) : media::kUnknownPixelFormat;
+  return name != nullptr ? name : "";
 }
 int Stream::sampleRate() const {
   return stream_->codecpar->sample_rate;
@@ -184,6 +187,10 @@ std::int64_t Stream::startTime() const {
 
 Rational Stream::sampleAspect() const {
   return fromFfmpeg(av_guess_sample_aspect_ratio(context_, stream_, nullptr));
+}
+
+bool Stream::isAttachedPicture() const {
+  return (stream_->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
 
 bool Stream::isEquirectangular() const {

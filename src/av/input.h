@@ -60,6 +60,8 @@ class Stream {
 
   // The frozen codec number of "av/classic_codecs.h"; kNoCodec for later codecs.
   int classicCodec() const;
+  // FFmpeg's short name of the codec ("av1"), also of those without a classic number.
+  std::string_view codecName() const;
   // The four-character tag, first character in the lowest byte; 0 when there is none.
   std::uint32_t codecTag() const;
   // The tag as text; characters that cannot be printed come as "[n]".
@@ -76,8 +78,8 @@ class Stream {
   // In pixels. A picture that is stored as tiles is one stream of the whole picture's size.
   int width() const { return size_.width; }
   int height() const { return size_.height; }
-  // The frozen pixel format number of "media/pixel_formats.h" of a video stream.
-  int classicPixelFormat() const;
+  // FFmpeg's name of a video stream's pixel format ("yuv420p"); empty when unknown.
+  std::string_view pixelFormatName() const;
 
   int sampleRate() const;
   int channels() const;
@@ -90,6 +92,9 @@ class Stream {
 
   // FFmpeg's guess from container and stream.
   Rational sampleAspect() const;
+
+  // True for the cover of a song or film, which is a stream of one picture.
+  bool isAttachedPicture() const;
 
   // True when the stream says that its pictures map a whole sphere (equirectangular projection).
   bool isEquirectangular() const;

@@ -15,7 +15,7 @@ unsigned int GetPhotoMetadata(const char* folder, const char* fileName, uint32_t
   const auto input = path ? av::Input::openWithStreams(path->c_str()) : std::nullopt;
   if (!input) return 1;
   if (const av::Stream* picture = input->firstStream(av::MediaType::kVideo))
-    *pixelFormat = static_cast<uint32_t>(picture->classicPixelFormat());
+    *pixelFormat = static_cast<uint32_t>(media::classicPixelFormat(picture->pixelFormatName()));
   return 0;
 } catch (...) {
   return 1;

@@ -25,8 +25,10 @@ nobody '#include .*iniparser' 'only src/support includes iniparser' \
 nobody '#include "(\.\.|tools|tests|host)/' 'the library stands on nothing above it' $(sources src)
 nobody '#include "' 'public headers include public headers only' $(sources include)
 nobody 'getenv' 'the library reads no environment variable' $(sources src)
-nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
-  'the tool stands on the public headers and src/media only' $(sources tools/kolum)
+nobody '#include "(config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
+  'the tool stands on the public headers, and on no family' $(sources tools/kolum)
+nobody '#include "av/' 'only content.cpp of the tool looks at src/av' \
+  $(sources tools/kolum | grep -v '^tools/kolum/content.cpp')
 nobody 'LIBAV[A-Z]+_VERSION' "differences between FFmpeg's releases stand in src/av/ffmpeg.h" \
   $(sources src | grep -v '^src/av/ffmpeg.h')
 nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \

@@ -9,6 +9,7 @@
 
 #include "av/file_demuxers.h"
 #include "av/input.h"
+#include "av/recognition.h"
 #include "mediainfo/key_frames.h"
 #include "support/child_process.h"
 #include "support/media_factory.h"
@@ -193,6 +194,29 @@ TEST(FileDemuxers, DoNotLimitUrls) {
   testing::internal::GetCapturedStderr();
   EXPECT_EQ(result, 0U);
   EXPECT_GE(time, 0);
+}
+
+TEST(Recognition, GoesByTheFirstBytesAlone) {
+  const TempDir folder;
+  const std::string whole =
+      contentOf(media("whole.mp4", "-f lavfi -i color=size=64x48:rate=5:duration=1 -c:v mpeg4"));
+  const std::string cut = folder.write("cut.mkv", std::string_view(whole).substr(0, 64));
+  EXPECT_EQ(kolum::av::recognize(cut.c_str()).format, "QuickTime / MOV");
+  EXPECT_FALSE(kolum::av::recognize(cut.c_str()).opensFurtherFiles);
+  for (const std::string& content : {std::string(), std::string(5000, 'x'), std::string(5000, 0)})
+    EXPECT_EQ(kolum::av::recognize(folder.write("text.mp4", content).c_str()).format, "");
+  EXPECT_EQ(kolum::av::recognize(folder.path("missing.mp4").c_str()).format, "");
+  EXPECT_EQ(kolum::av::recognize(folder.folder().c_str()).format, "");
+  ASSERT_EQ(mkfifo(folder.path("fifo.mp4").c_str(), 0600), 0);
+  EXPECT_EQ(kolum::av::recognize(folder.path("fifo.mp4").c_str()).format, "");
+}
+
+TEST(Recognition, MarksWhatOpensFurtherFiles) {
+  const TempDir folder;
+  const std::string list = folder.write(
+      "list.mp4", "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:1\n#EXTINF:1\na.ts\n");
+  EXPECT_NE(kolum::av::recognize(list.c_str()).format, "");
+  EXPECT_TRUE(kolum::av::recognize(list.c_str()).opensFurtherFiles);
 }
 
 }  // namespace

@@ -26,6 +26,15 @@ for command in $commands; do
   grep -q '^Examples\?:$' <<<"$("$kolum" "$command" --help)" || fail "$command has no example"
   [ -f "$page" ] || fail "no page for $command"
 done
+# The codes of failures: those of the tool, of its documentation and of the schema are the same.
+codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/tools/kolum/failure.cpp" | sort)
+[ "$(wc -l <<<"$codes")" -ge 20 ] || fail "codes of failures: $codes"
+documented=$(sed -n '/^| `code` |/,/^$/p' "$source/docs/tool.md" | sed '1,2d' | cut -d'|' -f2 | grep -o '[a-z-]*' | sort)
+[ "$documented" = "$codes" ] || fail "docs/tool.md has other codes of failures: $documented"
+published=$(python3 -c 'import json, sys
+print(*sorted(json.load(sys.stdin)["$defs"]["error"]["properties"]["code"]["enum"]), sep="\n")' <"$source/docs/kolum.schema.json")
+[ "$(sort <<<"$published")" = "$codes" ] || fail "the schema has other codes of failures: $published"
+
 for page in "$man"/*.1; do
   said=$(mandoc -Tlint -W warning "$page") || fail "$said"
 done

@@ -20,6 +20,14 @@ fits() {
 
 cp "$samples/Videos/harbour.mp4" "$folder/"$'caf\xe9.mp4'
 fits probe "$samples" "$folder"
+mkdir "$folder/unknown"
+touch "$folder/unknown/a.heic" "$folder/empty.mp4" "$folder/empty.mp3"
+for command in probe info tracks dlna dsf "keyframe 0"; do
+  # shellcheck disable=SC2086
+  fits $command "$folder/missing" "$folder/empty.mp4" "$folder/empty.mp3" "$folder/unknown"
+done
+fits cover "$folder/missing"
+fits probe --all "$samples"
 fits info --seek 1 "$samples"
 fits info "$samples/Videos"
 fits keyframe 0 "$samples/Videos/harbour.mp4"

@@ -233,6 +233,19 @@ TEST(Messages, AreLostSilentlyWithStandardErrorClosed) {
   EXPECT_EQ(run.out, "");
 }
 
+TEST(Descriptors, OfAFewAreEnough) {
+  const Outcome run = kolumWithDescriptors(8, "probe --json '" + samples() + "Photos/pattern.jpg'");
+  EXPECT_EQ(run.status, 0);
+  ASSERT_EQ(run.json().size(), 1U);
+  EXPECT_EQ(run.json()[0]["width"], 1600);
+}
+
+TEST(Descriptors, UsedUpAreAFailureWithItsReason) {
+  const Outcome none = kolumWithDescriptors(5, "probe '" + samples() + "Photos/pattern.jpg'");
+  EXPECT_EQ(none.status, 1);
+  EXPECT_EQ(none.err, "kolum: Too many open files\n");
+}
+
 // The song's probe writes a line to standard error, the video's some to standard output.
 TEST(LibraryLines, NeverReachTheToolsOutput) {
   const Outcome run =

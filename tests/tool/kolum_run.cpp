@@ -59,6 +59,13 @@ std::string copyOfKolum(const std::string& folder, const std::vector<std::string
   return program;
 }
 
+Outcome kolumWithDescriptors(int count, const std::string& arguments) {
+  const std::string script = "for fd in {3..63}; do eval \"exec $fd>&-\"; done; ulimit -n " +
+                             std::to_string(count) + "; exec '" KOLUM_PROGRAM "' " + arguments;
+  const RunResult result = run({"bash", "-c", script});
+  return {result.status, result.out, result.err};
+}
+
 void expectFitsSchema(const std::string& command, const Outcome& outcome) {
   const RunResult checked = run({KOLUM_SOURCE_FOLDER "/tests/tool/validate.py",
                                  KOLUM_SOURCE_FOLDER "/docs/kolum.schema.json", command},

@@ -35,6 +35,9 @@ Outcome runKolum(const std::string& program, const std::vector<std::string>& arg
 
 // A copy of the program below FOLDER that has these stand-ins of the build tree and no others.
 std::string copyOfKolum(const std::string& folder, const std::vector<std::string>& standIns = {});
+// Runs kolum, with a shell's words as its arguments, where that many descriptors are allowed; none
+// are taken but the standard ones.
+Outcome kolumWithDescriptors(int count, const std::string& arguments);
 
 // Expects JSON Lines of a command to fit its part of the published schema.
 void expectFitsSchema(const std::string& command, const Outcome& outcome);

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 
+#include <csignal>
+
 #include "support/temp_dir.h"
 #include "tool/kolum_run.h"
 
@@ -75,6 +77,78 @@ TEST(FileNames, AListThatCannotBeReadIsAnError) {
   const Outcome isFolder = kolum({"classify", "--files-from", folder.folder(), "a.mp4"});
   EXPECT_EQ(isFolder.status, 1);
   EXPECT_THAT(isFolder.out, HasSubstr("a.mp4"));
+}
+
+// A process beside kolum that waits for each answer before it gives the next name, through pipes.
+// The names end with what END is to printf; the answers come in lines.
+std::string inTurn(const std::string& arguments, const std::string& end,
+                   const std::vector<std::string>& names) {
+  const std::string script = "coproc K { exec '" KOLUM_PROGRAM "' " + arguments +
+                             "; }\npid=$K_PID\n"
+                             "for name in \"$@\"; do\n"
+                             "  printf '%s" +
+                             end +
+                             "' \"$name\" >&\"${K[1]}\"\n"
+                             "  IFS= read -r -t 20 line <&\"${K[0]}\" || exit 9\n"
+                             "  printf '%s\\n' \"$line\"\n"
+                             "done\n"
+                             "eval \"exec ${K[1]}>&-\"\n"
+                             "wait \"$pid\"\n";
+  std::vector<std::string> command = {"bash", "-c", script, "bash"};
+  command.insert(command.end(), names.begin(), names.end());
+  const RunResult result = run(command);
+  EXPECT_EQ(result.status, 0) << result.err;
+  return result.out;
+}
+
+TEST(FileNames, OfAListAreAnsweredAsTheyCome) {
+  const std::vector<std::string> names = {"a.mp4", "b c.mp3", "caf\xE9.jpg"};
+  const std::string answers = kolum({"classify", "--json", "a.mp4", "b c.mp3", "caf\xE9.jpg"}).out;
+  EXPECT_EQ(inTurn("classify --json -", "\\n", names), answers);
+  EXPECT_EQ(inTurn("classify --json -", "\\0", names), answers);
+  EXPECT_EQ(inTurn("classify --json -0 -", "\\0", names), answers);
+  EXPECT_EQ(inTurn("classify --json --files-from -", "\\n", names), answers);
+}
+
+TEST(FileNames, OfAListAreProbedAsTheyCome) {
+  const std::vector<std::string> names = {samples() + "Photos/pattern.jpg",
+                                          samples() + "Videos/harbour.mp4"};
+  const std::string answers = kolum({"probe", "--json", names[0], names[1]}).out;
+  EXPECT_EQ(inTurn("probe --json -", "\\n", names), answers);
+  EXPECT_EQ(inTurn("probe --json -", "\\0", names), answers);
+}
+
+TEST(FileNames, WaitingForThemCanBeInterrupted) {
+  const RunResult result = run({"bash", "-c",
+                                "sleep 2 | timeout --signal=INT --preserve-status "
+                                "0.5 '" KOLUM_PROGRAM "' probe -; exit $?"});
+  EXPECT_EQ(result.status, 128 + SIGINT);
+}
+
+TEST(FileNames, OfAListMayComeInPieces) {
+  const RunResult result =
+      run({"bash", "-c",
+           "{ printf a.m; sleep 0.2; printf 'p4\\nb'; sleep 0.2; printf '.mp3'; } | "
+           "'" KOLUM_PROGRAM "' classify --json -"});
+  std::vector<std::string> names;
+  for (const auto& line : Outcome{0, result.out, ""}.json()) names.push_back(line["file"]);
+  EXPECT_THAT(names, ElementsAre("a.mp4", "b.mp3"));
+}
+
+TEST(FileNames, OfAListThatMixesNulAndNewlineAreRefused) {
+  std::string list;
+  for (int i = 0; i < 50'000; ++i) list += "a\n";
+  const Outcome run = kolum({"classify", "-"}, {.input = list + "b\0c\n"s});
+  EXPECT_EQ(run.status, 1);
+  EXPECT_THAT(run.err, HasSubstr("kolum: standard input: some names end with newlines and some "
+                                 "with NUL; say -0\n"));
+}
+
+TEST(FileNames, OfAListWithoutEndAreRefused) {
+  const RunResult result =
+      run({"bash", "-c", "head -c 100M /dev/zero | tr '\\0' x | '" KOLUM_PROGRAM "' classify -"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.err, HasSubstr("kolum: standard input: File name too long\n"));
 }
 
 TEST(FileNames, MeanNothingToTheParser) {
@@ -153,7 +227,7 @@ TEST(ShownNames, AreThoseThatWereGiven) {
   const TempDir own;
   own.write("text.mp4", "no video");
   EXPECT_THAT(kolum({"probe", "text.mp4"}, {.folder = own.folder()}).err,
-              testing::EndsWith("kolum: text.mp4: no video that can be probed\n"));
+              testing::EndsWith("kolum: text.mp4: not a media file\n"));
 }
 
 TEST(ShownNames, PlayNoTricksInText) {

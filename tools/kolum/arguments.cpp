@@ -10,6 +10,7 @@
 #include <cstring>
 #include <string_view>
 
+#include "name_list.h"
 #include "numbers.h"
 
 namespace kolum::tool {
@@ -18,52 +19,23 @@ namespace {
 
 constexpr char kMark = '\x01';
 constexpr int kAnyNumber = 1 << 29;
-constexpr std::size_t kListLimit = std::size_t{256} << 20;
 
 bool wouldBeMisread(std::string_view argument) {
   return argument == "++" || argument == "%%" || argument.starts_with('[') ||
          argument.starts_with('{') || argument.starts_with(kMark);
 }
 
-// False with errno set; a list beyond the limit is refused.
-bool readList(int descriptor, std::string& content) {
-  char buffer[65536];
-  for (;;) {
-    const ssize_t length = read(descriptor, buffer, sizeof buffer);
-    if (length < 0 && errno == EINTR) continue;
-    if (length <= 0) return length == 0;
-    content.append(buffer, static_cast<std::size_t>(length));
-    if (content.size() > kListLimit) {
-      errno = EFBIG;
-      return false;
-    }
-  }
-}
-
-// Unless it is said, one NUL anywhere makes NUL the separator, else it is the newline; empty names
-// are no names.
-void splitList(std::string_view content, bool byNul, std::vector<std::string>& names) {
-  const char separator = byNul || content.find('\0') != std::string_view::npos ? '\0' : '\n';
-  while (!content.empty()) {
-    const std::size_t end = std::min(content.find(separator), content.size());
-    if (end > 0) names.emplace_back(content.substr(0, end));
-    content.remove_prefix(std::min(end + 1, content.size()));
-  }
-}
-
-void appendList(Context& context, const std::string& listFile, bool byNul,
-                std::vector<std::string>& names) {
+void forEachInList(Context& context, const std::string& listFile, bool byNul,
+                   const std::function<void(const std::string&)>& visit) {
   const bool standardInput = listFile == "-";
+  const std::string shown = standardInput ? "standard input" : listFile;
   const int descriptor =
       standardInput ? context.channels.input() : open(listFile.c_str(), O_RDONLY | O_CLOEXEC);
-  std::string content;
-  if (descriptor < 0 || !readList(descriptor, content)) {
-    const int reason = standardInput && descriptor < 0 ? EBADF : errno;
-    context.fail(standardInput ? "standard input" : listFile, std::strerror(reason));
-  } else {
-    splitList(content, byNul, names);
-  }
-  if (!standardInput && descriptor >= 0) close(descriptor);
+  if (descriptor < 0) return context.fail(shown, std::strerror(standardInput ? EBADF : errno));
+  const auto failure =
+      forEachNameIn(descriptor, byNul ? NameEnd::kNul : NameEnd::kFirstThatComes, visit);
+  if (!standardInput) close(descriptor);
+  if (failure) context.fail(shown, std::string_view(failure->reason));
 }
 
 }  // namespace
@@ -138,21 +110,23 @@ void addFileArguments(CLI::App& command, FileArguments& arguments) {
   command.add_flag("-0,--null", arguments.isNulSeparated, "Names in lists end with NUL only");
 }
 
-std::vector<std::string> fileNames(Context& context, const FileArguments& arguments) {
+void requireNames(const FileArguments& arguments) {
   if (arguments.operands.empty() && arguments.listFile.empty())
     throw UsageError("FILE is required");
-  std::vector<std::string> names;
+}
+
+void forEachName(Context& context, const FileArguments& arguments,
+                 const std::function<void(const std::string&)>& visit) {
+  requireNames(arguments);
   for (const std::string& operand : arguments.operands) {
     if (operand == "-") {
-      appendList(context, operand, arguments.isNulSeparated, names);
+      forEachInList(context, operand, arguments.isNulSeparated, visit);
     } else {
-      names.push_back(operand);
+      visit(operand);
     }
   }
-  if (!arguments.listFile.empty()) {
-    appendList(context, arguments.listFile, arguments.isNulSeparated, names);
-  }
-  return names;
+  if (!arguments.listFile.empty())
+    forEachInList(context, arguments.listFile, arguments.isNulSeparated, visit);
 }
 
 }  // namespace kolum::tool

@@ -3,6 +3,7 @@
 #ifndef KOLUM_TOOL_ARGUMENTS_H
 #define KOLUM_TOOL_ARGUMENTS_H
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -46,10 +47,14 @@ struct FileArguments {
 
 void addFileArguments(CLI::App& command, FileArguments& arguments);
 
-// All names in order: the operands, "-" replaced by the list on standard input, then the list of
-// --files-from. A list that cannot be read is reported. Throws UsageError when no name was asked
-// for.
-std::vector<std::string> fileNames(Context& context, const FileArguments& arguments);
+// Throws UsageError when no name was asked for.
+void requireNames(const FileArguments& arguments);
+
+// Calls VISIT for all names in order: the operands, "-" replaced by the list on standard input,
+// then the list of --files-from. Names of lists are visited as they come. A list that cannot be
+// read is reported. Requires names.
+void forEachName(Context& context, const FileArguments& arguments,
+                 const std::function<void(const std::string&)>& visit);
 
 }  // namespace kolum::tool
 

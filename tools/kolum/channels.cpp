@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <system_error>
 
 #include "text.h"
 
@@ -19,14 +20,19 @@ namespace {
 
 // Private duplicates stay clear of the standard descriptors and are not inherited.
 constexpr int kFirstPrivateDescriptor = 10;
+constexpr int kFirstDescriptor = 3;  // where so few are allowed that there is no tenth
 
 int duplicate(int descriptor) {
-  return fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstPrivateDescriptor);
+  const int own = fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstPrivateDescriptor);
+  if (own >= 0 || errno == EBADF) return own;
+  return fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstDescriptor);
 }
 
 // Points DESCRIPTOR at /dev/null, so that no file opened later takes its number.
 void pointAtNull(int descriptor) {
   const int null = open("/dev/null", O_RDWR);
+  if (null < 0 && (errno == EMFILE || errno == ENFILE))
+    throw std::system_error(errno, std::generic_category());
   if (null == descriptor || null < 0) return;
   dup2(null, descriptor);
   close(null);
@@ -35,6 +41,7 @@ void pointAtNull(int descriptor) {
 // A private duplicate of a standard descriptor, -1 when the caller closed it.
 int takeOver(int descriptor) {
   const int own = duplicate(descriptor);
+  if (own < 0 && errno != EBADF) throw std::system_error(errno, std::generic_category());
   if (own < 0) pointAtNull(descriptor);
   return own;
 }

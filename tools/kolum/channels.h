@@ -25,7 +25,8 @@ class OutputError : public std::runtime_error {
 
 class Channels {
  public:
-  // Takes over the three standard descriptors; descriptor 0 reads nothing from then on.
+  // Takes over the three standard descriptors; descriptor 0 reads nothing from then on. Throws
+  // std::system_error when there are too few descriptors, with the third one as it was.
   Channels();
 
   // Sends what the library writes to descriptors 1 and 2 nowhere, or to the original standard

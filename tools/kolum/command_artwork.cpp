@@ -105,14 +105,14 @@ void makeAlbum(Context& context, const Options& options) {
 }
 
 void showTranscoded(Context& context, const Options& options) {
-  for (const std::string& name : fileNames(context, options.files)) {
+  forEachName(context, options.files, [&](const std::string& name) {
     const MediaPath path = splitPath(name);
     const bool exists = LUM_IsTranscodeFileExist(path.folder.c_str(), path.name.c_str()) == 0;
     Result result = Result::ofFile(name);
     result.data("isTranscoded", exists);
     result.show("Transcoded copy", exists ? "yes" : "no");
     context.printer.block(result);
-  }
+  });
 }
 
 void showFolder(Context& context, const Options& options) {

@@ -38,9 +38,10 @@ void classify(Context& context, const std::string& file, unsigned kinds) {
 void run(Context& context, const Options& options) {
   for (const std::string& mask : options.masks) setExclusionMask(mask);
   const unsigned kinds = kindBits(options.kinds) | static_cast<unsigned>(options.tag) << 8;
-  const std::vector<std::string> names = fileNames(context, options.files);
+  requireNames(options.files);
   context.printer.table({{"Kind", 8}, {"Row", 3}, {"MIME type", 24}, {"File", 0}});
-  for (const std::string& name : names) classify(context, name, kinds);
+  forEachName(context, options.files,
+              [&](const std::string& name) { classify(context, name, kinds); });
 }
 
 }  // namespace

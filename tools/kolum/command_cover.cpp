@@ -4,7 +4,6 @@
 
 #include <CLI/CLI.hpp>
 #include <cerrno>
-#include <cstring>
 #include <memory>
 
 #include "arguments.h"
@@ -29,11 +28,11 @@ std::string folderOf(const std::string& name, bool isFolder) {
 
 void findCover(Context& context, const std::string& name) {
   struct stat status = {};
-  if (stat(name.c_str(), &status) != 0) return context.fail(name, std::strerror(errno));
+  if (stat(name.c_str(), &status) != 0) return context.fail(name, systemFailure(errno));
   char cover[1024] = "";
   const std::string folder = folderOf(name, S_ISDIR(status.st_mode));
   const bool found = KoLUM_CheckLocalAlbum(folder.c_str(), cover) == 0;
-  if (!found && access(folder.c_str(), X_OK) != 0) return context.fail(name, std::strerror(errno));
+  if (!found && access(folder.c_str(), X_OK) != 0) return context.fail(name, systemFailure(errno));
   Result result = Result::ofFile(name);
   result.data("found", found);
   if (found) result.data("cover", cover);
@@ -61,13 +60,13 @@ Action defineCover(CLI::App& command) {
       "that order, also with a capital first letter.\n"
       "\nExample:\n  kolum cover Music/*/");
   return [options](Context& context) {
-    for (const std::string& name : fileNames(context, options->files)) {
+    forEachName(context, options->files, [&](const std::string& name) {
       if (options->names) {
         checkName(context, name);
       } else {
         findCover(context, name);
       }
-    }
+    });
   };
 }
 

@@ -2,12 +2,16 @@
 
 #include <CLI/CLI.hpp>
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
+#include "file_types.h"
 #include "media_files.h"
+#include "song.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -15,7 +19,7 @@ namespace kolum::tool {
 namespace {
 
 struct Options {
-  FileArguments files;
+  MediaFileArguments files;
   int audioStream = 0;
   bool explain = false;
 };
@@ -65,12 +69,33 @@ void addExplanation(Result& result, const DlnaNaming& naming) {
   result.list("candidates", std::move(candidates));
 }
 
-void printNaming(Context& context, const MediaPath& path, const Options& options) {
+// Only names of videos come with their explanation.
+std::optional<DlnaNaming> nameSong(Context& context, const MediaPath& path) {
+  const auto song = readSong(context, path);
+  if (!song) return std::nullopt;
   DlnaNaming naming;
-  if (ExplainDlnaProfile(path.folder.c_str(), path.name.c_str(), options.audioStream, &naming) !=
-      0) {
-    return context.fail(path.given, refusalReason(path, "no video that can be probed"));
-  }
+  naming.profile = song->dlnaProfile;
+  if (const MediaFileInfo* type = fileTypeOfName(path.name, kMusicBit))
+    naming.mimeType = type->mimeType;
+  naming.remarks = {
+      "songs are named by their codec, container and numbers; kolum probe shows them"};
+  return naming;
+}
+
+std::optional<DlnaNaming> nameVideo(const MediaPath& path, int audioStream) {
+  DlnaNaming naming;
+  const bool isNamed =
+      ExplainDlnaProfile(path.folder.c_str(), path.name.c_str(), audioStream, &naming) == 0;
+  return isNamed ? std::optional(naming) : std::nullopt;
+}
+
+void printNaming(Context& context, const MediaFile& file, const Options& options) {
+  const MediaPath& path = file.path;
+  const bool isSong = file.kind == kMusic;
+  const auto found = isSong ? nameSong(context, path) : nameVideo(path, options.audioStream);
+  if (!found)
+    return context.fail(path.given, diagnose(path, isSong ? Wanted::kSong : Wanted::kVideo));
+  const DlnaNaming& naming = *found;
   Result result = Result::ofFile(path.given);
   if (!naming.profile.empty()) result.data("dlnaProfile", naming.profile);
   result.show("DLNA profile", naming.profile.empty() ? "(none)" : naming.profile);
@@ -81,22 +106,23 @@ void printNaming(Context& context, const MediaPath& path, const Options& options
 }
 
 void run(Context& context, const Options& options) {
-  const std::vector<std::string> names = fileNames(context, options.files);
-  forEachMediaFile(context, names, kVideoBit,
-                   [&](const MediaFile& file) { printNaming(context, file.path, options); });
+  forEachMediaFile(context, options.files, kVideoBit | kMusicBit,
+                   [&](const MediaFile& file) { printNaming(context, file, options); });
 }
 
 }  // namespace
 
 Action defineDlna(CLI::App& command) {
   auto options = std::make_shared<Options>();
-  addFileArguments(command, options->files);
+  addMediaFileArguments(command, options->files);
   command.add_flag("--explain", options->explain,
                    "Tells how the profile was found, or why none was");
   addAudioStreamOption(command, options->audioStream);
   command.footer(
-      "Names the DLNA media format profile and MIME type of videos. With --explain it also tells\n"
-      "what counted about the file, every name that was considered, each test with what the file\n"
+      "Names the DLNA media format profile and MIME type of videos and songs. With --explain it "
+      "also\n"
+      "says what counted about a video, every name that was considered, each test with what the "
+      "file\n"
       "has, and what would have to change for the next better name.\n"
       "\nExample:\n  kolum dlna --explain movie.mp4");
   return [options](Context& context) { run(context, *options); };

@@ -3,7 +3,6 @@
 #include <link.h>
 #include <semaphore.h>
 #include <sys/stat.h>
-#include <sys/utsname.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -16,6 +15,7 @@
 #include "appliance.h"
 #include "commands.h"
 #include "context.h"
+#include "mounting.h"
 #include "programs.h"
 
 namespace kolum::tool {
@@ -87,18 +87,6 @@ void findFixedPrograms(std::vector<Finding>& findings) {
 
 std::optional<std::string> when(bool condition, const std::string& detail) {
   return condition ? std::optional(detail) : std::nullopt;
-}
-
-// A file system that the running kernel knows, or has a module for.
-std::optional<std::string> fileSystem(const std::string& name, const std::string& module) {
-  std::ifstream known("/proc/filesystems");
-  for (std::string line; std::getline(known, line);)
-    if (line.ends_with("\t" + name)) return "known";
-  utsname kernel = {};
-  uname(&kernel);
-  const auto modules = std::filesystem::path("/lib/modules") / kernel.release / "kernel/fs";
-  std::error_code error;
-  return when(std::filesystem::exists(modules / module, error), "as a module");
 }
 
 std::optional<std::string> semaphores() {

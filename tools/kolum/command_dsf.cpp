@@ -5,7 +5,9 @@
 
 #include "arguments.h"
 #include "commands.h"
+#include "content.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "file_types.h"
 #include "identifiers.h"
 #include "media_files.h"
@@ -36,22 +38,34 @@ void addNumbers(Result& result, const songObject_st& song) {
 
 void describe(Context& context, const MediaPath& path) {
   songObject_st song = {};
-  if (GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
-    return context.fail(path.given, refusalReason(path, "no DSD song that can be read"));
+  // The library reads tags from any song and calls it DSF.
+  if (!contentOf(path.full()).isDsd ||
+      GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
+    return context.fail(path.given, diagnose(path, Wanted::kDsdSong));
   }
-  if (song.sampleRate == 0) context.fail(path.given, "dsf2flac tells no numbers of it");
   Result result = Result::ofFile(path.given);
+  if (song.sampleRate == 0) {
+    const Failure failure = noNumbersFailure();
+    context.fail(path.given, std::string_view(failure.reason));
+    addFailure(result, failure);
+  }
   addContainer(result, song.containerFormat);
   addTags(result, song);
   addNumbers(result, song);
   context.printer.block(result);
 }
 
+// A file in a folder counts when it is a DSD song, by its name or with --all by its content.
+bool isWanted(const MediaFile& file, bool byContent) {
+  if (file.isNamed || isDsdName(file.path.name)) return true;
+  return byContent && contentOf(file.path.full()).isDsd;
+}
+
 }  // namespace
 
 Action defineDsf(CLI::App& command) {
-  auto files = std::make_shared<FileArguments>();
-  addFileArguments(command, *files);
+  auto files = std::make_shared<MediaFileArguments>();
+  addMediaFileArguments(command, *files);
   command.footer(
       "Describes DSD songs (.dsf and .dff) with their tags, as the server stores them. The "
       "numbers\n"
@@ -59,8 +73,8 @@ Action defineDsf(CLI::App& command) {
       "\nExample:\n  kolum dsf Music/*.dsf");
   return [files](Context& context) {
     context.initLibrary();
-    forEachMediaFile(context, fileNames(context, *files), kMusicBit, [&](const MediaFile& file) {
-      if (file.isNamed || isDsdName(file.path.name)) describe(context, file.path);
+    forEachMediaFile(context, *files, kMusicBit, [&](const MediaFile& file) {
+      if (isWanted(file, files->byContent)) describe(context, file.path);
     });
   };
 }

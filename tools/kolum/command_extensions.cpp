@@ -8,6 +8,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "file_types.h"
 #include "identifiers.h"
 #include "media_files.h"
@@ -47,9 +48,10 @@ void printTable(Context& context, const FileTypeTable& table) {
 void printXml(Context& context) {
   int failed = 0;
   const std::string xml = context.channels.capture([&] { failed = KoLUM_PrintFileExtList(); });
-  if (failed != 0)
-    return context.fail(kLibraryConfigFile,
-                        refusalReason(splitPath(kLibraryConfigFile), "not an ini file"));
+  if (failed != 0) {
+    const auto failure = readingFailure(kLibraryConfigFile);
+    return context.fail(kLibraryConfigFile, failure ? failure->reason : "not an ini file");
+  }
   context.printer.raw(xml);
 }
 

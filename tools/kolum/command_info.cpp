@@ -9,6 +9,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "identifiers.h"
 #include "media_files.h"
 #include "text.h"
@@ -21,7 +22,7 @@ namespace {
 constexpr auto kUnknownDuration = static_cast<unsigned>(INT64_MIN / 1000000);
 
 struct Options {
-  FileArguments files;
+  MediaFileArguments files;
   int seekSeconds = 0;
 };
 
@@ -52,11 +53,17 @@ void addKnown(nlohmann::ordered_json& json, const char* key, std::int64_t value)
   if (value != 0) json[key] = value;
 }
 
+double realFrameRate(const MediaStreamInfo& stream) {
+  if (stream.frameRateDen == 0) return 0;
+  return static_cast<double>(stream.frameRateNum) / stream.frameRateDen;
+}
+
 void addVideo(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
   addKnown(json, "bitRate", stream.bitRate);
   addKnown(json, "width", stream.width);
   addKnown(json, "height", stream.height);
   json["rotation"] = stream.rotation;
+  if (const double rate = realFrameRate(stream); rate > 0) json["realFrameRate"] = rate;
   json["frameRate"] = stream.frameRate;
   json["frameRateNum"] = stream.frameRateNum;
   json["frameRateDen"] = stream.frameRateDen;
@@ -83,9 +90,8 @@ nlohmann::ordered_json streamJson(const MediaStreamInfo& stream, int codec) {
 }
 
 std::string frameRateText(const MediaStreamInfo& stream) {
-  if (stream.frameRateDen == 0) return "";
-  const double rate = static_cast<double>(stream.frameRateNum) / stream.frameRateDen;
-  return decimalText(rate, 3) + " frames/s";
+  const double rate = realFrameRate(stream);
+  return rate > 0 ? decimalText(rate, 3) + " frames/s" : "";
 }
 
 std::string videoText(const MediaStreamInfo& stream) {
@@ -127,7 +133,7 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
       GetMediaInfo(path.full().c_str(), &record, options.seekSeconds, &keyFrame);
   const std::unique_ptr<MediaInfo, FreeInfo> info(record);
   if (failed != 0 || info == nullptr) {
-    return context.fail(path.given, refusalReason(path, "no media file with streams"));
+    return context.fail(path.given, diagnose(path, Wanted::kStreams));
   }
   Result result = Result::ofFile(path.given);
   addContainer(result, info->containerFormat);
@@ -149,7 +155,7 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
 
 Action defineInfo(CLI::App& command) {
   auto options = std::make_shared<Options>();
-  addFileArguments(command, options->files);
+  addMediaFileArguments(command, options->files);
   addNumber(command, "--seek", options->seekSeconds, {1, INT_MAX},
             "Also finds the key frame to start from")
       ->type_name("SECONDS");
@@ -157,7 +163,7 @@ Action defineInfo(CLI::App& command) {
       "Lists the video, audio and subtitle streams of videos and songs as a player needs them.\n"
       "\nExample:\n  kolum info --seek 90 movie.mkv");
   return [options](Context& context) {
-    forEachMediaFile(context, fileNames(context, options->files), kVideoBit | kMusicBit,
+    forEachMediaFile(context, options->files, kVideoBit | kMusicBit,
                      [&](const MediaFile& file) { printInfo(context, file.path, *options); });
   };
 }

@@ -7,6 +7,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "media_files.h"
 #include "text.h"
 
@@ -16,17 +17,20 @@ namespace {
 
 struct Options {
   int seconds = 0;
-  FileArguments files;
+  MediaFileArguments files;
 };
 
 void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
   const std::string& shown = file.path.given;
   if (file.isDisc) {
-    return context.fail(shown, "a disc; \"kolum info --seek\" finds key frames of its main title");
+    return context.fail(
+        shown,
+        Failure{Cause::kDisc, "a disc; \"kolum info --seek\" finds key frames of its main title"});
   }
   double keyFrame = 0;
   if (getVideoKeyFrameTime(file.path.full().c_str(), seconds, &keyFrame) != 0) {
-    return context.fail(shown, refusalReason(file.path, "no key frame from there on"));
+    return context.fail(shown, diagnose(file.path, Wanted::kKeyFrames,
+                                        {Cause::kNoKeyFrame, "no key frame from there on"}));
   }
   Result result = Result::ofFile(shown);
   result.data("seconds", seconds);
@@ -42,16 +46,16 @@ Action defineKeyframe(CLI::App& command) {
   addNumber(command, "SECONDS", options->seconds, {0, INT_MAX}, "From the start of the video")
       ->required()
       ->type_name("");
-  addFileArguments(command, options->files);
+  addMediaFileArguments(command, options->files);
   command.footer(
       "Finds the key frame from which a player starts to play at SECONDS: mostly the first one at "
       "or\n"
       "after it.\n"
       "\nExample:\n  kolum keyframe 90 movie.mkv");
   return [options](Context& context) {
-    forEachMediaFile(
-        context, fileNames(context, options->files), kVideoBit,
-        [&](const MediaFile& file) { printKeyFrame(context, file, options->seconds); });
+    forEachMediaFile(context, options->files, kVideoBit, [&](const MediaFile& file) {
+      printKeyFrame(context, file, options->seconds);
+    });
   };
 }
 

@@ -4,6 +4,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "media_files.h"
 #include "probe.h"
 
@@ -12,7 +13,7 @@ namespace kolum::tool {
 namespace {
 
 struct Options {
-  FileArguments files;
+  MediaFileArguments files;
   ProbeOptions probe;
 };
 
@@ -48,18 +49,23 @@ const Prober* proberOf(int kind) {
   return nullptr;
 }
 
-constexpr char kPlaylistReason[] = "a playlist has nothing to probe";
-constexpr char kNoMediaReason[] =
-    "no media file by its name; \"kolum probe video|audio|photo FILE\" probes it nevertheless";
+// Of a file that is of no kind with a prober.
+Failure kindFailure(const MediaFile& file, bool byContent) {
+  if (auto failure = readingFailure(file.path.full())) return *failure;
+  if (file.kind == kPlaylist) return {Cause::kPlaylist, "a playlist has nothing to probe"};
+  if (byContent) return diagnose(file.path, Wanted::kStreams);
+  return {Cause::kUnknownName,
+          "no media file by its name; --all goes by what is in it, and \"kolum probe "
+          "video|audio|photo FILE\" by what you say"};
+}
 
 void run(Context& context, Options& options) {
-  const Prober* forced = forcedProber(options.files);
+  const Prober* forced = forcedProber(options.files.names);
   const unsigned kinds = forced != nullptr ? forced->bit : kVideoBit | kMusicBit | kPhotoBit;
-  const std::vector<std::string> names = fileNames(context, options.files);
-  forEachMediaFile(context, names, kinds, [&](const MediaFile& file) {
+  forEachMediaFile(context, options.files, kinds, [&](const MediaFile& file) {
     const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
     if (prober != nullptr) return prober->probe(context, file.path, options.probe);
-    context.fail(file.path.given, file.kind == kPlaylist ? kPlaylistReason : kNoMediaReason);
+    context.fail(file.path.given, kindFailure(file, options.files.byContent));
   });
 }
 
@@ -67,7 +73,7 @@ void run(Context& context, Options& options) {
 
 Action defineProbe(CLI::App& command) {
   auto options = std::make_shared<Options>();
-  addFileArguments(command, options->files);
+  addMediaFileArguments(command, options->files);
   addAudioStreamOption(command, options->probe.audioStream);
   command.footer(
       "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
@@ -75,9 +81,11 @@ Action defineProbe(CLI::App& command) {
       "from\n"
       "its name; \"video\", \"audio\" or \"photo\" in front of the names forces it for all of "
       "them.\n"
+      "--all goes by what is in each file instead.\n"
       "\nExamples:\n"
       "  kolum probe Movies/ holiday.mp4\n"
       "  kolum probe video recording.dat\n"
+      "  kolum probe --all --exclude Trailers --exclude '*.tmp' /share\n"
       "  find /share -name '*.mkv' -print0 | kolum probe --json -");
   return [options](Context& context) { run(context, *options); };
 }

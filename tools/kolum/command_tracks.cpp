@@ -6,6 +6,7 @@
 #include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "diagnosis.h"
 #include "media_files.h"
 
 namespace kolum::tool {
@@ -19,7 +20,7 @@ void printTracks(Context& context, const MediaPath& path) {
   unsigned isProtected = 0;
   if (GetAudioTrack(full.c_str(), &audio) != 0 || GetSubtitleTrack(full.c_str(), &subtitles) != 0 ||
       GetDRMProtectedInfo(full.c_str(), &isProtected) != 0) {
-    return context.fail(path.given, refusalReason(path, "no media file with streams"));
+    return context.fail(path.given, diagnose(path, Wanted::kStreams));
   }
   Result result = Result::ofFile(path.given);
   result.number("audioTracks", "Audio tracks", audio);
@@ -39,21 +40,21 @@ void printTracks(Context& context, const MediaPath& path) {
 void visit(Context& context, const MediaFile& file) {
   constexpr char kDisc[] = "discs are not looked into; name one of their stream files";
   if (!file.isDisc) return printTracks(context, file.path);
-  if (file.isNamed) return context.fail(file.path.given, kDisc);
+  if (file.isNamed) return context.fail(file.path.given, Failure{Cause::kDisc, kDisc});
   context.note(file.path.given, kDisc);
 }
 
 }  // namespace
 
 Action defineTracks(CLI::App& command) {
-  auto files = std::make_shared<FileArguments>();
-  addFileArguments(command, *files);
+  auto files = std::make_shared<MediaFileArguments>();
+  addMediaFileArguments(command, *files);
   command.footer(
       "Counts the audio and subtitle tracks of videos and songs, and tells the stored rotation of\n"
       "the picture and whether streams are encrypted.\n"
       "\nExample:\n  kolum tracks --json movie.mkv");
   return [files](Context& context) {
-    forEachMediaFile(context, fileNames(context, *files), kVideoBit | kMusicBit,
+    forEachMediaFile(context, *files, kVideoBit | kMusicBit,
                      [&](const MediaFile& file) { visit(context, file); });
   };
 }

@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "channels.h"
+#include "failure.h"
 #include "output.h"
 
 namespace kolum::tool {
@@ -18,6 +19,9 @@ class UsageError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
+// "error" with code and reason, in JSON.
+void addFailure(Result& result, const Failure& failure);
+
 class Context {
  public:
   Context(const Channels& ownChannels, bool asJson)
@@ -27,6 +31,8 @@ class Context {
   // and ends with status 1.
   void fail(std::string_view name, std::string_view reason);
   void fail(std::string_view reason);
+  // The same for a file, which also gets a line in JSON.
+  void fail(std::string_view file, const Failure& failure);
   // The same form for what is worth telling but no failure.
   void note(std::string_view name, std::string_view text);
   bool failed() const { return failed_; }

@@ -89,21 +89,22 @@ void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row
   result.data("flag", type.flag);
 }
 
-const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit) {
+const MediaFileInfo* fileTypeOfName(const std::string& name, unsigned bit) {
   unsigned row = 0;
   const int kind = KoLUM_GetFilenameType(name.c_str(), &row, bit, nullptr);
   const FileTypeTable* table = fileTypesOfKind(kind);
-  if (table == nullptr) return nullptr;
-  const MediaFileInfo& type = table->rows[row - 1];
-  result.text("mimeType", "MIME type", type.mimeType);
-  return &type;
+  return table == nullptr ? nullptr : &table->rows[row - 1];
+}
+
+const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit) {
+  const MediaFileInfo* type = fileTypeOfName(name, bit);
+  if (type != nullptr) result.text("mimeType", "MIME type", type->mimeType);
+  return type;
 }
 
 bool isDsdName(const std::string& name) {
-  unsigned row = 0;
-  if (KoLUM_GetFilenameType(name.c_str(), &row, kMusicBit, nullptr) != kMusic) return false;
-  const std::uint64_t codec = fileTypesOfKind(kMusic)->rows[row - 1].formatIds >> 32;
-  return codec == CODEC_ID_DSD;
+  const MediaFileInfo* type = fileTypeOfName(name, kMusicBit);
+  return type != nullptr && type->formatIds >> 32 == CODEC_ID_DSD;
 }
 
 }  // namespace kolum::tool

@@ -39,6 +39,9 @@ void setExclusionMask(const std::string& value);
 // What a table's row says beyond its name: JSON keys only, except for songs' identifiers.
 void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row);
 
+// The row that a file's name belongs to, when it is of the kind of BIT; null otherwise.
+const MediaFileInfo* fileTypeOfName(const std::string& name, unsigned bit);
+
 // "mimeType" by a file's name, when it is of the kind of BIT; the row is returned, null otherwise.
 const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit);
 

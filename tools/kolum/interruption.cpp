@@ -1,5 +1,8 @@
 #include "interruption.h"
 
+#include <poll.h>
+
+#include <cerrno>
 #include <csignal>
 #include <cstddef>
 
@@ -28,8 +31,25 @@ Interruption::~Interruption() {
   for (std::size_t i = 0; i < kSignals.size(); ++i) sigaction(kSignals[i], &before_[i], nullptr);
 }
 
-void Interruption::check() const {
+void Interruption::check() {
   if (g_signal != 0) throw Interrupted{g_signal};
+}
+
+void waitForInput(int descriptor) {
+  // Blocked until ppoll() waits, so that none gets lost between the check and the waiting.
+  sigset_t blocked;
+  sigset_t before;
+  sigemptyset(&blocked);
+  for (const int signal : kSignals) sigaddset(&blocked, signal);
+  pthread_sigmask(SIG_BLOCK, &blocked, &before);
+  pollfd input = {descriptor, POLLIN, 0};
+  int ready = 0;
+  while (ready <= 0 && g_signal == 0) {
+    ready = ppoll(&input, 1, nullptr, &before);
+    if (ready < 0 && errno != EINTR) break;
+  }
+  pthread_sigmask(SIG_SETMASK, &before, nullptr);
+  Interruption::check();
 }
 
 }  // namespace kolum::tool

@@ -23,11 +23,15 @@ class Interruption {
   Interruption& operator=(const Interruption&) = delete;
 
   // Throws Interrupted when a signal came.
-  void check() const;
+  static void check();
 
  private:
   std::array<struct sigaction, 2> before_ = {};
 };
+
+// Waits until DESCRIPTOR can be read from, or is at its end. Throws Interrupted when a signal comes
+// that an Interruption waits for.
+void waitForInput(int descriptor);
 
 }  // namespace kolum::tool
 

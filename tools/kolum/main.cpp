@@ -1,9 +1,11 @@
 // kolum: the library's functions on the command line.
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdio>
 #include <cstdlib>
 #include <new>
 #include <sstream>
+#include <system_error>
 #include <vector>
 
 #include "arguments.h"
@@ -137,8 +139,9 @@ int run(const Channels& channels, int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  const Channels channels;
+namespace {
+
+int runGuarded(const Channels& channels, int argc, char** argv) {
   try {
     return run(channels, argc, argv);
   } catch (const Interrupted& interrupted) {
@@ -154,4 +157,16 @@ int main(int argc, char** argv) {
     channels.writeMessage("kolum: " + printable(error.what()) + "\n");
   }
   return kSomeFailed;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return runGuarded(Channels(), argc, argv);
+  } catch (const std::system_error& error) {
+    // There are no channels, and standard error is the caller's still.
+    std::fprintf(stderr, "kolum: %s\n", error.what());
+    return kSomeFailed;
+  }
 }

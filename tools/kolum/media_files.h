@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "arguments.h"
 #include "context.h"
 #include "paths.h"
 
@@ -23,22 +24,28 @@ inline constexpr std::string_view kBluRayIndex = "index.bdmv";
 
 struct MediaFile {
   MediaPath path;
-  int kind;      // by its name
+  int kind;      // by its name, or with --all by its content
   bool isNamed;  // by the caller, itself or as a disc's folder; else found in a folder
   bool isDisc;   // the index file of a DVD or Blu-ray folder
 };
 
-// Calls VISIT for every file behind NAMES, in order. A folder that holds a DVD (VIDEO_TS.IFO) or a
-// Blu-ray disc (index.bdmv) counts as one video, named by that file; any other folder is walked,
-// its entries in byte order, and of its files those of the wanted KINDS count; symbolic links to
-// folders are not followed there. A name that is no folder always counts, whatever it is called.
-// Names that do not exist, and paths longer than the library takes, are reported.
-void forEachMediaFile(Context& context, const std::vector<std::string>& names, unsigned kinds,
-                      const std::function<void(const MediaFile&)>& visit);
+// "FILE..." of a command that walks folders, with the options for what is looked at there.
+struct MediaFileArguments {
+  FileArguments names;
+  bool byContent = false;
+  std::vector<std::string> excluded;
+};
 
-// Why the library may have refused a file: the system's reason when it cannot be read, else
-// OTHERWISE.
-std::string refusalReason(const MediaPath& path, std::string_view otherwise);
+void addMediaFileArguments(CLI::App& command, MediaFileArguments& arguments);
+
+// Calls VISIT for every file behind the names, in order and as they come. A folder that holds a DVD
+// (VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) counts as one video, named by that file; any other
+// folder is walked, its entries in byte order, and of its files those of the wanted KINDS count.
+// Hidden entries, what was excluded and symbolic links to folders are left out there, and files of
+// no known kind counted and reported. A name that is no folder always counts, whatever it is
+// called. Names that do not exist, and paths longer than the library takes, are reported.
+void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,
+                      const std::function<void(const MediaFile&)>& visit);
 
 }  // namespace kolum::tool
 

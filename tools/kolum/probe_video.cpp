@@ -5,6 +5,7 @@
 #include <cmath>
 #include <string>
 
+#include "diagnosis.h"
 #include "identifiers.h"
 #include "media_files.h"
 #include "probe.h"
@@ -154,7 +155,7 @@ void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& opt
   if (isDvd) record.duration = 0;
   if (GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, options.audioStream) !=
       0) {
-    return context.fail(path.given, refusalReason(path, "no video that can be probed"));
+    return context.fail(path.given, diagnose(path, Wanted::kVideo));
   }
   if (isDvd && record.duration == 0) record.duration = kUnset;
   context.printer.block(videoResult(path, record));
