@@ -236,8 +236,9 @@ TEST(Results, WithStandardOutputClosedAreAnError) {
 
 TEST(Results, AReaderThatLeavesEndsTheToolQuietly) {
   const RunResult pipe = run({"bash", "-c",
-                              "set -o pipefail; yes a.mp4 | head -n 100000 | '" KOLUM_PROGRAM
-                              "' classify --json - | head -n 1"});
+                              "set -o pipefail; yes a.mp4 | head -n 100000 | \"$0\" classify "
+                              "--json - | head -n 1",
+                              KOLUM_PROGRAM});
   EXPECT_EQ(pipe.status, 1);
   EXPECT_THAT(pipe.out, testing::MatchesRegex("[^\n]*\n"));
   EXPECT_EQ(pipe.err, "");
