@@ -18,6 +18,15 @@ for file in share/man/man1/kolum.1 share/doc/kolum/tool.md share/doc/kolum/kolum
   test -f "$moved/$file"
 done
 
+# From a build that lacks a part, nothing at all is installed.
+sed 's|/man/kolum\.1|/man/missing.1|' "$1/cmake_install.cmake" >"$folder/partial.cmake"
+if cmake -DCMAKE_INSTALL_PREFIX="$folder/partial" -DCMAKE_INSTALL_COMPONENT=kolum \
+  -P "$folder/partial.cmake" 2>"$folder/said"; then
+  exit 1
+fi
+grep -q 'nothing was installed' "$folder/said"
+test ! -e "$folder/partial"
+
 # The appliance's own programs, where the library looks for them.
 DESTDIR=$folder/appliance cmake --install "$1" --component appliance >/dev/null
 (cd "$folder/appliance" && find . -type f | LC_ALL=C sort) | diff - /dev/fd/3 3<<'LIST'
