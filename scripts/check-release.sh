@@ -1,38 +1,23 @@
 #!/usr/bin/env bash
-# check-release.sh RELEASE [COMMAND...]: runs ./check, or COMMAND, in the project on another Debian
-# release (bookworm, trixie, ...): a clone of what is committed here, in a minimal system below
-# build/releases. The system is kept, so that a second run is quick; remove its folder to begin
-# anew. Needs root and debootstrap. KOLUM_DEBIAN_MIRROR names another mirror than debootstrap's own.
+# check-release.sh RELEASE: what the README says, as newcomers on that Debian release (bookworm,
+# trixie, sid, ...) do it in bare systems: a user with sudo in a folder with spaces below /tmp, whose
+# checkout root then tests, too; and root, who installs and packs what ./run has built.
+# check-release.sh RELEASE COMMAND [ARGUMENT...]: runs COMMAND as root in a system of that release
+# that is kept, so that a second run is quick.
+# Needs root and debootstrap; scripts/bare-system.sh makes the systems.
 set -euo pipefail
-cd "$(dirname "$0")/.."
+bare=$(dirname -- "$0")/bare-system.sh
 release=${1:?which Debian release?}
 shift
-[ $# -gt 0 ] || set -- ./check
-root=$PWD/build/releases/$release
+[ $# -eq 0 ] || exec "$bare" --keep "$release" root /project "$@"
 
-if [ ! -e "$root/.complete" ]; then
-  rm -rf "$root"
-  mkdir -p "$root"
-  debootstrap --variant=minbase --include=ca-certificates "$release" "$root" \
-    ${KOLUM_DEBIAN_MIRROR:+"$KOLUM_DEBIAN_MIRROR"}
-  touch "$root/.complete"
-fi
-# The way to the packages is this machine's: its proxies and its names.
-cp /etc/resolv.conf /etc/hosts "$root/etc/"
-cp /etc/apt/apt.conf.d/* "$root/etc/apt/apt.conf.d/"
-[ -d "$root/project" ] || git clone -q . "$root/project"
-git -C "$root/project" fetch -q "$PWD" HEAD
-git -C "$root/project" reset -q --hard FETCH_HEAD
-
-# Its own root in a mount namespace of its own, not a chroot: tests make namespaces there, and every
-# mount ends with it.
-export root
-exec unshare --mount --propagation private bash -euc '
-  mount --rbind "$root" "$root"
-  mkdir -p "$root/old"
-  for folder in dev proc sys; do mount --rbind "/$folder" "$root/$folder"; done
-  cd "$root"
-  pivot_root . old
-  umount --lazy /old
-  cd /project
-  exec "$@"' check-release "$@"
+"$bare" "$release" visitor "/tmp/a folder with spaces" bash -euxc '
+  ./run
+  ./check
+  sudo ./check'
+"$bare" "$release" root /root/libkolum bash -euxc '
+  ./run
+  cmake --install build/release --component kolum >/dev/null
+  kolum --version
+  pkg-config --modversion kolum
+  scripts/make-deb.sh'

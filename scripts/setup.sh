@@ -2,19 +2,34 @@
 # Sourced, not run; expects the working directory to be the project's root.
 
 readonly kPackageList=scripts/packages.txt
+kOsRelease=/etc/os-release
 
 say() { printf 'kolum: %s\n' "$*" >&2; }
 
+# CMake, the linker and search paths lose their way in folders with such names, and say something
+# else.
+require_buildable_folder() {
+  local odd=$'";\\#$`,:\n' brackets=${PWD//[^\[\]]/}
+  while [[ $brackets == *"[]"* ]]; do brackets=${brackets//"[]"/}; done
+  if [ -n "$brackets" ] || [[ $PWD == *["$odd"]* ]]; then
+    say "cannot build in a folder with \" ; \\ # \$ \` , : or an unpaired [ or ] in its name: $PWD"
+    return 1
+  fi
+}
+require_buildable_folder
+
+# The number of this Debian release. Testing and sid have none yet: they are newer than all that do.
 debian_release() {
-  . /etc/os-release
-  printf '%s' "${VERSION_ID:-unknown}"
+  local VERSION_ID=
+  [ ! -r "$kOsRelease" ] || . "$kOsRelease"
+  printf '%s' "${VERSION_ID:-9999}"
 }
 
 # wanted_packages GROUP...: "package reason" lines for this Debian release.
 wanted_packages() {
   awk -v release="$(debian_release)" -v groups=" $* " '
     /^#/ || NF == 0 { next }
-    index(groups, " " $3 " ") && ($2 == "*" || $2 == release) {
+    index(groups, " " $3 " ") && ($2 == "*" || $2 == release || ($2 ~ /[+]$/ && release + 0 >= $2 + 0)) {
       reason = $4; for (i = 5; i <= NF; i++) reason = reason " " $i
       print $1, reason
     }' "$kPackageList"
@@ -36,29 +51,62 @@ ensure_packages() {
   [ ${#missing[@]} -eq 0 ] && return 0
 
   command -v apt-get >/dev/null || { say "apt-get is missing: install the packages above by hand"; return 1; }
-  local root=()
+  local root=() variable environment=(DEBIAN_FRONTEND=noninteractive)
   if [ "$(id -u)" -ne 0 ]; then
     command -v sudo >/dev/null || { say "run as root or install sudo"; return 1; }
     root=(sudo)
   fi
+  # sudo drops the caller's proxies.
+  for variable in http_proxy https_proxy no_proxy; do
+    [ -z "${!variable:-}" ] || environment+=("$variable=${!variable}")
+  done
   say "installing ${#missing[@]} package(s) with apt-get"
-  local apt=("${root[@]}" env DEBIAN_FRONTEND=noninteractive apt-get -qq -o Dpkg::Use-Pty=0)
+  local apt=("${root[@]}" env "${environment[@]}" apt-get -qq -o Dpkg::Use-Pty=0 -o DPkg::Lock::Timeout=300)
   "${apt[@]}" update >&2
   "${apt[@]}" install -y --no-install-recommends "${missing[@]}" >&2
+}
+
+# is_configured FOLDER: for these sources where they are now; a checkout may have been moved.
+is_configured() {
+  [ -f "$1/build.ninja" ] && [ "$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$1/CMakeCache.txt" 2>/dev/null)" -ef . ]
+}
+
+# configure PRESET [OPTION...]: OPTIONs as cmake takes them. Where it fails, nothing of an earlier
+# configuration is left to build by.
+configure() {
+  local preset=$1 dir=build/$1
+  say "configuring $dir"
+  mkdir -p "$dir"
+  is_configured "$dir" || set -- "$@" --fresh
+  cmake --preset "$@" >"$dir/configure.log" 2>&1 && return 0
+  rm -f "$dir/build.ninja"
+  cat "$dir/configure.log" >&2
+  return 1
 }
 
 # build PRESET [TARGET...]: configures once (Ninja re-configures by itself later) and builds quietly.
 build() {
   local preset=$1 dir=build/$1 log
   shift
-  if [ ! -f "$dir/build.ninja" ]; then
-    say "configuring $dir"
-    mkdir -p "$dir"
-    cmake --preset "$preset" >"$dir/configure.log" 2>&1 || { cat "$dir/configure.log" >&2; return 1; }
-  fi
+  is_configured "$dir" || configure "$preset"
   if [ -t 2 ]; then
     ninja -C "$dir" "$@" >&2
   else
     log=$(ninja -C "$dir" "$@" 2>&1) || { printf '%s\n' "$log" >&2; return 1; }
   fi
+}
+
+# build_product: the release build of what is installed, without the tests and the packages that they
+# need. Where tests are configured already, they stay.
+build_product() {
+  is_configured build/release || configure release -DKOLUM_BUILD_TESTS=OFF
+  build release kolum-product
+}
+
+# build_tests: the release build with its tests, on top of what build_product has made.
+build_tests() {
+  if is_configured build/release && ! grep -q '^KOLUM_BUILD_TESTS:[A-Z]*=ON$' build/release/CMakeCache.txt; then
+    configure release
+  fi
+  build release
 }

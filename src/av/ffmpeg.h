@@ -104,7 +104,7 @@ inline std::optional<TileGrid> tileGridOf(const AVFormatContext& context, const 
   for (unsigned g = 0; g < context.nb_stream_groups; ++g) {
     const AVStreamGroup& group = *context.stream_groups[g];
     if (group.type != AV_STREAM_GROUP_PARAMS_TILE_GRID) continue;
-    AVStream* const* const end = group.streams + group.nb_streams;
+    AVStream** const end = group.streams + group.nb_streams;
     if (std::find(group.streams, end, &stream) == end) continue;
     const AVStreamGroupTileGrid& grid = *group.params.tile_grid;
     return TileGrid{grid.width, grid.height, group.streams[0]};

@@ -149,6 +149,8 @@ void XMLNode::addAttribute(const char* name, const char* value) {
 }
 
 void XMLNode::addText(const char* text) {
+  // pugixml's releases write an empty piece of text differently.
+  if (*text == '\0') return;
   node(element_).append_child(pugi::node_pcdata).set_value(text);
 }
 

@@ -66,6 +66,7 @@ class XMLNode {
   // Below a declaration, what is added stands after it.
   XMLNode addChild(const char* name);
   void addAttribute(const char* name, const char* value);
+  // An empty text adds nothing: "<a />" stays that.
   void addText(const char* text);
 
   // The whole document as text: indented with tabs, an element with nothing but text on one line;

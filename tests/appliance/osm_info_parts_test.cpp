@@ -107,7 +107,7 @@ TEST(OsmInfoAnswer, WritesTheDocumentedXml) {
             "\t\t</addressparts>\n"
             "\t</reversegeocode>\n"
             "\t<reversegeocode language=\"zh-cn\">\n"
-            "\t\t<result osm_type=\"node\" osm_id=\"\"></result>\n"
+            "\t\t<result osm_type=\"node\" osm_id=\"\" />\n"
             "\t\t<addressparts />\n"
             "\t</reversegeocode>\n"
             "</output>");

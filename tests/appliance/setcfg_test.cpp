@@ -24,6 +24,7 @@
 #include <vector>
 
 #include "support/appliance_sandbox.h"
+#include "support/child_process.h"
 #include "support/temp_dir.h"
 
 extern char** environ;
@@ -32,7 +33,9 @@ namespace {
 
 namespace fs = std::filesystem;
 using kolum::test::contentOf;
+using kolum::test::mustRun;
 using kolum::test::runInAppliance;
+using kolum::test::RunResult;
 using kolum::test::sandboxUnavailable;
 using kolum::test::TempDir;
 using kolum::test::writeRootFile;
@@ -327,8 +330,9 @@ TEST_F(Setcfg, LinkStaysAndItsTargetChanges) {
 }
 
 TEST_F(Setcfg, FileInWorkingFolderNeedsNoPath) {
-  const std::string shell = "cd '" + dir_.folder() + "' && " + kSetcfg + " -f a.conf S k v";
-  EXPECT_EQ(exitStatus(start({"/bin/sh", "-c", shell}, outputs_.path("output"))), 0);
+  const RunResult result =
+      kolum::test::run({kSetcfg, "-f", "a.conf", "S", "k", "v"}, {.folder = dir_.folder()});
+  EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(contentOf(file_), "[S]\nk = v\n");
 }
 
@@ -514,10 +518,8 @@ TEST_F(Setcfg, HelpTellsUsage) {
 
 TEST_F(Setcfg, ApplianceComponentInstallsItWhereTheLibraryCallsIt) {
   const std::string staging = outputs_.path("staging");
-  const std::string install =
-      "DESTDIR='" + staging + "' cmake --install '" KOLUM_BINARY_DIR "' --component appliance";
-  const std::string output = outputs_.path("output");
-  ASSERT_EQ(exitStatus(start({"/bin/sh", "-c", install}, output)), 0) << contentOf(output);
+  mustRun({"cmake", "--install", KOLUM_BINARY_DIR, "--component", "appliance"},
+          {.environment = {{"DESTDIR", staging}}});
   ASSERT_EQ(access((staging + "/sbin/setcfg").c_str(), X_OK), 0);
 }
 

@@ -1,5 +1,6 @@
 // The stand-in for the host's utility library, against the contract of <kolum/host.h>.
 #include <dlfcn.h>
+#include <dvdread/dvd_reader.h>
 #include <gtest/gtest.h>
 #include <kolum/host.h>
 #include <sys/stat.h>
@@ -361,6 +362,15 @@ TEST(MainTitle, IsFoundUnderNamesInLowerCase) {
   EXPECT_TRUE(mainTitle(copy.folder()).path.ends_with("video_ts/vts_02_1.vob"));
 }
 
+// Release 7 of libdvdread prints some lines before it knows of the logger it was given.
+std::string printedByLibdvdread(const std::string& folder) {
+  const auto drop = [](void*, dvd_logger_level_t, const char*, va_list) {};
+  const dvd_logger_cb quiet = {drop};
+  testing::internal::CaptureStderr();
+  DVDClose(DVDOpen2(nullptr, &quiet, folder.c_str()));
+  return testing::internal::GetCapturedStderr();
+}
+
 TEST(MainTitle, IsTheLargestWhenTheIndexIsBroken) {
   for (const std::string& content :
        {std::string(), std::string(5000, '\xFF'), std::string("DVDVIDEO-VTS")}) {
@@ -371,11 +381,12 @@ TEST(MainTitle, IsTheLargestWhenTheIndexIsBroken) {
       if (extension == ".IFO" || extension == ".BUP")
         std::ofstream(entry.path(), std::ios::binary) << content;
     }
+    const std::string printed = printedByLibdvdread(copy.path("VIDEO_TS"));
     testing::internal::CaptureStdout();
     testing::internal::CaptureStderr();
     const Title title = mainTitle(copy.folder());
     EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
-    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), printed);
     EXPECT_EQ(title.result, 0);
     EXPECT_TRUE(title.path.ends_with("VTS_02_1.VOB")) << title.path;
   }

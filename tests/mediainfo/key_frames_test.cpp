@@ -19,9 +19,11 @@
 #include "support/descriptors.h"
 #include "support/media_factory.h"
 #include "support/mp4_builder.h"
+#include "support/shell.h"
 #include "support/temp_dir.h"
 
 using namespace kolum::test;
+using kolum::shellWord;
 using kolum::mediainfo::timestampAfter;
 using kolum::mediainfo::timestampAfter32;
 
@@ -281,9 +283,10 @@ TEST(KeyFrameSearch, AssumesAStartOfZeroWhereNoPacketHasATimestamp) {
 TEST(KeyFrameSearch, FindsNothingInAnAttachedPicture) {
   const std::string picture = media("picture.jpg", "-f lavfi -i color=red:s=32x24:d=1 -frames:v 1");
   for (const char* codec : {"mp3", "flac"}) {
-    const std::string path = media(std::string("cover.") + codec,
-                                   "-f lavfi -i sine=d=5 -i '" + picture + "' -map 0 -map 1 -c:a " +
-                                       codec + " -c:v copy -disposition:v attached_pic");
+    const std::string path =
+        media(std::string("cover.") + codec, "-f lavfi -i sine=d=5 -i " + shellWord(picture) +
+                                                 " -map 0 -map 1 -c:a " + codec +
+                                                 " -c:v copy -disposition:v attached_pic");
     EXPECT_EQ(infoSearch(path, 3), 3) << codec;
     EXPECT_EQ(search(path, 3).result, 1U) << codec;
   }
@@ -358,8 +361,8 @@ TEST(KeyFrameSearch, SharesOneLimitBetweenTheVideoStreams) {
       media("short.ts",
             "-f lavfi -i color=gray:s=16x16:r=25:d=164 -pix_fmt yuv420p -c:v mpeg2video "
             "-g 25 -bf 0");
-  const std::string both =
-      media("two.ts", "-i '" + first + "' -i '" + second + "' -map 0:v -map 1:v -c copy");
+  const std::string both = media("two.ts", "-i " + shellWord(first) + " -i " + shellWord(second) +
+                                               " -map 0:v -map 1:v -c copy");
   ASSERT_EQ(ffprobe(both)["streams"].size(), 2U);
   // The second stream has a key frame every second, but nothing is left to look at it with.
   expectNotFound(search(both, 2), "");
@@ -372,8 +375,8 @@ TEST(KeyFrameSearch, OpensLaterVideoStreamsAlsoWhenNothingIsLeftToLookAtThemWith
       replaced(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"),
                "FMP4", "AVS2");
   const std::string both =
-      media("undecodable.ts", "-i '" + first + "' -i '" + undecodable +
-                                  "' -map 0:v -map 1:v -c copy -bsf:v:1 setts=ts=N*3600");
+      media("undecodable.ts", "-i " + shellWord(first) + " -i " + shellWord(undecodable) +
+                                  " -map 0:v -map 1:v -c copy -bsf:v:1 setts=ts=N*3600");
   expectNotFound(search(both, 2), "[MediaInfo]: Decoder not found, skipping...\n");
 }
 

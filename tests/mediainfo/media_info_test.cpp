@@ -19,9 +19,11 @@
 #include "support/disc_media.h"
 #include "support/media_factory.h"
 #include "support/mp4_builder.h"
+#include "support/shell.h"
 #include "support/temp_dir.h"
 
 using namespace kolum::test;
+using kolum::shellWord;
 
 namespace {
 
@@ -59,11 +61,11 @@ std::string subtitleFile() {
 }
 
 std::string everyKindOfStream() {
-  const std::string words = subtitleFile();
-  return media("every.mkv", "-f lavfi -i testsrc=s=176x144:r=25:d=1 -f lavfi -i sine=d=1 -i '" +
-                                words + "' -map 0 -map 1 -map 2 -pix_fmt yuv420p -c:v libx264 " +
-                                "-c:a ac3 -c:s srt -attach '" + words +
-                                "' -metadata:s:t mimetype=text/plain");
+  const std::string words = shellWord(subtitleFile());
+  return media("every.mkv", "-f lavfi -i testsrc=s=176x144:r=25:d=1 -f lavfi -i sine=d=1 -i " +
+                                words + " -map 0 -map 1 -map 2 -pix_fmt yuv420p -c:v libx264 " +
+                                "-c:a ac3 -c:s srt -attach " + words +
+                                " -metadata:s:t mimetype=text/plain");
 }
 
 struct MediaRow {
@@ -320,8 +322,8 @@ TEST(GetMediaInfo, DescribesCodecsThatNobodyCanDecode) {
 TEST(GetMediaInfo, ListsAttachedPicturesAsVideo) {
   const std::string picture = media("picture.jpg", "-f lavfi -i color=red:s=32x24:d=1 -frames:v 1");
   const OwnedInfo info = infoOf(
-      media("cover.flac", "-f lavfi -i sine=d=1 -i '" + picture +
-                              "' -map 0 -map 1 -c:a flac -c:v copy -disposition:v attached_pic"));
+      media("cover.flac", "-f lavfi -i sine=d=1 -i " + shellWord(picture) +
+                              " -map 0 -map 1 -c:a flac -c:v copy -disposition:v attached_pic"));
   ASSERT_EQ(info->streamCount, 2);
   const MediaStreamInfo* video = firstOf(*info, MEDIA_STREAM_VIDEO);
   ASSERT_NE(video, nullptr);

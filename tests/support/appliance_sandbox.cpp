@@ -18,6 +18,7 @@
 #include <fstream>
 #include <memory>
 #include <stdexcept>
+#include <utility>
 #include <vector>
 
 #include "support/child_process.h"
@@ -31,6 +32,8 @@ namespace {
 
 // Not to be overlaid and kept: the media made by tests stay in it.
 const std::string kBuildFolder = KOLUM_TEST_BUILD_FOLDER;
+// Scripts of the tests lie here.
+const std::string kSourceFolder = KOLUM_TEST_SOURCE_FOLDER;
 
 // Where the sandbox is put together, in a mount namespace of its own: a folder that is everywhere,
 // so that nothing has to be made and removed again.
@@ -40,6 +43,7 @@ const std::string kNewRoot = kWorkshop + "/root";
 // Folders that are not overlaid: the system's own, and /tmp, which is to be empty.
 constexpr std::array kSystemFolders = {"/dev", "/proc", "/sys"};
 const std::string kTemporaryFolder = "/tmp";
+const std::string kMemoryFolder = "/dev/shm";
 
 [[noreturn]] void fail(const std::string& what) {
   throw std::runtime_error(what + ": " + std::strerror(errno));
@@ -114,6 +118,16 @@ void takeOverFolders(const fs::path& lower, const fs::path& layer, int levels) {
       takeOverFolders(entry.path(), layer / entry.path().filename(), levels - 1);
 }
 
+// A mount of the new root that cannot be protected is undone.
+void makeReadOnly(const std::string& path) {
+  const std::string target = kNewRoot + path;
+  mount_attr readOnly = {};
+  readOnly.attr_set = MOUNT_ATTR_RDONLY;
+  if (mount_setattr(AT_FDCWD, target.c_str(), 0, &readOnly, sizeof readOnly) != 0 &&
+      umount2(target.c_str(), MNT_DETACH) != 0)
+    fail("protecting " + path);
+}
+
 // Puts the new root together from what is outside.
 class RootBuilder {
  public:
@@ -151,13 +165,7 @@ class RootBuilder {
   // For what cannot be overlaid: single files and the stranger file systems. One that is not even
   // to be had this way is missing in the sandbox.
   static void bindReadOnly(const std::string& path) {
-    const std::string target = kNewRoot + path;
-    if (!tryMount(path, target, nullptr, MS_BIND)) return;
-    mount_attr readOnly = {};
-    readOnly.attr_set = MOUNT_ATTR_RDONLY;
-    if (mount_setattr(AT_FDCWD, target.c_str(), 0, &readOnly, sizeof readOnly) != 0 &&
-        umount2(target.c_str(), MNT_DETACH) != 0)
-      fail("protecting " + path);
+    if (tryMount(path, kNewRoot + path, nullptr, MS_BIND)) makeReadOnly(path);
   }
 
   // A user namespace cannot overlay a folder with mounts below it; then what is in it is covered
@@ -203,25 +211,48 @@ void freshFolder(const std::string& path) {
     mountOrFail("tmpfs", kNewRoot + path, "tmpfs", 0, "mode=1777,size=512m");
 }
 
+// A folder that may lie where a later mount hides it: held open from before.
+class HeldFolder {
+ public:
+  explicit HeldFolder(std::string path)
+      : path_(std::move(path)), descriptor_(open(path_.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC)) {
+    if (descriptor_ < 0) fail("opening " + path_);
+  }
+  ~HeldFolder() { close(descriptor_); }
+  HeldFolder(const HeldFolder&) = delete;
+  HeldFolder& operator=(const HeldFolder&) = delete;
+
+  // At the same path of the new root.
+  void mountInNewRoot() const {
+    fs::create_directories(kNewRoot + path_);
+    mountOrFail("/proc/self/fd/" + std::to_string(descriptor_), kNewRoot + path_, nullptr,
+                MS_BIND | MS_REC);
+  }
+
+ private:
+  const std::string path_;
+  const int descriptor_;
+};
+
 void enterSandbox() {
   const bool isMachineRoot = geteuid() == 0;
   enterNamespaces();
   mountOrFail("none", "/", nullptr, MS_REC | MS_PRIVATE);
-  // Held open, because the build tree may lie where the next mount hides it.
-  const int build = open(kBuildFolder.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
-  if (build < 0) fail("opening " + kBuildFolder);
+  const HeldFolder sources(kSourceFolder);
+  const HeldFolder build(kBuildFolder);
 
   RootBuilder root(isMachineRoot);
   mountOrFail("tmpfs", kWorkshop, "tmpfs", 0, "size=512m");
   root.build();
   for (const std::string folder : kSystemFolders)
     mountOrFail(folder, kNewRoot + folder, nullptr, MS_BIND | MS_REC);
-  freshFolder("/dev/shm");
-  freshFolder(kTemporaryFolder);
-  fs::create_directories(kNewRoot + kBuildFolder);
-  mountOrFail("/proc/self/fd/" + std::to_string(build), kNewRoot + kBuildFolder, nullptr,
-              MS_BIND | MS_REC);
-  close(build);
+  for (const std::string& folder : {kMemoryFolder, kTemporaryFolder}) {
+    freshFolder(folder);
+    if (!isWithin(kSourceFolder, folder)) continue;
+    sources.mountInNewRoot();
+    makeReadOnly(kSourceFolder);
+  }
+  build.mountInNewRoot();
 
   if (chroot(kNewRoot.c_str()) != 0 || chdir("/") != 0) fail("entering the new root");
 }

@@ -14,9 +14,9 @@ namespace kolum::test {
 std::optional<std::string> sandboxUnavailable();
 
 // Runs the body as runInChild() does, in a sandbox: what it writes anywhere is gone at the end,
-// and /tmp and /dev/shm are empty and its own. Only these are the machine's: the build tree, for
-// the media kept there, and what else is below /dev, /proc and /sys. Mounts that no overlay can
-// cover are read-only.
+// and /tmp and /dev/shm are empty and its own, but for a checkout that lies in them. Only these are
+// the machine's: the build tree, for the media kept there, and what else is below /dev, /proc and
+// /sys. Mounts that no overlay can cover are read-only.
 void runInAppliance(const std::function<void()>& body);
 
 // Writes a file at an absolute path; missing folders are made, a file that is there

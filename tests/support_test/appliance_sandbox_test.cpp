@@ -32,6 +32,13 @@ std::vector<std::string> namesIn(const std::string& folder) {
   return names;
 }
 
+// What a folder shows of the checkout, if that lies in it: the first folder on the way there.
+std::vector<std::string> wayToCheckout(const fs::path& folder) {
+  const fs::path way = fs::path(KOLUM_SOURCE_FOLDER).lexically_relative(folder);
+  if (way.empty() || *way.begin() == "..") return {};
+  return {*way.begin()};
+}
+
 class ApplianceSandbox : public testing::Test {
  protected:
   void SetUp() override {
@@ -83,10 +90,10 @@ TEST_F(ApplianceSandbox, LeavesTheMachineUntouched) {
 TEST_F(ApplianceSandbox, StartsWithEmptyTemporaryFolders) {
   const TempDir outside;
   runInAppliance([&] {
-    EXPECT_EQ(namesIn("/tmp"), std::vector<std::string>());
+    EXPECT_EQ(namesIn("/tmp"), wayToCheckout("/tmp"));
     EXPECT_FALSE(fs::exists(outside.folder()));
     if (fs::exists("/dev/shm")) {
-      EXPECT_EQ(namesIn("/dev/shm"), std::vector<std::string>());
+      EXPECT_EQ(namesIn("/dev/shm"), wayToCheckout("/dev/shm"));
     }
     const TempDir inside;
     EXPECT_EQ(contentOf(inside.write("file", "x")), "x");
@@ -114,6 +121,15 @@ TEST_F(ApplianceSandbox, SeesTheBuildTreeAndWritesToIt) {
   });
   EXPECT_EQ(contentOf(file), "x");
   fs::remove(file);
+}
+
+TEST_F(ApplianceSandbox, SeesTheSourcesAndLeavesThemUntouched) {
+  const std::string file = KOLUM_SOURCE_FOLDER "/written-by-" + std::to_string(getpid());
+  runInAppliance([&] {
+    EXPECT_FALSE(contentOf(KOLUM_SOURCE_FOLDER "/README.md").empty());
+    std::ofstream(file) << "x";
+  });
+  EXPECT_FALSE(fs::exists(file));
 }
 
 // A mount below "/" as machines have them for /home or /usr, here one of a machine within a

@@ -27,7 +27,7 @@ $samples/Music/Tones/cover.jpg: kind 3
 the library has changed" ] || fail "watch: $said"
 }
 
-cmake -S "$source/examples" -B "$folder/cmake" -DCMAKE_PREFIX_PATH="$folder/prefix" >/dev/null
+cmake -G Ninja -S "$source/examples" -B "$folder/cmake" -DCMAKE_PREFIX_PATH="$folder/prefix" >/dev/null
 cmake --build "$folder/cmake" >/dev/null
 look "$folder/cmake"
 

@@ -63,6 +63,26 @@ TEST(Version, IsPrintedForTheShortOptionToo) {
   EXPECT_EQ(run.out, kolum({"--version"}).out);
 }
 
+// The parser's releases lay their own help out differently.
+TEST(Help, IsLaidOutAsTheManualPagesExpect) {
+  const Outcome album = kolum({"artwork", "album", "--help"});
+  EXPECT_THAT(album.out, HasSubstr("\nUsage: kolum artwork album [OPTIONS] BASE ARTIST ALBUM\n"
+                                   "\n"
+                                   "Operands:\n"
+                                   "  BASE                    The music thumbnails' folder\n"
+                                   "  ARTIST                  The artist's name\n"
+                                   "  ALBUM                   The album's name\n"
+                                   "\n"
+                                   "Options:\n"
+                                   "  -h,--help               Shows this help\n"));
+  const Outcome probe = kolum({"probe", "--help"});
+  EXPECT_THAT(probe.out, HasSubstr("\nUsage: kolum probe [OPTIONS] [FILE...]\n"));
+  EXPECT_THAT(probe.out, HasSubstr("\n  FILE ...                Files; "));
+  EXPECT_THAT(probe.out, HasSubstr("\n  --audio-stream N        The audio stream"));
+  EXPECT_THAT(kolum({"artwork", "--help"}).out,
+              HasSubstr("\nUsage: kolum artwork [OPTIONS] COMMAND\n"));
+}
+
 TEST(Version, IsPrinted) {
   const Outcome run = kolum({"--version"});
   EXPECT_EQ(run.status, 0);
@@ -126,6 +146,9 @@ TEST(Usage, MistakesAreNamedWithTheHelpThatTellsMore) {
       {{"probe"}, "FILE is required; see kolum probe --help"},
       {{"probe", "--files-from", "a", "--files-from", "b"},
        "--files-from is given more than once; see kolum probe --help"},
+      {{"probe", "--files-from"}, "--files-from needs a value; see kolum probe --help"},
+      {{"notify", "wait", "--seconds"}, "--seconds needs a value; see kolum notify wait --help"},
+      {{"probe", "--json=x", "a"}, "--json takes no value; see kolum probe --help"},
       {{"dlna", "--audio-stream", "-1", "a.mp4"},
        "--audio-stream takes a number from 0 to 2147483647, not \"-1\"; see kolum dlna --help"},
       {{"notify"}, "COMMAND is required; see kolum notify --help"},
@@ -213,8 +236,9 @@ TEST(Results, WithStandardOutputClosedAreAnError) {
 
 TEST(Results, AReaderThatLeavesEndsTheToolQuietly) {
   const RunResult pipe = run({"bash", "-c",
-                              "set -o pipefail; yes a.mp4 | head -n 100000 | '" KOLUM_PROGRAM
-                              "' classify --json - | head -n 1"});
+                              "set -o pipefail; yes a.mp4 | head -n 100000 | \"$0\" classify "
+                              "--json - | head -n 1",
+                              KOLUM_PROGRAM});
   EXPECT_EQ(pipe.status, 1);
   EXPECT_THAT(pipe.out, testing::MatchesRegex("[^\n]*\n"));
   EXPECT_EQ(pipe.err, "");

@@ -39,9 +39,8 @@ Outcome runKolum(const std::string& program, const std::vector<std::string>& arg
   for (const char* name : {"KO_LOG_LEVEL", "KO_DATA_DIR"}) {
     if (!options.environment.contains(name)) command.insert(command.end(), {"-u", name});
   }
-  if (!redirection.empty()) {
-    command.insert(command.end(), {"sh", "-c", "exec \"$@\" " + redirection, "sh"});
-  }
+  // Even without a redirection: env would take a path with a "=" for a variable.
+  command.insert(command.end(), {"/bin/sh", "-c", "exec \"$@\" " + redirection, "sh"});
   command.push_back(program);
   command.insert(command.end(), arguments.begin(), arguments.end());
   const RunResult result = run(command, options);

@@ -112,7 +112,8 @@ TEST(ProbeVideo, TextIsAlignedUnderTheFilesName) {
   const std::string file = samples() + "Videos/short-film.mkv";
   const Outcome run = kolum({"probe", file});
   EXPECT_EQ(run.status, 0);
-  EXPECT_THAT(run.out, testing::MatchesRegex(file + R"(
+  ASSERT_THAT(run.out, testing::StartsWith(file));
+  EXPECT_THAT(run.out.substr(file.size()), testing::MatchesRegex(R"(
   Kind         video
   Container    MKV
   MIME type    video/x-matroska

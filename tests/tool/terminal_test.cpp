@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "support/shell.h"
 #include "support/temp_dir.h"
 #include "tool/kolum_run.h"
 
@@ -22,7 +23,7 @@ std::string atTerminal(const std::string& arguments, const Environment& environm
   RunOptions options;
   options.environment = {{"TERM", "xterm"}, {"NO_COLOR", ""}};
   for (const auto& [name, value] : environment) options.environment[name] = value;
-  const std::string command = std::string(KOLUM_PROGRAM) + " " + arguments + redirection;
+  const std::string command = shellWord(KOLUM_PROGRAM) + " " + arguments + redirection;
   return mustRun({"script", "--quiet", "--return", "--command", command, "/dev/null"}, options);
 }
 
@@ -39,14 +40,14 @@ std::string listOf(const TempDir& folder, std::size_t count) {
 }
 
 TEST(Colours, SetTitlesAndLabelsOffAtATerminal) {
-  const std::string said = atTerminal("cover '" + samples() + "Photos'");
+  const std::string said = atTerminal("cover " + shellWord(samples() + "Photos"));
   EXPECT_THAT(said, HasSubstr("\x1b[1m" + samples() + "Photos\x1b[0m"));
   EXPECT_THAT(said, HasSubstr("\x1b[2mCover  \x1b[0m(none)"));
   EXPECT_THAT(atTerminal("extensions --kinds photo"), HasSubstr("\x1b[1mKind"));
 }
 
 TEST(Colours, AreLeftOutWhereTheyAreNotWanted) {
-  const std::string cover = "cover '" + samples() + "Photos'";
+  const std::string cover = "cover " + shellWord(samples() + "Photos");
   EXPECT_THAT(atTerminal(cover, {{"NO_COLOR", "1"}}), Not(HasSubstr("\x1b")));
   EXPECT_THAT(atTerminal(cover, {{"TERM", "dumb"}}), Not(HasSubstr("\x1b")));
   EXPECT_THAT(atTerminal("--json " + cover), Not(HasSubstr("\x1b")));
@@ -72,12 +73,12 @@ std::vector<std::string> progressAt(int columns, const std::string& name) {
   const TempDir folder;
   std::filesystem::copy(samples() + "Videos/holiday.avi", folder.path(name));
   const std::string list = listOf(folder, 2000, folder.path(name));
-  const std::string said = mustRun(
-      {"script", "--quiet", "--return", "--command",
-       "stty cols " + std::to_string(columns) + "; " + KOLUM_PROGRAM + " probe --files-from '" +
-           list + "'" + kPausingReader + " >'" + folder.path("results") + "'",
-       "/dev/null"},
-      {.environment = {{"TERM", "xterm"}}});
+  const std::string said = mustRun({"script", "--quiet", "--return", "--command",
+                                    "stty cols " + std::to_string(columns) + "; " +
+                                        shellWord(KOLUM_PROGRAM) + " probe --files-from '" + list +
+                                        "'" + kPausingReader + " >'" + folder.path("results") + "'",
+                                    "/dev/null"},
+                                   {.environment = {{"TERM", "xterm"}}});
   std::vector<std::string> lines;
   const std::string clear = "\r\x1b[K";
   for (std::size_t at = said.find(clear); at != std::string::npos;) {
@@ -158,9 +159,9 @@ TEST(Interruption, EndsTheToolBetweenFiles) {
 TEST(Interruption, IgnoredByTheCallerStaysIgnored) {
   const TempDir folder;
   const std::string list = listOf(folder, 300);
-  const std::string script = std::string("trap '' INT; ") + KOLUM_PROGRAM +
-                             " cover --json --files-from '" + list + "' & kill -INT $!; wait $!";
-  const RunResult run = kolum::test::run({"sh", "-c", script});
+  const std::string script =
+      "trap '' INT; \"$0\" cover --json --files-from \"$1\" & kill -INT $!; wait $!";
+  const RunResult run = kolum::test::run({"sh", "-c", script, KOLUM_PROGRAM, list});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ((Outcome{0, run.out, ""}.json().size()), 300U);
 }

@@ -9,9 +9,11 @@
 #include <string>
 
 #include "support/media_factory.h"
+#include "support/shell.h"
 #include "support/temp_dir.h"
 
 using namespace kolum::test;
+using kolum::shellWord;
 
 namespace {
 
@@ -279,10 +281,11 @@ TEST(DlnaFiles, Mpeg4Part2) {
       {"mpeg4.avi", "352x288", "25", "-c:v mpeg4 -c:a libmp3lame", {"", "video/x-msvideo"}},
       {"mpeg4.ts", "352x288", "25", "-c:v mpeg4 -c:a libmp3lame -f mpegts", {"", "video/mpeg"}},
   });
-  EXPECT_EQ(nameOf(media("amr.3gp", "-f lavfi -i color=gray:s=176x144:r=15:d=1 -i " + amr() +
-                                        " -map 0 -map 1 -pix_fmt yuv420p -c:v mpeg4 -b:v 60k "
-                                        "-c:a copy")),
-            (Named{"MPEG4_P2_3GPP_SP_L0B_AMR", "video/3gpp"}));
+  EXPECT_EQ(
+      nameOf(media("amr.3gp", "-f lavfi -i color=gray:s=176x144:r=15:d=1 -i " + shellWord(amr()) +
+                                  " -map 0 -map 1 -pix_fmt yuv420p -c:v mpeg4 -b:v 60k "
+                                  "-c:a copy")),
+      (Named{"MPEG4_P2_3GPP_SP_L0B_AMR", "video/3gpp"}));
 }
 
 TEST(DlnaFiles, Mpeg4AdvancedSimpleAtD1) {

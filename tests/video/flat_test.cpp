@@ -15,9 +15,11 @@
 #include "support/log_recorder.h"
 #include "support/media_factory.h"
 #include "support/mp4_builder.h"
+#include "support/shell.h"
 #include "support/temp_dir.h"
 
 using namespace kolum::test;
+using kolum::shellWord;
 
 namespace {
 
@@ -281,8 +283,8 @@ std::string withSubtitles() {
                                      "2\n00:00:01,000 --> 00:00:02,000\ntwo\n"),
                           path);
   });
-  return media("subtitles.mkv", "-f lavfi -i testsrc=s=176x144:d=1 -i " + subtitles + " -i " +
-                                    subtitles +
+  const std::string input = " -i " + shellWord(subtitles);
+  return media("subtitles.mkv", "-f lavfi -i testsrc=s=176x144:d=1" + input + input +
                                     " -map 0 -map 1 -map 2 -pix_fmt yuv420p -c:v libx264 -c:s srt");
 }
 

@@ -11,9 +11,11 @@
 #include "support/descriptors.h"
 #include "support/media_factory.h"
 #include "support/mp4_builder.h"
+#include "support/shell.h"
 #include "support/temp_dir.h"
 
 using namespace kolum::test;
+using kolum::shellWord;
 
 namespace {
 
@@ -71,8 +73,9 @@ TEST(GetVideoRotationDegree, ReportsARealRotateTagUnchanged) {
 TEST(GetVideoRotationDegree, TakesTheFirstVideoStreamNotTheLargest) {
   const std::string larger =
       media("query-larger.mp4", "-f lavfi -i testsrc=s=320x240:d=1 -c:v libx264");
-  const std::string both = media("both.mp4", "-i " + withTrackMatrix(video(), rotationMatrix(90)) +
-                                                 " -i " + larger + " -map 0 -map 1 -c copy");
+  const std::string both =
+      media("both.mp4", "-i " + shellWord(withTrackMatrix(video(), rotationMatrix(90))) + " -i " +
+                            shellWord(larger) + " -map 0 -map 1 -c copy");
   EXPECT_EQ(rotation(both), (Answer{0, 90}));
 }
 

@@ -152,6 +152,13 @@ TEST(XmlNode, WritesADocumentIndentedWithTabs) {
   EXPECT_EQ(root.createXMLString(false).find('\n'), std::string::npos);
 }
 
+TEST(XmlNode, WritesAnElementWithEmptyTextAsAnEmptyElement) {
+  XMLNode top = XMLNode::createXMLTopNode("a");
+  top.addChild("b").addText("");
+  EXPECT_EQ(top.createXMLString(), "<a>\n\t<b />\n</a>");
+  EXPECT_EQ(top.createXMLString(false), "<a><b/></a>");
+}
+
 TEST(XmlNode, ReadsBackWhatItWrote) {
   XMLNode top = XMLNode::createXMLTopNode("a");
   top.addAttribute("x", "<>&\"'\n");

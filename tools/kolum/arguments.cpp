@@ -8,7 +8,9 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <functional>
 #include <string_view>
+#include <utility>
 
 #include "name_list.h"
 #include "numbers.h"
@@ -38,6 +40,19 @@ void forEachInList(Context& context, const std::string& listFile, bool byNul,
   if (failure) context.fail(shown, std::string_view(failure->reason));
 }
 
+// An option that takes one value. The parser is given leave to take several, so that the message
+// for them is ours.
+CLI::Option* addSingle(CLI::App& command, const std::string& name, const std::string& description,
+                       std::function<void(const std::string&)> take) {
+  const auto takeOnly = [name, take = std::move(take)](const CLI::results_t& results) {
+    if (results.size() > 1) throw UsageError(name + " is given more than once");
+    take(unmarked(results.back()));
+    return true;
+  };
+  return command.add_option(name, takeOnly, description)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+}
+
 }  // namespace
 
 std::vector<std::string> protectedArguments(int argc, char** argv) {
@@ -62,11 +77,8 @@ std::string unmarked(const std::string& argument) {
 
 CLI::Option* addText(CLI::App& command, const std::string& name, std::string& value,
                      const std::string& description) {
-  const auto take = [&value](const CLI::results_t& results) {
-    value = unmarked(results.back());
-    return true;
-  };
-  return command.add_option(name, take, description)->type_name("");
+  const auto take = [&value](const std::string& text) { value = text; };
+  return addSingle(command, name, description, take)->type_name("");
 }
 
 CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<std::string>& values,
@@ -84,17 +96,15 @@ CLI::Option* addTexts(CLI::App& command, const std::string& name, std::vector<st
 
 CLI::Option* addNumber(CLI::App& command, const std::string& name, int& value, NumberRange range,
                        const std::string& description) {
-  const auto take = [name, range, &value](const CLI::results_t& results) {
-    const std::string text = unmarked(results.back());
+  const auto take = [name, range, &value](const std::string& text) {
     const auto number = parseNumber(text);
     if (!number || *number < range.least || *number > range.most) {
       throw UsageError(name + " takes a number from " + std::to_string(range.least) + " to " +
                        std::to_string(range.most) + ", not \"" + text + "\"");
     }
     value = static_cast<int>(*number);
-    return true;
   };
-  return command.add_option(name, take, description)->type_name("N");
+  return addSingle(command, name, description, take)->type_name("N");
 }
 
 void addAudioStreamOption(CLI::App& command, int& index) {

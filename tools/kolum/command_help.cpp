@@ -5,6 +5,7 @@
 #include "command_tree.h"
 #include "commands.h"
 #include "context.h"
+#include "help.h"
 
 namespace kolum::tool {
 
@@ -13,14 +14,12 @@ namespace {
 // The help of the command that TOPICS leads to, from ROOT on.
 std::string helpOn(const CLI::App& root, const std::vector<std::string>& topics) {
   const CLI::App* command = &root;
-  std::string words = root.get_name();
   for (const std::string& topic : topics) {
     const CLI::App* nested = findCommand(*command, topic);
     if (nested == nullptr) throw UsageError(unknownWord(*command, topic));
     command = nested;
-    words += " " + topic;
   }
-  return command->get_formatter()->make_help(command, words, CLI::AppFormatMode::Normal);
+  return helpOf(*command);
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <new>
-#include <sstream>
 #include <system_error>
 #include <vector>
 
@@ -12,6 +11,7 @@
 #include "command_tree.h"
 #include "commands.h"
 #include "context.h"
+#include "help.h"
 #include "interruption.h"
 #include "text.h"
 
@@ -20,8 +20,6 @@ namespace {
 using namespace kolum::tool;
 
 enum ExitStatus { kAllDone = 0, kSomeFailed = 1, kUsage = 2 };
-
-constexpr char kCommandGroup[] = "Commands";
 
 struct CommonOptions {
   bool json = false;
@@ -38,7 +36,7 @@ void addCommonOptions(CLI::App& parser, CommonOptions& options) {
   parser.add_flag("--json", options.json, "Prints one JSON object a line");
   parser.add_flag("--debug", options.debug, "Shows the library's debug lines on standard error");
   for (CLI::App* nested : parser.get_subcommands({})) {
-    nested->group(nested->get_description().empty() ? "" : kCommandGroup);
+    if (nested->get_description().empty()) nested->group("");  // not listed
     addCommonOptions(*nested, options);
   }
 }
@@ -80,21 +78,36 @@ const CLI::App& innermost(const CLI::App& app) {
   return named.empty() ? app : innermost(*named.front());
 }
 
-// Its words: "kolum notify wait".
-std::string commandLineOf(const CLI::App& command) {
-  const CLI::App* parent = command.get_parent();
-  return parent == nullptr ? command.get_name() : commandLineOf(*parent) + " " + command.get_name();
+// The first operand that is required and missing.
+std::string missingOperand(const CLI::App& command) {
+  for (const CLI::Option* operand : listedOperands(command))
+    if (operand->get_required() && operand->count() == 0) return operand->get_name();
+  return "an operand";
+}
+
+// What is wrong with an option's value. Every release of the parser words that differently, but all
+// name the option.
+std::string valueFault(const CLI::App& command, const std::string& message) {
+  const CLI::Option* named = nullptr;
+  std::size_t first = message.size();
+  for (const CLI::Option* option : listedOptions(command)) {
+    const std::size_t place = message.find(longestName(*option));
+    if (place >= first) continue;
+    named = option;
+    first = place;
+  }
+  if (named == nullptr) return message;
+  return longestName(*named) + (takesValue(*named) ? " needs a value" : " takes no value");
 }
 
 std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
-  const bool wantsCommand = innermost(app).get_require_subcommand_min() > 0;
+  const CLI::App& command = innermost(app);
+  const bool wantsCommand = command.get_require_subcommand_min() > 0;
   if (const auto words = app.remaining(true); !words.empty())
-    return unknownWord(innermost(app), unmarked(words.front()));
-  std::string reason = error.what();
-  if (wantsCommand && error.get_name() == "RequiredError") return "COMMAND is required";
-  const std::size_t tooMany = reason.find(": At Most 1 required");
-  if (tooMany != std::string::npos) return reason.substr(0, tooMany) + " is given more than once";
-  return reason;
+    return unknownWord(command, unmarked(words.front()));
+  if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::RequiredError))
+    return (wantsCommand ? "COMMAND" : missingOperand(command)) + " is required";
+  return valueFault(command, error.what());
 }
 
 int run(const Channels& channels, int argc, char** argv) {
@@ -102,10 +115,6 @@ int run(const Channels& channels, int argc, char** argv) {
                "kolum");
   app.set_help_flag("-h,--help", "Shows this help");
   app.set_version_flag("-V,--version", "kolum " KOLUM_VERSION, "Shows the version");
-  app.get_formatter()->label("SUBCOMMAND", "COMMAND");
-  app.get_formatter()->label("REQUIRED", "");
-  app.get_formatter()->label("Positionals", "Operands");
-  app.get_formatter()->column_width(26);
   app.require_subcommand(1);
   app.footer(
       "\"kolum COMMAND --help\" tells more about a command.\n"
@@ -126,9 +135,7 @@ int run(const Channels& channels, int argc, char** argv) {
     channels.writeResults(std::string(version.what()) + "\n");
     return kAllDone;
   } catch (const CLI::Success&) {
-    std::ostringstream help;
-    app.exit(CLI::CallForHelp(), help, help);
-    channels.writeResults(help.str());
+    channels.writeResults(helpOf(innermost(app)));
     return kAllDone;
   } catch (const CLI::ParseError& error) {
     return usage(channels, reasonOf(app, error), commandLineOf(innermost(app)));

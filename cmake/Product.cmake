@@ -1,0 +1,19 @@
+# What is installed, as one target that needs none of the tests: cmake --build FOLDER --target
+# kolum-product. Included ahead of every install(), because the check below has to run first.
+add_custom_target(kolum-product)
+add_dependencies(kolum-product kolum kolum-tool kolum-man dsf2flac osm_info setcfg)
+
+# Without it, installing would stop at the first missing file and leave the ones before it in place.
+install(CODE "
+  foreach(file IN ITEMS
+      [==[$<TARGET_FILE:kolum>]==]
+      [==[$<TARGET_FILE:kolum-tool>]==]
+      [==[$<TARGET_FILE:dsf2flac>]==]
+      [==[$<TARGET_FILE:osm_info>]==]
+      [==[$<TARGET_FILE:setcfg>]==]
+      [==[${PROJECT_BINARY_DIR}/tools/kolum/man/kolum.1]==])
+    if(NOT EXISTS \"\${file}\")
+      message(FATAL_ERROR \"\${file} is not built, so nothing was installed. Build the target kolum-product first.\")
+    endif()
+  endforeach()"
+  ALL_COMPONENTS)

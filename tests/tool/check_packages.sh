@@ -1,0 +1,22 @@
+#!/usr/bin/env bash
+# check_packages.sh SOURCE-FOLDER: scripts/packages.txt knows what to install on releases old and new,
+# those without a number included.
+set -euo pipefail
+cd -- "$1"
+. scripts/setup.sh
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+# expect_package PACKAGE OS-RELEASE-LINE...: exactly one of the TagLib packages is wanted, this one.
+expect_package() {
+  local package=$1 wanted
+  shift
+  printf '%s\n' "$@" >"$folder/os-release"
+  kOsRelease=$folder/os-release
+  wanted=$(wanted_packages build | awk '$1 ~ /^libtag/ { print $1 }')
+  [ "$wanted" = "$package" ] || { echo "wants \"$wanted\" for \"$*\""; exit 1; }
+}
+expect_package libtag1-dev VERSION_ID=\"12\"
+expect_package libtag-dev VERSION_ID=\"13\"
+expect_package libtag-dev VERSION_ID=\"14\"
+expect_package libtag-dev 'PRETTY_NAME="Debian GNU/Linux forky/sid"' VERSION_CODENAME=forky
