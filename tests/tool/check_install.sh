@@ -24,7 +24,8 @@ if cmake -DCMAKE_INSTALL_PREFIX="$folder/partial" -DCMAKE_INSTALL_COMPONENT=kolu
   -P "$folder/partial.cmake" 2>"$folder/said"; then
   exit 1
 fi
-grep -q 'nothing was installed' "$folder/said"
+# CMake breaks its lines where the path happens to end.
+tr -s '\n ' ' ' <"$folder/said" | grep -q 'nothing was installed'
 test ! -e "$folder/partial"
 
 # The appliance's own programs, where the library looks for them.
