@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
 #include <kolum/mediainfo.h>
+#include <kolum/video.h>
 #include <sys/stat.h>
 
 #include <cstdlib>
@@ -343,6 +344,9 @@ TEST(GetMediaInfo, TakesADiscWithoutAFolderForTheCurrentOne) {
   runInChild([] {
     std::filesystem::current_path(dvdFolder());
     EXPECT_EQ(infoOf("VIDEO_TS.IFO")->sourceKind, static_cast<unsigned>(FORMAT_DVDIFO));
+    videoObject_st record = {};
+    EXPECT_EQ(GetVideoMetadata1("", "VIDEO_TS.IFO", &record, 0), 0U);
+    EXPECT_GT(record.width, 0);
     std::filesystem::current_path(blurayFolder());
     EXPECT_EQ(infoOf("index.bdmv")->sourceKind, static_cast<unsigned>(FORMAT_BDBDMV));
   });

@@ -86,7 +86,7 @@ void print(Context& context, const lumCfg_s& config) {
   context.printer.block(result);
 }
 
-// The first of the things the library needs that is not there; empty when all are.
+// Reports the first of the things that the library needs and that is missing; false when none is.
 bool reportMissing(Context& context, const std::string& dataDir,
                    std::initializer_list<std::string> files, int mode) {
   if (dataDir.empty()) {
