@@ -69,6 +69,7 @@ clone_project() {
 
 # inside COMMAND [ARGUMENT...]: as root in the system, with a bare environment. Its own root in a mount
 # namespace of its own, not a chroot: the tests make namespaces there, and every mount ends with it.
+# The machine's shared memory stays outside: the library's semaphores belong to who made them first.
 # Packages are kept for the next system.
 inside() {
   local variable environment=("HOME=/root" "PATH=$kPath" "TERM=${TERM:-dumb}" "root=$root" "archives=$archives")
@@ -80,6 +81,7 @@ inside() {
     mkdir -p "$root/old"
     mount --bind "$archives" "$root/var/cache/apt/archives"
     for folder in dev proc sys; do mount --rbind "/$folder" "$root/$folder"; done
+    mount -t tmpfs -o mode=1777 tmpfs "$root/dev/shm"
     cd "$root"
     pivot_root . old
     umount --lazy /old

@@ -18,6 +18,9 @@ namespace kolum::test {
 
 namespace {
 
+// Ordinary users have no such folder on their path.
+constexpr const char* kMakeExt4 = "/sbin/mkfs.ext4";
+
 std::string dvdStream(int seconds) {
   const std::string duration = std::to_string(seconds);
   return media("title" + duration + ".mpg", "-f lavfi -i testsrc=s=720x576:r=25:d=" + duration +
@@ -115,7 +118,7 @@ std::string largeDvdImage() {
   const std::string folder = discRoot(largeDvdFolder());
   return made("large-dvd.iso", "of " + folder, [&](const std::string& path) {
     // A file system that keeps the hole one.
-    mustRun({"mkfs.ext4", "-q", "-d", folder, path, "5600M"});
+    mustRun({kMakeExt4, "-q", "-d", folder, path, "5600M"});
   });
 }
 
@@ -132,7 +135,7 @@ std::string discImage(const std::string& folder, const std::string& name, ImageK
       if (entry.is_regular_file()) size += entry.file_size();
     std::ofstream(path, std::ios::binary).flush();
     fs::resize_file(path, size);
-    mustRun({"mkfs.ext4", "-q", "-d", folder, path});
+    mustRun({kMakeExt4, "-q", "-d", folder, path});
   });
 }
 

@@ -270,7 +270,7 @@ TEST(Descriptors, UsedUpAreAFailureWithItsReason) {
 #endif
   const Outcome none = kolumWithDescriptors(5, "probe '" + samples() + "Photos/pattern.jpg'");
   EXPECT_EQ(none.status, 1);
-  EXPECT_EQ(none.err, "kolum: Too many open files\n");
+  EXPECT_THAT(none.err, StartsWith("kolum: Too many open files\n"));
 }
 
 // The song's probe writes a line to standard error, the video's some to standard output.
