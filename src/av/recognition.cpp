@@ -35,7 +35,9 @@ Recognition recognize(const char* path) {
   std::size_t length = 0;
   std::vector<std::uint8_t> bytes = beginningOf(path, length);
   AVProbeData data = {};
-  data.filename = "";
+  // Later releases take HLS for what it is in files of its own name only; for the score of others
+  // the name does not count.
+  data.filename = "playlist.m3u8";
   data.buf = bytes.data();
   data.buf_size = static_cast<int>(length);
   int score = 0;

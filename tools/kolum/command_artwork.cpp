@@ -1,7 +1,6 @@
 #include <kolum/host.h>
 #include <kolum/thumbnail.h>
 
-#include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -14,6 +13,7 @@
 #include "numbers.h"
 #include "paths.h"
 #include "programs.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -22,11 +22,13 @@ namespace {
 // Holds every relative path that the library writes.
 constexpr std::size_t kRelativePathSize = 1024;
 
-struct Options {
+struct MusicNames {
   std::string base;
   std::string artist;
   std::string album;
-  FileArguments files;
+};
+
+struct SystemThumbnail {
   std::string mediaType;
   std::string item;
 };
@@ -42,10 +44,10 @@ void print(Context& context, const std::string& base, const char* relativePath) 
   context.printer.block(result);
 }
 
-void showArtist(Context& context, const Options& options) {
+void showArtist(Context& context, const MusicNames& names) {
   char relativePath[kRelativePathSize] = "";
-  const std::string base = withSlash(options.base);
-  if (LUM_CheckMusicArtistThumbnail(base.c_str(), options.artist.c_str(), relativePath) == 1) {
+  const std::string base = withSlash(names.base);
+  if (LUM_CheckMusicArtistThumbnail(base.c_str(), names.artist.c_str(), relativePath) == 1) {
     return print(context, base, relativePath);
   }
   context.fail(base + relativePath, "no picture of this artist");
@@ -94,18 +96,18 @@ bool makeWithImageMagick(const std::string& base, const std::string& relativePat
   return scale(tool, source, thumbnail.string(), "252x252") && std::filesystem::remove(source);
 }
 
-void makeAlbum(Context& context, const Options& options) {
+void makeAlbum(Context& context, const MusicNames& names) {
   context.initLibrary();
   char relativePath[kRelativePathSize] = "";
-  const std::string base = withSlash(options.base);
-  const bool made = LUM_CheckMusicAlbumArt(base.c_str(), options.artist.c_str(),
-                                           options.album.c_str(), relativePath) == 1;
+  const std::string base = withSlash(names.base);
+  const bool made = LUM_CheckMusicAlbumArt(base.c_str(), names.artist.c_str(), names.album.c_str(),
+                                           relativePath) == 1;
   if (made || makeWithImageMagick(base, relativePath)) return print(context, base, relativePath);
   context.fail(base + relativePath, "no thumbnail, and none could be made from a \"@_\" picture");
 }
 
-void showTranscoded(Context& context, const Options& options) {
-  forEachName(context, options.files, [&](const std::string& name) {
+void showTranscoded(Context& context, const FileArguments& files) {
+  forEachName(context, files, [&](const std::string& name) {
     const MediaPath path = splitPath(name);
     const bool exists = LUM_IsTranscodeFileExist(path.folder.c_str(), path.name.c_str()) == 0;
     Result result = Result::ofFile(name);
@@ -115,9 +117,9 @@ void showTranscoded(Context& context, const Options& options) {
   });
 }
 
-void showFolder(Context& context, const Options& options) {
-  const auto mediaType = parseNumber(options.mediaType);
-  const auto item = parseNumber(options.item);
+void showFolder(Context& context, const SystemThumbnail& thumbnail) {
+  const auto mediaType = parseNumber(thumbnail.mediaType);
+  const auto item = parseNumber(thumbnail.item);
   char name[16] = "";
   if (!mediaType || !item || *mediaType < 0 || *mediaType > UINT32_MAX ||
       getSystemThumbFolderName(static_cast<unsigned>(*mediaType), *item, sizeof name, name) != 0) {
@@ -128,30 +130,49 @@ void showFolder(Context& context, const Options& options) {
   context.printer.block(result);
 }
 
+Action defineAlbum(Syntax& syntax) {
+  auto names = std::make_shared<MusicNames>();
+  syntax.operand("BASE", names->base, "The music thumbnails' folder");
+  syntax.operand("ARTIST", names->artist, "The artist's name");
+  syntax.operand("ALBUM", names->album, "The album's name");
+  syntax.help("Example:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");
+  return [names](Context& context) { makeAlbum(context, *names); };
+}
+
+Action defineArtist(Syntax& syntax) {
+  auto names = std::make_shared<MusicNames>();
+  syntax.operand("BASE", names->base, "The music thumbnails' folder");
+  syntax.operand("ARTIST", names->artist, "The artist's name");
+  syntax.help("Example:\n  kolum artwork artist /share/.thumbs/ \"The Oscillators\"");
+  return [names](Context& context) { showArtist(context, *names); };
+}
+
+Action defineTranscoded(Syntax& syntax) {
+  auto files = std::make_shared<FileArguments>();
+  addFileArguments(syntax, *files);
+  syntax.help("Example:\n  kolum artwork transcoded Movies/*.avi");
+  return [files](Context& context) { showTranscoded(context, *files); };
+}
+
+Action defineFolder(Syntax& syntax) {
+  auto thumbnail = std::make_shared<SystemThumbnail>();
+  syntax.operand("TYPE", thumbnail->mediaType, "The media type's number, 0 to 20");
+  syntax.operand("ITEM", thumbnail->item, "The item's number");
+  syntax.help("Example:\n  kolum artwork folder 3 4660");
+  return [thumbnail](Context& context) { showFolder(context, *thumbnail); };
+}
+
 }  // namespace
 
-Action defineArtwork(CLI::App& command) {
-  auto options = std::make_shared<Options>();
-  command.require_subcommand(1);
-  CLI::App* album =
-      command.add_subcommand("album", "Makes an album's thumbnails when they are missing");
-  CLI::App* artist = command.add_subcommand("artist", "Finds an artist's picture");
-  CLI::App* transcoded =
-      command.add_subcommand("transcoded", "Looks for transcoded copies of videos");
-  CLI::App* folder = command.add_subcommand("folder", "Names the folder of a system thumbnail");
-  for (CLI::App* nested : {album, artist}) {
-    addText(*nested, "BASE", options->base, "The music thumbnails' folder")->required();
-    addText(*nested, "ARTIST", options->artist, "The artist's name")->required();
-  }
-  addText(*album, "ALBUM", options->album, "The album's name")->required();
-  addFileArguments(*transcoded, options->files);
-  addText(*folder, "TYPE", options->mediaType, "The media type's number, 0 to 20")->required();
-  addText(*folder, "ITEM", options->item, "The item's number")->required();
-  album->footer("Example:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");
-  artist->footer("Example:\n  kolum artwork artist /share/.thumbs/ \"The Oscillators\"");
-  transcoded->footer("Example:\n  kolum artwork transcoded Movies/*.avi");
-  folder->footer("Example:\n  kolum artwork folder 3 4660");
-  command.footer(
+Action defineArtwork(Syntax& syntax) {
+  static constexpr Command kCommands[] = {
+      {"album", "Makes an album's thumbnails when they are missing", defineAlbum},
+      {"artist", "Finds an artist's picture", defineArtist},
+      {"transcoded", "Looks for transcoded copies of videos", defineTranscoded},
+      {"folder", "Names the folder of a system thumbnail", defineFolder},
+  };
+  syntax.commands(kCommands);
+  syntax.help(
       "Artwork as the media library keeps it: below BASE a folder for each artist, in it "
       "artist.jpg\n"
       "and a thumbnail for each album. An album's thumbnails are made from the picture "
@@ -160,12 +181,7 @@ Action defineArtwork(CLI::App& command) {
       "ImageMagick\n"
       "(/usr/local/sbin/convert, else convert on the PATH).\n"
       "\nExample:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");
-  return [=](Context& context) {
-    if (album->parsed()) return makeAlbum(context, *options);
-    if (artist->parsed()) return showArtist(context, *options);
-    if (transcoded->parsed()) return showTranscoded(context, *options);
-    showFolder(context, *options);
-  };
+  return nullptr;
 }
 
 }  // namespace kolum::tool

@@ -1,6 +1,5 @@
 #include <kolum/filetype.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "arguments.h"
@@ -8,6 +7,7 @@
 #include "context.h"
 #include "file_types.h"
 #include "identifiers.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -46,18 +46,14 @@ void run(Context& context, const Options& options) {
 
 }  // namespace
 
-Action defineClassify(CLI::App& command) {
+Action defineClassify(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addFileArguments(command, options->files);
-  addKindsOption(command, options->kinds);
-  addTexts(command, "--mask", options->masks,
-           "Excludes the rows whose bits (row - 1) are set, in decimal or with 0x")
-      ->expected(1)
-      ->allow_extra_args(false)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->type_name("KIND=MASK");
-  addNumber(command, "--tag", options->tag, {0, 255}, "A tag byte, handed back for videos");
-  command.footer(
+  addFileArguments(syntax, options->files);
+  addKindsOption(syntax, options->kinds);
+  syntax.repeatedOption("--mask", "KIND=MASK", options->masks,
+                        "Excludes the rows whose bits (row - 1) are set, in decimal or with 0x");
+  syntax.option("--tag", "N", options->tag, {0, 255}, "A tag byte, handed back for videos");
+  syntax.help(
       "Tells the kind of a file by its name alone (the file need not exist): music, video, photo,\n"
       "playlist or none. The row is the type's place in the table that \"kolum extensions\" "
       "prints.\n"

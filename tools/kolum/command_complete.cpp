@@ -1,10 +1,9 @@
-#include <CLI/CLI.hpp>
 #include <memory>
 
-#include "arguments.h"
 #include "commands.h"
 #include "completion.h"
 #include "context.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -21,11 +20,11 @@ std::string answerOf(const Completion& completion) {
 
 }  // namespace
 
-Action defineComplete(CLI::App& command) {
+Action defineComplete(Syntax& syntax) {
   auto words = std::make_shared<std::vector<std::string>>();
-  addTexts(command, "WORD", *words, "The words after \"kolum\"; the last one is being typed");
-  command.footer("What the completions of shells ask: \"kolum complete -- WORD...\".");
-  const CLI::App* root = command.get_parent();
+  syntax.operands("WORD", *words, "The words after \"kolum\"; the last one is being typed");
+  syntax.help("What the completions of shells ask: \"kolum complete -- WORD...\".");
+  const CLI::App* root = &syntax.root();
   return
       [root, words](Context& context) { context.printer.raw(answerOf(complete(*root, *words))); };
 }

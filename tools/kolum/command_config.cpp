@@ -3,23 +3,22 @@
 #include <kolum/host.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
 #include <memory>
 
 #include "appliance.h"
-#include "arguments.h"
 #include "commands.h"
 #include "context.h"
 #include "programs.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
 namespace {
 
-struct Options {
+struct Setting {
   std::string section;
   std::string key;
   std::string value;
@@ -132,41 +131,51 @@ void show(Context& context) {
 
 // What the library does with /sbin/setcfg, with another tool; setcfg makes a missing file by
 // itself.
-int setWith(const std::string& tool, const std::string& dataDir, const Options& options) {
+int setWith(const std::string& tool, const std::string& dataDir, const Setting& setting) {
   if (dataDir.empty()) return 1;
   const std::string file = dataDir + kServerConfigFile;
   const char* argv[] = {
-      tool.c_str(),          "-f",   file.c_str(), options.section.c_str(), options.key.c_str(),
-      options.value.c_str(), nullptr};
+      tool.c_str(),          "-f",   file.c_str(), setting.section.c_str(), setting.key.c_str(),
+      setting.value.c_str(), nullptr};
   return KoUtil_ExecSync(argv, 1);
 }
 
-void set(Context& context, const Options& options) {
+void set(Context& context, const Setting& setting) {
   std::string dataDir;
   KoUtil_GetDataDir(dataDir);
   const std::string found = setTool();
   const std::string tool = found.empty() ? kSetTool : found;
-  const int status = tool == kSetTool ? updateConfig(options.section, options.key, options.value)
-                                      : setWith(tool, dataDir, options);
+  const int status = tool == kSetTool ? updateConfig(setting.section, setting.key, setting.value)
+                                      : setWith(tool, dataDir, setting);
   if (status == 0) return;
   if (reportMissing(context, dataDir, {tool}, X_OK)) return;
   context.fail(dataDir + kServerConfigFile,
                "not changed, " + tool + " or its preparation answered " + std::to_string(status));
 }
 
+Action defineShow(Syntax& syntax) {
+  syntax.help("Example:\n  kolum config show --json");
+  return show;
+}
+
+Action defineSet(Syntax& syntax) {
+  auto setting = std::make_shared<Setting>();
+  syntax.operand("SECTION", setting->section, "KOLUMSERVER or THUMBNAIL");
+  syntax.operand("KEY", setting->key, "As \"config show\" prints it");
+  syntax.operand("VALUE", setting->value, "The new value");
+  syntax.help("Example:\n  kolum config set THUMBNAIL QUALITY 3");
+  return [setting](Context& context) { set(context, *setting); };
+}
+
 }  // namespace
 
-Action defineConfig(CLI::App& command) {
-  auto options = std::make_shared<Options>();
-  command.require_subcommand(1);
-  CLI::App* showing = command.add_subcommand("show", "Prints every setting");
-  CLI::App* setting = command.add_subcommand("set", "Changes one setting in the file");
-  addText(*setting, "SECTION", options->section, "KOLUMSERVER or THUMBNAIL")->required();
-  addText(*setting, "KEY", options->key, "As \"config show\" prints it")->required();
-  addText(*setting, "VALUE", options->value, "The new value")->required();
-  showing->footer("Example:\n  kolum config show --json");
-  setting->footer("Example:\n  kolum config set THUMBNAIL QUALITY 3");
-  command.footer(
+Action defineConfig(Syntax& syntax) {
+  static constexpr Command kCommands[] = {
+      {"show", "Prints every setting", defineShow},
+      {"set", "Changes one setting in the file", defineSet},
+  };
+  syntax.commands(kCommands);
+  syntax.help(
       "The media-library server's configuration: the data volume's .system/lumserver.conf, and "
       "for\n"
       "one setting /etc/config/medialibrary.conf. Settings are changed by /sbin/setcfg, or where "
@@ -175,10 +184,7 @@ Action defineConfig(CLI::App& command) {
       "\nExamples:\n"
       "  kolum config show\n"
       "  kolum config set THUMBNAIL QUALITY 3");
-  return [=](Context& context) {
-    if (showing->parsed()) return show(context);
-    set(context, *options);
-  };
+  return nullptr;
 }
 
 }  // namespace kolum::tool

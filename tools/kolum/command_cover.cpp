@@ -2,7 +2,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <memory>
 
@@ -10,6 +9,7 @@
 #include "commands.h"
 #include "context.h"
 #include "paths.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -50,11 +50,11 @@ void checkName(Context& context, const std::string& name) {
 
 }  // namespace
 
-Action defineCover(CLI::App& command) {
+Action defineCover(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addFileArguments(command, options->files);
-  command.add_flag("--names", options->names, "Tells whether the names are those of covers");
-  command.footer(
+  addFileArguments(syntax, options->files);
+  syntax.flag("--names", options->names, "Tells whether the names are those of covers");
+  syntax.help(
       "Finds the album picture in a folder, or beside a song: cover.jpg, folder.jpg or front.jpg, "
       "in\n"
       "that order, also with a capital first letter.\n"

@@ -1,6 +1,5 @@
 #include <kolum/dlna.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <optional>
 #include <utility>
@@ -12,6 +11,7 @@
 #include "file_types.h"
 #include "media_files.h"
 #include "song.h"
+#include "syntax.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -112,13 +112,12 @@ void run(Context& context, const Options& options) {
 
 }  // namespace
 
-Action defineDlna(CLI::App& command) {
+Action defineDlna(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addMediaFileArguments(command, options->files);
-  command.add_flag("--explain", options->explain,
-                   "Tells how the profile was found, or why none was");
-  addAudioStreamOption(command, options->audioStream);
-  command.footer(
+  addMediaFileArguments(syntax, options->files);
+  syntax.flag("--explain", options->explain, "Tells how the profile was found, or why none was");
+  addAudioStreamOption(syntax, options->audioStream);
+  syntax.help(
       "Names the DLNA media format profile and MIME type of videos and songs. With --explain it "
       "also\n"
       "says what counted about a video, every name that was considered, each test with what the "

@@ -5,7 +5,6 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <fstream>
 #include <optional>
@@ -17,6 +16,7 @@
 #include "context.h"
 #include "mounting.h"
 #include "programs.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -201,8 +201,8 @@ void print(Context& context, const Finding& finding) {
 
 }  // namespace
 
-Action defineDoctor(CLI::App& command) {
-  command.footer(
+Action defineDoctor(Syntax& syntax) {
+  syntax.help(
       "Reports which libraries, external programs, features of the kernel and configuration files\n"
       "there are, and what each is needed for, in two groups: what kolum needs on every machine, "
       "and\n"

@@ -1,6 +1,5 @@
 #include <kolum/audio.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "arguments.h"
@@ -12,6 +11,7 @@
 #include "identifiers.h"
 #include "media_files.h"
 #include "paths.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -63,10 +63,10 @@ bool isWanted(const MediaFile& file, bool byContent) {
 
 }  // namespace
 
-Action defineDsf(CLI::App& command) {
+Action defineDsf(Syntax& syntax) {
   auto files = std::make_shared<MediaFileArguments>();
-  addMediaFileArguments(command, *files);
-  command.footer(
+  addMediaFileArguments(syntax, *files);
+  syntax.help(
       "Describes DSD songs (.dsf and .dff) with their tags, as the server stores them. The "
       "numbers\n"
       "come from the tool dsf2flac.\n"

@@ -1,7 +1,6 @@
 #include <kolum/filetype.h>
 #include <kolum/identifiers.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "appliance.h"
@@ -12,6 +11,7 @@
 #include "file_types.h"
 #include "identifiers.h"
 #include "media_files.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -66,11 +66,11 @@ void run(Context& context, const Options& options) {
 
 }  // namespace
 
-Action defineExtensions(CLI::App& command) {
+Action defineExtensions(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addKindsOption(command, options->kinds);
-  command.add_flag("--xml", options->xml, "The enabled extensions as XML");
-  command.footer(
+  addKindsOption(syntax, options->kinds);
+  syntax.flag("--xml", options->xml, "The enabled extensions as XML");
+  syntax.help(
       "Prints the file types the media library knows: kind, row, extension, MIME type, and what\n"
       "the extension alone implies. With --xml only those that /etc/config/medialibrary.conf "
       "leaves\n"

@@ -1,7 +1,6 @@
 #include <kolum/geocode.h>
 #include <kolum/host.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -10,12 +9,12 @@
 #include <memory>
 
 #include "appliance.h"
-#include "arguments.h"
 #include "commands.h"
 #include "context.h"
 #include "languages.h"
 #include "numbers.h"
 #include "programs.h"
+#include "syntax.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -131,15 +130,15 @@ void run(Context& context, const Options& options) {
 
 }  // namespace
 
-Action defineGeocode(CLI::App& command) {
+Action defineGeocode(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addText(command, "LATITUDE", options->latitude, "Degrees, north positive")->required();
-  addText(command, "LONGITUDE", options->longitude, "Degrees, east positive")->required();
-  addNumber(command, "--zoom", options->zoom, {0, kBuilding},
-            "Level of detail, 0 the world to 18 a building");
-  addText(command, "--language", options->language, "Prints the address in this language only")
-      ->type_name("CODE");
-  command.footer(
+  syntax.operand("LATITUDE", options->latitude, "Degrees, north positive");
+  syntax.operand("LONGITUDE", options->longitude, "Degrees, east positive");
+  syntax.option("--zoom", "N", options->zoom, {0, kBuilding},
+                "Level of detail, 0 the world to 18 a building");
+  syntax.option("--language", "CODE", options->language,
+                "Prints the address in this language only");
+  syntax.help(
       "Tells the place of a position and its address in several languages. The tool osm_info looks "
       "it\n"
       "up: the appliance's, else the stand-in built beside kolum.\n"

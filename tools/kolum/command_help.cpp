@@ -1,11 +1,10 @@
-#include <CLI/CLI.hpp>
 #include <memory>
 
-#include "arguments.h"
 #include "command_tree.h"
 #include "commands.h"
 #include "context.h"
 #include "help.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -24,13 +23,13 @@ std::string helpOn(const CLI::App& root, const std::vector<std::string>& topics)
 
 }  // namespace
 
-Action defineHelp(CLI::App& command) {
+Action defineHelp(Syntax& syntax) {
   auto topics = std::make_shared<std::vector<std::string>>();
-  addTexts(command, "TOPIC", *topics, "A command, and one of its own commands");
-  command.footer(
+  syntax.operands("TOPIC", *topics, "A command, and one of its own commands");
+  syntax.help(
       "Shows what \"kolum --help\" shows, or \"kolum TOPIC --help\".\n"
       "\nExamples:\n  kolum help probe\n  kolum help config set");
-  const CLI::App* root = command.get_parent();
+  const CLI::App* root = &syntax.root();
   return [root, topics](Context& context) { context.printer.raw(helpOn(*root, *topics)); };
 }
 

@@ -1,14 +1,13 @@
 #include <kolum/identifiers.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 #include <utility>
 
-#include "arguments.h"
 #include "commands.h"
 #include "context.h"
 #include "identifiers.h"
 #include "numbers.h"
+#include "syntax.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -171,15 +170,13 @@ void run(Context& context, const Options& options) {
 
 }  // namespace
 
-Action defineIds(CLI::App& command) {
+Action defineIds(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addText(command, "TABLE", options->table, "formats, brands, codecs, profiles or exceptions")
-      ->required();
-  addTexts(command, "VALUE", options->values, "Names or numbers to look up");
-  addText(command, "--codec", options->codec, "The codec that profile numbers belong to")
-      ->type_name("CODEC");
-  command.add_flag("--ffmpeg", options->ffmpeg, "Converts FFmpeg's numbers");
-  command.footer(
+  syntax.operand("TABLE", options->table, "formats, brands, codecs, profiles or exceptions");
+  syntax.operands("VALUE", options->values, "Names or numbers to look up");
+  syntax.option("--codec", "CODEC", options->codec, "The codec that profile numbers belong to");
+  syntax.flag("--ffmpeg", options->ffmpeg, "Converts FFmpeg's numbers");
+  syntax.help(
       "Prints a table of the library's identifiers, or looks values up in it: names with or "
       "without\n"
       "their prefix, numbers in decimal or with 0x. FFmpeg's numbers are those of release 57.\n"

@@ -1,7 +1,6 @@
 #include <kolum/identifiers.h>
 #include <kolum/mediainfo.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <climits>
 #include <memory>
@@ -12,6 +11,7 @@
 #include "diagnosis.h"
 #include "identifiers.h"
 #include "media_files.h"
+#include "syntax.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -153,13 +153,12 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
 
 }  // namespace
 
-Action defineInfo(CLI::App& command) {
+Action defineInfo(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addMediaFileArguments(command, options->files);
-  addNumber(command, "--seek", options->seekSeconds, {1, INT_MAX},
-            "Also finds the key frame to start from")
-      ->type_name("SECONDS");
-  command.footer(
+  addMediaFileArguments(syntax, options->files);
+  syntax.option("--seek", "SECONDS", options->seekSeconds, {1, INT_MAX},
+                "Also finds the key frame to start from");
+  syntax.help(
       "Lists the video, audio and subtitle streams of videos and songs as a player needs them.\n"
       "\nExample:\n  kolum info --seek 90 movie.mkv");
   return [options](Context& context) {

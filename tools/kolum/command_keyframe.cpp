@@ -1,6 +1,5 @@
 #include <kolum/mediainfo.h>
 
-#include <CLI/CLI.hpp>
 #include <climits>
 #include <memory>
 
@@ -9,6 +8,7 @@
 #include "context.h"
 #include "diagnosis.h"
 #include "media_files.h"
+#include "syntax.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -41,13 +41,11 @@ void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
 
 }  // namespace
 
-Action defineKeyframe(CLI::App& command) {
+Action defineKeyframe(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addNumber(command, "SECONDS", options->seconds, {0, INT_MAX}, "From the start of the video")
-      ->required()
-      ->type_name("");
-  addMediaFileArguments(command, options->files);
-  command.footer(
+  syntax.operand("SECONDS", options->seconds, {0, INT_MAX}, "From the start of the video");
+  addMediaFileArguments(syntax, options->files);
+  syntax.help(
       "Finds the key frame from which a player starts to play at SECONDS: mostly the first one at "
       "or\n"
       "after it.\n"

@@ -1,12 +1,12 @@
 #include <kolum/frame.h>
 
-#include <CLI/CLI.hpp>
 #include <cstring>
 #include <memory>
+#include <utility>
 
-#include "arguments.h"
 #include "commands.h"
 #include "context.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -63,35 +63,54 @@ void wait(Context& context, const Options& options) {
   }
 }
 
+// ACT needs the channels.
+Action withChannels(Action act) {
+  return [act = std::move(act)](Context& context) {
+    if (!context.initLibrary()) return context.fail("the notification channels cannot be opened");
+    act(context);
+  };
+}
+
+Action definePost(Syntax& syntax) {
+  syntax.help("Example:\n  kolum notify post");
+  return withChannels(post);
+}
+
+Action defineStop(Syntax& syntax) {
+  syntax.help("Example:\n  kolum notify stop");
+  return withChannels(stop);
+}
+
+Action defineWait(Syntax& syntax) {
+  constexpr int kLongestWait = 1000000000;
+  auto options = std::make_shared<Options>();
+  syntax.flag("--stop", options->stopChannel, "Waits on the stop channel");
+  syntax.option("--seconds", "N", options->seconds, {0, kLongestWait},
+                "Gives up after N seconds, with exit status 1");
+  syntax.help("Example:\n  kolum notify wait --seconds 60 && echo changed");
+  return withChannels([options](Context& context) { wait(context, *options); });
+}
+
+Action defineClear(Syntax& syntax) {
+  syntax.help("Example:\n  kolum notify clear");
+  return withChannels(clear);
+}
+
 }  // namespace
 
-Action defineNotify(CLI::App& command) {
-  auto options = std::make_shared<Options>();
-  command.require_subcommand(1);
-  CLI::App* posting = command.add_subcommand("post", "Posts a change: wakes the server");
-  CLI::App* stopping = command.add_subcommand("stop", "Posts a stop: asks a waiter to finish");
-  CLI::App* waiting =
-      command.add_subcommand("wait", "Waits for a change, or with --stop for a stop");
-  waiting->add_flag("--stop", options->stopChannel, "Waits on the stop channel");
-  constexpr int kLongestWait = 1000000000;
-  addNumber(*waiting, "--seconds", options->seconds, {0, kLongestWait},
-            "Gives up after N seconds, with exit status 1");
-  CLI::App* clearing = command.add_subcommand("clear", "Empties both channels");
-  posting->footer("Example:\n  kolum notify post");
-  stopping->footer("Example:\n  kolum notify stop");
-  waiting->footer("Example:\n  kolum notify wait --seconds 60 && echo changed");
-  clearing->footer("Example:\n  kolum notify clear");
-  command.footer(
+Action defineNotify(Syntax& syntax) {
+  static constexpr Command kCommands[] = {
+      {"post", "Posts a change: wakes the server", definePost},
+      {"stop", "Posts a stop: asks a waiter to finish", defineStop},
+      {"wait", "Waits for a change, or with --stop for a stop", defineWait},
+      {"clear", "Empties both channels", defineClear},
+  };
+  syntax.commands(kCommands);
+  syntax.help(
       "The two process-shared channels by which the media library's processes wake and stop each\n"
       "other.\n"
       "\nExample:\n  kolum notify wait --seconds 60 && echo changed");
-  return [=](Context& context) {
-    if (!context.initLibrary()) return context.fail("the notification channels cannot be opened");
-    if (posting->parsed()) return post(context);
-    if (stopping->parsed()) return stop(context);
-    if (waiting->parsed()) return wait(context, *options);
-    clear(context);
-  };
+  return nullptr;
 }
 
 }  // namespace kolum::tool

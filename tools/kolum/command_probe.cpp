@@ -1,4 +1,3 @@
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "arguments.h"
@@ -7,6 +6,7 @@
 #include "diagnosis.h"
 #include "media_files.h"
 #include "probe.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -71,11 +71,11 @@ void run(Context& context, Options& options) {
 
 }  // namespace
 
-Action defineProbe(CLI::App& command) {
+Action defineProbe(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addMediaFileArguments(command, options->files);
-  addAudioStreamOption(command, options->probe.audioStream);
-  command.footer(
+  addMediaFileArguments(syntax, options->files);
+  addAudioStreamOption(syntax, options->probe.audioStream);
+  syntax.help(
       "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
       "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "
       "from\n"

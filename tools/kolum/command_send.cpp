@@ -1,17 +1,17 @@
 #include <kolum/server.h>
 
-#include <CLI/CLI.hpp>
 #include <cerrno>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
 #include <limits>
 #include <memory>
+#include <optional>
 
-#include "arguments.h"
 #include "commands.h"
 #include "context.h"
 #include "numbers.h"
+#include "syntax.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -23,10 +23,8 @@ namespace wire = MediaLibrary::LUM::wire;
 struct Options {
   std::string command;
   std::vector<std::string> values;
-  std::string text;
-  std::string payloadFile;
-  const CLI::Option* textOption = nullptr;
-  const CLI::Option* fileOption = nullptr;
+  std::optional<std::string> text;
+  std::optional<std::string> payloadFile;
 };
 
 std::string readPayload(const std::string& file) {
@@ -60,12 +58,13 @@ std::string valuesPayload(const std::vector<std::string>& values) {
 }
 
 std::string payloadOf(const Options& options) {
-  const std::size_t sources = (options.values.empty() ? 0U : 1U) + options.textOption->count() +
-                              options.fileOption->count();
+  const int sources = static_cast<int>(!options.values.empty()) +
+                      static_cast<int>(options.text.has_value()) +
+                      static_cast<int>(options.payloadFile.has_value());
   if (sources > 1) throw UsageError("VALUE, --text and --payload exclude each other");
-  std::string payload = options.fileOption->count() > 0   ? readPayload(options.payloadFile)
-                        : options.textOption->count() > 0 ? options.text
-                                                          : valuesPayload(options.values);
+  std::string payload = options.payloadFile ? readPayload(*options.payloadFile)
+                        : options.text      ? *options.text
+                                            : valuesPayload(options.values);
   if (payload.size() > wire::kRequestPayloadMax) {
     throw UsageError("the payload is longer than " + std::to_string(wire::kRequestPayloadMax) +
                      " bytes");
@@ -106,18 +105,13 @@ void run(Context& context, const Options& options) {
 
 }  // namespace
 
-Action defineSend(CLI::App& command) {
+Action defineSend(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addText(command, "COMMAND", options->command, "The server's command code")->required();
-  addTexts(command, "VALUE", options->values, "Numbers, sent as 64 bits each");
-  CLI::Option* text = addText(command, "--text", options->text, "Sends this text as the payload");
-  CLI::Option* file =
-      addText(command, "--payload", options->payloadFile, "Sends this file's bytes");
-  text->type_name("TEXT");
-  file->type_name("FILE");
-  options->textOption = text;
-  options->fileOption = file;
-  command.footer(
+  syntax.operand("COMMAND", options->command, "The server's command code");
+  syntax.operands("VALUE", options->values, "Numbers, sent as 64 bits each");
+  syntax.option("--text", "TEXT", options->text, "Sends this text as the payload");
+  syntax.option("--payload", "FILE", options->payloadFile, "Sends this file's bytes");
+  syntax.help(
       "Sends one command to the media-library server and prints its answer. The exit status is 1\n"
       "when no server answers, or it answers with another result than 1. A payload holds at most\n"
       "4080 bytes.\n"

@@ -2,16 +2,15 @@
 #include <pthread.h>
 #include <unistd.h>
 
-#include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
 #include <memory>
 #include <thread>
 
-#include "arguments.h"
 #include "commands.h"
 #include "context.h"
 #include "echo_server.h"
+#include "syntax.h"
 #include "text.h"
 
 namespace kolum::tool {
@@ -70,12 +69,11 @@ void run(Context& context, const std::string& socketPath) {
 
 }  // namespace
 
-Action defineServeEcho(CLI::App& command) {
+Action defineServeEcho(Syntax& syntax) {
   auto socketPath = std::make_shared<std::string>(MediaLibrary::LUM::wire::kSocketPath);
-  addText(command, "--socket", *socketPath,
-          std::string("The socket file to serve (default ") + *socketPath + ")")
-      ->type_name("PATH");
-  command.footer(
+  syntax.option("--socket", "PATH", *socketPath,
+                std::string("The socket file to serve (default ") + *socketPath + ")");
+  syntax.help(
       "A small media-library server for trying things: prints every command it gets and answers\n"
       "with result 1 and the command's own payload as text, until it is interrupted.\n"
       "\nExample:\n"

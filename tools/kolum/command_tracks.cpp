@@ -1,6 +1,5 @@
 #include <kolum/video.h>
 
-#include <CLI/CLI.hpp>
 #include <memory>
 
 #include "arguments.h"
@@ -8,6 +7,7 @@
 #include "context.h"
 #include "diagnosis.h"
 #include "media_files.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -46,10 +46,10 @@ void visit(Context& context, const MediaFile& file) {
 
 }  // namespace
 
-Action defineTracks(CLI::App& command) {
+Action defineTracks(Syntax& syntax) {
   auto files = std::make_shared<MediaFileArguments>();
-  addMediaFileArguments(command, *files);
-  command.footer(
+  addMediaFileArguments(syntax, *files);
+  syntax.help(
       "Counts the audio and subtitle tracks of videos and songs, and tells the stored rotation of\n"
       "the picture and whether streams are encrypted.\n"
       "\nExample:\n  kolum tracks --json movie.mkv");

@@ -1,11 +1,12 @@
 #include "commands.h"
+#include "syntax.h"
 
 // To add a command: write command_NAME.cpp with a function
 //
-//   Action defineName(CLI::App& command);
+//   Action defineName(Syntax& syntax);
 //
-// that adds options (arguments.h has those that commands share), sets command.footer() to what the
-// command's --help says beyond its options (what it prints, an example), and returns the action.
+// that says how the command is written (syntax.h; arguments.h has what commands share) and what its
+// --help says beyond that (what it prints, an example), and returns the action.
 // The action gets the Context: it prints through context.printer and reports with context.fail().
 // Then add the declaration and one row here, the file to CMakeLists.txt, its JSON keys to
 // docs/tool.md and docs/kolum.schema.json, and its tests to tests/tool. Manual pages and the
@@ -13,25 +14,25 @@
 
 namespace kolum::tool {
 
-Action defineArtwork(CLI::App& command);
-Action defineClassify(CLI::App& command);
-Action defineComplete(CLI::App& command);
-Action defineConfig(CLI::App& command);
-Action defineCover(CLI::App& command);
-Action defineDlna(CLI::App& command);
-Action defineDoctor(CLI::App& command);
-Action defineDsf(CLI::App& command);
-Action defineExtensions(CLI::App& command);
-Action defineGeocode(CLI::App& command);
-Action defineHelp(CLI::App& command);
-Action defineIds(CLI::App& command);
-Action defineInfo(CLI::App& command);
-Action defineKeyframe(CLI::App& command);
-Action defineNotify(CLI::App& command);
-Action defineProbe(CLI::App& command);
-Action defineSend(CLI::App& command);
-Action defineServeEcho(CLI::App& command);
-Action defineTracks(CLI::App& command);
+Action defineArtwork(Syntax& syntax);
+Action defineClassify(Syntax& syntax);
+Action defineComplete(Syntax& syntax);
+Action defineConfig(Syntax& syntax);
+Action defineCover(Syntax& syntax);
+Action defineDlna(Syntax& syntax);
+Action defineDoctor(Syntax& syntax);
+Action defineDsf(Syntax& syntax);
+Action defineExtensions(Syntax& syntax);
+Action defineGeocode(Syntax& syntax);
+Action defineHelp(Syntax& syntax);
+Action defineIds(Syntax& syntax);
+Action defineInfo(Syntax& syntax);
+Action defineKeyframe(Syntax& syntax);
+Action defineNotify(Syntax& syntax);
+Action defineProbe(Syntax& syntax);
+Action defineSend(Syntax& syntax);
+Action defineServeEcho(Syntax& syntax);
+Action defineTracks(Syntax& syntax);
 
 namespace {
 

@@ -2,14 +2,15 @@
 
 #include <kolum/identifiers.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
+#include <sstream>
 
 #include "arguments.h"
 #include "context.h"
 #include "identifiers.h"
 #include "media_files.h"
 #include "numbers.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -51,19 +52,18 @@ const FileTypeTable* fileTypesOfKind(int kind) {
   return table == tables.end() ? nullptr : &*table;
 }
 
-void addKindsOption(CLI::App& command, std::vector<std::string>& kinds) {
-  command.add_option("--kinds", kinds, "Only these kinds: video, music, photo, playlist")
-      ->delimiter(',')
-      ->expected(1)
-      ->allow_extra_args(false)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->type_name("KIND,...");
+void addKindsOption(Syntax& syntax, std::vector<std::string>& kinds) {
+  syntax.repeatedOption("--kinds", "KIND,...", kinds,
+                        "Only these kinds: video, music, photo, playlist");
 }
 
 unsigned kindBits(const std::vector<std::string>& kinds) {
   if (kinds.empty()) return kEveryKind;
   unsigned bits = 0;
-  for (const std::string& kind : kinds) bits |= tableNamed(kind).bit;
+  for (const std::string& list : kinds) {
+    std::istringstream names(list);
+    for (std::string kind; std::getline(names, kind, ',');) bits |= tableNamed(kind).bit;
+  }
   return bits;
 }
 

@@ -10,11 +10,9 @@
 
 #include "output.h"
 
-namespace CLI {
-class App;
-}
-
 namespace kolum::tool {
+
+class Syntax;
 
 struct FileTypeTable {
   int kind;             // as classification answers it
@@ -30,7 +28,7 @@ const FileTypeTable* fileTypesOfKind(int kind);
 
 // "--kinds video,music": adds the option; kindBits turns its values into classification's bits, all
 // of them when none was given. Throws UsageError for an unknown kind.
-void addKindsOption(CLI::App& command, std::vector<std::string>& kinds);
+void addKindsOption(Syntax& syntax, std::vector<std::string>& kinds);
 unsigned kindBits(const std::vector<std::string>& kinds);
 
 // Sets the mask that a "--mask KIND=MASK" value tells; throws UsageError when it cannot be.

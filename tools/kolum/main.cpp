@@ -7,12 +7,12 @@
 #include <system_error>
 #include <vector>
 
-#include "arguments.h"
 #include "command_tree.h"
 #include "commands.h"
 #include "context.h"
 #include "help.h"
 #include "interruption.h"
+#include "syntax.h"
 #include "text.h"
 
 namespace {
@@ -26,29 +26,11 @@ struct CommonOptions {
   bool debug = false;
 };
 
-struct DefinedCommand {
-  const CLI::App* parser;
-  Action action;
-};
-
 // The options that every command takes, its sub-commands included.
 void addCommonOptions(CLI::App& parser, CommonOptions& options) {
   parser.add_flag("--json", options.json, "Prints one JSON object a line");
   parser.add_flag("--debug", options.debug, "Shows the library's debug lines on standard error");
-  for (CLI::App* nested : parser.get_subcommands({})) {
-    if (nested->get_description().empty()) nested->group("");  // not listed
-    addCommonOptions(*nested, options);
-  }
-}
-
-std::vector<DefinedCommand> defineCommands(CLI::App& app) {
-  std::vector<DefinedCommand> defined;
-  for (const Command& command : commands()) {
-    CLI::App& parser = *app.add_subcommand(command.name, command.summary);
-    parser.footer("");
-    defined.push_back({&parser, command.define(parser)});
-  }
-  return defined;
+  for (CLI::App* nested : parser.get_subcommands({})) addCommonOptions(*nested, options);
 }
 
 // The library's debug lines: hidden unless asked for. Sanitizers report on descriptor 2.
@@ -115,11 +97,12 @@ int run(const Channels& channels, int argc, char** argv) {
                "kolum");
   app.set_help_flag("-h,--help", "Shows this help");
   app.set_version_flag("-V,--version", "kolum " KOLUM_VERSION, "Shows the version");
-  app.require_subcommand(1);
-  app.footer(
+  Actions actions;
+  Syntax syntax(app, actions);
+  syntax.commands(commands());
+  syntax.help(
       "\"kolum COMMAND --help\" tells more about a command.\n"
       "Exit status: 0 all done, 1 something failed, 2 wrong usage.");
-  const std::vector<DefinedCommand> defined = defineCommands(app);
   CommonOptions options;
   addCommonOptions(app, options);
 
@@ -127,9 +110,7 @@ int run(const Channels& channels, int argc, char** argv) {
     app.parse(protectedArguments(argc, argv));
     routeLibrary(channels, options.debug);
     Context context(channels, options.json);
-    for (const DefinedCommand& command : defined) {
-      if (command.parser->parsed()) command.action(context);
-    }
+    actions.at (&innermost(app))(context);
     return context.failed() ? kSomeFailed : kAllDone;
   } catch (const CLI::CallForVersion& version) {
     channels.writeResults(std::string(version.what()) + "\n");

@@ -4,7 +4,6 @@
 #include <kolum/filetype.h>
 #include <sys/stat.h>
 
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cerrno>
 #include <filesystem>
@@ -13,6 +12,7 @@
 #include "interruption.h"
 #include "progress.h"
 #include "skipped_files.h"
+#include "syntax.h"
 
 namespace kolum::tool {
 
@@ -213,16 +213,11 @@ class Walk {
 
 }  // namespace
 
-void addMediaFileArguments(CLI::App& command, MediaFileArguments& arguments) {
-  addFileArguments(command, arguments.names);
-  command.add_flag("--all", arguments.byContent,
-                   "Goes by what is in the files, not by their names");
-  addTexts(command, "--exclude", arguments.excluded,
-           "Leaves files and folders out that match; can be given again")
-      ->expected(1)
-      ->allow_extra_args(false)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->type_name("GLOB");
+void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments) {
+  addFileArguments(syntax, arguments.names);
+  syntax.flag("--all", arguments.byContent, "Goes by what is in the files, not by their names");
+  syntax.repeatedOption("--exclude", "GLOB", arguments.excluded,
+                        "Leaves files and folders out that match; can be given again");
 }
 
 void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,

@@ -36,7 +36,7 @@ struct MediaFileArguments {
   std::vector<std::string> excluded;
 };
 
-void addMediaFileArguments(CLI::App& command, MediaFileArguments& arguments);
+void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments);
 
 // Calls VISIT for every file behind the names, in order and as they come. A folder that holds a DVD
 // (VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) counts as one video, named by that file; any other
