@@ -1,6 +1,6 @@
-# A command's --help as the sections of a manual page: NAME holds its first line, SYNOPSIS the usage,
-# DESCRIPTION what follows the options, then OPERANDS, OPTIONS, COMMANDS and EXAMPLES. With nested=1
-# all goes into the section of the command above it.
+# Converts a command's --help to the sections of a manual page: NAME holds its first line, SYNOPSIS the
+# usage, DESCRIPTION what follows the options, then OPERANDS, OPTIONS, COMMANDS and EXAMPLES. With
+# nested=1 everything goes into the section of the parent command.
 
 function escaped(text) {
   gsub(/\\/, "\\e", text)
@@ -11,7 +11,7 @@ function escaped(text) {
 
 function listHeading(title) { return nested ? "" : ".SH " title "\n" }
 
-# The lines of a list: "  -x,--name VALUE   meaning", or the meaning alone in the next line.
+# The lines of a list: "  -x,--name VALUE   meaning", or the meaning alone on the next line.
 function entry(line,   name, meaning) {
   if (line ~ /^   /) {
     sub(/^ +/, "", line)

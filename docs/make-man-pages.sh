@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# make-man-pages.sh KOLUM VERSION FOLDER: writes a manual page for each command of the kolum program,
-# from what its --help says, so that the two cannot differ. The page of kolum itself is written by
-# hand (kolum.1), up to the list of commands, which takes the place of its line "COMMANDS".
+# make-man-pages.sh KOLUM VERSION FOLDER: generates a manual page for each command of the kolum program
+# from its --help, so that the two cannot differ. The page of kolum itself is written by hand (kolum.1);
+# only the list of commands replaces its line "COMMANDS".
 set -euo pipefail
 kolum=$1 version=$2 folder=$3
 here=$(cd "$(dirname "$0")" && pwd)
@@ -9,7 +9,7 @@ here=$(cd "$(dirname "$0")" && pwd)
 # commands_of HELP: the names under "Commands:".
 commands_of() { awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit } on { print $1 }' <<<"$1"; }
 
-# All pages are as new as the hand-written one.
+# All pages have the date of the hand-written one.
 date=$(awk '$1 == ".TH" { print $4; exit }' "$here/kolum.1")
 
 # page COMMAND: the page's body on standard output.
@@ -27,11 +27,11 @@ page() {
 0 all done, 1 something failed, 2 wrong usage.
 .SH SEE ALSO
 .BR kolum (1),
-which tells what all commands have in common.
+which describes what all commands have in common.
 END
 }
 
-# command_list HELP: the commands with their meaning.
+# command_list HELP: the commands with their descriptions.
 command_list() {
   awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit }
     on {
