@@ -1,19 +1,19 @@
 #!/usr/bin/env bash
 # bare-system.sh [--keep] RELEASE USER FOLDER COMMAND [ARGUMENT...]: runs COMMAND as USER (root, or
-# any other name: a user with sudo) in a system of that Debian release (bookworm, trixie, sid, ...)
-# that has nothing beyond what makes it a system; in FOLDER lies a clone of what is committed here.
-# bare-system.sh --why-not: says why this machine can make none, if it cannot.
+# any other name: a user with sudo) in a minimal system of that Debian release (bookworm, trixie,
+# sid, ...), where FOLDER is a clone of what is committed here.
+# bare-system.sh --why-not: says why this machine cannot make such a system, if it cannot.
 #
-# The systems lie below build/releases. Each run begins with a fresh one, which it leaves behind only
-# when COMMAND fails. With --keep the one of the last run with --keep is used again, and brought up to
-# the commit. KOLUM_DEBIAN_MIRROR names a mirror; otherwise it is the one this machine uses.
+# The systems are kept below build/releases. Each run starts with a fresh one, and keeps it only
+# if COMMAND fails. With --keep the system of the last run with --keep is reused and updated to
+# the current commit. KOLUM_DEBIAN_MIRROR names a mirror; the default is the one this machine uses.
 set -euo pipefail
 CDPATH="" cd -- "$(dirname -- "$0")/.."
 readonly kReleases=$PWD/build/releases
 readonly kPath=/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin
 
 why_not() {
-  [ "$(id -u)" -eq 0 ] || { echo "it takes root"; return; }
+  [ "$(id -u)" -eq 0 ] || { echo "it needs root"; return; }
   command -v debootstrap >/dev/null || { echo "debootstrap is not installed"; return; }
   unshare --mount --propagation private true 2>/dev/null || { echo "mount namespaces are not allowed here"; return; }
   mkdir -p "$kReleases"
@@ -22,7 +22,7 @@ why_not() {
   rm -f "$device"
 }
 
-# The mirror that this machine's own packages come from; none if that is hard to say.
+# The mirror that this machine's own packages come from; empty if that cannot be determined.
 own_mirror() {
   . /etc/os-release
   [ "${ID:-}" = debian ] || return 0
@@ -30,7 +30,7 @@ own_mirror() {
     'Component: main' 2>/dev/null || true; } | sed -n 1p
 }
 
-# proxy SCHEME: the proxy that apt is configured with, unless the environment names one.
+# proxy SCHEME: the proxy in the environment, else the one that apt is configured with.
 proxy() {
   local variable=${1}_proxy value=
   eval "$(apt-config shell value "Acquire::$1::Proxy")"
@@ -38,7 +38,7 @@ proxy() {
   printf '%s' "${!variable:-$value}"
 }
 
-# The untouched system of this release, made once.
+# The unmodified system of this release, made once.
 make_pristine() {
   [ ! -e "$pristine.complete" ] || return 0
   echo "making a bare $release in $pristine" >&2
@@ -50,7 +50,7 @@ make_pristine() {
   touch "$pristine.complete"
 }
 
-# The way to the packages is this machine's: names, proxies, what it trusts.
+# Packages are fetched the way this machine does: name resolution, proxies, certificates.
 share_network() {
   cp -L /etc/resolv.conf /etc/hosts "$root/etc/"
   apt-config dump | grep '^Acquire::' | grep -vE '^Acquire::(IndexTargets|CompressionTypes|Changelogs|cdrom)' \
@@ -67,10 +67,10 @@ clone_project() {
   git -C "$root$folder" reset -q --hard FETCH_HEAD
 }
 
-# inside COMMAND [ARGUMENT...]: as root in the system, with a bare environment. Its own root in a mount
-# namespace of its own, not a chroot: the tests make namespaces there, and every mount ends with it.
-# The machine's shared memory stays outside: the library's semaphores belong to who made them first.
-# Packages are kept for the next system.
+# inside COMMAND [ARGUMENT...]: as root in the system, with a minimal environment. It uses a mount
+# namespace with pivot_root rather than a chroot, because the tests make namespaces there, and because
+# every mount ends with it. It has its own /dev/shm, because the library's semaphores belong to
+# whoever made them first. Downloaded packages are kept for the next system.
 inside() {
   local variable environment=("HOME=/root" "PATH=$kPath" "TERM=${TERM:-dumb}" "root=$root" "archives=$archives")
   for variable in http_proxy https_proxy no_proxy; do
@@ -90,7 +90,7 @@ inside() {
     exec "$@"' bare-system "$@"
 }
 
-# A user with sudo, as an ordinary machine has one.
+# A user with sudo, as on an ordinary machine.
 add_user() {
   inside sh -euc '
     id -u "$1" >/dev/null 2>&1 || useradd --create-home --shell /bin/bash "$1"

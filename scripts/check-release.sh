@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# check-release.sh RELEASE: what the README says, as newcomers on that Debian release (bookworm,
-# trixie, sid, ...) do it in bare systems: a user with sudo in a folder with spaces below /tmp, whose
-# checkout root then tests, too; and root, who installs and packs what ./run has built.
-# check-release.sh RELEASE COMMAND [ARGUMENT...]: runs COMMAND as root in a system of that release
-# that is kept, so that a second run is quick.
+# check-release.sh RELEASE: follows the README like a newcomer on that Debian release (bookworm,
+# trixie, sid, ...), in bare systems: once as a user with sudo, in a folder with spaces below /tmp, where
+# root then runs the tests, too; and once as root, installing and packaging what ./run has built.
+# check-release.sh RELEASE COMMAND [ARGUMENT...]: runs COMMAND as root in a kept system of that
+# release, so that a second run is quick.
 # Needs root and debootstrap; scripts/bare-system.sh makes the systems.
 set -euo pipefail
 bare=$(dirname -- "$0")/bare-system.sh

@@ -1,16 +1,16 @@
 #!/usr/bin/env bash
-# coverage.sh BUILD_FOLDER: runs the suite of a build with KOLUM_COVERAGE and tells which lines of
-# src/ it reaches, file by file with those that it does not, then what ctest printed. Fails below
-# 95 % of the lines.
+# coverage.sh BUILD_FOLDER: runs the suite of a build with KOLUM_COVERAGE and prints per file of src/
+# which lines it does not reach, then the output of ctest. Fails if fewer than 95 % of the lines are
+# reached.
 set -euo pipefail
 folder=$1
 find "$folder" -name '*.gcda' -delete
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-# The shared object of this build exports what counts the lines, too.
+# The shared object of this build also exports the counters.
 ctest --test-dir "$folder" --exclude-regex '^Abi.ExportsExactly' --output-on-failure --parallel "$(nproc)" >"$log" 2>&1 ||
   { cat "$log"; exit 1; }
-# Counts that processes ended in the middle of writing are no reason to fail.
+# A process that was killed while it wrote its counters must not fail the run.
 gcovr --root . --filter 'src/' --object-directory "$folder" --gcov-ignore-parse-errors \
   --print-summary --fail-under-line 95 "$folder/src"
 cat "$log"

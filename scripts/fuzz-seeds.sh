@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# fuzz-seeds.sh FOLDER: makes what the fuzzers begin with, a folder for each in FOLDER, once.
+# fuzz-seeds.sh FOLDER: makes the fuzzers' seeds in FOLDER, with a folder per fuzzer. Does nothing if
+# they exist.
 set -euo pipefail
 [ $# -eq 1 ] || { echo "usage: fuzz-seeds.sh FOLDER" >&2; exit 2; }
 [ -e "$1/.complete" ] && exit 0
@@ -7,12 +8,12 @@ rm -rf "$1"
 mkdir -p "$1"
 cd "$1"
 
-# Media of well below 100 kB each. ffmpeg may lack an encoder: a seed less does no harm.
+# Media well below 100 kB each. ffmpeg may lack an encoder, and then that seed is left out.
 encode() {
   timeout 60 ffmpeg -nostdin -hide_banner -loglevel quiet -y "$@" || rm -f "${!#}"
 }
 
-# bytes HEXADECIMAL...: these bytes.
+# bytes HEXADECIMAL...: prints these bytes.
 bytes() { printf "$(printf '%s' "$@" | sed 's/../\\x&/g')"; }
 # zeros COUNT
 zeros() { head -c "$1" /dev/zero; }
@@ -38,7 +39,7 @@ videos() {
   cp probe/* media_info/
 }
 
-# Songs with a picture, in which key frames are searched as in any video stream.
+# Songs with a picture, because the key-frame search treats a picture as a video stream.
 covers() {
   local picture=media_info/picture.jpg block i
   encode -f lavfi -i color=red:s=32x24 -frames:v 1 "$picture"
@@ -87,7 +88,7 @@ packets() {
   for i in 1 2 3; do bytes 0102030447; zeros 187; done >ts_packets/192-stamped
 }
 
-# A DSF file of a block of silence, with an ID3v2.4 tag; a DFF file with one, too.
+# A DSF and a DFF file of one block of silence, each with an ID3v2.4 tag.
 dsd() {
   mkdir -p dsd
   local tag=dsd/tag
@@ -106,7 +107,7 @@ dsd() {
   rm "$tag"
 }
 
-# An index file with two program chains, the second of an hour.
+# An index file with two program chains, the second one hour long.
 dvd() {
   mkdir -p dvd
   { printf 'DVDVIDEO-VTS'; zeros 192; bytes 00000001; zeros 1840
@@ -114,7 +115,7 @@ dvd() {
     bytes 00000000 00000100; zeros 8; bytes 00000000 01000040; zeros 2000; } >dvd/index
 }
 
-# text NAME TEXT: a seed of its own (backslashes as printf reads them).
+# text NAME TEXT: makes a seed of TEXT (with backslash escapes as in printf) for the fuzzer NAME.
 text() {
   mkdir -p "$1"
   printf "%b" "$2" >"$1/$(printf '%s' "$2" | sha1sum | cut -c1-12)"

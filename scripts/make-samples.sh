@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# make-samples.sh FOLDER: makes a small library of real media there, once: videos, songs, photos, a
-# DSD song and a DVD folder. Files of these names are replaced; everything else in FOLDER stays.
+# make-samples.sh FOLDER: makes a small library of real media in FOLDER unless it is there already: videos,
+# songs, photos, a DSD song and a DVD folder. Existing files of these names are replaced; everything else stays.
 set -euo pipefail
 [ $# -eq 1 ] || { echo "usage: make-samples.sh FOLDER" >&2; exit 2; }
 
@@ -16,7 +16,7 @@ mkdir -p Videos Music/Tones Photos
 scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 
-# encode ARGUMENT...: the ffmpeg tool with nothing to say but errors.
+# encode ARGUMENT...: the ffmpeg tool, printing errors only.
 encode() { ffmpeg -nostdin -hide_banner -loglevel error -y "$@"; }
 
 # picture SIZE RATE, tone HZ: test sources as input arguments.
@@ -60,7 +60,7 @@ little() {
 # text_frame ID TEXT: an ID3v2.3 text frame in Latin-1 (texts below 127 characters).
 text_frame() { printf '%s\0\0\0%b\0\0\0%s' "$1" "\\x$(printf %02x $((${#2} + 1)))" "$2"; }
 
-# One second of two-channel silence at 2.8224 MHz, one bit a sample, with an ID3v2 tag at the end.
+# One second of two-channel silence at 2.8224 MHz, one bit per sample, with an ID3v2 tag at the end.
 dsd_song() {
   local rate=2822400 block=4096 blocks data tag
   blocks=$(((rate / 8 + block - 1) / block))

@@ -6,8 +6,7 @@ kOsRelease=/etc/os-release
 
 say() { printf 'kolum: %s\n' "$*" >&2; }
 
-# CMake, the linker and search paths lose their way in folders with such names, and say something
-# else.
+# CMake, the linker and search paths fail in folders with such names, with misleading messages.
 require_buildable_folder() {
   local odd=$'";\\#$`,:\n' brackets=${PWD//[^\[\]]/}
   while [[ $brackets == *"[]"* ]]; do brackets=${brackets//"[]"/}; done
@@ -18,7 +17,7 @@ require_buildable_folder() {
 }
 require_buildable_folder
 
-# The number of this Debian release. Testing and sid have none yet: they are newer than all that do.
+# The number of this Debian release. Testing and sid have no number and count as newer than all others.
 debian_release() {
   local VERSION_ID=
   [ ! -r "$kOsRelease" ] || . "$kOsRelease"
@@ -35,11 +34,11 @@ wanted_packages() {
     }' "$kPackageList"
 }
 
-# ensure_packages GROUP...: installs what is missing and says what and why.
+# ensure_packages GROUP...: installs missing packages and says which, and why they are needed.
 ensure_packages() {
   local wanted missing=() name reason installed
   wanted=$(wanted_packages "$@")
-  # dpkg-query fails when it has never heard of one of them, having told about the others.
+  # dpkg-query fails if it does not know one of them, but still lists the others.
   installed=$({ dpkg-query -W -f='${Package} ${db:Status-Status}\n' \
     $(awk '{ print $1 }' <<<"$wanted") 2>/dev/null || true; } |
     awk '$2 == "installed" { print $1 }')
@@ -66,13 +65,13 @@ ensure_packages() {
   "${apt[@]}" install -y --no-install-recommends "${missing[@]}" >&2
 }
 
-# is_configured FOLDER: for these sources where they are now; a checkout may have been moved.
+# is_configured FOLDER: whether it is configured for these sources; a checkout may have been moved.
 is_configured() {
   [ -f "$1/build.ninja" ] && [ "$(sed -n 's/^CMAKE_HOME_DIRECTORY:INTERNAL=//p' "$1/CMakeCache.txt" 2>/dev/null)" -ef . ]
 }
 
-# configure PRESET [OPTION...]: OPTIONs as cmake takes them. Where it fails, nothing of an earlier
-# configuration is left to build by.
+# configure PRESET [OPTION...]: OPTIONs are passed to cmake. On failure the earlier configuration is
+# removed, so that nothing can be built with it.
 configure() {
   local preset=$1 dir=build/$1
   say "configuring $dir"
@@ -84,7 +83,7 @@ configure() {
   return 1
 }
 
-# build PRESET [TARGET...]: configures once (Ninja re-configures by itself later) and builds quietly.
+# build PRESET [TARGET...]: configures if necessary (later, Ninja reconfigures by itself) and builds quietly.
 build() {
   local preset=$1 dir=build/$1 log
   shift
@@ -96,14 +95,14 @@ build() {
   fi
 }
 
-# build_product: the release build of what is installed, without the tests and the packages that they
-# need. Where tests are configured already, they stay.
+# build_product: the release build of everything that gets installed, without the tests and the packages
+# that they need. If tests are configured already, they stay.
 build_product() {
   is_configured build/release || configure release -DKOLUM_BUILD_TESTS=OFF
   build release kolum-product
 }
 
-# build_tests: the release build with its tests, on top of what build_product has made.
+# build_tests: the release build with its tests, reusing what build_product has built.
 build_tests() {
   if is_configured build/release && ! grep -q '^KOLUM_BUILD_TESTS:[A-Z]*=ON$' build/release/CMakeCache.txt; then
     configure release
