@@ -18,7 +18,7 @@ std::string box(const std::string& type, std::uint32_t size, const std::string& 
   return bytes;
 }
 
-// A file as cameras write it: what players need comes last.
+// A file as cameras write it: the index that players need comes last.
 class Mp4 {
  public:
   Mp4() {

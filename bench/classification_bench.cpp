@@ -1,5 +1,5 @@
-// Classification against two other ways to find an extension's row: what people would write at
-// first (std::unordered_map), and the fastest there can be (a perfect hash).
+// Compares classification with two other ways to find an extension's row: the obvious one
+// (std::unordered_map), and the fastest possible one (a perfect hash).
 #include <benchmark/benchmark.h>
 #include <kolum/filetype.h>
 
@@ -20,7 +20,7 @@ constexpr std::size_t kHotNames = 1'000;
 constexpr const MediaFileInfo* kTables[] = {g_VideoFileInfo, g_SongFileInfo, g_PictureFileInfo,
                                             g_PlaylistFileInfo};
 
-// What lies on such an appliance, most of it in a few formats, every fourth file no media at all.
+// The mix of names on such an appliance: mostly a few formats, and every fourth file not media.
 std::vector<std::string> someNames(std::size_t count) {
   static constexpr const char* kCommon[] = {".jpg", ".JPG", ".jpeg", ".png", ".mp4",
                                             ".MOV", ".mp3", ".flac", ".mkv", ".heic"};
@@ -78,8 +78,8 @@ void unorderedMap(benchmark::State& state) {
 }
 BENCHMARK(unorderedMap)->Arg(kHotNames)->Arg(kNames);
 
-// One slot an extension and no walk: extensions as 64-bit numbers, multiplied by a factor under
-// which no two of the tables' meet.
+// One slot per extension and no chains: extensions are 64-bit numbers, multiplied by a factor with
+// which no two extensions of the tables collide.
 class PerfectHash {
  public:
   PerfectHash() {
@@ -105,7 +105,7 @@ class PerfectHash {
   static std::uint64_t keyOf(const char* text, std::size_t length) {
     std::uint64_t key = 0;
     std::memcpy(&key, text, length);
-    return key | 0x2020202020202020;  // folds letters; other characters stay apart well enough
+    return key | 0x2020202020202020;  // folds letter case; other characters stay distinct enough
   }
   std::size_t slotOf(std::uint64_t key) const { return key * factor_ >> 53; }
 

@@ -1,6 +1,6 @@
 #!/usr/bin/python3
-"""compare.py [ROUNDS]: measures the library against bare FFmpeg and what people use today, and writes
-bench/RESULTS.md and bench/results.svg. Run it on a machine that does nothing else.
+"""compare.py [ROUNDS]: compares the library with bare FFmpeg and other tools, and writes bench/RESULTS.md and
+bench/results.svg. Run it on an otherwise idle machine.
 
 Needs the packages of the groups build, test and bench (scripts/packages.txt) and a release build with
 -DKOLUM_BUILD_BENCHMARKS=ON; makes its own files below build/bench-corpus.
@@ -63,7 +63,7 @@ def probe_times(paths):
 
 
 def process_times(paths, command):
-    """Medians of one process a file, in microseconds."""
+    """Medians of one process per file, in microseconds."""
     medians = {}
     for path in paths:
         taken = []
@@ -76,8 +76,8 @@ def process_times(paths, command):
 
 
 def system_calls(entry, path):
-    """Those on files of one call, apart from what a process does once: those of six calls less those
-    of one. What the allocator and FFmpeg's own threads ask for varies from run to run."""
+    """System calls on files per call of an entry, without those that a process makes once: those of
+    six calls minus those of one. Other calls, by the allocator and FFmpeg's threads, vary from run to run."""
     files = "open,openat,stat,lstat,fstat,newfstatat,read,pread64,lseek,close,write,ioctl"
     def total(count):
         trace = subprocess.run(["strace", "-f", "-c", "-e", "trace=" + files, OVERHEAD, "calls", entry] + [path] * count,
@@ -125,7 +125,7 @@ def bar(name, measured, limit, unit, smaller=True):
 
 
 def svg(rows):
-    """Horizontal bars, one group a file: microseconds by a logarithmic scale."""
+    """Horizontal bars, one group per file: microseconds on a logarithmic scale."""
     import math
     colours = {"floor": "#9aa5b1", "libkolum": "#2563eb", "MediaInfo": "#d97706",
                "ffprobe": "#059669", "mediainfo": "#b45309"}
@@ -188,30 +188,30 @@ def main():
            f"{os.cpu_count()} CPUs, {platform.system()} {platform.release()}; "
            f"FFmpeg {found['FFmpeg']}, MediaInfo {found['MediaInfo']}, "
            f"{platform.freedesktop_os_release()['PRETTY_NAME']}. Load average (1 minute) before and "
-           f"after: {load_before:.2f}, {os.getloadavg()[0]:.2f}; above about 1 others ran beside, and "
-           "times, most of all those of two threads, say little.", "",
+           f"after: {load_before:.2f}, {os.getloadavg()[0]:.2f}; above about 1, other processes "
+           "were running and the times, especially those of two threads, mean little.", "",
            "The floor is a program that opens the file and reads the stream information with the same "
-           "FFmpeg, and does nothing else; its calls and ours take turns. That of `getVideoKeyFrameTime` "
+           "FFmpeg, and does nothing else; its calls and ours alternate. The floor of `getVideoKeyFrameTime` "
            "opens a decoder, seeks and reads up to a key frame instead. `GetVideoRotationDegree` reads no "
-           f"stream information: it takes {rotation_by_opening:.3f} times what the opening alone takes.", "",
-           "## Bars", "", "| What | Bar | Measured | |", "|---|---|---|---|"]
+           f"stream information: it takes {rotation_by_opening:.3f} times as long as opening alone.", "",
+           "## Limits", "", "| What | Limit | Measured | |", "|---|---|---|---|"]
     for entry, ratio in overall.items():
-        out.append(bar(f"`{entry}` by the floor, over the corpus", ratio, 1.03, ""))
-    out.append(bar(f"Worst file less 50 µs ({worst[1]}) by the floor", worst[0], 1.10, ""))
+        out.append(bar(f"`{entry}` relative to the floor, over the corpus", ratio, 1.03, ""))
+    out.append(bar(f"Worst file minus 50 µs ({worst[1]}) relative to the floor", worst[0], 1.10, ""))
     for entry, number in calls.items():
         out.append(bar(f"System calls on files of `{entry}` beyond the floor", number, 3, ""))
     out.append(bar("Memory beyond the floor", more, 1024, " KiB"))
-    out.append(bar("Threads left", threads, 0, ""))
+    out.append(bar("Threads left behind", threads, 0, ""))
     out.append(bar("Memory growth over 10,000 probes", flat, 256, " KiB"))
-    out.append(bar("Two threads by one", two, 1.8, "", smaller=False))
+    out.append(bar("Speed of two threads relative to one", two, 1.8, "", smaller=False))
     out.append(bar("Classification, four kinds, hot", names["library/1000"], 35, " ns"))
     for name, taken in boxes.items():
         out.append(bar(f"MP4 boxes: {name}", taken, 6, " µs"))
-    out += ["", "## Classification", "", "| Way | a name of 1,000 | a name of 1,000,000 |", "|---|---|---|"]
+    out += ["", "## Classification", "", "| Method | per name of 1,000 | per name of 1,000,000 |", "|---|---|---|"]
     for way, title in (("library", "`KoLUM_GetFilenameType`"), ("unorderedMap", "`std::unordered_map`"),
                        ("perfectHash", "perfect hash")):
         out.append(f"| {title} | {names[way + '/1000']:.1f} ns | {names[way + '/1000000']:.1f} ns |")
-    out += ["", "## Probing", "", "Microseconds; in parentheses by the floor. The last three are processes.", "",
+    out += ["", "## Probing", "", "Microseconds; in parentheses relative to the floor. The last three columns are whole processes.", "",
             "| File | floor | libkolum | MediaInfo | `kolum probe` | `ffprobe` | `mediainfo` |",
             "|---|---|---|---|---|---|---|"]
     rows = []

@@ -1,11 +1,11 @@
-// What the library adds to FFmpeg: each entry point against a floor that does nothing but open the
-// file and read the stream information with the same FFmpeg, interleaved.
+// Measures what the library adds to FFmpeg: calls of each entry point alternate with those of a
+// floor that only opens the file and reads the stream information with the same FFmpeg.
 //
 //   probe_overhead times ROUNDS FILE...        lines "FILE ENTRY MICROSECONDS", medians
-//   probe_overhead calls ENTRY FILE...         one call a file, for those who count system calls
-//   probe_overhead memory ENTRY FILE           peak growth in KiB, threads left
+//   probe_overhead calls ENTRY FILE...         one call per file, for counting system calls
+//   probe_overhead memory ENTRY FILE           peak growth in KiB, threads left behind
 //   probe_overhead flat COUNT FILE             growth in KiB over COUNT probes
-//   probe_overhead parallel COUNT FILE...      speed of two threads by that of one
+//   probe_overhead parallel COUNT FILE...      speed of two threads relative to one
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -59,7 +59,8 @@ void floorOpen(const Path& path) {
   openAndRead(path, false);
 }
 
-// The packet that IS_WANTED, from TIMESTAMP of a stream on; false when there is none.
+// Reads to the first packet of a stream from TIMESTAMP on for which IS_WANTED holds; false when
+// there is none.
 template <typename IsWanted>
 bool seekAndRead(AVFormatContext* context, int stream, std::int64_t timestamp, AVPacket* packet,
                  IsWanted isWanted) {
@@ -82,8 +83,8 @@ AVCodecContext* openDecoder(const AVStream& stream) {
   return decoder;
 }
 
-// A search for a key frame: no stream information, but a decoder, whose refusal is an answer, and a
-// look at the first packet where the header does not tell when the stream begins.
+// The floor of the key-frame search: no stream information, but a decoder, because its refusal is a
+// result, and a look at the first packet if the header does not say when the stream begins.
 void floorSearch(const Path& path) {
   AVFormatContext* context = nullptr;
   if (avformat_open_input(&context, path.whole.c_str(), nullptr, nullptr) != 0) return;
@@ -113,7 +114,7 @@ void videoRecord(const Path& path) {
   GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, 0);
 }
 
-// As most hosts call it: they have a variable for each of these.
+// As most hosts call it: with a variable for each output.
 void videoFlat(const Path& path) {
   int numbers[23] = {};
   char mimeType[96];
@@ -181,8 +182,8 @@ void pixelFormat(const Path& path) {
   GetPhotoMetadata(path.folder.c_str(), path.name.c_str(), &format);
 }
 
-// MediaInfo in this process, by its C interface. It is looked up at run time, as its development
-// package cannot be installed beside the libcurl that this project builds with.
+// MediaInfo in this process, through its C interface. It is loaded at run time, because its
+// development package conflicts with the libcurl that this project builds with.
 class OtherLibrary {
  public:
   OtherLibrary() {
@@ -219,7 +220,7 @@ class OtherLibrary {
 struct Entry {
   const char* name;
   const char* floor;
-  unsigned kinds;  // bits of classification
+  unsigned kinds;  // kinds of files, as bits of the classification
   void (*call)(const Path&);
 };
 
@@ -263,8 +264,7 @@ double median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
-// Every round begins with a call that is not counted, so that all find the caches as FFmpeg leaves
-// them, and takes the entries in another order.
+// Every round takes the entries in another order.
 void times(int rounds, const Path& path) {
   const unsigned kind = kindOf(path);
   constexpr std::size_t kCount = std::size(kEntries);
@@ -273,7 +273,7 @@ void times(int rounds, const Path& path) {
     for (std::size_t step = 0; step < kCount; ++step) {
       const std::size_t i = (step + static_cast<std::size_t>(round)) % kCount;
       if ((kEntries[i].kinds & kind) == 0) continue;
-      // All find the heap and the caches as the same call left them.
+      // An uncounted call, so that every entry starts with the heap and caches in the same state.
       floorProbe(path);
       taken[i].push_back(microseconds([&] { kEntries[i].call(path); }));
     }
@@ -284,7 +284,7 @@ void times(int rounds, const Path& path) {
                    kEntries[i].floor, median(taken[i]));
 }
 
-// Apart from the others, as what it leaves in the caches is not what FFmpeg leaves.
+// Measured separately, because it leaves the caches in a different state from FFmpeg.
 void others(int rounds, const OtherLibrary& library, const Path& path) {
   std::vector<double> taken;
   for (int round = 0; round < rounds; ++round)
@@ -345,7 +345,7 @@ void parallel(int count, const std::vector<Path>& paths) {
   std::fprintf(results, "%.3f\n", median(ratios));
 }
 
-// The library's own lines would measure the terminal, and mix with the results.
+// The library's own output would slow down the measurement and mix with the results.
 bool takeOverOutput() {
   results = fdopen(dup(STDOUT_FILENO), "w");
   return results != nullptr && std::freopen("/dev/null", "w", stdout) != nullptr &&
