@@ -1,4 +1,4 @@
-# Every library the project stands on.
+# Every library that the project depends on.
 find_package(PkgConfig REQUIRED)
 find_package(Threads REQUIRED)
 pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)

@@ -12,12 +12,12 @@ target_include_directories(kolum_options INTERFACE
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
 
-# GCC 12 sees overlapping copies in ordinary string concatenation where there are none.
+# GCC 12 falsely reports overlapping copies in ordinary string concatenation.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)
   target_compile_options(kolum_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
-# Shared objects leave nothing undefined, except what a sanitizer's run-time brings.
+# Shared objects have no undefined symbols, except those that a sanitizer's run-time defines.
 set(KOLUM_NO_UNDEFINED -Wl,--no-undefined)
 if(KOLUM_SANITIZE)
   set(KOLUM_NO_UNDEFINED)

@@ -1,5 +1,5 @@
-# What finds an installed kolum: find_package(kolum) and pkg-config. Neither holds an absolute path,
-# so that a prefix may be moved.
+# Files for find_package(kolum) and pkg-config. Neither holds an absolute path, so that the prefix can
+# be moved.
 include(CMakePackageConfigHelpers)
 
 set(cmake_folder ${CMAKE_INSTALL_LIBDIR}/cmake/kolum)

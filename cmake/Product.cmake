@@ -1,9 +1,9 @@
-# What is installed, as one target that needs none of the tests: cmake --build FOLDER --target
-# kolum-product. Included ahead of every install(), because the check below has to run first.
+# One target for everything that gets installed, without the tests: cmake --build FOLDER --target
+# kolum-product. Included before every install(), because the check below has to run first.
 add_custom_target(kolum-product)
 add_dependencies(kolum-product kolum kolum-tool kolum-man dsf2flac osm_info setcfg)
 
-# Without it, installing would stop at the first missing file and leave the ones before it in place.
+# Without this check, installing would stop at the first missing file and leave earlier ones in place.
 install(CODE "
   foreach(file IN ITEMS
       [==[$<TARGET_FILE:kolum>]==]

@@ -1,6 +1,6 @@
-// A program that brings its own host library: libkolum logs through it, and finds the data volume
-// where it says. What it does not define comes from the next library, here libkohost; a library
-// that defines all of kolum/host.h makes an appliance independent of that one.
+// The host library of a program that brings its own: libkolum logs through it and asks it for the
+// data volume. Functions that it does not define come from the next library, here libkohost; a
+// library that defines everything in kolum/host.h replaces libkohost completely.
 #include <kolum/host.h>
 
 #include <cstdarg>

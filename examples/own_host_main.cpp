@@ -1,4 +1,4 @@
-// Reads a configuration that is not there, to show where the library's messages go.
+// Reads a configuration that does not exist, to show where the library's messages go.
 #include <kolum/kolum.h>
 
 int main() {

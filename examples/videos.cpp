@@ -1,4 +1,4 @@
-// A small host in C++: lists the videos of a folder with their length and picture.
+// A small host in C++: lists the videos in a folder with their duration and picture size.
 //
 //   videos FOLDER
 #include <kolum/kolum.h>
@@ -38,7 +38,7 @@ int main(int argc, char** argv) {
     std::fprintf(stderr, "usage: videos FOLDER\n");
     return 2;
   }
-  // Folders are named with their closing "/".
+  // The library expects folders with a trailing "/".
   const std::string folder = std::string(argv[1]) + "/";
   std::error_code error;
   for (std::filesystem::directory_iterator entry(folder, error), end; !error && entry != end;

@@ -1,6 +1,6 @@
 /*
- * A small host in C: tells the kind of each file, describes the videos among them, and then waits
- * for another process to say that the library has changed ("kolum notify post" does).
+ * A small host in C: prints the kind of each file, describes the videos among them, and then waits
+ * for another process to report that the library has changed (as "kolum notify post" does).
  *
  *   watch FILE...
  */

@@ -1,4 +1,4 @@
-// Reads the bytes as a server's answer: its text can be read to the end of its room.
+// Reads the bytes as a server's answer: the whole buffer of its text must be readable.
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>

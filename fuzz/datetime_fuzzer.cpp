@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   kolum::video::creationOfStream(text);
   kolum::video::creationOfQuickTime(text);
   if (isYYYYMMDD(text.data()) == 1) {
-    // What was accepted once is in year-first order and stays accepted.
+    // An accepted date is now in year-first order and must be accepted again.
     const std::string ordered = text;
     if (isYYYYMMDD(text.data()) != 1 || text != ordered) std::abort();
   }

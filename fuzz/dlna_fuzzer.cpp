@@ -16,7 +16,7 @@ constexpr int kCodecs[] = {1, 2, 13, 17, 28, 72, 73};
 constexpr unsigned kPacketSizes[] = {0, 188, 192};
 constexpr const char* kExtensions[] = {"", ".3gp", ".3G2", ".mp4", ".mov", ".ts", ".wmv", ".mpg"};
 
-// Plain numbers taken from the input as long as it lasts.
+// Takes plain numbers from the input until it is used up.
 class Numbers {
  public:
   Numbers(const std::uint8_t* data, std::size_t size) : data_(data), size_(size) {}
@@ -67,7 +67,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const DlnaName plain = nameDlnaProfile(facts, [&] { return packets; });
   const DlnaName explained = nameDlnaProfile(
       facts, [&] { return packets; }, &explanation);
-  // Asking why changes nothing, and every name fits its field.
+  // Asking for an explanation does not change the name, and every name fits its field.
   if (plain.profile != explained.profile || plain.profile.size() > 127) std::abort();
   return 0;
 }

@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   kolum::mediainfo::readDsfTags(file.path());
   const auto facts = kolum::dsf2flac::readDsdFile(file.path());
   if (!facts) return 0;
-  // Whatever the tags hold, the tool's document is one that the library reads.
+  // Whatever the tags hold, the library can read the tool's document.
   const std::string document = kolum::dsf2flac::documentOf(*facts);
   if (document.size() > kolum::dsf2flac::kLongestDocument) std::abort();
   if (XMLNode::parseString(document, "ID3TAG").isEmpty()) std::abort();

@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// A disc with two title sets of a video file each; removed when the program ends.
+// A disc with two title sets of one video file each; removed when the program ends.
 class Disc {
  public:
   Disc() {
@@ -50,7 +50,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   char path[1024] = {};
   long long titleSize = 0;
   if (DVDGetMainVTSNo(folder.c_str(), path, sizeof path, 0, &titleSize, 0) != 0) std::abort();
-  // Whatever the index says, one of both titles is the main one.
+  // Whatever the index says, one of the two titles is the main one.
   if (path != folder + "VTS_01_1.VOB" && path != folder + "VTS_02_1.VOB") std::abort();
   return 0;
 }

@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   unsigned row = 0;
   unsigned tag = 0;
   const int kind = KoLUM_GetFilenameType(name.c_str(), &row, kinds, &tag);
-  // Every answer but "none" has its row.
+  // Every kind but "none" has a row.
   if (kind != 0 && row == 0) std::abort();
   KoLUM_CheckSpecialCover(name.c_str());
   return 0;

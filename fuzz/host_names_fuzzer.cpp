@@ -16,7 +16,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   char name[64];
   if (StringConvert2LowerFileString(text.data(), static_cast<int>(text.size()), name,
                                     sizeof name) == 0) {
-    // What comes out is a name: it has no separator and nothing that ends a quoted word.
+    // The result is a safe name: it has no separator and nothing that ends a quoted word.
     if (std::strpbrk(name, "/'\n") != nullptr || *name == '\0') std::abort();
   }
   return 0;

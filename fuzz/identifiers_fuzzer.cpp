@@ -1,4 +1,4 @@
-// Reads the bytes as names of identifiers, and as numbers for the way back.
+// Reads the bytes as names of identifiers, and as numbers to convert back.
 #include <kolum/identifiers.h>
 
 #include <cstddef>
@@ -9,7 +9,7 @@
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string text(reinterpret_cast<const char*>(data), size);
-  // The brand stands behind the name's end.
+  // The brand follows the name's terminator.
   const char* name = text.c_str();
   const std::size_t length = std::strlen(name);
   const char* brand = length < size ? name + length + 1 : "";

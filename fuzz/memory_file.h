@@ -1,4 +1,4 @@
-// A file of the fuzzer's bytes that path-taking code can open.
+// A file with the fuzzer's bytes, for code that takes a path.
 #ifndef KOLUM_FUZZ_MEMORY_FILE_H
 #define KOLUM_FUZZ_MEMORY_FILE_H
 

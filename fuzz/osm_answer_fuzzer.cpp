@@ -1,4 +1,4 @@
-// Reads the bytes as the place look-up tool's answer: both lists of a place stay alike.
+// Reads the bytes as the place look-up tool's answer: both lists of a place keep the same length.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

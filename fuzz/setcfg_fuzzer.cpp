@@ -1,4 +1,4 @@
-// Edits the bytes as the text of an ini file: what stands around the value never depends on it.
+// Edits the bytes as the text of an ini file: the text around the value never depends on the value.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>

@@ -1,4 +1,4 @@
-// Songs and photos: what is read from a file of either kind.
+// Reads the bytes as a song and as a photo.
 #include <kolum/audio.h>
 #include <kolum/photo.h>
 
@@ -16,7 +16,7 @@ void readSong(const kolum::fuzz::MemoryFile& file) {
   uint32_t numbers[8] = {};
   int32_t profile = 0;
   int32_t level = 0;
-  // No longer than promised, and always ended.
+  // No longer than promised, and always terminated.
   char dlnaProfile[16];
   std::memset(dlnaProfile, 0, sizeof dlnaProfile);
   GetAudioMetadata(file.folder().c_str(), file.name().c_str(), &numbers[0], &numbers[1],

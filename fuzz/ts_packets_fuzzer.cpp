@@ -1,4 +1,4 @@
-// Looks for transport packets: what is found is one of two sizes, and only the longer ones have
+// Looks for transport packets: the result is one of two sizes, and only the longer packets have
 // time stamps.
 #include <kolum/video.h>
 
