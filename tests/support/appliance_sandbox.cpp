@@ -30,17 +30,17 @@ namespace kolum::test {
 
 namespace {
 
-// Not to be overlaid and kept: the media made by tests stay in it.
+// Not overlaid, because the media that tests make are kept in it.
 const std::string kBuildFolder = KOLUM_TEST_BUILD_FOLDER;
-// Scripts of the tests lie here.
+// Some tests run scripts from it.
 const std::string kSourceFolder = KOLUM_TEST_SOURCE_FOLDER;
 
-// Where the sandbox is put together, in a mount namespace of its own: a folder that is everywhere,
-// so that nothing has to be made and removed again.
+// Where the sandbox is assembled, in its own mount namespace: a folder that exists everywhere, so
+// that none has to be made and removed.
 const std::string kWorkshop = "/tmp";
 const std::string kNewRoot = kWorkshop + "/root";
 
-// Folders that are not overlaid: the system's own, and /tmp, which is to be empty.
+// Folders that are not overlaid: the system's, and /tmp, which starts empty.
 constexpr std::array kSystemFolders = {"/dev", "/proc", "/sys"};
 const std::string kTemporaryFolder = "/tmp";
 const std::string kMemoryFolder = "/dev/shm";
@@ -65,7 +65,7 @@ void writeMap(const char* file, const std::string& text) {
   if (!out.flush()) fail(std::string("writing ") + file);
 }
 
-// As root in the machine's own user namespace, or as root of a user namespace of our own.
+// Becomes root: in the machine's user namespace if it is already, otherwise in a new one.
 void enterNamespaces() {
   const uid_t user = geteuid();
   const gid_t group = getegid();
@@ -107,7 +107,7 @@ std::vector<std::string> otherMounts() {
   return paths;
 }
 
-// Gives the layer a folder of its own for each one in LOWER, so many levels deep.
+// Makes a folder in LAYER for each one in LOWER, up to LEVELS deep.
 void takeOverFolders(const fs::path& lower, const fs::path& layer, int levels) {
   std::error_code error;
   fs::create_directories(layer);
@@ -118,7 +118,7 @@ void takeOverFolders(const fs::path& lower, const fs::path& layer, int levels) {
       takeOverFolders(entry.path(), layer / entry.path().filename(), levels - 1);
 }
 
-// A mount of the new root that cannot be protected is undone.
+// Unmounts PATH of the new root if it cannot be made read-only.
 void makeReadOnly(const std::string& path) {
   const std::string target = kNewRoot + path;
   mount_attr readOnly = {};
@@ -128,12 +128,12 @@ void makeReadOnly(const std::string& path) {
     fail("protecting " + path);
 }
 
-// Puts the new root together from what is outside.
+// Assembles the new root from the machine's file systems.
 class RootBuilder {
  public:
-  // In a user namespace the machine's folders belong to nobody, and not even its root may write
-  // there unless the overlay has folders of its own: /etc/config and /usr/local/bin are deep
-  // enough.
+  // In a user namespace the machine's folders belong to nobody, and even root may write there only
+  // if the overlay's upper layer has these folders. Three levels include /etc/config and
+  // /usr/local/bin.
   explicit RootBuilder(bool isMachineRoot)
       : levelsToTakeOver_(isMachineRoot ? 0 : 3), mounts_(otherMounts()) {}
 
@@ -151,7 +151,7 @@ class RootBuilder {
 
  private:
   bool tryOverlay(const std::string& path) {
-    // What separates the options of an overlay.
+    // These separate the options of an overlay.
     if (path.find_first_of(",:\\") != std::string::npos) return false;
     const std::string layers = kWorkshop + "/" + std::to_string(overlays_++);
     const auto depth = path == "/" ? 0 : std::count(path.begin(), path.end(), '/');
@@ -162,14 +162,14 @@ class RootBuilder {
         "lowerdir=" + path + ",upperdir=" + layers + "/upper,workdir=" + layers + "/work");
   }
 
-  // For what cannot be overlaid: single files and the stranger file systems. One that is not even
-  // to be had this way is missing in the sandbox.
+  // For single files, and for file systems that cannot be overlaid. One that cannot be mounted this
+  // way either is missing in the sandbox.
   static void bindReadOnly(const std::string& path) {
     if (tryMount(path, kNewRoot + path, nullptr, MS_BIND)) makeReadOnly(path);
   }
 
-  // A user namespace cannot overlay a folder with mounts below it; then what is in it is covered
-  // one by one.
+  // A user namespace cannot overlay a folder with mounts below it, so its entries are covered one
+  // by one.
   void coverEntries(const fs::path& folder) {
     std::error_code error;
     for (const fs::directory_entry& entry : fs::directory_iterator(folder, error))
@@ -211,7 +211,7 @@ void freshFolder(const std::string& path) {
     mountOrFail("tmpfs", kNewRoot + path, "tmpfs", 0, "mode=1777,size=512m");
 }
 
-// A folder that may lie where a later mount hides it: held open from before.
+// A folder that a later mount may hide, so it is opened beforehand.
 class HeldFolder {
  public:
   explicit HeldFolder(std::string path)
@@ -222,7 +222,7 @@ class HeldFolder {
   HeldFolder(const HeldFolder&) = delete;
   HeldFolder& operator=(const HeldFolder&) = delete;
 
-  // At the same path of the new root.
+  // Mounts it at the same path in the new root.
   void mountInNewRoot() const {
     fs::create_directories(kNewRoot + path_);
     mountOrFail("/proc/self/fd/" + std::to_string(descriptor_), kNewRoot + path_, nullptr,
@@ -277,7 +277,7 @@ std::string whySandboxFails() {
   close(ends[0]);
   int status = -1;
   if (child > 0) waitpid(child, &status, 0);
-  if (size < 0 || status != 0) return "a process to try it in failed";
+  if (size < 0 || status != 0) return "the process that tried it failed";
   return {why.data(), static_cast<std::size_t>(size)};
 }
 
@@ -286,7 +286,7 @@ std::string whySandboxFails() {
 std::optional<std::string> sandboxUnavailable() {
   static const std::string kWhy = whySandboxFails();
   if (kWhy.empty()) return std::nullopt;
-  return "no sandbox can be had here: " + kWhy;
+  return "no sandbox is possible here: " + kWhy;
 }
 
 void runInAppliance(const std::function<void()>& body) {
@@ -300,7 +300,7 @@ void runInAppliance(const std::function<void()>& body) {
 
 void writeRootFile(const std::string& path, const std::string& content, unsigned mode) {
   fs::create_directories(fs::path(path).parent_path());
-  // In a user namespace the machine's own files can be replaced, not changed.
+  // In a user namespace the machine's files can be replaced but not changed.
   std::error_code ignored;
   fs::remove(path, ignored);
   std::ofstream out(path, std::ios::binary);

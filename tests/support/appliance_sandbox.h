@@ -9,18 +9,18 @@
 
 namespace kolum::test {
 
-// Why no sandbox can be had here, if none can. To be asked first:
+// Why no sandbox is possible here, if none is. Ask first:
 //   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
 std::optional<std::string> sandboxUnavailable();
 
-// Runs the body as runInChild() does, in a sandbox: what it writes anywhere is gone at the end,
-// and /tmp and /dev/shm are empty and its own, but for a checkout that lies in them. Only these are
-// the machine's: the build tree, for the media kept there, and what else is below /dev, /proc and
+// Runs the body like runInChild(), in a sandbox: everything that it writes is gone at the end, and
+// /tmp and /dev/shm are private and empty, except for a checkout in them. Only these are shared
+// with the machine: the build tree, which keeps the tests' media, and the rest of /dev, /proc and
 // /sys. Mounts that no overlay can cover are read-only.
 void runInAppliance(const std::function<void()>& body);
 
-// Writes a file at an absolute path; missing folders are made, a file that is there
-// is replaced. For use in the body only.
+// Writes a file at an absolute path; missing folders are made, an existing file is replaced. For
+// use in the body only.
 void writeRootFile(const std::string& path, const std::string& content, unsigned mode = 0644);
 
 }  // namespace kolum::test

@@ -27,7 +27,7 @@
 
 #include "support/leak_check.h"
 
-// Present in programs built with a leak checker only.
+// Null in programs without a leak checker.
 extern "C" __attribute__((weak)) int __lsan_do_recoverable_leak_check();
 
 #ifdef KOLUM_COVERAGE
@@ -75,7 +75,7 @@ struct Pipe {
   Descriptor writing;
 };
 
-// A file in memory, to be read from its beginning. Unlike a pipe it never fills up and never ends
+// A file in memory, to be read from its beginning. Unlike a pipe it never fills up and never kills
 // the writer with SIGPIPE.
 Descriptor memoryFile(std::string_view content) {
   Descriptor file = opened(memfd_create("input", MFD_CLOEXEC), "memfd_create");
@@ -88,7 +88,7 @@ Descriptor memoryFile(std::string_view content) {
   return file;
 }
 
-// A child must not outlive a test that is killed for taking too long.
+// A child must not outlive a test that CTest kills for taking too long.
 void endWithParent(pid_t parent) {
   prctl(PR_SET_PDEATHSIG, SIGKILL);
   if (getppid() != parent) _exit(1);
@@ -111,7 +111,7 @@ void endWithParent(pid_t parent) {
   _exit(127);
 }
 
-// Takes over what a pipe holds; closes it at its end.
+// Reads what a pipe holds; closes it at its end.
 void drain(Descriptor& from, std::string& text) {
   std::array<char, 65536> buffer = {};
   const ssize_t got = read(from.get(), buffer.data(), buffer.size());
@@ -121,13 +121,13 @@ void drain(Descriptor& from, std::string& text) {
     from.reset();
 }
 
-// Collects the outputs until they and the process have ended; false when the time is up first.
+// Collects the outputs until they and the process have ended; false on time-out.
 bool collect(Descriptor process, Descriptor& out, Descriptor& err, RunResult& result,
              Clock::time_point deadline) {
   while (process.isOpen() || out.isOpen() || err.isOpen()) {
     const auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
     if (left.count() <= 0) return false;
-    // Closed descriptors are negative, which poll() passes over.
+    // Closed descriptors are negative, and poll() ignores those.
     std::array<pollfd, 3> waits = {pollfd{process.get(), POLLIN, 0}, pollfd{out.get(), POLLIN, 0},
                                    pollfd{err.get(), POLLIN, 0}};
     if (poll(waits.data(), waits.size(), static_cast<int>(left.count())) <= 0) continue;
@@ -145,8 +145,8 @@ int waitFor(pid_t child) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
 }
 
-// How a child tells of its body. Unusual numbers, so that an exit() from within the body, with
-// whatever status, is not taken for its end.
+// A child's exit status. The numbers are unusual so that an exit() within the body is not mistaken
+// for the body's end.
 constexpr int kBodyPassed = 101;
 constexpr int kBodyFailed = 102;
 constexpr int kBodySkipped = 103;
@@ -168,13 +168,13 @@ bool isSingleThreaded() {
   return std::distance(begin(threads), end(threads)) == 1;
 }
 
-// What is checked only when a program ends the ordinary way, which a child never does.
+// The leak checker runs when a program exits normally, which a child never does.
 void checkForLeaks() {
   if (__lsan_do_recoverable_leak_check != nullptr && __lsan_do_recoverable_leak_check() != 0)
     ADD_FAILURE() << "memory leaked";
 }
 
-// What is kept only when a program ends the ordinary way: which lines were reached.
+// Coverage is written when a program exits normally, which a child never does.
 void keepCoverage() {
 #ifdef KOLUM_COVERAGE
   __gcov_dump();
@@ -201,7 +201,7 @@ void report(int status) {
            << ")";
   }
   FAIL() << "the child process exited with status " << status
-         << " before the end of its body: a sanitizer's report, see above, or a call of exit()";
+         << " before the end of its body: a sanitizer report, see above, or a call of exit()";
 }
 
 }  // namespace
@@ -221,7 +221,7 @@ RunResult run(const std::vector<std::string>& arguments, const RunOptions& optio
   err.writing.reset();
 
   RunResult result;
-  // By number: the call has no wrapper that C++ programs can link with in Debian 12.
+  // By number: in Debian 12 there is no wrapper that C++ programs can link with.
   Descriptor process(static_cast<int>(syscall(SYS_pidfd_open, child, 0)));
   result.timedOut = !collect(std::move(process), out.reading, err.reading, result,
                              Clock::now() + options.timeout);
@@ -273,7 +273,7 @@ std::vector<std::string> shellWords(std::string_view text) {
 
 void runInChild(const std::function<void()>& body, const Environment& environment) {
   std::fflush(nullptr);
-  // The stacks of other threads are missing in the child: what only they hold would count as
+  // The child lacks the stacks of other threads, so memory that only they refer to would count as
   // leaked.
   const bool checksLeaks = isSingleThreaded();
   const pid_t parent = getpid();
@@ -291,7 +291,7 @@ void runInChild(const std::function<void()>& body, const Environment& environmen
 void withinSeconds(int seconds, const std::function<void()>& body) {
   std::mutex mutex;
   std::condition_variable_any changed;
-  // Asked to stop, and joined, however the body is left.
+  // Stopped and joined however the body ends.
   const std::jthread watchdog([&](const std::stop_token& bodyDone) {
     std::unique_lock lock(mutex);
     changed.wait_for(lock, bodyDone, std::chrono::seconds(seconds), [] { return false; });

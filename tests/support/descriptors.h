@@ -1,4 +1,4 @@
-// Leaks of descriptors.
+// Detects descriptor leaks.
 #ifndef KOLUM_TESTS_SUPPORT_DESCRIPTORS_H
 #define KOLUM_TESTS_SUPPORT_DESCRIPTORS_H
 
@@ -12,7 +12,7 @@ namespace kolum::test {
 // How many descriptors this process has open.
 inline int openDescriptorCount() {
   const std::filesystem::directory_iterator all("/proc/self/fd");
-  // The iterator's own is counted, each time alike.
+  // This includes the iterator's own, every time.
   return static_cast<int>(std::distance(begin(all), end(all)));
 }
 

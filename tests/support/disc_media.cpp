@@ -18,7 +18,7 @@ namespace kolum::test {
 
 namespace {
 
-// Ordinary users have no such folder on their path.
+// With its folder, because ordinary users do not have it on their path.
 constexpr const char* kMakeExt4 = "/sbin/mkfs.ext4";
 
 std::string dvdStream(int seconds) {
@@ -28,7 +28,7 @@ std::string dvdStream(int seconds) {
                                                 " -target pal-dvd -b:v 1500k");
 }
 
-// The stream with one subtitle picture.
+// Writes the stream with one subtitle picture added.
 void addSubtitle(const std::string& from, const std::string& to, const TempDir& work) {
   mustRun({"ffmpeg", "-loglevel", "error", "-nostdin", "-y", "-f", "lavfi", "-i",
            "color=white:s=64x32", "-frames:v", "1", "-pix_fmt", "monow", work.path("sub.png")});
@@ -40,7 +40,7 @@ void addSubtitle(const std::string& from, const std::string& to, const TempDir& 
           {.environment = {{"VIDEO_FORMAT", "PAL"}}});
 }
 
-// All that an image of the folder depends on: names, kinds and contents.
+// Everything that an image of the folder depends on: names, kinds and contents.
 std::string folderContent(const fs::path& folder) {
   std::map<std::string, std::string> entries;
   for (const auto& entry : fs::recursive_directory_iterator(folder)) {
@@ -62,7 +62,7 @@ std::string whyLoopMountFails() {
   fs::create_directory(work.path("mounted"));
   const RunResult packed = run({"mksquashfs", work.path("content"), work.path("image"), "-quiet"});
   if (packed.status != 0) return "disc images cannot be made here: " + packed.err;
-  // Where nobody else sees it, and gone with the process.
+  // In its own mount namespace, so nobody else sees it and it ends with the process.
   const RunResult mounted = run(
       {"unshare", "--mount", "mount", "-o", "loop,ro", work.path("image"), work.path("mounted")});
   if (mounted.status != 0) return "disc images cannot be mounted here: " + mounted.err;
@@ -117,7 +117,7 @@ std::string discRoot(const std::string& folder) {
 std::string largeDvdImage() {
   const std::string folder = discRoot(largeDvdFolder());
   return made("large-dvd.iso", "of " + folder, [&](const std::string& path) {
-    // A file system that keeps the hole one.
+    // ext4 keeps the hole.
     mustRun({kMakeExt4, "-q", "-d", folder, path, "5600M"});
   });
 }

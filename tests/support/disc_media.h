@@ -7,23 +7,22 @@
 
 namespace kolum::test {
 
-// The VIDEO_TS folder, with its closing "/", of a PAL DVD with two title sets: the first plays one
-// second, the second two and has a subtitle stream.
+// The VIDEO_TS folder, with a trailing "/", of a PAL DVD with two title sets: the first plays for
+// one second, the second for two and has a subtitle stream.
 std::string dvdFolder();
 
-// The same DVD with a second title set of 5420 MiB, nearly all of which is a hole in its second
-// part.
+// The same DVD with a second title set of 5420 MiB, nearly all of it a hole in its second part.
 std::string largeDvdFolder();
 
-// The BDMV folder, with its closing "/", of a Blu-ray with two stream files, the second larger.
+// The BDMV folder, with a trailing "/", of a Blu-ray with two stream files, the second larger.
 std::string blurayFolder();
 
-// The folder that holds VIDEO_TS or BDMV: what an image of the disc is made of.
+// The folder that holds VIDEO_TS or BDMV: the root of a disc image.
 std::string discRoot(const std::string& folder);
 
 enum class ImageKind { kSquashfs, kExt4 };
 
-// An image file of this name that holds what is in FOLDER; kept for all folders of that content.
+// An image file of this name with the content of FOLDER; reused for all folders with that content.
 std::string discImage(const std::string& folder, const std::string& name,
                       ImageKind kind = ImageKind::kSquashfs);
 

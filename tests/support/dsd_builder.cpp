@@ -22,25 +22,25 @@ std::string encoded(const TextFrame& frame) {
   return text;
 }
 
-// Seven bits a byte.
+// Seven bits per byte.
 std::string synchSafe(std::size_t value) {
   std::string bytes;
   for (int shift = 21; shift >= 0; shift -= 7) bytes += static_cast<char>(value >> shift & 0x7F);
   return bytes;
 }
 
-// The size of a frame's content, and the flags where the version has them.
+// The size of a frame's content, followed by the flags if the version has them.
 std::string frameSize(std::size_t size, int version) {
   if (version == 2) return bigEndian(size, 3);
   return (version == 3 ? bigEndian(size, 4) : synchSafe(size)) + std::string(2, '\0');
 }
 
-// A DFF chunk: an even size, whatever the payload's.
+// A DFF chunk, padded to an even size.
 std::string chunk(const std::string& id, const std::string& payload) {
   return id + bigEndian(payload.size(), 8) + payload + std::string(payload.size() % 2, '\0');
 }
 
-// "DIAR" or "DITI": a counted text.
+// "DIAR" or "DITI": a text with its length.
 std::string countedText(const std::string& id, const std::string& text) {
   return text.empty() ? "" : chunk(id, bigEndian(text.size(), 4) + text);
 }

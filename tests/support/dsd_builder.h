@@ -18,7 +18,7 @@ struct TextFrame {
   TextEncoding encoding = TextEncoding::kUtf8;
 };
 
-// VERSION is the 4 of ID3v2.4; 3 and 2 count sizes in another way.
+// VERSION is the 4 of ID3v2.4; 3 and 2 store sizes differently.
 std::string id3v2Tag(const std::vector<TextFrame>& frames, int version = 4);
 
 struct DsdFile {
@@ -26,12 +26,13 @@ struct DsdFile {
   std::uint32_t channels = 2;
   std::uint32_t seconds = 2;
   std::string tag = "";
-  // Where the header says the tag is; by default where it is, 0 when there is none.
+  // The tag's offset in the header; by default the real one, or 0 if there is no tag.
   std::optional<std::uint64_t> tagOffset = {};
 };
 
 std::string dsfFile(const DsdFile& file);
-// TAG becomes an "ID3 " chunk; artist and title, unless empty, one of the container's own kind.
+// TAG becomes an "ID3 " chunk; artist and title, unless empty, become the container's own text
+// chunks.
 std::string dffFile(const DsdFile& file, const std::string& artist = "",
                     const std::string& title = "");
 

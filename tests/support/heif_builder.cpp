@@ -38,7 +38,7 @@ std::string item(int id, const std::string& type) {
       bigEndian(static_cast<unsigned>(id), 2) + bigEndian(0, 2) + type + std::string(1, '\0'));
 }
 
-// Items 1 to 3 at these places of the file: 32-bit offsets and lengths, one extent each.
+// Items 1 to 3 at these places in the file: 32-bit offsets and lengths, one extent each.
 std::string places(std::size_t tileAt, std::size_t tileSize, std::size_t gridAt,
                    std::size_t gridSize) {
   const auto place = [](int id, std::size_t at, std::size_t size) {
@@ -50,7 +50,7 @@ std::string places(std::size_t tileAt, std::size_t tileSize, std::size_t gridAt,
                      place(kSecondTile, tileAt, tileSize) + place(kGrid, gridAt, gridSize));
 }
 
-// Which of the properties 1 (decoder set-up), 2 (tile size) and 3 (grid size) each item has.
+// The properties of each item: 1 (decoder set-up), 2 (tile size) and 3 (grid size).
 std::string associations() {
   const std::string tile = bigEndian(2, 1) + bigEndian(0x81, 1) + bigEndian(2, 1);
   const std::string grid = bigEndian(1, 1) + bigEndian(3, 1);
@@ -67,7 +67,7 @@ std::string heicOfTiles() {
                       "-f lavfi -i testsrc=s=128x128 -frames:v 1 -pix_fmt yuv420p -c:v libx265 "
                       "-x265-params log-level=none -tag:v hvc1"));
   const std::string tile = boxIn(movie, "mdat").substr(8);
-  // Version, flags, rows and columns less one, 16-bit sizes.
+  // Version, flags, rows and columns minus one, 16-bit sizes.
   const std::string grid = bigEndian(0, 2) + bigEndian(0, 1) + bigEndian(1, 1) +
                            bigEndian(kGridWidth, 2) + bigEndian(kGridHeight, 2);
 

@@ -6,7 +6,8 @@
 
 namespace kolum::test {
 
-// A HEIC file of two tiles side by side, 128 x 128 each, whose grid shows 200 x 100 pixels of them.
+// A HEIC file of two tiles side by side, 128 x 128 each, whose grid shows 200 x 100 of their
+// pixels.
 std::string heicOfTiles();
 
 }  // namespace kolum::test

@@ -20,11 +20,11 @@ namespace {
 using Things = std::set<std::string>;
 
 void addDescriptors(Things& things) {
-  // Whatever /proc/self is: threads and forks included.
+  // Via /proc/self, so that it also works in threads and forks.
   Things numbers;
   for (const fs::directory_entry& entry : fs::directory_iterator("/proc/self/fd"))
     numbers.insert(entry.path());
-  // The iterator's own is closed by now and tells nothing.
+  // The iterator's own is closed by now, so its link cannot be read.
   for (const std::string& number : numbers) {
     std::error_code error;
     const fs::path target = fs::read_symlink(number, error);
@@ -37,7 +37,7 @@ void addChildren(Things& things) {
   if (waitid(P_ALL, 0, &info, WEXITED | WNOHANG | WNOWAIT) == 0) things.insert("child process");
 }
 
-// What all processes of the machine share.
+// Mounts and mount folders, which all processes of the machine share.
 Things sharedThings() {
   Things things;
   std::ifstream mounts("/proc/self/mountinfo");
@@ -63,7 +63,7 @@ Things without(const Things& things, const Things& known) {
   return left;
 }
 
-// Those of THINGS that are still there after a while.
+// Those of THINGS that are still there after five seconds.
 Things lastingOf(Things things) {
   constexpr int kTries = 50;
   constexpr std::chrono::milliseconds kPause(100);
@@ -75,7 +75,7 @@ Things lastingOf(Things things) {
   return things;
 }
 
-// Around each test with everything that belongs to it.
+// Checks each test, including its fixture.
 class Listener : public ::testing::EmptyTestEventListener {
  public:
   void OnTestStart(const ::testing::TestInfo& /*test*/) override { check_ = LeakCheck(); }
@@ -100,7 +100,7 @@ void LeakCheck::expectNothingNew() const {
 
 }  // namespace kolum::test
 
-// The test programs' own, in place of GoogleTest's.
+// Replaces GoogleTest's main() in the test programs.
 int main(int argc, char** argv) {
   ::testing::InitGoogleMock(&argc, argv);
   ::testing::UnitTest::GetInstance()->listeners().Append(new kolum::test::Listener);

@@ -1,7 +1,7 @@
-// What a piece of code leaves behind in the process and on the machine.
+// Detects what code leaves behind in the process and on the machine.
 //
-// Every test is checked by itself, as is every body that runInChild() and runInAppliance() run: the
-// former without the mounts, as a body may have a mount namespace of its own.
+// Every test is checked, and so is every body that runInChild() and runInAppliance() run: the
+// former without mounts, because a body may have its own mount namespace.
 #ifndef KOLUM_TESTS_SUPPORT_LEAK_CHECK_H
 #define KOLUM_TESTS_SUPPORT_LEAK_CHECK_H
 
@@ -13,14 +13,14 @@ namespace kolum::test {
 // Open descriptors, child processes, mounts, and folders that disc images are mounted on.
 class LeakCheck {
  public:
-  // Where mounts and their folders are looked for, too.
+  // kMachine also checks mounts and their folders.
   enum class Scope { kProcess, kMachine };
 
-  // Takes stock.
+  // Records what exists now.
   explicit LeakCheck(Scope scope = Scope::kMachine);
 
-  // Fails the test for each thing that is there now and was not there before. Mounts and folders
-  // may be those of a test that runs at the same time: these are given time to go.
+  // Fails the test for each thing that is new since construction. Mounts and folders may belong to
+  // a test that runs at the same time, so they get time to disappear.
   void expectNothingNew() const;
 
  private:

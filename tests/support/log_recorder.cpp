@@ -19,10 +19,10 @@ struct Recording {
 };
 
 std::mutex g_mutex;
-std::vector<Recording> g_recordings;  // those alive, guarded by g_mutex
+std::vector<Recording> g_recordings;  // of the existing recorders, guarded by g_mutex
 
-// The library logs between fork and exec, too: a child must not find the lock held by a thread that
-// it has not got.
+// The library also logs between fork and exec: the lock must not be held there by a thread that the
+// child does not have.
 [[maybe_unused]] const int g_forkHandlers =
     pthread_atfork([] { g_mutex.lock(); }, [] { g_mutex.unlock(); }, [] { g_mutex.unlock(); });
 
@@ -76,7 +76,7 @@ void LogRecorder::clear() {
 
 }  // namespace kolum::test
 
-// Takes the place of the host library's function: a definition in the program itself comes first.
+// Replaces the host library's function: a definition in the program itself takes precedence.
 void koDebugUtilWrapperPrint(int level, const char* colour, const char* source, int line,
                              const char* function, const char* format, ...) {
   std::array<char, 8192> text{};

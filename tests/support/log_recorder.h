@@ -1,7 +1,7 @@
 // Records what the code under test logs.
 //
-// A test program that uses LogRecorder gets a koDebugUtilWrapperPrint of its own, which takes the
-// place of the host library's: messages then go to the recorders that are alive and nowhere else.
+// A test program that uses LogRecorder gets its own koDebugUtilWrapperPrint, which replaces the
+// host library's: messages then go to the existing recorders and nowhere else.
 //
 //   LogRecorder log;
 //   EXPECT_EQ(socket.Open(""), 2);
@@ -23,7 +23,7 @@ struct LogMessage {
   int line = 0;
   std::string function;
   std::string format;  // as passed
-  std::string text;    // printed out
+  std::string text;    // formatted
 };
 
 void PrintTo(const LogMessage& message, std::ostream* out);

@@ -20,7 +20,6 @@ namespace kolum::test {
 
 namespace {
 
-// Where everything that is made is kept.
 const fs::path kMediaFolder = KOLUM_TEST_MEDIA_FOLDER;
 
 std::string hash(const std::string& text) {
@@ -81,7 +80,7 @@ std::string media(std::string_view name, std::string_view ffmpegArguments) {
 }
 
 std::string replaced(const std::string& path, const std::string& from, const std::string& to) {
-  if (from.size() != to.size()) throw std::invalid_argument("of different lengths");
+  if (from.size() != to.size()) throw std::invalid_argument("the texts differ in length");
   const auto make = [&](const std::string& copy) {
     std::string bytes = contentOf(path);
     std::size_t at = bytes.find(from);
@@ -93,7 +92,7 @@ std::string replaced(const std::string& path, const std::string& from, const std
 }
 
 std::string withRotateTag(const std::string& value) {
-  // ffmpeg itself would turn the tag into something else.
+  // ffmpeg itself would convert a "rotate" tag.
   const std::string tagged = media("rotate.mkv",
                                    "-f lavfi -i testsrc=s=176x144:r=25:d=1 -pix_fmt yuv420p "
                                    "-c:v libx264 -metadata:s:v 'rotaXe=" +

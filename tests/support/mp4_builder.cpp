@@ -122,7 +122,7 @@ std::string withSphericalBox(const std::string& mp4Path, const std::string& proj
     std::vector<std::size_t> parents = {findBox(file, 0, file.size(), "moov")};
     for (const char* type : {"trak", "mdia", "minf", "stbl", "stsd"})
       parents.push_back(findChild(file, parents.back(), type));
-    // The description of the pictures, behind version, flags and the number of descriptions.
+    // The first sample description, after version, flags and the number of descriptions.
     parents.push_back(parents.back() + kHeaderSize + 8);
     file.insert(parents.back() + sizeAt(file, parents.back()), sphere);
     for (const std::size_t parent : parents) growBox(file, parent, sphere.size());

@@ -23,21 +23,21 @@ std::string fullBox(const std::string& type, int version, std::uint32_t flags,
 std::string ftyp(const std::string& brand,
                  const std::vector<std::string>& compatibleBrands = {"isom", "iso2"});
 
-// VALUE in SIZE bytes, the highest first.
+// VALUE in SIZE bytes, the most significant first.
 std::string bigEndian(std::uint64_t value, int size);
 
 // The nine numbers of a track's matrix.
 using TrackMatrix = std::array<std::int32_t, 9>;
 
-// Turned clockwise by so many degrees; mirrored left to right as well if FLIPPED.
+// Rotates clockwise by DEGREES; also mirrors left to right if FLIPPED.
 TrackMatrix rotationMatrix(int degrees, bool flipped = false);
 
-// A copy of an MP4 file (its index at the end, as ffmpeg writes it) with another matrix in its
+// A copy of an MP4 file (with its index at the end, as ffmpeg writes it) with this matrix in its
 // first track.
 std::string withTrackMatrix(const std::string& mp4Path, const TrackMatrix& matrix);
 
-// A copy whose first track, a video, says how its pictures map a sphere: "equi" (equirectangular)
-// or "cbmp" (the six sides of a cube).
+// A copy whose first track, a video, is marked as spherical: "equi" (equirectangular) or "cbmp"
+// (the six sides of a cube).
 std::string withSphericalBox(const std::string& mp4Path, const std::string& projection = "equi");
 
 }  // namespace kolum::test

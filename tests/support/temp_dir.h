@@ -1,4 +1,4 @@
-// A fresh folder of a test's own, removed with everything in it at the end; and what is in files.
+// A fresh folder for a test, removed with its content at the end; and the content of files.
 #ifndef KOLUM_TESTS_SUPPORT_TEMP_DIR_H
 #define KOLUM_TESTS_SUPPORT_TEMP_DIR_H
 
@@ -15,7 +15,7 @@ class TempDir {
   TempDir(const TempDir&) = delete;
   TempDir& operator=(const TempDir&) = delete;
 
-  // The folder's path with a closing "/", as the library's entry points take folders.
+  // The folder's path with a trailing "/", as the library's entry points expect.
   std::string folder() const { return path_.string() + "/"; }
   std::string path(std::string_view name) const { return folder() + std::string(name); }
 

@@ -13,7 +13,7 @@ constexpr std::size_t kPacketSize = 188;
 }  // namespace
 
 std::string tsPackets(int count) {
-  // Sync byte, the packet identifier of null packets, payload only.
+  // Sync byte, the packet identifier of null packets, no adaptation field.
   const std::string header = "\x47\x1F\xFF\x10";
   std::string packets;
   for (int i = 0; i < count; ++i)

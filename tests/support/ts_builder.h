@@ -8,11 +8,11 @@
 
 namespace kolum::test {
 
-// So many packets of 188 bytes that carry nothing. The sync byte "G" is the only one in a packet.
+// COUNT null packets of 188 bytes. Each packet's only "G" is its sync byte.
 std::string tsPackets(int count);
 
-// Packets of 192 bytes: each of the 188 bytes long PACKETS behind four bytes of time stamp, FIRST
-// in front of the first packet and STEP more in front of each further one.
+// Packets of 192 bytes: each of the 188-byte PACKETS after a time stamp of four bytes, which is
+// FIRST for the first packet and grows by STEP.
 std::string timeStampedPackets(std::string_view packets, std::uint32_t first,
                                std::uint32_t step = 0);
 

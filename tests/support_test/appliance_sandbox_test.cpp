@@ -32,7 +32,7 @@ std::vector<std::string> namesIn(const std::string& folder) {
   return names;
 }
 
-// What a folder shows of the checkout, if that lies in it: the first folder on the way there.
+// The entry of FOLDER that leads to the checkout, if that is below FOLDER.
 std::vector<std::string> wayToCheckout(const fs::path& folder) {
   const fs::path way = fs::path(KOLUM_SOURCE_FOLDER).lexically_relative(folder);
   if (way.empty() || *way.begin() == "..") return {};
@@ -46,7 +46,7 @@ class ApplianceSandbox : public testing::Test {
   }
 };
 
-TEST_F(ApplianceSandbox, HoldsTheFilesWrittenAtFixedPaths) {
+TEST_F(ApplianceSandbox, HoldsFilesWrittenAtFixedPaths) {
   runInAppliance([] {
     struct Row {
       const char* path;
@@ -132,9 +132,8 @@ TEST_F(ApplianceSandbox, SeesTheSourcesAndLeavesThemUntouched) {
   EXPECT_FALSE(fs::exists(file));
 }
 
-// A mount below "/" as machines have them for /home or /usr, here one of a machine within a
-// machine.
-TEST_F(ApplianceSandbox, CoversWhatIsMountedBelowTheRoot) {
+// A mount below "/", as machines have them for /home or /usr; a sandbox plays the machine.
+TEST_F(ApplianceSandbox, CoversMountsBelowTheRoot) {
   if (geteuid() != 0) GTEST_SKIP() << "needs root";
   runInAppliance([] {
     fs::create_directories("/kolum test");
@@ -142,7 +141,7 @@ TEST_F(ApplianceSandbox, CoversWhatIsMountedBelowTheRoot) {
     writeRootFile("/kolum test/file", "outside");
     runInAppliance([] {
       EXPECT_EQ(contentOf("/kolum test/file"), "outside");
-      // A fine overlay, or at least read-only: never the mount itself.
+      // This writes to an overlay or fails, but never reaches the mount itself.
       std::ofstream("/kolum test/file") << "inside";
     });
     EXPECT_EQ(contentOf("/kolum test/file"), "outside");
@@ -150,7 +149,7 @@ TEST_F(ApplianceSandbox, CoversWhatIsMountedBelowTheRoot) {
   });
 }
 
-TEST_F(ApplianceSandbox, GivesEachOfManyAtOnceItsOwnFiles) {
+TEST_F(ApplianceSandbox, KeepsConcurrentSandboxesApart) {
   std::vector<std::thread> threads;
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([i] {
@@ -166,19 +165,19 @@ TEST_F(ApplianceSandbox, GivesEachOfManyAtOnceItsOwnFiles) {
 }
 
 TEST_F(ApplianceSandbox, ReportsEveryWayToFail) {
-  expectFailure("Sandbox.FailedExpectation", "the body's own words");
-  expectFailure("Sandbox.FailedAssertion", "the body's own words");
-  expectFailure("Sandbox.Exception", "the body's own words");
+  expectFailure("Sandbox.FailedExpectation", "the body's message");
+  expectFailure("Sandbox.FailedAssertion", "the body's message");
+  expectFailure("Sandbox.Exception", "the body's message");
   expectFailure("Sandbox.Kill", "killed by signal 9");
   expectFailure("Sandbox.Exit", "exited with status 0 before the end");
   expectFailure("Sandbox.UnwritableFile", "exception: ");
 }
 
-TEST_F(ApplianceSandbox, PassesSkippingOn) {
+TEST_F(ApplianceSandbox, SkipsTheTestWhenTheBodySkips) {
   expectSkipped("Sandbox.Skip");
 }
 
-TEST_F(ApplianceSandbox, ReportsWhatTheSanitizerFinds) {
+TEST_F(ApplianceSandbox, ReportsSanitizerFindings) {
   if (!kHasAddressSanitizer) GTEST_SKIP() << "built without the address sanitizer";
   expectSanitizerReport("Sandbox.Overflow");
   expectSanitizerReport("Sandbox.Leak");

@@ -25,7 +25,7 @@ using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using Clock = std::chrono::steady_clock;
 
-TEST(Run, GivesStatusAndBothOutputs) {
+TEST(Run, ReturnsStatusAndBothOutputs) {
   const RunResult result = run({"sh", "-c", "echo out; echo err >&2; exit 3"});
   EXPECT_EQ(result.status, 3);
   EXPECT_EQ(result.out, "out\n");
@@ -33,20 +33,20 @@ TEST(Run, GivesStatusAndBothOutputs) {
   EXPECT_FALSE(result.timedOut);
 }
 
-TEST(Run, TellsASignalAsANegativeStatus) {
+TEST(Run, ReportsSignalAsNegativeStatus) {
   EXPECT_EQ(run({"sh", "-c", "kill -TERM $$"}).status, -SIGTERM);
 }
 
-TEST(Run, TellsWhatCannotBeRun) {
+TEST(Run, ReportsProgramThatCannotRun) {
   EXPECT_EQ(run({"/no/such/program"}).status, 127);
   EXPECT_EQ(run({"true"}, {.folder = "/no/such/folder"}).status, 126);
 }
 
-TEST(Run, HandsArgumentsOnAsTheyAre) {
+TEST(Run, PassesArgumentsUnchanged) {
   EXPECT_EQ(run({"printf", "[%s]", "a b", "", "$HOME", "'", "*"}).out, "[a b][][$HOME]['][*]");
 }
 
-TEST(Run, HandsOnInputFolderAndEnvironment) {
+TEST(Run, PassesInputFolderAndEnvironment) {
   const TempDir folder;
   EXPECT_EQ(run({"cat"}).out, "");
   EXPECT_EQ(run({"cat"}, {.input = "some\ninput"}).out, "some\ninput");
@@ -56,18 +56,18 @@ TEST(Run, HandsOnInputFolderAndEnvironment) {
             "x y\n");
 }
 
-TEST(Run, MovesMoreThanAPipeHolds) {
+TEST(Run, TransfersMoreThanAPipeHolds) {
   const std::string large(3'000'000, 'x');
   EXPECT_EQ(run({"cat"}, {.input = large}).out, large);
   EXPECT_EQ(run({"sh", "-c", "cat >&2"}, {.input = large}).err, large);
-  EXPECT_EQ(run({"true"}, {.input = large}).status, 0) << "input that nobody reads";
+  EXPECT_EQ(run({"true"}, {.input = large}).status, 0) << "unread input";
 }
 
-TEST(Run, KillsWhatTakesTooLong) {
+TEST(Run, KillsProgramThatTakesTooLong) {
   for (const char* command : {
            "echo before; sleep 100",
-           "echo before; sleep 100 & wait",         // in a process of its own
-           "echo before; exec >&- 2>&-; sleep 100"  // with its outputs ended
+           "echo before; sleep 100 & wait",         // in another process
+           "echo before; exec >&- 2>&-; sleep 100"  // with its outputs closed
        }) {
     SCOPED_TRACE(command);
     const auto start = Clock::now();
@@ -86,10 +86,10 @@ TEST(Run, LeavesNothingBehind) {
   sigaction(SIGPIPE, nullptr, &before);
   run({"true"}, {.input = std::string(1'000'000, 'x')});
   sigaction(SIGPIPE, nullptr, &after);
-  EXPECT_EQ(before.sa_handler, after.sa_handler) << "of the test that runs something";
+  EXPECT_EQ(before.sa_handler, after.sa_handler) << "the caller's handler";
 }
 
-TEST(MustRun, GivesTheOutputOrThrowsTheToolsWords) {
+TEST(MustRun, ReturnsOutputOrThrowsTheToolsMessages) {
   EXPECT_EQ(mustRun({"echo", "fine"}), "fine\n");
   try {
     mustRun({"sh", "-c", "echo said; echo warned >&2; exit 4"});
@@ -101,7 +101,7 @@ TEST(MustRun, GivesTheOutputOrThrowsTheToolsWords) {
   }
 }
 
-TEST(ShellWords, AreSplitAsAShellSplitsThem) {
+TEST(ShellWords, SplitsLikeAShell) {
   EXPECT_THAT(shellWords(""), IsEmpty());
   EXPECT_THAT(shellWords(" \t\n "), IsEmpty());
   for (const char* text : {"a b  c", "\ta\tb ", "'a b' c", "\"a b\" c", "a' 'b\" \"c", "'' a \"\"",
@@ -115,12 +115,12 @@ TEST(ShellWords, AreSplitAsAShellSplitsThem) {
   }
 }
 
-TEST(ShellWords, WithAnOpenQuoteAreRefused) {
+TEST(ShellWords, RejectsOpenQuote) {
   for (const char* text : {"'a", "a\"b", "'a\\'b'", "\"a\\\""})
     EXPECT_THROW(shellWords(text), std::invalid_argument) << text;
 }
 
-TEST(RunInChild, SetsTheEnvironmentOfTheChildAlone) {
+TEST(RunInChild, SetsEnvironmentOfTheChildOnly) {
   const char* const zone = std::getenv("TZ");
   const std::string before = zone == nullptr ? "none" : zone;
   const std::time_t noon = 43'200;
@@ -136,32 +136,32 @@ TEST(RunInChild, SetsTheEnvironmentOfTheChildAlone) {
   EXPECT_EQ(zoneAfter == nullptr ? "none" : std::string(zoneAfter), before);
 }
 
-TEST(RunInChild, KeepsTheBodysChangesToTheChild) {
+TEST(RunInChild, KeepsChangesInTheChild) {
   int value = 1;
   runInChild([&] { value = 2; });
   EXPECT_EQ(value, 1);
 }
 
 TEST(RunInChild, ReportsEveryWayToFail) {
-  expectFailure("Child.FailedExpectation", "the body's own words");
-  expectFailure("Child.FailedAssertion", "the body's own words");
-  expectFailure("Child.Exception", "the body's own words");
+  expectFailure("Child.FailedExpectation", "the body's message");
+  expectFailure("Child.FailedAssertion", "the body's message");
+  expectFailure("Child.Exception", "the body's message");
   expectFailure("Child.ExceptionOfAnotherType", "unknown type");
   expectFailure("Child.Kill", "killed by signal 9");
   expectFailure("Child.Exit", "exited with status 0 before the end");
 }
 
-TEST(RunInChild, PassesSkippingOn) {
+TEST(RunInChild, SkipsTheTestWhenTheBodySkips) {
   expectSkipped("Child.Skip");
 }
 
-TEST(RunInChild, ReportsWhatTheSanitizerFinds) {
+TEST(RunInChild, ReportsSanitizerFindings) {
   if (!kHasAddressSanitizer) GTEST_SKIP() << "built without the address sanitizer";
   expectSanitizerReport("Child.Overflow");
   expectSanitizerReport("Child.Leak");
 }
 
-TEST(RunInChild, EndsTheChildWithTheTestThatStartedIt) {
+TEST(RunInChild, EndsTheChildWhenItsTestDies) {
   const TempDir folder;
   ASSERT_EQ(mkfifo(folder.path("alive").c_str(), 0600), 0);
   runInChild([&] {
@@ -169,11 +169,11 @@ TEST(RunInChild, EndsTheChildWithTheTestThatStartedIt) {
       waitpid(middle, nullptr, 0);
       return;
     }
-    // An orphan, as this body must leave no child.
+    // Orphaned, because this body must not leave a child.
     if (fork() != 0) _exit(0);
     // A test whose child kills it.
     runInChild([&] {
-      alarm(60);  // if it is not ended
+      alarm(60);  // in case it is not killed
       EXPECT_GE(open(folder.path("alive").c_str(), O_WRONLY), 0);
       kill(getppid(), SIGKILL);
       while (true) pause();
@@ -184,13 +184,13 @@ TEST(RunInChild, EndsTheChildWithTheTestThatStartedIt) {
   EXPECT_FALSE(run({"cat", folder.path("alive")}, {.timeout = std::chrono::seconds(20)}).timedOut);
 }
 
-TEST(WithinSeconds, LetsAQuickBodyPass) {
+TEST(WithinSeconds, PassesQuickBody) {
   bool ran = false;
   withinSeconds(60, [&] { ran = true; });
   EXPECT_TRUE(ran);
 }
 
-TEST(WithinSeconds, FailsABodyThatHangsOrThrows) {
+TEST(WithinSeconds, FailsHangingOrThrowingBody) {
   const RunResult hung = runFailingBody("Within.Hang");
   EXPECT_EQ(hung.status, 1);
   EXPECT_THAT(hung.err, HasSubstr("still not done after 1 seconds"));
@@ -199,7 +199,7 @@ TEST(WithinSeconds, FailsABodyThatHangsOrThrows) {
   EXPECT_THAT(thrown.out, HasSubstr("[  FAILED  ] Within.Exception"));
 }
 
-TEST(OpenDescriptorCount, CountsWhatIsOpen) {
+TEST(OpenDescriptorCount, CountsOpenDescriptors) {
   const int before = openDescriptorCount();
   const int added = dup(0);
   ASSERT_GE(added, 0);
@@ -208,7 +208,7 @@ TEST(OpenDescriptorCount, CountsWhatIsOpen) {
   EXPECT_EQ(openDescriptorCount(), before);
 }
 
-TEST(ExpectNoDescriptorLeak, FailsTheTestThatLeaks) {
+TEST(ExpectNoDescriptorLeak, FailsLeakingTest) {
   const RunResult result = runFailingBody("Descriptors.Leak");
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.out, HasSubstr("[  FAILED  ] Descriptors.Leak"));

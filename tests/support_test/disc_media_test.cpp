@@ -28,19 +28,19 @@ std::vector<std::string> codecsOf(const std::string& path) {
   std::vector<std::string> codecs;
   const nlohmann::json probed = ffprobe(path);
   for (const auto& stream : probed.at("streams")) {
-    // ffprobe does not name what it has no decoder for, such as a DVD's navigation packets.
+    // ffprobe does not name streams that it cannot decode, such as a DVD's navigation packets.
     if (stream.contains("codec_name")) codecs.push_back(stream.at("codec_name"));
   }
   return codecs;
 }
 
 int secondsOf(const dvd_time_t& time) {
-  // Two decimal digits each.
+  // Binary-coded decimals.
   const auto number = [](int digits) { return digits / 16 * 10 + digits % 16; };
   return (number(time.hour) * 60 + number(time.minute)) * 60 + number(time.second);
 }
 
-TEST(DvdOfTests, IsReadByTheDvdLibrary) {
+TEST(TestDvd, IsReadableByLibdvdread) {
   const std::string root = discRoot(dvdFolder());
   const std::unique_ptr<dvd_reader_t, void (*)(dvd_reader_t*)> dvd(DVDOpen(root.c_str()), DVDClose);
   ASSERT_NE(dvd, nullptr);
@@ -63,7 +63,7 @@ TEST(DvdOfTests, IsReadByTheDvdLibrary) {
   EXPECT_GT(seconds[1], seconds[0]);
 }
 
-TEST(DvdOfTests, HoldsRealVideo) {
+TEST(TestDvd, HoldsRealVideo) {
   const std::string folder = dvdFolder();
   EXPECT_THAT(folder, EndsWith("/VIDEO_TS/"));
   EXPECT_THAT(codecsOf(folder + "VTS_01_1.VOB"), IsSupersetOf({"mpeg2video", "ac3"}));
@@ -72,7 +72,7 @@ TEST(DvdOfTests, HoldsRealVideo) {
   EXPECT_LT(fs::file_size(folder + "VTS_01_1.VOB"), fs::file_size(folder + "VTS_02_1.VOB"));
 }
 
-TEST(BlurayOfTests, HoldsRealStreamsTheSecondLarger) {
+TEST(TestBluray, HoldsTwoRealStreamsTheSecondLarger) {
   const std::string folder = blurayFolder();
   EXPECT_THAT(folder, EndsWith("/BDMV/"));
   EXPECT_TRUE(contentOf(folder + "index.bdmv").starts_with("INDX"));
@@ -84,12 +84,12 @@ TEST(BlurayOfTests, HoldsRealStreamsTheSecondLarger) {
             fs::file_size(folder + "STREAM/00001.m2ts"));
 }
 
-TEST(DiscRoot, IsTheParentOfTheDiscsFolder) {
+TEST(DiscRoot, IsTheParentOfTheDiscFolder) {
   EXPECT_EQ(discRoot("/disc/VIDEO_TS/"), "/disc");
   EXPECT_TRUE(fs::is_directory(discRoot(blurayFolder()) + "/BDMV"));
 }
 
-TEST(DiscImage, CanBeMountedAndHoldsTheFolder) {
+TEST(DiscImage, HoldsTheFolderWhenMounted) {
   if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   const std::string disc = discRoot(blurayFolder());
@@ -114,7 +114,7 @@ TEST(DiscImage, CanBeMountedAndHoldsTheFolder) {
   }
 }
 
-TEST(DiscImage, IsKeptByContentNotByFolder) {
+TEST(DiscImage, IsCachedByContentNotByFolder) {
   const TempDir folder;
   folder.write("one/sub/file", "content");
   folder.write("same/sub/file", "content");

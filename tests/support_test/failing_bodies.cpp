@@ -1,4 +1,4 @@
-// Tests that must not pass, each in its own way. CTest does not know them.
+// Tests that must fail, each in a different way. They are not registered with CTest.
 #include <gtest/gtest.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
@@ -17,13 +17,13 @@ namespace {
 using namespace kolum::test;
 
 void failExpectation() {
-  EXPECT_EQ(1, 2) << "the body's own words";
+  EXPECT_EQ(1, 2) << "the body's message";
 }
 void failAssertion() {
-  ASSERT_EQ(1, 2) << "the body's own words";
+  ASSERT_EQ(1, 2) << "the body's message";
 }
 void throwException() {
-  throw std::runtime_error("the body's own words");
+  throw std::runtime_error("the body's message");
 }
 void throwNumber() {
   throw 1;
@@ -35,9 +35,9 @@ void exitAsIfAllWereWell() {
   _exit(0);
 }
 void skip() {
-  GTEST_SKIP() << "the body's own words";
+  GTEST_SKIP() << "the body's message";
 }
-// Through volatile pointers, or compilers would see and forbid it, or remove it.
+// Through volatile pointers, so that compilers neither reject nor remove it.
 void writeBeyondTheEnd() {
   char* volatile bytes = static_cast<char*>(std::malloc(1));
   bytes[1] = 'x';
@@ -112,7 +112,7 @@ TEST(Within, Exception) {
   withinSeconds(60, throwException);
 }
 
-// What is left behind, seen from the three places that look.
+// Leaks, seen from the three places that check for them.
 void leaveDescriptor() {
   EXPECT_GE(dup(0), 0);
 }

@@ -1,4 +1,4 @@
-// Runs the bodies that have to fail, and looks at what is told of them.
+// Runs the bodies that must fail, and checks how their failures are reported.
 #ifndef KOLUM_TESTS_SUPPORT_TEST_FAILING_BODY_RUN_H
 #define KOLUM_TESTS_SUPPORT_TEST_FAILING_BODY_RUN_H
 

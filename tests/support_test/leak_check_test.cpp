@@ -9,17 +9,17 @@ namespace kolum::test {
 
 namespace {
 
-TEST(LeakCheck, FailsTheTestThatLeavesSomething) {
+TEST(LeakCheck, FailsTestThatLeaks) {
   expectFailure("Left.Descriptor", "left: descriptor");
   expectFailure("Left.Child", "left: child process");
 }
 
-TEST(LeakCheck, FailsTheBodyThatLeavesSomethingInItsProcess) {
+TEST(LeakCheck, FailsBodyThatLeaksInItsProcess) {
   expectFailure("LeftInChild.Descriptor", "left: descriptor");
   expectFailure("LeftInChild.Child", "left: child process");
 }
 
-TEST(LeakCheck, FailsTheBodyThatLeavesSomethingInItsSandbox) {
+TEST(LeakCheck, FailsBodyThatLeaksInItsSandbox) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   expectFailure("LeftInSandbox.Descriptor", "left: descriptor");
   expectFailure("LeftInSandbox.Mount", "left: mount");

@@ -27,7 +27,7 @@ void write(const std::string& path, const std::string& content) {
   std::ofstream(path, std::ios::binary) << content;
 }
 
-// What earlier runs left of something.
+// Removes what earlier runs made.
 void forget(const std::string& name, const std::string& recipe) {
   const auto makeAnything = [](const std::string& path) { write(path, "x"); };
   fs::remove_all(fs::path(made(name, recipe, makeAnything)).parent_path());
@@ -44,7 +44,7 @@ TEST(Media, IsARealFileInTheBuildTree) {
   EXPECT_EQ(probed.at("streams").at(0).at("width"), 176);
 }
 
-TEST(Media, IsMadeOncePerArguments) {
+TEST(Media, IsMadeOncePerArgumentList) {
   const std::string arguments = "-f lavfi -i sine=d=0.1 -bitexact";
   const std::string path = media("once.wav", arguments);
   const auto written = fs::last_write_time(path);
@@ -54,7 +54,7 @@ TEST(Media, IsMadeOncePerArguments) {
   EXPECT_NE(media("other.wav", arguments), path);
 }
 
-TEST(Media, TakesQuotedArguments) {
+TEST(Media, AcceptsQuotedArguments) {
   const std::string path =
       media("quoted.mka",
             "-f lavfi -i sine=d=0.1 -metadata 'title=two  words' -metadata artist=\"it's\"");
@@ -63,7 +63,7 @@ TEST(Media, TakesQuotedArguments) {
   EXPECT_EQ(tags.at("ARTIST"), "it's");
 }
 
-TEST(Media, ThatCannotBeMadeThrowsTheToolsWords) {
+TEST(Media, ThrowsTheToolsMessagesOnFailure) {
   try {
     media("impossible.mkv", "-f lavfi -i no_such_source_of_pictures");
     FAIL() << "nothing thrown";
@@ -81,11 +81,11 @@ TEST(Made, MayBeAFolder) {
   EXPECT_EQ(contentOf(path + "/file"), "content");
 }
 
-TEST(Made, KeepsNothingOfAFailure) {
+TEST(Made, KeepsNothingAfterFailure) {
   forget("failing", "at first");
   const auto fails = [](const std::string& path) {
     write(path, "half");
-    throw std::runtime_error("the maker's own words");
+    throw std::runtime_error("the maker's message");
   };
   EXPECT_THROW(made("failing", "at first", fails), std::runtime_error);
   EXPECT_THROW(made("failing", "at first", [](const std::string&) {}), std::runtime_error);
@@ -94,7 +94,7 @@ TEST(Made, KeepsNothingOfAFailure) {
   EXPECT_EQ(contentOf(path), "whole");
 }
 
-TEST(Made, IsMadeOnceByProcessesThatWantItAtOnce) {
+TEST(Made, MakesOnceForConcurrentProcesses) {
   forget("slow", "by many");
   const TempDir folder;
   const std::string log = folder.path("log");
@@ -118,7 +118,7 @@ TEST(Made, IsMadeOnceByProcessesThatWantItAtOnce) {
   EXPECT_EQ(contentOf(log), "made\n");
 }
 
-TEST(Ffprobe, ThrowsForWhatIsNoMedia) {
+TEST(Ffprobe, ThrowsForNonMedia) {
   const TempDir folder;
   EXPECT_THROW(ffprobe(folder.write("text.mp4", "no media")), std::runtime_error);
   EXPECT_THROW(ffprobe(folder.path("missing.mp4")), std::runtime_error);

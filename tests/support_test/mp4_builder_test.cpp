@@ -22,7 +22,7 @@ std::string movie() {
                "-f lavfi -i testsrc=s=176x144:r=25:d=0.2 -c:v mpeg4 -bitexact -threads 1");
 }
 
-// The angle that ffprobe reads, counter-clockwise; nothing for a file without a display matrix.
+// The angle that ffprobe reads, counter-clockwise; empty for a file without a display matrix.
 std::optional<int> rotationOf(const std::string& path) {
   const nlohmann::json stream = ffprobe(path).at("streams").at(0);
   if (!stream.contains("side_data_list")) return std::nullopt;
@@ -37,7 +37,7 @@ TEST(BigEndian, PutsTheHighestByteFirst) {
   EXPECT_EQ(bigEndian(1, 4), "\0\0\0\1"s);
 }
 
-TEST(Boxes, AreLaidOutAsTheContainerAsks) {
+TEST(Boxes, HaveTheContainersLayout) {
   EXPECT_EQ(box("free", ""), "\0\0\0\10free"s);
   EXPECT_EQ(box("free", "abc"), "\0\0\0\13freeabc"s);
   EXPECT_EQ(largeBox("mdat", "abc"), "\0\0\0\1mdat\0\0\0\0\0\0\0\23abc"s);
@@ -46,11 +46,11 @@ TEST(Boxes, AreLaidOutAsTheContainerAsks) {
   EXPECT_EQ(ftyp("M4V ", {"isom", "iso2"}), "\0\0\0\30ftypM4V \0\0\0\0isomiso2"s);
 }
 
-// A real file's boxes, wrapped anew.
-TEST(Boxes, AreReadByFfprobe) {
+// The boxes of a real file, rebuilt.
+TEST(Boxes, AreReadableByFfprobe) {
   const std::string file = contentOf(movie());
   const TempDir folder;
-  // Everything from the media on stays where the index says it is.
+  // The media data stays where the index says it is.
   const std::size_t media = file.find("mdat") - 4;
   const std::string head = ftyp("M4V ");
   const std::string filling(media - head.size() - box("free", "").size(), ' ');
@@ -61,7 +61,7 @@ TEST(Boxes, AreReadByFfprobe) {
   EXPECT_EQ(probed.at("streams").at(0).at("codec_name"), "mpeg4");
 }
 
-TEST(TrackMatrix, IsSeenByFfprobeAsRotation) {
+TEST(TrackMatrix, IsReadByFfprobeAsRotation) {
   struct Row {
     int degrees;
     int counterClockwise;
@@ -75,7 +75,7 @@ TEST(TrackMatrix, IsSeenByFfprobeAsRotation) {
   EXPECT_TRUE(rotationOf(withTrackMatrix(movie(), rotationMatrix(0, true))).has_value());
 }
 
-TEST(TrackMatrix, OfAMirrorTurnsOneAxisAround) {
+TEST(TrackMatrix, FlipsOneAxisWhenMirrored) {
   for (const int degrees : {0, 90, 180, 270}) {
     const TrackMatrix plain = rotationMatrix(degrees);
     const TrackMatrix mirrored = rotationMatrix(degrees, true);
@@ -87,7 +87,7 @@ TEST(TrackMatrix, OfAMirrorTurnsOneAxisAround) {
   }
 }
 
-TEST(TrackMatrix, IsPutIntoACopy) {
+TEST(TrackMatrix, ChangesACopyOnly) {
   const std::string before = contentOf(movie());
   const std::string turned = withTrackMatrix(movie(), rotationMatrix(90));
   EXPECT_NE(turned, movie());
@@ -97,7 +97,7 @@ TEST(TrackMatrix, IsPutIntoACopy) {
   EXPECT_NE(withTrackMatrix(movie(), rotationMatrix(180)), turned);
 }
 
-TEST(TrackMatrix, CannotBePutIntoWhatIsNoMovie) {
+TEST(TrackMatrix, RejectsNonMovie) {
   const TempDir folder;
   for (const std::string& content : {""s, "text"s, "\0\0\0\0\0\0\0\0\0\0\0\0"s, ftyp("isom"),
                                      ftyp("isom") + box("moov", box("trak", ""))}) {
@@ -106,7 +106,7 @@ TEST(TrackMatrix, CannotBePutIntoWhatIsNoMovie) {
   }
 }
 
-TEST(SphericalBox, IsSeenByFfprobe) {
+TEST(SphericalBox, IsReadByFfprobe) {
   const nlohmann::json stream = ffprobe(withSphericalBox(movie())).at("streams").at(0);
   ASSERT_TRUE(stream.contains("side_data_list"));
   EXPECT_EQ(stream.at("side_data_list").at(0).at("projection"), "equirectangular");

@@ -23,7 +23,7 @@ TEST(TsPackets, BeginWithTheirOnlySyncByte) {
   EXPECT_EQ(std::count(packets.begin(), packets.end(), 'G'), 3);
 }
 
-TEST(TimeStampedPackets, HaveTheirStampsInFront) {
+TEST(TimeStampedPackets, StartWithTheirStamps) {
   EXPECT_EQ(timeStampedPackets("", 1), "");
   const std::string packet = tsPackets(1);
   EXPECT_EQ(timeStampedPackets(tsPackets(2), 0),
@@ -33,14 +33,14 @@ TEST(TimeStampedPackets, HaveTheirStampsInFront) {
                 bigEndian(0x01020324, 4) + packet);
 }
 
-TEST(TimeStampedPackets, OfARealStreamAreReadByFfprobe) {
+TEST(TimeStampedPackets, AreReadableByFfprobe) {
   const std::string stream =
       media("builder.ts",
             "-f lavfi -i testsrc=s=176x144:r=25:d=0.4 -c:v mpeg2video -bitexact -threads 1");
   std::ifstream in(stream, std::ios::binary);
   const std::string packets = {std::istreambuf_iterator<char>(in), {}};
   const TempDir folder;
-  // A stuffed stream, so that null packets are read as well.
+  // With null packets, so that those are read as well.
   const std::string path =
       folder.write("stamped.m2ts", timeStampedPackets(tsPackets(2) + packets, 27'000'000, 300));
   const nlohmann::json probed = ffprobe(path);
