@@ -1,10 +1,10 @@
 #!/bin/sh
-# check_layers.sh ROOT: which folder may include what.
+# check_layers.sh ROOT: checks which folder includes what.
 set -eu
 cd "$1"
 failed=0
 
-# nobody PATTERN WHY FILE...: no file may match.
+# nobody PATTERN WHY FILE...: fails with WHY if a file matches PATTERN.
 nobody() {
   pattern=$1
   why=$2
@@ -22,15 +22,15 @@ nobody '#include .*pugi' 'only src/xml includes pugixml' \
   $(sources include src host tools/kolum | grep -v '^src/xml/')
 nobody '#include .*iniparser' 'only src/support includes iniparser' \
   $(sources include src | grep -v '^src/support/')
-nobody '#include "(\.\.|tools|tests|host)/' 'the library stands on nothing above it' $(sources src)
+nobody '#include "(\.\.|tools|tests|host)/' 'the library includes nothing above it' $(sources src)
 nobody '#include "' 'public headers include public headers only' $(sources include)
 nobody 'getenv' 'the library reads no environment variable' $(sources src)
 nobody '#include "(config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
-  'the tool stands on the public headers, and on no family' $(sources tools/kolum)
-nobody '#include "av/' 'only content.cpp of the tool looks at src/av' \
+  'the tool includes public headers, not those of a family' $(sources tools/kolum)
+nobody '#include "av/' 'only content.cpp of the tool includes src/av' \
   $(sources tools/kolum | grep -v '^tools/kolum/content.cpp')
-nobody 'LIBAV[A-Z]+_VERSION' "differences between FFmpeg's releases stand in src/av/ffmpeg.h" \
+nobody 'LIBAV[A-Z]+_VERSION' "differences between FFmpeg's releases belong in src/av/ffmpeg.h" \
   $(sources src | grep -v '^src/av/ffmpeg.h')
 nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
-  'src/media stands on nothing else of the library' $(sources src/media)
+  'src/media includes nothing else of the library' $(sources src/media)
 exit $failed

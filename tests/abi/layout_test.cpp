@@ -1,4 +1,4 @@
-// Records as hosts were compiled with them.
+// The layout of records that hosts were compiled with.
 #include <gtest/gtest.h>
 #include <kolum/kolum.h>
 
@@ -6,7 +6,7 @@
 
 namespace {
 
-TEST(Layout, OfTheVideoRecord) {
+TEST(VideoRecord, HasFixedLayout) {
   struct Field {
     const char* name;
     std::size_t offset;
@@ -54,7 +54,7 @@ TEST(Layout, OfTheVideoRecord) {
   EXPECT_EQ(sizeof(videoObject_st), 432U);
 }
 
-TEST(Layout, OfTheMediaInfoRecords) {
+TEST(MediaInfoRecords, HaveFixedLayout) {
   EXPECT_EQ(offsetof(MediaInfo, streamCount), 16U);
   EXPECT_EQ(offsetof(MediaInfo, streams), 24U);
   EXPECT_EQ(sizeof(MediaInfo), 32U);
@@ -68,7 +68,7 @@ TEST(Layout, OfTheMediaInfoRecords) {
   EXPECT_EQ(sizeof(MediaStreamInfo), 17 * 4U);
 }
 
-TEST(Layout, OfTheSongRecord) {
+TEST(SongRecord, HasFixedLayout) {
   EXPECT_EQ(offsetof(songObject_st, track), 0U);
   EXPECT_EQ(offsetof(songObject_st, duration), 4U);
   EXPECT_EQ(offsetof(songObject_st, title), 8U);
@@ -77,7 +77,7 @@ TEST(Layout, OfTheSongRecord) {
   EXPECT_EQ(offsetof(songObject_st, album), 776U);
   EXPECT_EQ(offsetof(songObject_st, year), 1032U);
   EXPECT_EQ(offsetof(songObject_st, genre), 1036U);
-  // Two words of the hosts' own stand before the sample rate, one before the profile.
+  // Two words that belong to the hosts precede the sample rate, and one precedes the profile.
   EXPECT_EQ(offsetof(songObject_st, sampleRate), 1300U);
   EXPECT_EQ(offsetof(songObject_st, bitRate), 1304U);
   EXPECT_EQ(offsetof(songObject_st, channels), 1308U);
@@ -87,7 +87,7 @@ TEST(Layout, OfTheSongRecord) {
   EXPECT_EQ(sizeof(songObject_st), 1328U);
 }
 
-TEST(Layout, OfTheConfigurationRecord) {
+TEST(ConfigurationRecord, HasFixedLayout) {
   EXPECT_EQ(offsetof(lumCfg_s, enable), 0U);
   EXPECT_EQ(offsetof(lumCfg_s, mode), 4U);
   EXPECT_EQ(offsetof(lumCfg_s, thumbStatus), 8U);
@@ -111,7 +111,7 @@ TEST(Layout, OfTheConfigurationRecord) {
   EXPECT_EQ(sizeof(lumCfg_s), 168U);
 }
 
-TEST(Layout, OfAServersAnswer) {
+TEST(ServerAnswer, HasFixedLayout) {
   using MediaLibrary::LUM::SocketResp_t;
   EXPECT_EQ(offsetof(SocketResp_t, result), 0U);
   EXPECT_EQ(offsetof(SocketResp_t, length), 8U);
@@ -119,7 +119,7 @@ TEST(Layout, OfAServersAnswer) {
   EXPECT_EQ(sizeof(SocketResp_t), 24U);
 }
 
-TEST(Layout, OfThePlaceRecords) {
+TEST(PlaceRecords, HaveFixedLayout) {
   using namespace MediaLibrary;
   EXPECT_EQ(offsetof(osm_param_s, lat), 0U);
   EXPECT_EQ(offsetof(osm_param_s, lon), 8U);
@@ -138,7 +138,7 @@ TEST(Layout, OfThePlaceRecords) {
   EXPECT_EQ(sizeof(osm_place_s), 88U);
 }
 
-TEST(Layout, OfAHashNode) {
+TEST(HashNode, HasFixedLayout) {
   EXPECT_EQ(offsetof(MediaHashNode, row), 0U);
   EXPECT_EQ(offsetof(MediaHashNode, extension), 8U);
   EXPECT_EQ(offsetof(MediaHashNode, next), 16U);

@@ -1,4 +1,4 @@
-// Files that would lead FFmpeg elsewhere, or on and on.
+// Files that would make FFmpeg open other files, or read gigabytes of zeros.
 #include <gtest/gtest.h>
 #include <kolum/kolum.h>
 #include <sys/stat.h>
@@ -19,7 +19,7 @@ using namespace kolum::test;
 
 namespace {
 
-// Through every kind of entry point that opens media.
+// Expects every kind of entry point that opens media to refuse the file.
 void expectRefused(const std::string& folder, const std::string& name) {
   const std::string path = folder + name;
   testing::internal::CaptureStderr();
@@ -40,7 +40,7 @@ void expectRefused(const std::string& folder, const std::string& name) {
   testing::internal::GetCapturedStderr();
 }
 
-TEST(FileDemuxers, OpenNoFurtherFiles) {
+TEST(FileDemuxers, RefuseFilesThatOpenOthers) {
   constexpr char kPlaylist[] = "#EXTM3U\n#EXT-X-TARGETDURATION:5\n";
   const TempDir folder;
   ASSERT_EQ(mkfifo(folder.path("pipe.ts").c_str(), 0600), 0);
@@ -78,7 +78,7 @@ TEST(FileDemuxers, OpenNoFurtherFiles) {
   }
 }
 
-TEST(ReadLimit, EndsTheOpeningOfAFileThatHoldsNothing) {
+TEST(ReadLimit, StopsReadingFileOfZeros) {
   const TempDir folder;
   const struct {
     const char* name;
@@ -107,7 +107,7 @@ TEST(ReadLimit, EndsTheOpeningOfAFileThatHoldsNothing) {
   }
 }
 
-// A copy of the file at PATH, in FOLDER, with zeros of this size let in at this place.
+// A copy of the file at PATH, in FOLDER, with SIZE zeros inserted at AT.
 std::string withHole(const TempDir& folder, const std::string& path, std::size_t at,
                      std::size_t size) {
   const std::string content = contentOf(path);
@@ -128,8 +128,8 @@ struct HoleCase {
   std::size_t packetSize;
 };
 
-// What stands behind the hole is found by a jump to the end.
-TEST(ReadLimit, KeepsDurationAndSoundOfAFileWithAHole) {
+// The data after the hole is found by seeking to the end.
+TEST(ReadLimit, KeepsDurationAndSoundOfFileWithHole) {
   for (const HoleCase& row : {HoleCase{"hole.vob", 2048}, HoleCase{"hole.ts", 188}}) {
     SCOPED_TRACE(row.name);
     const TempDir folder;
@@ -152,7 +152,7 @@ double keyFrameTimeOf(const std::string& path, int seconds) {
   return time;
 }
 
-// URLs have no limit.
+// URLs are read without a limit.
 double unlimitedKeyFrameTimeOf(const std::string& path, int seconds) {
   auto input = kolum::av::Input::openUrl(("file:" + path).c_str());
   input->readStreamInfo();
@@ -160,7 +160,7 @@ double unlimitedKeyFrameTimeOf(const std::string& path, int seconds) {
   return kolum::mediainfo::keyFrameTime(*input, *video, seconds).value_or(seconds);
 }
 
-TEST(ReadLimit, KeepsTheKeyFramesOfAFileWithAHole) {
+TEST(ReadLimit, KeepsKeyFramesOfFileWithHole) {
   const std::string whole = media("hole.vob", kMovie);
   const std::size_t quarter = contentOf(whole).size() / 4 / 2048 * 2048;
   for (const std::size_t quarters : {1U, 2U, 3U}) {
@@ -172,7 +172,7 @@ TEST(ReadLimit, KeepsTheKeyFramesOfAFileWithAHole) {
   }
 }
 
-TEST(FileDemuxers, HoldTheUsualOnesAndNoneThatOpensFurtherFiles) {
+TEST(FileDemuxers, IncludeCommonOnesButNoneThatOpensOtherFiles) {
   const std::string list = "," + std::string(kolum::av::fileDemuxers()) + ",";
   for (const char* name : {"mov", "matroska", "mpegts", "mpeg", "avi", "asf", "flv", "mp3", "dsf",
                            "image2", "tiff_pipe", "rm", "wtv", "ape"})
@@ -181,8 +181,8 @@ TEST(FileDemuxers, HoldTheUsualOnesAndNoneThatOpensFurtherFiles) {
     EXPECT_EQ(list.find("," + std::string(name) + ","), std::string::npos) << name;
 }
 
-// Hosts hand such addresses over on purpose.
-TEST(FileDemuxers, DoNotLimitUrls) {
+// Hosts pass playlist URLs to the key-frame search, which must open the parts that they name.
+TEST(FileDemuxers, DoNotRestrictUrls) {
   const TempDir folder;
   const std::string part = media(
       "part.ts", "-f lavfi -i testsrc=s=64x48:r=25:d=3 -pix_fmt yuv420p -c:v mpeg2video -g 5");
@@ -196,7 +196,7 @@ TEST(FileDemuxers, DoNotLimitUrls) {
   EXPECT_GE(time, 0);
 }
 
-TEST(Recognition, GoesByTheFirstBytesAlone) {
+TEST(Recognition, UsesTheFirstBytesOnly) {
   const TempDir folder;
   const std::string whole =
       contentOf(media("whole.mp4", "-f lavfi -i color=size=64x48:rate=5:duration=1 -c:v mpeg4"));
@@ -211,7 +211,7 @@ TEST(Recognition, GoesByTheFirstBytesAlone) {
   EXPECT_EQ(kolum::av::recognize(folder.path("fifo.mp4").c_str()).format, "");
 }
 
-TEST(Recognition, MarksWhatOpensFurtherFiles) {
+TEST(Recognition, MarksFilesThatOpenOthers) {
   const TempDir folder;
   const std::string list = folder.write(
       "list.mp4", "#EXTM3U\n#EXT-X-VERSION:3\n#EXT-X-TARGETDURATION:1\n#EXTINF:1\na.ts\n");

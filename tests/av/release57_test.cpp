@@ -1,4 +1,4 @@
-// What release 57 reported, whatever the linked release does.
+// The library reports the values of release 57, whatever the linked release reports.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -22,8 +22,8 @@ Levels levelsOf(const std::string& path) {
   return {input->streams()[0].profile(), input->streams()[0].level()};
 }
 
-// Later releases report profiles of these; databases hold that there is none.
-TEST(Release57, KnewNoProfileOfSomeCodecs) {
+// Later releases report profiles for these codecs; databases hold "unknown".
+TEST(Release57, HasNoProfilesForSomeCodecs) {
   constexpr struct {
     const char* name;
     const char* arguments;
@@ -42,7 +42,7 @@ TEST(Release57, KnewNoProfileOfSomeCodecs) {
   }
 }
 
-TEST(Release57, KnewTheProfilesOfOthers) {
+TEST(Release57, KeepsProfilesOfOtherCodecs) {
   const Levels h264 =
       levelsOf(media("high.mp4",
                      "-f lavfi -i testsrc=s=64x48:d=1 -pix_fmt yuv420p -c:v libx264 -level 3.1 "
@@ -51,8 +51,8 @@ TEST(Release57, KnewTheProfilesOfOthers) {
   EXPECT_EQ(h264.level, 31);
 }
 
-// From 6.1 on, FFmpeg doubles these.
-TEST(Release57, HadTheBaseFrameRateOfProgressivePictures) {
+// FFmpeg 6.1 and later double these.
+TEST(Release57, HasBaseFrameRateOfProgressivePictures) {
   constexpr struct {
     const char* name;
     const char* arguments;

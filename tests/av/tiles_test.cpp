@@ -10,7 +10,7 @@ using namespace kolum::test;
 
 namespace {
 
-TEST(PictureOfTiles, IsOnePictureOfTheSizeOfItsGrid) {
+TEST(TiledPicture, HasTheSizeOfItsGrid) {
   const TempDir folder;
   const std::string path = folder.write("tiles.heic", heicOfTiles());
   constexpr int kFirstWithTiles = AV_VERSION_INT(61, 7, 100);

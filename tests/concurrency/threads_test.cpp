@@ -1,5 +1,5 @@
-// Everything that may be called from several threads at once, called from eight: each gets the
-// answers that one thread alone gets.
+// Calls everything that is thread-safe from eight threads at once: each must get the answers that a
+// single thread gets.
 #include <gtest/gtest.h>
 #include <kolum/kolum.h>
 
@@ -28,7 +28,7 @@ constexpr int kThreads = 8;
 
 using Question = std::function<std::string()>;
 
-// Each thread asks all questions, beginning with another one than its neighbours.
+// Each thread asks all questions, starting with a different one.
 void askFromManyThreads(const std::vector<Question>& questions, int rounds) {
   std::vector<std::string> expected;
   for (const Question& question : questions) expected.push_back(question());
@@ -119,7 +119,7 @@ std::string keyFrameOf(const std::string& path) {
   return std::to_string(result) + " " + std::to_string(time);
 }
 
-TEST(Threads, ProbeWithoutDisturbingEachOther) {
+TEST(Threads, ProbeIndependently) {
   const std::string picture = "-f lavfi -i testsrc2=size=64x48:rate=10:duration=2 ";
   const std::string both = picture + "-f lavfi -i sine=duration=2 ";
   const TempDir folder;
@@ -150,7 +150,7 @@ std::string classified(const std::string& name) {
   return std::to_string(kind) + " " + std::to_string(row) + " " + std::to_string(tag);
 }
 
-TEST(Threads, ClassifyAndConvertWithoutDisturbingEachOther) {
+TEST(Threads, ClassifyAndConvertIndependently) {
   std::vector<Question> questions;
   for (const char* name : {"a.mp4", "b.JPG", "c.mp3", "d.m3u", "e.unknown", "", ".mkv", "f.iso"})
     questions.push_back([name] { return classified(name); });
@@ -166,7 +166,7 @@ TEST(Threads, ClassifyAndConvertWithoutDisturbingEachOther) {
   askFromManyThreads(questions, 200);
 }
 
-TEST(Threads, ReadTheConfigurationAndLeaveStampsWithoutDisturbingEachOther) {
+TEST(Threads, ReadConfigurationAndWriteStampsIndependently) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     writeRootFile("/data/.system/lumserver.conf",

@@ -44,14 +44,14 @@ void inAppliance(const std::function<void()>& body) {
   });
 }
 
-// A tool that notes its arguments, one a line, and ends with STATUS.
+// A tool that records its arguments, one per line, and exits with STATUS.
 void replaceSetTool(int status) {
   std::ostringstream script;
   script << "#!/bin/sh\nprintf '%s\\n' \"$0\" \"$@\" > /tmp/arguments\nexit " << status << "\n";
   writeRootFile(kSetTool, script.str(), 0755);
 }
 
-// A record that holds none of the defaults.
+// A record in which no field has its default.
 lumCfg_s filledRecord() {
   return {.enable = false,
           .mode = 99,
@@ -103,7 +103,7 @@ std::string placeOf(const LogMessage& message) {
          " " + message.function;
 }
 
-// One message: where from, and its text.
+// Each expected message is a function and a text.
 void expectLogged(const LogRecorder& log,
                   const std::vector<std::pair<std::string, std::string>>& expected) {
   const std::vector<LogMessage> messages = log.messages();
@@ -123,13 +123,13 @@ class ParseConfig : public testing::Test {
 
 class UpdateConfig : public ParseConfig {};
 
-TEST_F(ParseConfig, NullRecordGivesOne) {
+TEST_F(ParseConfig, ReturnsOneForNullRecord) {
   const LogRecorder log;
   EXPECT_EQ(parseConfig(nullptr), 1);
   expectLogged(log, {{"parseConfig", "no config from parameter.\n"}});
 }
 
-TEST_F(ParseConfig, UnknownDataVolumeGivesOneAndDefaults) {
+TEST_F(ParseConfig, ReturnsOneAndDefaultsForUnknownDataVolume) {
   inAppliance([] {
     unsetenv("KO_DATA_DIR");
     const LogRecorder log;
@@ -140,7 +140,7 @@ TEST_F(ParseConfig, UnknownDataVolumeGivesOneAndDefaults) {
   });
 }
 
-TEST_F(ParseConfig, FileThatCannotBeReadGivesOneAndDefaults) {
+TEST_F(ParseConfig, ReturnsOneAndDefaultsForUnreadableFile) {
   const struct {
     const char* name;
     const char* file;
@@ -174,7 +174,7 @@ TEST_F(ParseConfig, FileThatCannotBeReadGivesOneAndDefaults) {
   }
 }
 
-TEST_F(ParseConfig, EmptyFilesGiveDefaults) {
+TEST_F(ParseConfig, ReturnsDefaultsForEmptyFiles) {
   inAppliance([] {
     const LogRecorder log;
     lumCfg_s cfg = filledRecord();
@@ -219,7 +219,7 @@ TEST_F(ParseConfig, ReadsEveryKey) {
   });
 }
 
-TEST_F(ParseConfig, ReadsDeviceTypeFromApplianceFileAlone) {
+TEST_F(ParseConfig, ReadsDeviceTypeFromApplianceFileOnly) {
   inAppliance([] {
     writeRootFile(kServerFile, "[PelmoCore]\nDeviceType=1\n");
     writeRootFile(kApplianceFile, "[KOLUMSERVER]\nMODE=3\n");
@@ -230,7 +230,7 @@ TEST_F(ParseConfig, ReadsDeviceTypeFromApplianceFileAlone) {
   });
 }
 
-TEST_F(ParseConfig, FollowsIniparserInReadingValues) {
+TEST_F(ParseConfig, ReadsValuesLikeIniparser) {
   inAppliance([] {
     writeRootFile(
         kServerFile,
@@ -247,7 +247,7 @@ TEST_F(ParseConfig, FollowsIniparserInReadingValues) {
   });
 }
 
-TEST_F(ParseConfig, WorkdaysAreNotTested) {
+TEST_F(ParseConfig, AcceptsAnyWorkdays) {
   inAppliance([] {
     writeRootFile(kServerFile, "[KOLUMSERVER]\nSTARTWORKDAY=-5\nENDWORKDAY=1000\n");
     lumCfg_s cfg{};
@@ -257,8 +257,8 @@ TEST_F(ParseConfig, WorkdaysAreNotTested) {
   });
 }
 
-// Sections named like keys give iniparser keys without a text.
-TEST_F(ParseConfig, KeyWithoutTextCountsAsAbsent) {
+// Sections named like keys give iniparser keys without a value.
+TEST_F(ParseConfig, TreatsKeyWithoutTextAsAbsent) {
   inAppliance([] {
     writeRootFile(kServerFile,
                   "[KOLUMSERVER:ENABLE]\n[KOLUMSERVER:MODE]\n[KOLUMSERVER:MC_VERSION]\n"
@@ -307,7 +307,7 @@ struct Range {
   const char* key;
   std::vector<int> good;
   std::vector<int> bad;
-  const char* message;  // up to the value
+  const char* message;  // the part before the value
 };
 
 const std::vector<Range>& ranges() {
@@ -336,7 +336,7 @@ bool isApplianceKey(const Range& range) {
   return std::string(range.section) == "PelmoCore";
 }
 
-TEST_F(ParseConfig, TestsEveryRange) {
+TEST_F(ParseConfig, ChecksEveryRange) {
   inAppliance([] {
     for (const Range& range : ranges()) {
       const char* file = isApplianceKey(range) ? kApplianceFile : kServerFile;
@@ -362,8 +362,8 @@ TEST_F(ParseConfig, TestsEveryRange) {
   });
 }
 
-// Everything is wrong at first; what is complained about is put right, one after another.
-TEST_F(ParseConfig, StopsAtFirstRangeThatIsLeft) {
+// Every value is out of range at first; then they are corrected in the order of the messages.
+TEST_F(ParseConfig, StopsAtFirstValueOutOfRange) {
   inAppliance([] {
     replaceSetTool(0);  // repairs nothing
     for (std::size_t right = 0; right < ranges().size(); ++right) {
@@ -387,7 +387,7 @@ TEST_F(ParseConfig, StopsAtFirstRangeThatIsLeft) {
   });
 }
 
-TEST_F(ParseConfig, DeviceTypeMessageNamesOtherKey) {
+TEST_F(ParseConfig, NamesAnotherKeyInTheDeviceTypeMessage) {
   inAppliance([] {
     writeRootFile(kApplianceFile, "[PelmoCore]\nDeviceType=7\n");
     const LogRecorder log;
@@ -397,7 +397,7 @@ TEST_F(ParseConfig, DeviceTypeMessageNamesOtherKey) {
   });
 }
 
-TEST_F(ParseConfig, HeightMessageLacksColon) {
+TEST_F(ParseConfig, OmitsTheColonInTheHeightMessage) {
   inAppliance([] {
     writeRootFile(kServerFile, "[THUMBNAIL]\nMIN_HEIGHT=7\n");
     const LogRecorder log;
@@ -407,7 +407,7 @@ TEST_F(ParseConfig, HeightMessageLacksColon) {
   });
 }
 
-TEST_F(ParseConfig, RepairedSizeStillFailsOnceAndPassesThen) {
+TEST_F(ParseConfig, FailsOnceForRepairedSizeAndThenSucceeds) {
   for (const std::string key : {"MIN_WIDTH", "MIN_HEIGHT"}) {
     SCOPED_TRACE(key);
     inAppliance([&] {
@@ -438,7 +438,7 @@ TEST_F(ParseConfig, RepairsBothSizesEvenWhenAnotherValueFailsFirst) {
   });
 }
 
-TEST_F(ParseConfig, SizeThatNeedsNoRepairRunsNothing) {
+TEST_F(ParseConfig, RunsNothingForValidSize) {
   inAppliance([] {
     replaceSetTool(0);
     writeRootFile(kServerFile, "[THUMBNAIL]\nMIN_WIDTH=100\nMIN_HEIGHT=100\n");
@@ -448,7 +448,7 @@ TEST_F(ParseConfig, SizeThatNeedsNoRepairRunsNothing) {
   });
 }
 
-TEST_F(ParseConfig, MissingToolLeavesBadSize) {
+TEST_F(ParseConfig, LeavesBadSizeWithoutTheTool) {
   inAppliance([] {
     fs::remove(kSetTool);
     writeRootFile(kServerFile, "[THUMBNAIL]\nMIN_WIDTH=50\n");
@@ -458,7 +458,7 @@ TEST_F(ParseConfig, MissingToolLeavesBadSize) {
   });
 }
 
-TEST_F(ParseConfig, ReadsFilesAfreshOnEachCall) {
+TEST_F(ParseConfig, ReadsFilesOnEveryCall) {
   inAppliance([] {
     lumCfg_s cfg{};
     for (const int mode : {1, 2, 3}) {
@@ -469,7 +469,7 @@ TEST_F(ParseConfig, ReadsFilesAfreshOnEachCall) {
   });
 }
 
-TEST_F(UpdateConfig, UnknownDataVolumeGivesOneAndRunsNothing) {
+TEST_F(UpdateConfig, ReturnsOneAndRunsNothingForUnknownDataVolume) {
   inAppliance([] {
     replaceSetTool(0);
     unsetenv("KO_DATA_DIR");
@@ -493,7 +493,7 @@ TEST_F(UpdateConfig, CreatesFileAndSetsKey) {
   });
 }
 
-TEST_F(UpdateConfig, HandsEachStringToToolAsOneArgument) {
+TEST_F(UpdateConfig, PassesEachStringAsOneArgument) {
   inAppliance([] {
     replaceSetTool(0);
     EXPECT_EQ(updateConfig("MY SECTION", "a 'key'", "$(touch /tmp/x); two  words *"), 0);
@@ -507,7 +507,7 @@ TEST_F(UpdateConfig, HandsEachStringToToolAsOneArgument) {
   });
 }
 
-TEST_F(UpdateConfig, ReturnsResultOfTool) {
+TEST_F(UpdateConfig, ReturnsTheToolsResult) {
   inAppliance([] {
     for (const int status : {0, 1, 2, 77}) {
       replaceSetTool(status);
@@ -519,7 +519,7 @@ TEST_F(UpdateConfig, ReturnsResultOfTool) {
   });
 }
 
-TEST_F(UpdateConfig, FileThatCannotBeCreatedGivesOne) {
+TEST_F(UpdateConfig, ReturnsOneIfTheFileCannotBeCreated) {
   inAppliance([] {
     replaceSetTool(0);
     fs::remove_all("/tmp/volume/.system");
@@ -530,7 +530,7 @@ TEST_F(UpdateConfig, FileThatCannotBeCreatedGivesOne) {
   });
 }
 
-TEST_F(UpdateConfig, RefusesPathThatTheCommandCannotHold) {
+TEST_F(UpdateConfig, RejectsPathTooLongForTheCommand) {
   inAppliance([] {
     replaceSetTool(0);
     std::string volume = "/tmp/" + std::string(100, 'a') + "/";
@@ -550,7 +550,7 @@ TEST_F(UpdateConfig, RefusesPathThatTheCommandCannotHold) {
   });
 }
 
-TEST_F(UpdateConfig, PathPassesThroughShellUnquoted) {
+TEST_F(UpdateConfig, PassesThePathThroughTheShellUnquoted) {
   inAppliance([] {
     replaceSetTool(0);
     fs::create_directories("/tmp/real/.system");
@@ -561,7 +561,7 @@ TEST_F(UpdateConfig, PathPassesThroughShellUnquoted) {
     EXPECT_TRUE(fs::exists("/tmp/real/.system/lumserver.conf")) << "touched through the shell";
     EXPECT_FALSE(fs::exists("/tmp/$HOSTED/.system/lumserver.conf"));
     EXPECT_THAT(contentOf("/tmp/arguments"), HasSubstr("/tmp/$HOSTED/.system/lumserver.conf\n"))
-        << "handed on as it is";
+        << "passed on unchanged";
   });
 }
 

@@ -1,4 +1,4 @@
-// How the host is asked to change a setting. The program's own function stands before the host
+// How the library asks the host to change a setting. The program's own function replaces the host
 // library's.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

@@ -1,5 +1,5 @@
-// Classification meets every file of a library, so it allocates nothing once the index stands. A
-// program of its own, because it counts every allocation of the process.
+// Classification runs for every file of a library, so it must not allocate once the index is built.
+// A separate program, because it counts every allocation of the process.
 #include <gtest/gtest.h>
 #include <kolum/filetype.h>
 

@@ -72,7 +72,7 @@ bool isSpecial(const std::string& extension) {
   return extension == ".ifo" || extension == ".bdmv" || extension == ".dts" || extension == ".ac3";
 }
 
-TEST(Classification, KnowsEveryRowInEveryLetterCase) {
+TEST(Classification, MatchesEveryRowInAnyLetterCase) {
   for (const Kind& kind : kKinds) {
     for (unsigned i = 0; kind.table[i].extension != nullptr; ++i) {
       const std::string extension = kind.table[i].extension;
@@ -88,14 +88,14 @@ TEST(Classification, KnowsEveryRowInEveryLetterCase) {
   }
 }
 
-TEST(Classification, FollowsTheKindsOfInterest) {
+TEST(Classification, ReportsRequestedKindsOnly) {
   EXPECT_EQ(classify("Movie.MKV", kVideo), (Answer{2, 17}));
   EXPECT_EQ(classify("Movie.MKV", kMusic), (Answer{0, 0}));
   EXPECT_EQ(classify("Movie.MKV", 0), (Answer{0, 0}));
   EXPECT_EQ(classify("a.tar.m3u", kPlaylist), (Answer{5, 1}));
 }
 
-TEST(Classification, NeverTakesDtsAndAc3ForMusic) {
+TEST(Classification, NeverReportsDtsOrAc3AsMusic) {
   EXPECT_EQ(classify("song.dts", kMusic), (Answer{0, 0}));
   EXPECT_EQ(classify("song.ac3", kMusic), (Answer{0, 0}));
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(0, 0), 0);
@@ -103,7 +103,7 @@ TEST(Classification, NeverTakesDtsAndAc3ForMusic) {
   EXPECT_EQ(classify("SONG.AC3", kAll), (Answer{0, 0}));
 }
 
-TEST(Classification, TakesIfoFilesOfDvdsOnly) {
+TEST(Classification, AcceptsIfoFilesOfDvdsOnly) {
   EXPECT_EQ(classify("/share/DVD/VIDEO_TS/VIDEO_TS.IFO", kVideo), (Answer{2, 1}));
   EXPECT_EQ(classify("video_ts.ifo", kVideo), (Answer{2, 1}));
   EXPECT_EQ(classify("/share/DVD_RTAV/VR_MANGR.IFO", kVideo), (Answer{2, 1}));
@@ -113,7 +113,7 @@ TEST(Classification, TakesIfoFilesOfDvdsOnly) {
   EXPECT_EQ(classify(".ifo", kVideo), (Answer{0, 1})) << "shorter than the names";
 }
 
-TEST(Classification, TakesBdmvFilesOfBluraysOnly) {
+TEST(Classification, AcceptsBdmvFilesOfBluraysOnly) {
   EXPECT_EQ(classify("/share/BD/BDMV/index.bdmv", kVideo), (Answer{2, 2}));
   EXPECT_EQ(classify("INDEX.BDMV", kVideo), (Answer{2, 2}));
   EXPECT_EQ(classify("myindex.bdmv", kVideo), (Answer{2, 2})) << "the end counts";
@@ -121,20 +121,20 @@ TEST(Classification, TakesBdmvFilesOfBluraysOnly) {
   EXPECT_EQ(classify(".bdmv", kVideo), (Answer{0, 2})) << "shorter than the name";
 }
 
-TEST(Classification, RefusesNamesWithoutAKnownExtension) {
+TEST(Classification, RejectsNamesWithoutKnownExtension) {
   for (const char* name : {"", ".", "a", "a.", "mp4", "a.123456789", "a.unknown", "a.mp4x",
                            "a.mp4 ", "/dir.mp4/file", "a.\xFF\xFE", "a.mp\xC3\xA9"}) {
     EXPECT_EQ(classify(name, kAll), (Answer{0, 0})) << name;
   }
 }
 
-TEST(Classification, TakesNamesOfAnyLength) {
+TEST(Classification, AcceptsNamesOfAnyLength) {
   EXPECT_EQ(classify(std::string(100'000, 'x') + ".mp4", kAll), (Answer{2, 6}));
   EXPECT_EQ(classify("." + std::string(100'000, 'x'), kAll), (Answer{0, 0}));
   EXPECT_EQ(classify(std::string(100'000, '.'), kAll), (Answer{0, 0}));
 }
 
-TEST(Classification, LeavesTheOutputsAloneForANullName) {
+TEST(Classification, LeavesOutputsUnchangedForNullName) {
   unsigned row = kPattern;
   unsigned tag = kPattern;
   EXPECT_EQ(KoLUM_GetFilenameType(nullptr, &row, kAll, &tag), 0);
@@ -146,7 +146,7 @@ TEST(Classification, AllowsNullOutputs) {
   EXPECT_EQ(KoLUM_GetFilenameType("a.mp4", nullptr, kVideo, nullptr), 2);
 }
 
-TEST(Classification, HandsTheTagBackWhenVideoIsOfInterest) {
+TEST(Classification, ReturnsTheTagWhenVideoIsRequested) {
   EXPECT_EQ(classify("a.avi", 0x0302), (Answer{2, 4, 3}));
   EXPECT_EQ(classify("a.mp3", 0x0301), (Answer{1, 1, 0}));
   EXPECT_EQ(classify("a.mp3", 0x0303), (Answer{1, 1, 3}));
@@ -156,7 +156,7 @@ TEST(Classification, HandsTheTagBackWhenVideoIsOfInterest) {
   EXPECT_EQ(classify("a.avi", 0xABCD0302), (Answer{2, 4, 3})) << "bits above the tag do not count";
 }
 
-// Masks live for the process, so each test takes its own back.
+// Masks are global to the process, so each test resets them.
 class Umask : public testing::Test {
  protected:
   void TearDown() override {
@@ -169,7 +169,7 @@ TEST_F(Umask, ExcludesRowsByTheirBit) {
   EXPECT_EQ(classify("a.mp4", kVideo), (Answer{0, 0}));
   EXPECT_EQ(classify("a.mpg", kVideo), (Answer{2, 5}));
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(2, 0), 0);
-  EXPECT_EQ(classify("a.mp4", kVideo), (Answer{2, 6})) << "the mask replaces the former one";
+  EXPECT_EQ(classify("a.mp4", kVideo), (Answer{2, 6})) << "the mask replaces the previous one";
 }
 
 TEST_F(Umask, ExcludesEveryRowOfEveryKind) {
@@ -184,7 +184,7 @@ TEST_F(Umask, ExcludesEveryRowOfEveryKind) {
   }
 }
 
-TEST_F(Umask, RefusesUnknownKindsAndNegativeMasks) {
+TEST_F(Umask, RejectsUnknownKindsAndNegativeMasks) {
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(4, 0), 1);
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(0xFFFFFFFF, 0), 1);
   EXPECT_EQ(KoLUM_SetFileTypeUmaskInternal(2, -1), 1);
@@ -209,14 +209,14 @@ TEST(HashIndex, IsBuiltByTheFirstClassification) {
     EXPECT_EQ(g_initHash, 0);
     for (const MediaHashNode* head : g_pHashVideo) EXPECT_EQ(head, nullptr);
     EXPECT_EQ(KoLUM_GetFilenameType(nullptr, nullptr, kAll, nullptr), 0);
-    EXPECT_EQ(g_initHash, 1) << "a null name builds it too";
+    EXPECT_EQ(g_initHash, 1) << "a null name also builds it";
     const MediaHashNode* const* first =
         std::find_if(std::begin(g_pHashVideo), std::end(g_pHashVideo),
                      [](const MediaHashNode* head) { return head != nullptr; });
     ASSERT_NE(first, std::end(g_pHashVideo));
     const MediaHashNode* const node = *first;
     classify("a.mp4", kAll);
-    EXPECT_EQ(*first, node) << "and no later call builds it anew";
+    EXPECT_EQ(*first, node) << "no later call rebuilds it";
   });
 }
 
@@ -235,7 +235,7 @@ void expectIndex(MediaHashNode* const (&index)[kBuckets], const MediaFileInfo* t
     for (const MediaHashNode* node = index[bucket]; node != nullptr; node = node->next) {
       SCOPED_TRACE(node->extension);
       ASSERT_LT(node->row, rows);
-      EXPECT_EQ(node->extension, table[node->row].extension) << "the table's own text";
+      EXPECT_EQ(node->extension, table[node->row].extension) << "not a copy of the text";
       EXPECT_EQ(bucket, bucketOf(node->extension, kBuckets));
       EXPECT_TRUE(node->next == nullptr || node->row < node->next->row) << "in table order";
       found.push_back(node->row);
@@ -254,7 +254,7 @@ TEST(HashIndex, HoldsEveryRowInTheBucketOfItsHash) {
   expectIndex(g_pHashPlaylist, g_PlaylistFileInfo, 4);
 }
 
-TEST(HashIndex, MayBeBuiltByManyThreadsAtOnce) {
+TEST(HashIndex, CanBeBuiltByConcurrentThreads) {
   inFreshProcess([] {
     std::vector<std::thread> threads;
     for (int i = 0; i < 8; ++i)
@@ -272,7 +272,7 @@ TEST(DumpHashTable, PrintsOnlyHeadingsBeforeTheFirstClassification) {
     EXPECT_EQ(testing::internal::GetCapturedStdout(),
               "g_pHashVideo[] -> \n\ng_pHashMusic[] -> \n\ng_pHashPicture[] -> \n\n"
               "g_pHashPlaylist[] -> \n");
-    EXPECT_EQ(g_initHash, 0) << "printing builds nothing";
+    EXPECT_EQ(g_initHash, 0) << "printing does not build the index";
   });
 }
 
@@ -308,25 +308,25 @@ std::string printedList(int expectedResult) {
   return testing::internal::GetCapturedStdout();
 }
 
-TEST(PrintFileExtList, FailsWithoutTheConfiguration) {
+TEST(PrintFileExtList, FailsWithoutConfiguration) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] { EXPECT_EQ(printedList(1), ""); });
 }
 
-TEST(PrintFileExtList, FailsAtOnceWhereNoFileStands) {
+TEST(PrintFileExtList, FailsAtOnceForPipeOrFolder) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     writeRootFile(kConfiguration, "");
     ASSERT_EQ(unlink(kConfiguration), 0);
     ASSERT_EQ(mkfifo(kConfiguration, 0600), 0);
-    EXPECT_EQ(printedList(1), "") << "a FIFO nobody writes to";
+    EXPECT_EQ(printedList(1), "") << "a FIFO without a writer";
     ASSERT_EQ(unlink(kConfiguration), 0);
     ASSERT_EQ(mkdir(kConfiguration, 0700), 0);
     EXPECT_EQ(printedList(1), "");
   });
 }
 
-TEST(PrintFileExtList, FailsForTextThatIsNoIniFile) {
+TEST(PrintFileExtList, RejectsTextThatIsNotAnIniFile) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     for (const std::string& text : {std::string("\xFF\xFE[OPT\n=\n"),
@@ -337,12 +337,12 @@ TEST(PrintFileExtList, FailsForTextThatIsNoIniFile) {
   });
 }
 
-TEST(PrintFileExtList, ExcludesNothingForValuesThatAreNoNumbers) {
+TEST(PrintFileExtList, ExcludesNothingForNonNumericValues) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     writeRootFile(kConfiguration, "");
     const std::string everything = printedList(0);
-    // A section of the key's name leaves the key without a text.
+    // A section with the key's name gives iniparser a key without a value.
     for (const char* text : {"[OPTIONS:FileUmaskInternal0]\n",
                              "[OPTIONS]\nFileUmaskInternal0=\nFileUmaskInternal2=many\n"}) {
       writeRootFile(kConfiguration, text);
@@ -364,7 +364,7 @@ TEST(PrintFileExtList, ListsEverythingForAnEmptyConfiguration) {
         << list;
     EXPECT_TRUE(list.ends_with("\t\t<Extension ID=\"4\">asx</Extension>\n\t</Media>\n</Root>\n"))
         << list;
-    // The built-in exclusions of classification do not show here.
+    // The list ignores the built-in exclusions of classification.
     EXPECT_NE(list.find("<Extension ID=\"7\">dts</Extension>"), std::string::npos);
     EXPECT_NE(list.find("<Extension ID=\"10\">ac3</Extension>"), std::string::npos);
     EXPECT_EQ(std::count(list.begin(), list.end(), '\n'), 2 + 4 * 2 + 22 + 33 + 33 + 4 + 1);
@@ -376,7 +376,7 @@ TEST(PrintFileExtList, ListsEverythingForAnEmptyConfiguration) {
   });
 }
 
-TEST(PrintFileExtList, FollowsTheConfigurationAndNotTheMasks) {
+TEST(PrintFileExtList, FollowsConfigurationNotMasks) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     writeRootFile(kConfiguration, "[OPTIONS]\nFileUmaskInternal0=1\nFileUmaskInternal3=0xF\n");
@@ -386,12 +386,12 @@ TEST(PrintFileExtList, FollowsTheConfigurationAndNotTheMasks) {
     EXPECT_NE(list.find(">aac<"), std::string::npos);
     EXPECT_EQ(list.find(">m3u<"), std::string::npos);
     EXPECT_NE(list.find("<Media Type=\"Playlist\" MaxID=\"4\" />"), std::string::npos) << list;
-    EXPECT_NE(list.find(">mp4<"), std::string::npos) << "masks in memory do not count";
+    EXPECT_NE(list.find(">mp4<"), std::string::npos) << "masks in memory are ignored";
   });
 }
 
 // The configured value has 32 bits, so row 33 follows the bit of row 1.
-TEST(PrintFileExtList, LetsRow33FollowBit0) {
+TEST(PrintFileExtList, ExcludesRow33WithBit0) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     writeRootFile(kConfiguration, "[OPTIONS]\nFileUmaskInternal1=1\nFileUmaskInternal2=-1\n");

@@ -25,14 +25,14 @@ Checked check(std::string text) {
   return {result, text};
 }
 
-TEST(CheckCharRange, TakesDigitsUpToTheLargest) {
+TEST(CheckCharRange, AcceptsDigitsUpToTheLargest) {
   for (char max = '1'; max <= '9'; ++max)
     for (int c = -128; c < 128; ++c)
       ASSERT_EQ(checkCharRange(static_cast<char>(c), max), c >= '0' && c <= max ? 1 : 0)
           << c << " up to " << max;
 }
 
-TEST(CheckCharRange, TakesAnythingButADigitForASeparator) {
+TEST(CheckCharRange, AcceptsAnyNonDigitAsSeparator) {
   for (int c = -128; c < 128; ++c)
     ASSERT_EQ(checkCharRange(static_cast<char>(c), '0'), c >= '0' && c <= '9' ? 0 : 1) << c;
 }
@@ -43,20 +43,20 @@ TEST(IsYYYYMMDD, AcceptsYearFirstUnchanged) {
     EXPECT_EQ(check(text), (Checked{1, text}));
 }
 
-TEST(IsYYYYMMDD, BringsDayFirstIntoOrder) {
+TEST(IsYYYYMMDD, ReordersDayFirst) {
   EXPECT_EQ(check("07-06-2015 10:00"), (Checked{1, "2015-06-07 10:00"}));
-  // The separators change places with the parts they stood behind.
+  // The separators are swapped, too.
   EXPECT_EQ(check("07.06/2015 10:00"), (Checked{1, "2015/06.07 10:00"}));
 }
 
-// A time is expected to follow.
-TEST(IsYYYYMMDD, RefusesADateAlone) {
+// Photos without a time are sorted differently.
+TEST(IsYYYYMMDD, RejectsDateWithoutTime) {
   EXPECT_EQ(check("2015-06-07"), (Checked{0, "2015-06-07"}));
   EXPECT_EQ(check("2015-06-07 "), (Checked{0, "2015-06-07 "}));
   EXPECT_EQ(check("2015-06-07 1"), (Checked{1, "2015-06-07 1"}));
 }
 
-TEST(IsYYYYMMDD, RefusesOtherOrdersAndForms) {
+TEST(IsYYYYMMDD, RejectsOtherOrdersAndForms) {
   for (const char* text :
        {"06/07/15 10:00", "06-27-2015 10:00", "2015-6-7 10:00:00", "20150607 10:00",
         "2015-20-07 10:00", "2015-06-40 10:00", "07-20-2015 10:00", "40-06-2015 10:00",
@@ -64,12 +64,12 @@ TEST(IsYYYYMMDD, RefusesOtherOrdersAndForms) {
     EXPECT_EQ(check(text), (Checked{0, text}));
 }
 
-TEST(IsYYYYMMDD, ChecksTheFormOnly) {
+TEST(IsYYYYMMDD, ChecksFormOnly) {
   EXPECT_EQ(check("2015-19-39 10:00").result, 1);
   EXPECT_EQ(check("39-19-2015 10:00"), (Checked{1, "2015-19-39 10:00"}));
 }
 
-TEST(IsYYYYMMDD, RefusesNull) {
+TEST(IsYYYYMMDD, RejectsNull) {
   EXPECT_EQ(isYYYYMMDD(nullptr), 0);
 }
 
@@ -105,7 +105,7 @@ TEST(DateTimeStringToSeconds, AgreesWithTheCalendarEveryDay) {
   }
 }
 
-TEST(DateTimeStringToSeconds, GoesByRunsOfDigits) {
+TEST(DateTimeStringToSeconds, UsesRunsOfDigits) {
   const std::int64_t expected = DateTimeStringToSeconds("2015:06:07 08:09:10");
   EXPECT_EQ(DateTimeStringToSeconds("2015-06-07T08:09:10"), expected);
   EXPECT_EQ(DateTimeStringToSeconds("2015 6 7 8 9 10"), expected);
@@ -119,7 +119,7 @@ TEST(DateTimeStringToSeconds, StopsAfterTheSixthField) {
   EXPECT_EQ(DateTimeStringToSeconds("1970:1:1 0:0:1:9:9"), 1);
 }
 
-TEST(DateTimeStringToSeconds, TestsNoRange) {
+TEST(DateTimeStringToSeconds, AcceptsValuesOutOfRange) {
   EXPECT_EQ(DateTimeStringToSeconds("1970:01:00 00:00:00"), -86400) << "day 0";
   EXPECT_EQ(DateTimeStringToSeconds("1970"), -86400) << "no month, no day";
   EXPECT_EQ(DateTimeStringToSeconds("1970:13:01 00:00:00"), 334 * 86400)
@@ -128,15 +128,15 @@ TEST(DateTimeStringToSeconds, TestsNoRange) {
   EXPECT_EQ(DateTimeStringToSeconds("1970:01:01 99:99:99"), 99 * 3600 + 99 * 60 + 99);
 }
 
-TEST(DateTimeStringToSeconds, GivesTheYearZeroForTextWithoutDigits) {
-  // 1970 years with 478 leap years among them, and day 0.
+TEST(DateTimeStringToSeconds, ReturnsYearZeroForTextWithoutDigits) {
+  // 1970 years, 478 of them leap years, and day 0.
   const std::int64_t expected = -(1970LL * 365 + 478) * 86400 - 86400;
   EXPECT_EQ(DateTimeStringToSeconds(""), expected);
   EXPECT_EQ(DateTimeStringToSeconds("no date"), expected);
   EXPECT_EQ(DateTimeStringToSeconds(nullptr), expected);
 }
 
-TEST(DateTimeStringToSeconds, FormsTheSumWithinTheYearIn32Bits) {
+TEST(DateTimeStringToSeconds, WrapsSecondsWithinTheYearTo32Bits) {
   // 24856 days are 2147558400 seconds, which wraps to -2147408896.
   EXPECT_EQ(DateTimeStringToSeconds("1970:01:24857 00:00"), -2147408896);
 }
@@ -162,7 +162,7 @@ TEST(GetUniqueNumer, CatchesUpWithTheClock) {
   EXPECT_GE(getUniqueNumer(), now);
 }
 
-TEST(GetUniqueNumer, IsUniqueAmongThreads) {
+TEST(GetUniqueNumer, IsUniqueAcrossThreads) {
   std::vector<std::vector<unsigned>> numbers(8);
   std::vector<std::thread> threads;
   for (auto& mine : numbers)

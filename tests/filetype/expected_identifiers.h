@@ -1,4 +1,4 @@
-// The identifiers as hosts have them in their databases: numbers and names, in table order.
+// The identifiers as stored in hosts' databases: numbers and names, in table order.
 #ifndef KOLUM_TESTS_FILETYPE_EXPECTED_IDENTIFIERS_H
 #define KOLUM_TESTS_FILETYPE_EXPECTED_IDENTIFIERS_H
 

@@ -15,7 +15,7 @@ namespace {
 
 constexpr unsigned kPattern = 0xABABABAB;
 
-// Calls a conversion to a name with a buffer of the promised size and watches what is behind it.
+// Calls a conversion to a name with a buffer of the documented size and checks the bytes after it.
 template <typename Convert>
 std::optional<std::string> nameFrom(Convert convert) {
   struct {
@@ -58,7 +58,7 @@ TEST(ContainerFormats, ConvertBothWays) {
   }
 }
 
-TEST(ContainerFormats, CarryBrandsOfMpeg4Only) {
+TEST(ContainerFormats, HaveBrandsForMpeg4Only) {
   ASSERT_EQ(std::size(kExpectedBrands), 11U);
   for (const auto& [number, name] : kExpectedBrands) {
     SCOPED_TRACE(name);
@@ -68,7 +68,7 @@ TEST(ContainerFormats, CarryBrandsOfMpeg4Only) {
     std::string brand;
     EXPECT_EQ(formatName(id, &brand), "FORMAT_MPEG4");
     EXPECT_EQ(brand, name);
-    // The high bits of other formats say nothing.
+    // The high bits of other formats are ignored.
     EXPECT_EQ(formatName(id + 1, &brand), "FORMAT_AVI");
     EXPECT_EQ(brand, "");
   }
@@ -87,23 +87,23 @@ TEST(ContainerFormats, IgnoreUnknownBrands) {
   EXPECT_EQ(brand, "");
 }
 
-TEST(ContainerFormats, RefuseUnknownNamesAndNumbers) {
+TEST(ContainerFormats, RejectUnknownNamesAndNumbers) {
   EXPECT_EQ(formatId("format_mpeg4", nullptr), std::nullopt);
   EXPECT_EQ(formatId("", nullptr), std::nullopt);
   EXPECT_EQ(formatId(nullptr, nullptr), std::nullopt);
   std::string brand;
   EXPECT_EQ(formatName(26, &brand), std::nullopt);
-  EXPECT_EQ(brand, "") << "emptied before the look-up";
+  EXPECT_EQ(brand, "") << "cleared before the look-up";
   EXPECT_EQ(formatName(0xFFFF, nullptr), std::nullopt);
   EXPECT_EQ(formatName(0xFFFFFFFF, nullptr), std::nullopt);
 }
 
-TEST(ContainerFormats, KnowTheUnknownFormatWhateverTheHighBits) {
+TEST(ContainerFormats, NameTheUnknownFormatWhateverTheHighBits) {
   EXPECT_EQ(formatName(0), "FORMAT_UNKNOWN");
   EXPECT_EQ(formatName(0x50000), "FORMAT_UNKNOWN");
 }
 
-TEST(ContainerFormats, AllowANullBrand) {
+TEST(ContainerFormats, AllowNullBrand) {
   char name[KOLUM_IDENTIFIER_NAME_SIZE] = {};
   EXPECT_EQ(ContainerFormatIDToName(name, nullptr, 0x40008), 0);
   EXPECT_STREQ(name, "FORMAT_MPEG4");
@@ -116,7 +116,7 @@ TEST(AudioAttachedNames, ConvertEveryFormat) {
   ASSERT_EQ(std::size(kExpectedAudioAttachedNames), 26U);
   for (const auto& [id, name] : kExpectedAudioAttachedNames)
     EXPECT_EQ(extension(static_cast<int>(id)), name) << id;
-  EXPECT_EQ(extension(0x10008), "mp4") << "brands do not count";
+  EXPECT_EQ(extension(0x10008), "mp4") << "brands are ignored";
   EXPECT_EQ(extension(17), "iso");
   EXPECT_EQ(extension(18), "iso");
   EXPECT_EQ(extension(0x70000), "dat");
@@ -151,7 +151,7 @@ TEST(Codecs, ConvertToTheFirstNameOfEveryNumber) {
   EXPECT_EQ(codecName(0xFFFFFFFF), std::nullopt);
 }
 
-TEST(Codecs, GiveTheFirstOfTwoNames) {
+TEST(Codecs, ReturnTheFirstOfTwoNames) {
   EXPECT_EQ(codecName(164), "CODEC_ID_HEVC");
   EXPECT_EQ(codecName(0x10000), "CODEC_ID_FIRST_AUDIO");
   EXPECT_EQ(codecName(0x17000), "CODEC_ID_FIRST_SUBTITLE");
@@ -171,8 +171,8 @@ TEST(Profiles, ConvertFromEveryName) {
   EXPECT_EQ(found, 12345);
 }
 
-// Hosts show the family, so the profile's own name must not appear.
-TEST(Profiles, AreNamedByTheirCodecsFamilyOnly) {
+// Hosts display the family, so the profile's own name must not appear.
+TEST(Profiles, AreNamedByCodecFamilyOnly) {
   const auto name = [](int profile, int codec) {
     return nameFrom([&](char* out) { return ProfileIDToName(out, profile, codec); });
   };
@@ -220,7 +220,7 @@ TEST(Conversions, AllowNullOutputs) {
   EXPECT_EQ(ContainerFormatIDToAudioAttachedName(nullptr, 8), 1);
 }
 
-// What FFmpeg's number of release 57 leads to, written out as the pairs that hosts know.
+// The library's number for FFmpeg's number of release 57, listed as the pairs that hosts use.
 int expectedLibraryCodec(int ffmpeg) {
   static const std::map<int, int> kOthers = {
       {0x800C, 57},
@@ -257,15 +257,16 @@ TEST(FfmpegCodecs, ConvertEveryNumberUpToTheLast) {
         << ffmpeg;
 }
 
-// Later subtitles are numbered by their tags here and by position in FFmpeg.
-TEST(FfmpegCodecs, KnowNoFfmpegNumberBeyondTheLast) {
+// The library numbers later subtitle codecs by their tags, FFmpeg by position.
+TEST(FfmpegCodecs, RejectNumbersBeyondTheLast) {
   for (const auto& row : kExpectedCodecs) {
     if (row.id < 0x22000) continue;
     EXPECT_EQ(ffmpegCodecIdConvert(static_cast<int>(row.id)), -1) << row.name;
   }
 }
 
-// Every codec is reached but the second claim on 137: 334 rows, four of them second names.
+// Every codec is reached except the second one that claims 137: 334 rows, four of them second
+// names.
 TEST(FfmpegCodecs, ReachEveryCodec) {
   std::set<int> reached;
   for (int ffmpeg = 0; ffmpeg <= 0x22000; ++ffmpeg)
@@ -275,7 +276,7 @@ TEST(FfmpegCodecs, ReachEveryCodec) {
   EXPECT_EQ(reached.size(), 334U - 4 - 1);
 }
 
-TEST(FfmpegCodecs, ConvertTheNumbersPeopleMeet) {
+TEST(FfmpegCodecs, ConvertCommonNumbers) {
   EXPECT_EQ(ffmpegCodecIdConvert(28), 28);
   EXPECT_EQ(ffmpegCodecIdConvert(174), 164) << "HEVC";
   EXPECT_EQ(ffmpegCodecIdConvert(168), 171) << "VP9";
@@ -287,8 +288,8 @@ TEST(FfmpegCodecs, ConvertTheNumbersPeopleMeet) {
   EXPECT_EQ(ffmpegCodecIdConvert(INT32_MIN), -1);
 }
 
-// Library number 139 claims FFmpeg's 137 as well, behind 138 in the table.
-TEST(FfmpegCodecs, NeverLeadToTheSecondClaimOn137) {
+// Library number 139 also claims FFmpeg's 137, but after 138 in the table.
+TEST(FfmpegCodecs, ConvertNumber137ToItsFirstCodec) {
   EXPECT_EQ(ffmpegCodecIdConvert(137), 138);
   for (int ffmpeg = 0; ffmpeg <= 0x22000; ++ffmpeg)
     ASSERT_NE(ffmpegCodecIdConvert(ffmpeg), 139) << ffmpeg;
@@ -307,7 +308,7 @@ void expectProfiles(std::initializer_list<int> codecs, const ProfileRow (&rows)[
           << "codec " << codec << ", profile " << row.ffmpeg;
 }
 
-TEST(FfmpegProfiles, ConvertByTheCodecsOwnTable) {
+TEST(FfmpegProfiles, ConvertByTheCodecsTable) {
   expectProfiles({0x15002, 0x15032}, {{0, 87004},
                                       {1, 4},
                                       {2, 5076},
@@ -339,13 +340,13 @@ TEST(FfmpegProfiles, ConvertByTheCodecsOwnTable) {
 constexpr int kMpeg4Visual[] = {2,      258, 18,   2098, 178,  2048, 32768, 165888,
                                 428050, 10,  1298, 82,   4114, 4096, 8192,  6};
 
-TEST(FfmpegProfiles, ConvertMpeg4ByTheVisualList) {
+TEST(FfmpegProfiles, ConvertMpeg4ByItsList) {
   for (int profile = 0; profile < 16; ++profile)
     EXPECT_EQ(FF_ProfileToKO_Profile(13, profile), kMpeg4Visual[profile]) << profile;
 }
 
-// Hosts' databases hold these values, so the list serves codecs that have nothing to do with it.
-TEST(FfmpegProfiles, FallBackToTheVisualListForEveryCodec) {
+// Hosts' databases hold these values, so the list also applies to unrelated codecs.
+TEST(FfmpegProfiles, FallBackToTheMpeg4ListForEveryCodec) {
   const std::map<int, std::set<int>> own = {
       {0x15002, {0, 1, 2, 3, 4}}, {0x15032, {0, 1, 2, 3, 4}}, {2, {0, 1, 2, 3, 4, 5}},
       {3, {0, 1, 2, 3, 4, 5}},    {72, {0, 1, 2, 3}},         {154, {0, 1, 2, 3}},

@@ -52,7 +52,7 @@ const Row kVideos[] = {
     {".f4v", "video/x-f4v"},
 };
 
-// Codec, brand and format side by side, as stored.
+// Codec, brand and format packed together, as stored.
 const Row kSongs[] = {
     {".mp3", "audio/mpeg", 0x00015001'00000001, 0},
     {".aac", "audio/x-aac", 0x00015002'00000010, 1},
@@ -132,7 +132,7 @@ TEST(FileTypeTables, HoldThePlaylistRows) {
   expectTable(g_PlaylistFileInfo, kPlaylists);
 }
 
-TEST(FileTypeTables, TellTheirSizesWithTheTerminator) {
+TEST(FileTypeTables, HaveSizesThatIncludeTheTerminator) {
   EXPECT_EQ(g_VideoFileInfoSize, 34U);
   EXPECT_EQ(g_SongFileInfoSize, 23U);
   EXPECT_EQ(g_PictureFileInfoSize, 34U);
@@ -143,14 +143,14 @@ TEST(FileTypeTables, TellTheirSizesWithTheTerminator) {
 }
 
 // Hosts store these pairings.
-TEST(FileTypeTables, KeepTheOddPairingsOfSongs) {
+TEST(FileTypeTables, KeepOddPairingsOfSongs) {
   EXPECT_EQ(g_SongFileInfo[6].formatIds, 0x0001500400000002U) << "DTS as WAV";
   EXPECT_EQ(g_SongFileInfo[7].formatIds, 0x0001500200010008U);
   EXPECT_EQ(g_SongFileInfo[17].formatIds, 0x000150010000000CU) << "Matroska audio as MP3";
   EXPECT_EQ(g_SongFileInfo[10].formatIds, 0x000100000000000EU) << "AIFF as little-endian PCM";
 }
 
-TEST(FileTypeTables, AreFourSlotsARow) {
+TEST(FileTypeTables, HaveFourSlotsPerRow) {
   EXPECT_EQ(sizeof(MediaFileInfo), 4 * sizeof(std::uint64_t));
   EXPECT_EQ(offsetof(MediaFileInfo, extension), 0U);
   EXPECT_EQ(offsetof(MediaFileInfo, mimeType), 8U);
@@ -158,7 +158,7 @@ TEST(FileTypeTables, AreFourSlotsARow) {
   EXPECT_EQ(offsetof(MediaFileInfo, flag), 24U);
 }
 
-TEST(ScannedFlags, HaveTheirFixedValues) {
+TEST(ScannedFlags, HaveFixedValues) {
   EXPECT_EQ(kScannedFlagNotReady, 0);
   EXPECT_EQ(kScannedFlagFound, 1);
   EXPECT_EQ(kScannedFlagThumbNotReady, 2);

@@ -1,4 +1,4 @@
-// A clock that cannot be read. The program's own clock_gettime stands before the C library's.
+// A clock that cannot be read: the program's own clock_gettime replaces the C library's.
 #include <gtest/gtest.h>
 #include <kolum/frame.h>
 #include <sys/syscall.h>
@@ -23,7 +23,7 @@ extern "C" int clock_gettime(clockid_t clock, timespec* time) noexcept {
 
 namespace {
 
-TEST(TimedWaitNotification, WithoutAClockWaitsWithoutABoundAndTellsNoFailure) {
+TEST(TimedWaitNotification, WaitsWithoutTimeoutWhenTheClockFails) {
   if (const auto why = kolum::test::sandboxUnavailable()) GTEST_SKIP() << *why;
   kolum::test::runInAppliance([] {
     clockFails = true;

@@ -1,4 +1,4 @@
-// Notifications are machine-wide, so every test runs in a sandbox with a /dev/shm of its own.
+// Notifications are machine-wide, so every test runs in a sandbox with its own /dev/shm.
 #include <gtest/gtest.h>
 #include <kolum/frame.h>
 #include <pthread.h>
@@ -36,7 +36,7 @@ void initialised(const std::function<void()>& body) {
   });
 }
 
-// The value of a named semaphore as another process would see it.
+// The value of a named semaphore as seen by another process.
 int valueOf(const char* name) {
   sem_t* semaphore = sem_open(name, 0);
   if (semaphore == SEM_FAILED) return -1;
@@ -68,7 +68,7 @@ void withSignals(const std::function<void()>& body) {
   sender.join();
 }
 
-TEST(Init, TakesTheDefaultWorkingPathForNull) {
+TEST(Init, UsesDefaultWorkingPathForNull) {
   inSandbox([] {
     EXPECT_EQ(g_localWorkingPath, nullptr);
     EXPECT_EQ(KoLUM_Init(nullptr), 0);
@@ -89,7 +89,7 @@ TEST(Init, KeepsACopyOfTheFirstWorkingPath) {
   });
 }
 
-TEST(Init, TakesAWorkingPathOfAnyLength) {
+TEST(Init, AcceptsWorkingPathOfAnyLength) {
   inSandbox([] {
     const std::string path(100'000, 'x');
     EXPECT_EQ(KoLUM_Init(path.c_str()), 0);
@@ -116,7 +116,7 @@ TEST(Init, OpensBothSemaphoresToEveryUser) {
   });
 }
 
-TEST(Init, OpensNoStopSemaphoreWhereThatOfChangesCannotBeOpened) {
+TEST(Init, OpensNoStopSemaphoreIfTheChangeSemaphoreFails) {
   inSandbox([] {
     ASSERT_EQ(mkdir("/dev/shm/sem.KOLUMS", 0700), 0);
     EXPECT_EQ(KoLUM_Init("/first/"), 1);
@@ -125,13 +125,14 @@ TEST(Init, OpensNoStopSemaphoreWhereThatOfChangesCannotBeOpened) {
   });
 }
 
-TEST(Init, FailsWhereASemaphoreCannotBeOpenedAndMayBeRepeated) {
+TEST(Init, FailsIfASemaphoreCannotBeOpenedAndCanBeRepeated) {
   inSandbox([] {
-    // A folder stands where the semaphore's file belongs.
+    // A folder in place of the semaphore's file.
     ASSERT_EQ(mkdir("/dev/shm/sem.KOLUMSSTOP", 0700), 0);
     EXPECT_EQ(KoLUM_Init("/first/"), 1);
     EXPECT_STREQ(g_localWorkingPath, "/first/");
-    // The library keeps this copy on purpose, for whoever took the pointer; so does the test.
+    // The library never frees this copy, because a caller may hold the pointer. The static variable
+    // keeps the leak checker from reporting it.
     static const char* const kept = g_localWorkingPath;
     ASSERT_EQ(rmdir("/dev/shm/sem.KOLUMSSTOP"), 0);
     EXPECT_EQ(KoLUM_Init("/second/"), 0);
@@ -140,7 +141,7 @@ TEST(Init, FailsWhereASemaphoreCannotBeOpenedAndMayBeRepeated) {
   });
 }
 
-TEST(UnInit, ClosesButLeavesTheSemaphoresAndThereIsNoWayBack) {
+TEST(UnInit, ClosesSemaphoresForGoodWithoutRemovingThem) {
   initialised([] {
     EXPECT_EQ(KoLUM_Notification(), 0);
     EXPECT_EQ(KoLUM_UnInit(), 0);
@@ -149,7 +150,7 @@ TEST(UnInit, ClosesButLeavesTheSemaphoresAndThereIsNoWayBack) {
     EXPECT_EQ(KoLUM_Init("/again/"), 0);
     EXPECT_STREQ(g_localWorkingPath, "/tools/");
     EXPECT_EQ(KoLUM_Notification(), -1) << "nothing was reopened";
-    EXPECT_EQ(KoLUM_UnInit(), -1) << "closed already";
+    EXPECT_EQ(KoLUM_UnInit(), -1) << "already closed";
   });
 }
 
@@ -202,7 +203,7 @@ TEST(Notifications, WakeAnotherProcess) {
 
 TEST(Notifications, ReachProcessesThatOpenedTheChannelsThemselves) {
   inSandbox([] {
-    // Forked before the initialisation, so the two share nothing but the names.
+    // Forked before the initialisation, so the two share only the names.
     const pid_t waiter = fork();
     if (waiter == 0) {
       if (KoLUM_Init("/waiter/") != 0) _exit(1);
@@ -210,7 +211,7 @@ TEST(Notifications, ReachProcessesThatOpenedTheChannelsThemselves) {
       _exit(KoLUM_TimedWaitNotification(10) == 0 ? 42 : 3);
     }
     ASSERT_EQ(KoLUM_Init("/poster/"), 0);
-    EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(10), 0) << "the waiter says that it is there";
+    EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(10), 0) << "the waiter has started";
     EXPECT_EQ(KoLUM_Notification(), 0);
     int status = 0;
     waitpid(waiter, &status, 0);
@@ -219,7 +220,7 @@ TEST(Notifications, ReachProcessesThatOpenedTheChannelsThemselves) {
   });
 }
 
-TEST(Notifications, EndTheUnboundedWaitsAtASignal) {
+TEST(UnboundedWaits, EndAtASignal) {
   initialised([] {
     withSignals([] {
       EXPECT_EQ(KoLUM_WaitNotification(), -1);
@@ -230,7 +231,7 @@ TEST(Notifications, EndTheUnboundedWaitsAtASignal) {
   });
 }
 
-TEST(LazyNotification, HandsTheFailureOfItsPostOnAndStartsAgain) {
+TEST(LazyNotification, ReturnsTheFailureOfItsPostAndStartsOver) {
   inSandbox([] {
     for (int call = 1; call <= 20; ++call) EXPECT_EQ(KoLUM_LazyNotification(), call);
     EXPECT_EQ(KoLUM_LazyNotification(), -1) << "nothing is open";
@@ -250,7 +251,7 @@ TEST(LazyNotification, PostsOnEvery21stCall) {
   });
 }
 
-TEST(TimedWaitNotification, TellsAPostFromTheEndOfTime) {
+TEST(TimedWaitNotification, DistinguishesPostFromTimeout) {
   initialised([] {
     EXPECT_EQ(KoLUM_TimedWaitNotification(0), 1);
     EXPECT_EQ(KoLUM_TimedWaitNotification(-5), 1);
@@ -260,7 +261,7 @@ TEST(TimedWaitNotification, TellsAPostFromTheEndOfTime) {
   });
 }
 
-// A server looks at what the signal was about, so the wait is not taken up again.
+// Schedulers wake waiting processes with signals, so the wait is not resumed.
 TEST(TimedWaitNotification, EndsAtASignal) {
   initialised([] {
     withSignals([] {
@@ -270,7 +271,7 @@ TEST(TimedWaitNotification, EndsAtASignal) {
   });
 }
 
-TEST(WaitStopNotificationTimeOut, TellsAPostFromTheEndOfTime) {
+TEST(WaitStopNotificationTimeOut, DistinguishesPostFromTimeout) {
   initialised([] {
     EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(0), 1);
     EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(-5), 1);
@@ -283,7 +284,7 @@ TEST(WaitStopNotificationTimeOut, TellsAPostFromTheEndOfTime) {
   });
 }
 
-TEST(WaitStopNotificationTimeOut, CountsWholeSecondsOfTheClock) {
+TEST(WaitStopNotificationTimeOut, CountsWholeClockSeconds) {
   initialised([] {
     timespec now = {};
     clock_gettime(CLOCK_REALTIME, &now);
@@ -293,7 +294,7 @@ TEST(WaitStopNotificationTimeOut, CountsWholeSecondsOfTheClock) {
   });
 }
 
-TEST(WaitStopNotificationTimeOut, GoesOnAfterASignal) {
+TEST(WaitStopNotificationTimeOut, ContinuesAfterASignal) {
   initialised([] {
     withSignals([] {
       EXPECT_GE(secondsOf([] { EXPECT_EQ(KoLUM_WaitStopNotificationTimeOut(2), 1); }), 0.99);
@@ -308,7 +309,7 @@ TEST(TimedWaits, EndAtOnceForTimesInThePast) {
   });
 }
 
-TEST(ClearNotification, TakesAllPostsBack) {
+TEST(ClearNotification, DiscardsAllPosts) {
   initialised([] {
     for (int i = 0; i < 3; ++i) KoLUM_Notification();
     KoLUM_StopNotification();
@@ -318,7 +319,7 @@ TEST(ClearNotification, TakesAllPostsBack) {
     EXPECT_EQ(valueOf("KOLUMSSTOP"), 1);
     EXPECT_EQ(KoLUM_ClearStopNotification(), -1);
     EXPECT_EQ(valueOf("KOLUMSSTOP"), 0);
-    EXPECT_EQ(KoLUM_ClearNotification(), -1) << "nothing to take back";
+    EXPECT_EQ(KoLUM_ClearNotification(), -1) << "nothing to discard";
   });
 }
 

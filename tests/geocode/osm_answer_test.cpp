@@ -32,7 +32,7 @@ Parts pairs(const std::vector<osm_addr_unit_s>& units) {
   return parts;
 }
 
-// What a record holds before a look-up that must not leave it there.
+// A record with the content of an earlier look-up.
 osm_place_s filledPlace() {
   return {77, "before", {{5, "before"}}, {{5, {{"before", "before"}}}}};
 }
@@ -123,7 +123,7 @@ TEST(OsmAnswer, KeepsTheOrderOfLanguagesAndTheLastMapObject) {
   EXPECT_EQ(pairs(place.addressParts[1].units), (Parts{{"city", "München"}}));
 }
 
-TEST(OsmAnswer, TakesTheFirstResultAndTheFirstParts) {
+TEST(OsmAnswer, UsesFirstResultAndFirstParts) {
   osm_place_s place{};
   EXPECT_EQ(readAnswer("<output><reversegeocode language=\"en\"><other/>"
                        "<result osm_type=\"node\" osm_id=\"1\">one</result>"
@@ -139,7 +139,7 @@ TEST(OsmAnswer, TakesTheFirstResultAndTheFirstParts) {
   EXPECT_EQ(pairs(place.addressParts[0].units), (Parts{{"city", "A"}}));
 }
 
-TEST(OsmAnswer, KeepsAnAnswerWithEmptyTexts) {
+TEST(OsmAnswer, KeepsAnswerWithEmptyTexts) {
   osm_place_s place = filledPlace();
   EXPECT_EQ(readAnswer(output(answer("", "", "", "", "")), place), 0);
   EXPECT_EQ(place.osmType, 4);
@@ -163,7 +163,7 @@ constexpr const char* kIncomplete[] = {
     "<reversegeocode/>",
 };
 
-TEST(OsmAnswer, PassesOverIncompleteAnswers) {
+TEST(OsmAnswer, SkipsIncompleteAnswers) {
   for (const std::string incomplete : kIncomplete) {
     SCOPED_TRACE(incomplete);
     osm_place_s place{};
@@ -177,7 +177,7 @@ TEST(OsmAnswer, PassesOverIncompleteAnswers) {
   }
 }
 
-TEST(OsmAnswer, FailsWithoutAnyCompleteAnswerAndEmptiesThePlace) {
+TEST(OsmAnswer, FailsAndClearsThePlaceWithoutCompleteAnswer) {
   std::vector<std::string> cases(std::begin(kIncomplete), std::end(kIncomplete));
   cases.insert(cases.end(),
                {"", "<other/>", "text", "<x>" + answer("en", "way", "1", "", "") + "</x>"});
@@ -199,7 +199,7 @@ void expectUntouched(const osm_place_s& place) {
   EXPECT_EQ(place.addressParts.size(), 1U);
 }
 
-TEST(OsmAnswer, TakesAnErrorInsideAnAnswerForAPartOfTheAddress) {
+TEST(OsmAnswer, TreatsNestedErrorAsAddressPart) {
   const std::string inAnswer =
       "<reversegeocode language=\"en\"><error>kept out</error>"
       "<result osm_type=\"way\" osm_id=\"1\">a</result><addressparts/></reversegeocode>";
@@ -217,7 +217,7 @@ struct ErrorCase {
   const char* message;
 };
 
-TEST(OsmAnswer, TellsTheToolsError) {
+TEST(OsmAnswer, ReturnsTheToolsError) {
   constexpr ErrorCase kCases[] = {
       {"<error>Unable to geocode</error>", "osm error:Unable to geocode"},
       {"<error/>", "osm error:"},
@@ -243,7 +243,7 @@ TEST(OsmAnswer, TellsTheToolsError) {
   }
 }
 
-TEST(OsmAnswer, TellsWhyThereIsNoOutput) {
+TEST(OsmAnswer, ReportsWhyThereIsNoOutput) {
   constexpr ErrorCase kCases[] = {
       {"", "parse osm xml fail:3"},
       {" \n", "parse osm xml fail:3"},
@@ -266,7 +266,7 @@ TEST(OsmAnswer, TellsWhyThereIsNoOutput) {
   }
 }
 
-TEST(OsmAnswer, ReadsMegabytesInGoodTime) {
+TEST(OsmAnswer, ReadsMegabytesQuickly) {
   std::string parts;
   for (int part = 0; part < 300'000; ++part) parts += "<p>" + std::to_string(part) + "</p>";
   std::string answers;
@@ -295,7 +295,7 @@ TEST(OsmAnswer, SurvivesDeepNesting) {
   EXPECT_EQ(readAnswer(output(answer("en", "way", "1", "a", opening + closing)), place), 0);
 }
 
-TEST(ParseAddressXml, AppendsNamedPartsWithTextInTheirOrder) {
+TEST(ParseAddressXml, AppendsNamedPartsInOrder) {
   const XMLNode node = XMLNode::parseString(
       "<addressparts>stray<road>R</road><empty></empty><closed/><city>C &lt;1&gt;</city>"
       "<nested><x>y</x></nested><road>R2</road><!-- note --></addressparts>");

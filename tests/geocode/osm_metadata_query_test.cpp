@@ -30,7 +30,7 @@ std::vector<unsigned> waits;
 
 }  // namespace
 
-// Takes the place of the system's function in this program: the waits are noted, not spent.
+// Replaces the system's function in this program: waits are recorded instead of slept through.
 extern "C" unsigned int sleep(unsigned int seconds) {
   waits.push_back(seconds);
   return 0;
@@ -87,14 +87,14 @@ TEST(ParseOsmInfo, ReadsWhatTheCommandPrints) {
   expectParis(place);
 }
 
-TEST(ParseOsmInfo, LooksAtTheOutputAloneNotAtTheStatus) {
+TEST(ParseOsmInfo, IgnoresTheExitStatus) {
   osm_place_s place{};
   EXPECT_EQ(parse(printing(kParis) + "; exit 9", place), 0);
   expectParis(place);
   EXPECT_EQ(parse(printing("<error>no</error>") + "; exit 0", place), 2);
 }
 
-TEST(ParseOsmInfo, FailsOnEveryOtherOutput) {
+TEST(ParseOsmInfo, FailsForAnyOtherOutput) {
   const ExpectNoDescriptorLeak noLeak;
   for (const char* command : {"true", "echo not XML", "exit 1", "no-such-tool 2>/dev/null",
                               "kill -9 $$", "printf '<output>'; kill -9 $$", "'", "",
@@ -108,7 +108,7 @@ TEST(ParseOsmInfo, FailsOnEveryOtherOutput) {
   EXPECT_EQ(parseOsmInfo(nullptr, place), 3);
 }
 
-TEST(ParseOsmInfo, ReadsOutputOfMegabytes) {
+TEST(ParseOsmInfo, ReadsMegabytesOfOutput) {
   const TempDir folder;
   std::string xml = kParis;
   xml.insert(xml.find("Paris, France"), std::string(8'000'000, 'x'));
@@ -119,7 +119,7 @@ TEST(ParseOsmInfo, ReadsOutputOfMegabytes) {
   EXPECT_EQ(place.addresses[0].address.size(), 8'000'000U + 13);
 }
 
-TEST(ParseOsmInfo, ReadsLinesLongerAndShorterThanItsPieces) {
+TEST(ParseOsmInfo, ReadsLinesLongerAndShorterThanItsBuffer) {
   for (const std::size_t length : {1U, 1022U, 1023U, 1024U, 1025U, 2047U, 5000U}) {
     SCOPED_TRACE(length);
     std::string xml = kParis;
@@ -131,17 +131,17 @@ TEST(ParseOsmInfo, ReadsLinesLongerAndShorterThanItsPieces) {
   }
 }
 
-TEST(ParseOsmInfo, EndsAToolThatPrintsWithoutEnd) {
+TEST(ParseOsmInfo, KillsToolThatNeverStopsPrinting) {
   const ExpectNoDescriptorLeak noLeak;
   LogRecorder log;
   osm_place_s place{5, "kept", {}, {}};
   withinSeconds(30, [&] { EXPECT_EQ(parse("yes '<a>'", place), 3); });
   EXPECT_EQ(place.osmId, "kept");
   EXPECT_THAT(log.texts(), ElementsAre("parse osm xml fail:3"));
-  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left behind";
 }
 
-TEST(ParseOsmInfo, LosesNothingToSignals) {
+TEST(ParseOsmInfo, LosesNoOutputToSignals) {
   runInChild([] {
     struct sigaction action {};
     action.sa_handler = [](int) {};  // without SA_RESTART
@@ -156,7 +156,7 @@ TEST(ParseOsmInfo, LosesNothingToSignals) {
   });
 }
 
-TEST(ParseOsmInfo, FailsWhenThereIsNoDescriptorLeft) {
+TEST(ParseOsmInfo, FailsWithoutFreeDescriptors) {
   runInChild([] {
     const rlimit few{64, 64};
     ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
@@ -187,7 +187,7 @@ TEST(ParseOsmInfo, KeepsThreadsApart) {
   for (std::thread& thread : threads) thread.join();
 }
 
-// The tool as a script, which also notes its arguments, one call a line.
+// The tool as a script, which also records its arguments, one call per line.
 void putTool(const std::string& script) {
   writeRootFile(kTool, "#!/bin/sh\necho \"$*\" >> /tmp/calls\n" + script + "\n", 0755);
 }
@@ -197,7 +197,7 @@ int lookUp(double lat, double lon, int zoom, osm_place_s& place) {
   return koOsmInfo(param, place);
 }
 
-TEST(KoOsmInfo, AsksTheToolAtItsFixedPath) {
+TEST(KoOsmInfo, RunsTheToolAtItsFixedPath) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     putTool(printing(kParis));
@@ -245,7 +245,7 @@ TEST(KoOsmInfo, WritesEightDecimals) {
   }
 }
 
-TEST(KoOsmInfo, FitsTheLargestNumbers) {
+TEST(KoOsmInfo, AcceptsTheLargestNumbers) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     putTool(printing(kParis));
@@ -257,7 +257,7 @@ TEST(KoOsmInfo, FitsTheLargestNumbers) {
   });
 }
 
-TEST(KoOsmInfo, TriesAgainUntilThereIsAnAnswer) {
+TEST(KoOsmInfo, RetriesUntilThereIsAnAnswer) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     putTool("[ \"$(wc -l < /tmp/calls)\" -gt 1 ] || { echo '<error>busy</error>'; exit 1; }\n" +
@@ -285,7 +285,7 @@ void expectThreeAttempts(const FailureCase& row) {
     osm_place_s place{5, "kept", {}, {}};
     waits.clear();
     EXPECT_EQ(lookUp(1, 2, 3, place), row.result);
-    EXPECT_THAT(waits, ElementsAre(Le(1U), Le(2U), Le(4U))) << "after the last attempt, too";
+    EXPECT_THAT(waits, ElementsAre(Le(1U), Le(2U), Le(4U))) << "also after the last attempt";
     EXPECT_EQ(place.osmId, "kept");
     EXPECT_THAT(
         log.texts(),
@@ -345,8 +345,8 @@ TEST(SetWaitSecond, StaysWithinTwoToThePowerOfTheAttempt) {
   }
 }
 
-// Seeded with the time on every call, so that nothing is left to chance but the second.
-TEST(SetWaitSecond, DrawsWhatTheSecondSays) {
+// Seeded with the time on every call, so that the result depends on the second only.
+TEST(SetWaitSecond, DependsOnTheSecondOnly) {
   std::set<unsigned> drawn;
   for (int round = 0; round < 20; ++round) {
     const std::time_t before = std::time(nullptr);
@@ -357,7 +357,7 @@ TEST(SetWaitSecond, DrawsWhatTheSecondSays) {
     EXPECT_EQ(seconds, static_cast<unsigned>(std::rand()) % 5);
     drawn.insert(seconds);
   }
-  EXPECT_LE(drawn.size(), 2U) << "calls within a second draw alike";
+  EXPECT_LE(drawn.size(), 2U) << "calls within the same second return the same";
 }
 
 }  // namespace

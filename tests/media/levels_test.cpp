@@ -6,7 +6,7 @@
 namespace kolum::media {
 namespace {
 
-TEST(LevelName, IsTheCodecsOwn) {
+TEST(LevelName, FollowsTheCodec) {
   constexpr struct {
     int codec;
     int level;

@@ -7,7 +7,7 @@
 namespace kolum::media {
 namespace {
 
-TEST(ClassicPixelFormats, LeadFromNameToNumberAndBack) {
+TEST(ClassicPixelFormats, ConvertBetweenNameAndNumber) {
   constexpr struct {
     const char* name;
     int number;
@@ -19,7 +19,7 @@ TEST(ClassicPixelFormats, LeadFromNameToNumberAndBack) {
   }
 }
 
-TEST(ClassicPixelFormats, HaveEachNameOnce) {
+TEST(ClassicPixelFormats, ListEachNameOnce) {
   std::set<std::string_view> names;
   int count = 0;
   for (int number = 0; number < 1000; ++number) {
@@ -32,7 +32,7 @@ TEST(ClassicPixelFormats, HaveEachNameOnce) {
   EXPECT_EQ(count, 191);
 }
 
-TEST(ClassicPixelFormats, KnowNoLaterFormat) {
+TEST(ClassicPixelFormats, RejectLaterFormats) {
   for (const char* name : {"x2rgb10le", "p210le", "rgbf32le", "", "YUV420P"})
     EXPECT_EQ(classicPixelFormat(name), kUnknownPixelFormat) << name;
   for (const int number : {-1, 356, 1000}) EXPECT_EQ(classicPixelFormatName(number), "");

@@ -14,14 +14,14 @@ XMLNode parse(const std::string& text, const char* tag, XmlError expected) {
   return node;
 }
 
-TEST(XmlNode, FindsAnElementByNameWhereverItStands) {
+TEST(XmlNode, FindsElementByNameAnywhere) {
   const char* text = "<?xml version='1.0'?><a><b><c>first</c></b><c>second</c></a>";
   EXPECT_EQ(parse(text, "a", kXmlErrorNone).getName(), "a");
   EXPECT_EQ(parse(text, "c", kXmlErrorNone).getText(), "first");
   EXPECT_EQ(parse(text, nullptr, kXmlErrorNone).getName(), "a");
 }
 
-TEST(XmlNode, TellsWhyThereIsNone) {
+TEST(XmlNode, ReportsWhyNoElementWasFound) {
   parse("", "a", kXmlErrorEmpty);
   parse(" \r\n\t", "a", kXmlErrorEmpty);
   parse("no XML at all", "a", kXmlErrorNoTagFound);
@@ -33,8 +33,8 @@ TEST(XmlNode, TellsWhyThereIsNone) {
   parse("<A/>", "a", kXmlErrorTagMissing);
 }
 
-// Tools print what they like around their documents.
-TEST(XmlNode, FindsTheElementBehindOtherText) {
+// Tools may print other text around their documents.
+TEST(XmlNode, FindsElementAfterOtherText) {
   EXPECT_EQ(parse("reading file ...\n<ID3TAG><TITLE>t</TITLE></ID3TAG>", "TITLE", kXmlErrorNone)
                 .getText(),
             "t");
@@ -45,8 +45,8 @@ TEST(XmlNode, FindsTheElementBehindOtherText) {
             "t");
 }
 
-// Half an answer is no answer: callers ask again.
-TEST(XmlNode, TakesADocumentThatIsCutAnywhereForNone) {
+// An incomplete answer counts as none, so that callers ask again.
+TEST(XmlNode, RejectsTruncatedDocument) {
   const std::string whole = "<output><part lang='en'>text</part></output>";
   for (std::size_t length = 1; length < whole.size(); ++length) {
     SCOPED_TRACE(whole.substr(0, length));
@@ -55,7 +55,7 @@ TEST(XmlNode, TakesADocumentThatIsCutAnywhereForNone) {
   }
 }
 
-TEST(XmlNode, ExpandsNoEntitiesOfTheDocumentsOwn) {
+TEST(XmlNode, DoesNotExpandTheDocumentsEntities) {
   const XMLNode node = parse(
       "<!DOCTYPE a [<!ENTITY x 'xx'><!ENTITY y '&x;&x;'><!ENTITY f SYSTEM 'file:///etc/passwd'>]>"
       "<a>&y;&f;</a>",
@@ -63,11 +63,11 @@ TEST(XmlNode, ExpandsNoEntitiesOfTheDocumentsOwn) {
   EXPECT_EQ(node.getText(), "&y;&f;");
 }
 
-TEST(XmlNode, HandsBytesThatAreNotUtf8On) {
+TEST(XmlNode, PassesNonUtf8BytesThrough) {
   EXPECT_EQ(parse("<a>\xFF\xE9</a>", "a", kXmlErrorNone).getText(), "\xFF\xE9");
 }
 
-TEST(XmlNode, NumbersItsErrorsAsHostsKnowThem) {
+TEST(XmlNode, HasFixedErrorNumbers) {
   EXPECT_EQ(static_cast<int>(kXmlErrorNone), 0);
   EXPECT_EQ(static_cast<int>(kXmlErrorNoTagFound), 2);
   EXPECT_EQ(static_cast<int>(kXmlErrorEmpty), 3);
@@ -100,7 +100,7 @@ TEST(XmlNode, DecodesEntitiesAndCdata) {
   EXPECT_STREQ(parse("<a x='&quot;'/>", "a", kXmlErrorNone).getAttribute("x"), "\"");
 }
 
-TEST(XmlNode, AnswersNothingWhenEmpty) {
+TEST(XmlNode, ReturnsNothingWhenEmpty) {
   const XMLNode node;
   EXPECT_TRUE(node.isEmpty());
   EXPECT_EQ(node.getName(), "");
@@ -111,13 +111,13 @@ TEST(XmlNode, AnswersNothingWhenEmpty) {
   EXPECT_EQ(node.createXMLString(), "");
 }
 
-TEST(XmlNode, TellsAMissingAttributeFromAnEmptyOne) {
+TEST(XmlNode, DistinguishesMissingFromEmptyAttribute) {
   const XMLNode node = parse("<a x=''/>", "a", kXmlErrorNone);
   EXPECT_STREQ(node.getAttribute("x"), "");
   EXPECT_EQ(node.getAttribute("y"), nullptr);
 }
 
-TEST(XmlNode, OutlivesTheNodeItCameFrom) {
+TEST(XmlNode, OutlivesItsParent) {
   XMLNode child;
   { child = parse("<a><b>kept</b></a>", "a", kXmlErrorNone).getChildNode("b"); }
   EXPECT_EQ(child.getText(), "kept");
@@ -133,7 +133,7 @@ TEST(XmlNode, SurvivesHostileDocuments) {
   EXPECT_EQ(XMLNode::parseString(wide, "a").getText().size(), 3'000'000U);
 }
 
-TEST(XmlNode, WritesADocumentIndentedWithTabs) {
+TEST(XmlNode, WritesDocumentIndentedWithTabs) {
   XMLNode declaration = XMLNode::createXMLTopNode("xml", true);
   declaration.addAttribute("version", "1.0");
   XMLNode root = declaration.addChild("Root");
@@ -152,7 +152,7 @@ TEST(XmlNode, WritesADocumentIndentedWithTabs) {
   EXPECT_EQ(root.createXMLString(false).find('\n'), std::string::npos);
 }
 
-TEST(XmlNode, WritesAnElementWithEmptyTextAsAnEmptyElement) {
+TEST(XmlNode, WritesEmptyTextAsEmptyElement) {
   XMLNode top = XMLNode::createXMLTopNode("a");
   top.addChild("b").addText("");
   EXPECT_EQ(top.createXMLString(), "<a>\n\t<b />\n</a>");
