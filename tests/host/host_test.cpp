@@ -1,4 +1,4 @@
-// The stand-in for the host's utility library, against the contract of <kolum/host.h>.
+// Tests the stand-in for the host's utility library against the contract in <kolum/host.h>.
 #include <dlfcn.h>
 #include <dvdread/dvd_reader.h>
 #include <gtest/gtest.h>
@@ -31,7 +31,7 @@ int execute(std::vector<const char*> arguments, int wait = 1) {
   return KoUtil_ExecSync(arguments.data(), wait);
 }
 
-TEST(ExecSync, ReturnsTheExitStatusWhateverTheFlag) {
+TEST(ExecSync, ReturnsExitStatusWhateverTheFlag) {
   for (const int wait : {0, 1}) {
     EXPECT_EQ(execute({"/bin/true"}, wait), 0);
     EXPECT_EQ(execute({"/bin/false"}, wait), 1);
@@ -46,7 +46,7 @@ TEST(ExecSync, WaitsForTheProgram) {
   EXPECT_TRUE(fs::exists(folder.path("file")));
 }
 
-TEST(ExecSync, HandsArgumentsOverUntouched) {
+TEST(ExecSync, PassesArgumentsUnchanged) {
   const TempDir folder;
   const std::string out = folder.path("out");
   EXPECT_EQ(execute({"sh", "-c", "printf '%s' \"$2\" >\"$1\"", "sh", out.c_str(),
@@ -70,7 +70,7 @@ TEST(ExecSync, LeavesNoDescriptorOpen) {
   execute({"/nonexistent"});
 }
 
-TEST(Files, ExistOrDoNot) {
+TEST(IsFileExist, ReportsExistingFiles) {
   const TempDir folder;
   const std::string file = folder.write("file", "");
   fs::create_symlink("nowhere", folder.path("dangling"));
@@ -85,11 +85,11 @@ TEST(Files, ExistOrDoNot) {
   EXPECT_EQ(isFolderExist(nullptr), 0);
 }
 
-TEST(Folders, AreMadeWithEverythingAboveThem) {
+TEST(Komkdir, CreatesParentFolders) {
   const TempDir folder;
   EXPECT_EQ(komkdir(folder.path("a/b/c/").c_str()), 0);
   EXPECT_TRUE(fs::is_directory(folder.path("a/b/c")));
-  EXPECT_EQ(komkdir(folder.path("a/b/c").c_str()), 0) << "exists already";
+  EXPECT_EQ(komkdir(folder.path("a/b/c").c_str()), 0) << "already exists";
   folder.write("file", "");
   EXPECT_EQ(komkdir(folder.path("file").c_str()), -1);
   EXPECT_EQ(komkdir(folder.path("file/below").c_str()), -1);
@@ -97,7 +97,7 @@ TEST(Folders, AreMadeWithEverythingAboveThem) {
   EXPECT_EQ(komkdir(""), -1);
 }
 
-TEST(Removal, TakesTreesAndNeverFollowsLinks) {
+TEST(Koremove2, RemovesTreesWithoutFollowingLinks) {
   const TempDir folder;
   folder.write("kept/file", "x");
   folder.write("tree/a/b/file", "x");
@@ -108,7 +108,7 @@ TEST(Removal, TakesTreesAndNeverFollowsLinks) {
   EXPECT_EQ(koremove2(folder.path("kept/file").c_str()), 0);
   fs::create_directory_symlink(folder.path("stays"), folder.path("link"));
   folder.write("stays/file", "x");
-  EXPECT_EQ(koremove2(folder.path("link/").c_str()), 0) << "a closing slash does not follow either";
+  EXPECT_EQ(koremove2(folder.path("link/").c_str()), 0) << "a trailing slash does not follow it";
   EXPECT_FALSE(fs::is_symlink(folder.path("link")));
   EXPECT_TRUE(fs::exists(folder.path("stays/file")));
   EXPECT_EQ(koremove2(folder.path("missing").c_str()), -1);
@@ -116,7 +116,7 @@ TEST(Removal, TakesTreesAndNeverFollowsLinks) {
   EXPECT_EQ(koremove2(""), -1);
 }
 
-TEST(DataDir, ComesFromTheEnvironmentWithoutAClosingSlash) {
+TEST(DataDir, ComesFromTheEnvironmentWithoutTrailingSlash) {
   struct Row {
     const char* value;
     const char* expected;
@@ -142,8 +142,8 @@ std::string shellWord(const std::string& path) {
   return buffer.data();
 }
 
-// Every byte goes through a real shell and must come back as it was.
-TEST(ShellWords, AreReadBackByTheShellAsTheyWere) {
+// Every byte must pass through a real shell unchanged.
+TEST(ShellWords, SurviveTheShellUnchanged) {
   for (const char* shell : {"sh", "bash"}) {
     std::string all;
     for (int c = 1; c < 256; ++c) all += static_cast<char>(c);
@@ -179,13 +179,13 @@ TEST(ShellWords, AreReadBackByTheShellAsTheyWere) {
   }
 }
 
-TEST(ShellWords, TakeAtMostThreeTimesTheLength) {
+TEST(ShellWords, NeedAtMostThreeTimesTheLength) {
   EXPECT_EQ(shellWord(std::string(100, '\n')).size(), 300U);
   EXPECT_EQ(shellWord(std::string(100, ' ')).size(), 200U);
   EXPECT_EQ(shellWord("/plain/path.mp4"), "/plain/path.mp4");
 }
 
-TEST(ShellWords, AllowNullAndNothing) {
+TEST(ShellWords, AllowNullAndEmptyText) {
   StringConvert2SystemCmdFilename(nullptr);
   EXPECT_EQ(shellWord(""), "");
 }
@@ -203,14 +203,14 @@ Lowered lower(const std::string& text, int size = 256) {
   return {result, result == 0 ? buffer.data() : ""};
 }
 
-TEST(LowerFileNames, AreInLowerCaseInAllScripts) {
+TEST(LowerFileNames, AreLowerCaseInAllScripts) {
   EXPECT_EQ(lower("The BEATS 2").name, "the beats 2");
   EXPECT_EQ(lower("\xC3\x89T\xC3\x89").name, "\xC3\xA9t\xC3\xA9");
   EXPECT_EQ(lower("\xCE\xA3\xCE\xA9").name, "\xCF\x83\xCF\x89");
   EXPECT_EQ(lower("\xE6\x97\xA5").name, "\xE6\x97\xA5");
 }
 
-TEST(LowerFileNames, HoldNothingThatAFileOrAQuotedWordCannot) {
+TEST(LowerFileNames, AreSafeAsFileNamesAndInQuotes) {
   EXPECT_EQ(lower("a/b").name, "a_b");
   EXPECT_EQ(lower("don't").name, "don_t");
   EXPECT_EQ(lower("a:b*c?d\"e<f>g|h\\i`j$k").name, "a_b_c_d_e_f_g_h_i_j_k");
@@ -250,7 +250,7 @@ TEST(LowerFileNames, FailWithoutTextOrRoom) {
   EXPECT_STREQ(out, "before");
 }
 
-TEST(LowerFileNames, DependOnNoLocale) {
+TEST(LowerFileNames, DoNotDependOnTheLocale) {
   runInChild([] { EXPECT_EQ(lower("\xC3\x89").name, "\xC3\xA9"); }, {{"LC_ALL", "C"}});
 }
 
@@ -268,7 +268,7 @@ Title mainTitle(const std::string& folder, int pathSize = 1024) {
   return {result, result == 0 ? path.data() : "", size};
 }
 
-TEST(MainTitle, IsTheOneThatPlaysLongest) {
+TEST(MainTitle, IsTheLongestPlaying) {
   const std::string video = dvdFolder();
   const std::string root = discRoot(video);
   for (const std::string& folder : {video, video.substr(0, video.size() - 1), root, root + "/"}) {
@@ -280,8 +280,8 @@ TEST(MainTitle, IsTheOneThatPlaysLongest) {
   }
 }
 
-// The shorter title is made the larger one: the time decides, not the size.
-TEST(MainTitle, GoesByTimeAndNotBySize) {
+// The shorter title gets the larger size.
+TEST(MainTitle, DependsOnTimeNotSize) {
   const TempDir copy;
   fs::copy(dvdFolder(), copy.path("VIDEO_TS"));
   const std::string first = copy.path("VIDEO_TS/VTS_01_2.VOB");
@@ -289,7 +289,7 @@ TEST(MainTitle, GoesByTimeAndNotBySize) {
   EXPECT_TRUE(mainTitle(copy.folder()).path.ends_with("VTS_02_1.VOB"));
 }
 
-TEST(MainTitle, IsTheLargerOfTwoThatPlayEquallyLong) {
+TEST(MainTitle, IsTheLargerOfTwoOfEqualTime) {
   for (const std::string larger : {"1", "2"}) {
     const TempDir copy;
     for (const std::string set : {"1", "2"})
@@ -303,7 +303,7 @@ TEST(MainTitle, IsTheLargerOfTwoThatPlayEquallyLong) {
   }
 }
 
-// A pipe in place of an index file would be waited on without end.
+// Opening a pipe in place of an index file would block forever.
 TEST(MainTitle, DoesNotWaitForPipes) {
   for (const char* name : {"VTS_02_0.IFO", "VTS_02_0.BUP", "VTS_01_1.VOB"}) {
     const TempDir copy;
@@ -316,7 +316,7 @@ TEST(MainTitle, DoesNotWaitForPipes) {
   }
 }
 
-// Every offset and count of the index damaged in turn, in the file and in its copy.
+// Damages every offset and count of the index in turn, in the file and in its backup.
 TEST(MainTitle, SurvivesDamagedIndexes) {
   const TempDir copy;
   fs::copy(dvdFolder(), copy.path("VIDEO_TS"));
@@ -336,7 +336,7 @@ TEST(MainTitle, SurvivesDamagedIndexes) {
   }
 }
 
-TEST(MainTitle, IgnoresAFileNamedAsTheVideoFolder) {
+TEST(MainTitle, IgnoresFileNamedLikeTheVideoFolder) {
   const TempDir copy;
   fs::copy(dvdFolder(), copy.path("disc"));
   copy.write("disc/video_ts", "x");
@@ -351,7 +351,7 @@ TEST(MainTitle, CountsAllPartsOfTheTitle) {
   EXPECT_EQ(mainTitle(copy.folder()).size, first + 1000);
 }
 
-TEST(MainTitle, IsFoundUnderNamesInLowerCase) {
+TEST(MainTitle, IsFoundUnderLowerCaseNames) {
   const TempDir copy;
   fs::create_directory(copy.path("video_ts"));
   for (const auto& entry : fs::directory_iterator(dvdFolder())) {
@@ -362,7 +362,7 @@ TEST(MainTitle, IsFoundUnderNamesInLowerCase) {
   EXPECT_TRUE(mainTitle(copy.folder()).path.ends_with("video_ts/vts_02_1.vob"));
 }
 
-// Release 7 of libdvdread prints some lines before it knows of the logger it was given.
+// libdvdread 7 prints some lines before it uses the logger that it was given.
 std::string printedByLibdvdread(const std::string& folder) {
   const auto drop = [](void*, dvd_logger_level_t, const char*, va_list) {};
   const dvd_logger_cb quiet = {drop};
@@ -392,7 +392,7 @@ TEST(MainTitle, IsTheLargestWhenTheIndexIsBroken) {
   }
 }
 
-TEST(MainTitle, IsNotFoundWhereThereIsNone) {
+TEST(MainTitle, FailsWithoutATitle) {
   const TempDir folder;
   EXPECT_NE(mainTitle(folder.folder()).result, 0);
   EXPECT_NE(mainTitle(folder.path("missing")).result, 0);
@@ -410,7 +410,7 @@ TEST(MainTitle, IsNotFoundWhereThereIsNone) {
   EXPECT_STREQ(path, "before");
 }
 
-TEST(MainTitle, FailsWhenThePathDoesNotFit) {
+TEST(MainTitle, FailsIfThePathDoesNotFit) {
   const std::string path = mainTitle(dvdFolder()).path;
   const int needed = static_cast<int>(path.size()) + 1;
   EXPECT_EQ(mainTitle(dvdFolder(), needed).result, 0);
@@ -431,12 +431,12 @@ TEST(LeapYear, FollowsTheGregorianCalendar) {
   for (const int year : {1900, 2100, 2023, 1, -1, -100}) EXPECT_EQ(IsLeapYear(year), 0) << year;
 }
 
-// Test programs have a log function of their own (support/log_recorder.h), so the host library's is
-// asked for by name.
+// Test programs define their own log function (support/log_recorder.h), so the host library's is
+// looked up by name.
 using Print = void (*)(int, const char*, const char*, int, const char*, const char*, ...);
 
 Print hostPrint() {
-  // By the path it was loaded from, which some function of it tells.
+  // The address of one of its functions gives the path that the library was loaded from.
   Dl_info host = {};
   if (dladdr(reinterpret_cast<void*>(&IsLeapYear), &host) == 0) return nullptr;
   void* library = dlopen(host.dli_fname, RTLD_NOW | RTLD_NOLOAD);
@@ -444,7 +444,7 @@ Print hostPrint() {
                             : nullptr;
 }
 
-// What the stand-in writes for one message.
+// The stand-in's output for one message.
 std::string logged(const char* level, const char* colour, const char* text) {
   setenv("KO_LOG_LEVEL", level, 1);
   testing::internal::CaptureStderr();
@@ -463,7 +463,7 @@ TEST(Log, IsQuietBelowItsLevel) {
   EXPECT_EQ(logged("loud", nullptr, "text"), "");
 }
 
-TEST(Log, WritesOneLineForAMessage) {
+TEST(Log, WritesOneLinePerMessage) {
   EXPECT_EQ(logged("5", nullptr, "text"), "[Source:42 function] text\n");
   EXPECT_EQ(logged("7", nullptr, "text\n"), "[Source:42 function] text\n");
   EXPECT_EQ(logged("7", nullptr, ""), "[Source:42 function] \n");
@@ -475,7 +475,7 @@ TEST(Log, KeepsAMessageOnOneLine) {
   EXPECT_EQ(logged("5", nullptr, "a\nb\n\n"), "[Source:42 function] a b\n");
 }
 
-TEST(Log, LeavesTheErrorNumberAlone) {
+TEST(Log, PreservesErrno) {
   for (const char* level : {"0", "7", "99999999999999999999999"}) {
     errno = EDOM;
     logged(level, nullptr, "text");

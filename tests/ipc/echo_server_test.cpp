@@ -29,7 +29,7 @@ using MediaLibrary::LUM::SocketResp_t;
 using MediaLibrary::LUM::UnixSocket;
 namespace wire = MediaLibrary::LUM::wire;
 
-// What the server at PATH answers to the bytes REQUEST, result and text in one.
+// The answer of the server at PATH to the bytes REQUEST: result and text together.
 std::string exchange(const std::string& path, std::string request) {
   UnixSocket client;
   std::array<char, wire::kBufferSize> answer{};
@@ -60,7 +60,7 @@ TEST(EchoText, RendersPayload) {
       {std::string(4080, 'x'), std::string(4070, 'x')},
   };
   for (const auto& row : kRows) EXPECT_EQ(echoText(row.payload), row.text);
-  EXPECT_EQ(echoText(std::string(4080, '\1')).size(), 4068U) << "no half of an escape";
+  EXPECT_EQ(echoText(std::string(4080, '\1')).size(), 4068U) << "cut between escapes";
 }
 
 TEST(EchoServer, AnswersCommandWithItsPayload) {
@@ -85,7 +85,7 @@ TEST(EchoServer, AnswersCommandWithItsPayload) {
   });
 }
 
-TEST(EchoServer, PutsPiecesOfRequestTogether) {
+TEST(EchoServer, AssemblesRequestSentInPieces) {
   const TempDir dir;
   const std::string path = dir.path("socket");
   const RunningEchoServer server(path);
@@ -107,7 +107,7 @@ TEST(EchoServer, AnswersTooLongRequestWithResultZero) {
   EXPECT_EQ(exchange(path, number64(3) + number64(-1)), "0 incomplete request");
 }
 
-TEST(EchoServer, SilentAndVanishingClientsHoldUpNobody) {
+TEST(EchoServer, IsNotBlockedBySilentOrVanishingClients) {
   const TempDir dir;
   const std::string path = dir.path("socket");
   const RunningEchoServer server(path);
@@ -126,7 +126,7 @@ TEST(EchoServer, SilentAndVanishingClientsHoldUpNobody) {
   EXPECT_EQ(exchange(path, number64(3) + number64(2) + "hi"), "1 hi");
 }
 
-TEST(EchoServer, TakesPlaceOfStaleSocketFileAndRemovesItsOwn) {
+TEST(EchoServer, ReplacesStaleSocketFileAndRemovesItsOwn) {
   const TempDir dir;
   const std::string path = dir.path("socket");
   {
@@ -142,7 +142,7 @@ TEST(EchoServer, TakesPlaceOfStaleSocketFileAndRemovesItsOwn) {
   EXPECT_FALSE(std::filesystem::exists(path));
 }
 
-TEST(EchoServer, NeverTakesPlaceOfServerThatAnswers) {
+TEST(EchoServer, NeverReplacesServerThatAnswers) {
   const TempDir dir;
   const std::string path = dir.path("socket");
   const RunningEchoServer first(path);
@@ -150,7 +150,7 @@ TEST(EchoServer, NeverTakesPlaceOfServerThatAnswers) {
   EXPECT_EQ(exchange(path, number64(3) + number64(2) + "hi"), "1 hi");
 }
 
-TEST(EchoServer, TellsWhyItCannotListen) {
+TEST(EchoServer, ReportsWhyItCannotListen) {
   const TempDir dir;
   EXPECT_THROW(EchoServer(dir.path("missing/socket")), std::runtime_error);
   EXPECT_THROW(EchoServer(""), std::runtime_error);

@@ -1,4 +1,4 @@
-// The echo server of the tool, at work for a test.
+// Runs the tool's echo server for a test.
 #ifndef KOLUM_TESTS_IPC_RUNNING_ECHO_SERVER_H
 #define KOLUM_TESTS_IPC_RUNNING_ECHO_SERVER_H
 
@@ -10,7 +10,7 @@
 
 namespace kolum::test {
 
-// Serves in a thread of its own for as long as it lives.
+// Serves in its own thread while it exists.
 class RunningEchoServer {
  public:
   explicit RunningEchoServer(const std::string& path, tool::EchoServer::Watcher watcher = {})

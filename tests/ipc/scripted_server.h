@@ -1,4 +1,4 @@
-// A server whose every word is scripted by the test.
+// A server that is scripted by the test.
 #ifndef KOLUM_TESTS_IPC_SCRIPTED_SERVER_H
 #define KOLUM_TESTS_IPC_SCRIPTED_SERVER_H
 
@@ -14,8 +14,8 @@
 
 namespace kolum::test {
 
-// Listens at PATH and hands one connection after another to SERVE, in a thread of its own. A
-// connection is closed when SERVE returns.
+// Listens at PATH and passes one connection after another to SERVE, in its own thread. A connection
+// is closed when SERVE returns.
 class ScriptedServer {
  public:
   using Connection = MediaLibrary::LUM::UnixSocket;

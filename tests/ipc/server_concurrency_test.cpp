@@ -21,11 +21,11 @@ using kolum::tool::EchoRequest;
 using MediaLibrary::LUM::SocketResp_t;
 namespace wire = MediaLibrary::LUM::wire;
 
-TEST(SendCommandConcurrently, TenThousandCommandsFromEightThreadsLoseAndMixNothing) {
+TEST(SendCommandConcurrently, LosesAndMixesNothingFromEightThreads) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     constexpr int kThreads = 8;
-    constexpr int kCommands = 1250;  // a thread
+    constexpr int kCommands = 1250;  // per thread
     std::atomic<int> served{0};
     std::atomic<int> failed{0};
     std::atomic<int> mixed{0};

@@ -25,28 +25,28 @@
 
 #if defined(__SANITIZE_ADDRESS__)
 #include <sanitizer/lsan_interface.h>
-#define KOLUM_LEAK_IS_WANTED() const __lsan::ScopedDisabler leakIsWanted
+#define KOLUM_ALLOW_LEAK() const __lsan::ScopedDisabler allowLeak
 #else
-#define KOLUM_LEAK_IS_WANTED() (void)0
+#define KOLUM_ALLOW_LEAK() (void)0
 #endif
 
 namespace {
 
-// The time-outs that were asked for, and whether short ones are set in their place: nobody has the
-// patience for the real ones.
+// The time-outs that the library requested, and whether to replace them with short ones, because
+// the real ones would take too long.
 std::vector<timeval> g_timeOuts;
-bool g_isImpatient = false;
+bool g_usesShortTimeOuts = false;
 
-constexpr timeval kImpatient{.tv_sec = 0, .tv_usec = 200'000};
+constexpr timeval kShortTimeOut{.tv_sec = 0, .tv_usec = 200'000};
 
 }  // namespace
 
-// Takes the place of the system's function in this program.
+// Replaces the system's function in this program.
 extern "C" int setsockopt(int fd, int level, int option, const void* value,
                           socklen_t size) noexcept {
   const bool isTimeOut = level == SOL_SOCKET && (option == SO_RCVTIMEO || option == SO_SNDTIMEO);
   if (isTimeOut) g_timeOuts.push_back(*static_cast<const timeval*>(value));
-  if (isTimeOut && g_isImpatient) value = &kImpatient;
+  if (isTimeOut && g_usesShortTimeOuts) value = &kShortTimeOut;
   return static_cast<int>(syscall(SYS_setsockopt, fd, level, option, value, size));
 }
 
@@ -73,7 +73,7 @@ std::string number64(std::int64_t number) {
   return bytes;
 }
 
-// An answer as a server writes it: LENGTH is what it says, TEXT what it sends.
+// An answer as a server writes it: LENGTH is the length that it claims, TEXT what it sends.
 std::string answer(std::int64_t result, std::uint64_t length, std::string_view text) {
   return number64(result) + number64(static_cast<std::int64_t>(length)) + number64(0x5555) +
          std::string(text);
@@ -96,7 +96,7 @@ ScriptedServer answering(std::string words) {
           }};
 }
 
-// A record whose every field shows whether it was written.
+// A record that shows of every field whether it was written.
 SocketResp_t presetResponse() {
   return {.result = 66, .length = kUntouchedLength, .data = g_untouched};
 }
@@ -112,7 +112,7 @@ struct Outcome {
   std::string text;
 };
 
-// One command to a server that answers with WORDS; checks that no descriptor stays behind.
+// Sends one command to a server that answers with WORDS; checks that no descriptor is leaked.
 Outcome sendTo(const std::string& words) {
   const ScriptedServer server = answering(words);
   const int before = openDescriptorCount();
@@ -127,7 +127,7 @@ Outcome sendTo(const std::string& words) {
   return outcome;
 }
 
-TEST(ServerWireLayout, IsTheOneOfTheLink) {
+TEST(ServerWireLayout, MatchesTheProtocol) {
   EXPECT_STREQ(wire::kSocketPath, "/tmp/.mllumsocket.xxx");
   EXPECT_EQ(wire::kRequestCommandOffset, 0U);
   EXPECT_EQ(wire::kRequestLengthOffset, 8U);
@@ -139,12 +139,12 @@ TEST(ServerWireLayout, IsTheOneOfTheLink) {
   EXPECT_EQ(wire::kAnswerTextMax, 4071U);
 }
 
-TEST(ServerWireLayout, AnswerTextStandsEightBytesBehindRequestPayload) {
+TEST(ServerWireLayout, PutsAnswerTextEightBytesBeyondRequestPayload) {
   EXPECT_EQ(wire::kAnswerTextOffset, 24U);
   EXPECT_EQ(wire::kAnswerTextOffset - wire::kRequestPayloadOffset, 8U);
 }
 
-TEST(ServerStatusNames, StandByStatusNumber) {
+TEST(ServerStatusNames, AreIndexedByStatusNumber) {
   EXPECT_THAT(kLumServerStatusName,
               ElementsAre(testing::StrEq("idle"), testing::StrEq("busy"), testing::StrEq("stop"),
                           testing::StrEq("pause"), testing::StrEq("sleep")));
@@ -159,7 +159,7 @@ class SendCommand : public testing::Test {
 
 class SendActionToLumServer : public SendCommand {};
 
-TEST_F(SendCommand, ReturnsOneAndLeavesResponseWhenNobodyListens) {
+TEST_F(SendCommand, ReturnsOneAndKeepsResponseWithoutServer) {
   runInAppliance([] {
     SocketResp_t resp = presetResponse();
     EXPECT_EQ(sendCommand(&resp, 1, nullptr, 0), 1);
@@ -168,7 +168,7 @@ TEST_F(SendCommand, ReturnsOneAndLeavesResponseWhenNobodyListens) {
   });
 }
 
-TEST_F(SendCommand, ReturnsOneAtStaleSocketFile) {
+TEST_F(SendCommand, ReturnsOneForStaleSocketFile) {
   runInAppliance([] {
     {
       UnixSocket server;
@@ -183,7 +183,7 @@ TEST_F(SendCommand, ReturnsOneAtStaleSocketFile) {
   });
 }
 
-TEST_F(SendCommand, SendsRequestInItsLayout) {
+TEST_F(SendCommand, SendsRequestInTheProtocolsLayout) {
   const std::string longest(4080, 'x');
   const struct {
     const char* name;
@@ -215,7 +215,7 @@ TEST_F(SendCommand, SendsRequestInItsLayout) {
   });
 }
 
-TEST_F(SendCommand, LengthWithoutPayloadSendsZeroLengthAndZeroBytes) {
+TEST_F(SendCommand, SendsZeroLengthAndZeroBytesForLengthWithoutPayload) {
   runInAppliance([] {
     for (const unsigned long length : {1UL, 100UL, 4080UL}) {
       SCOPED_TRACE(length);
@@ -231,7 +231,7 @@ TEST_F(SendCommand, LengthWithoutPayloadSendsZeroLengthAndZeroBytes) {
   });
 }
 
-TEST_F(SendCommand, RefusesPayloadThatItsBufferCannotHold) {
+TEST_F(SendCommand, RejectsPayloadTooLongForItsBuffer) {
   runInAppliance([] {
     std::atomic<int> connections{0};
     {
@@ -250,14 +250,14 @@ TEST_F(SendCommand, RefusesPayloadThatItsBufferCannotHold) {
   });
 }
 
-TEST_F(SendCommand, RefusesNullResponse) {
+TEST_F(SendCommand, RejectsNullResponse) {
   runInAppliance([] {
     const ScriptedServer server = answering(answer(1, 0, ""));
     EXPECT_EQ(sendCommand(nullptr, 1, nullptr, 0), 1);
   });
 }
 
-TEST_F(SendCommand, SuccessWithoutTextLeavesDataUntouched) {
+TEST_F(SendCommand, KeepsDataOnSuccessWithoutText) {
   runInAppliance([] {
     const ScriptedServer server = answering(answer(1, 0, "text that nobody announced"));
     SocketResp_t resp = presetResponse();
@@ -268,7 +268,7 @@ TEST_F(SendCommand, SuccessWithoutTextLeavesDataUntouched) {
   });
 }
 
-TEST_F(SendCommand, AnswersComeBackAsRead) {
+TEST_F(SendCommand, ReturnsAnswersAsRead) {
   const std::string longest(4071, 'x');
   const struct {
     const char* name;
@@ -307,7 +307,7 @@ TEST_F(SendCommand, AnswersComeBackAsRead) {
   });
 }
 
-TEST_F(SendCommand, TextIsReadableUpToTheLengthGiven) {
+TEST_F(SendCommand, MakesTextReadableUpToItsLength) {
   runInAppliance([] {
     const std::string text("one\0two\0", 8);
     const ScriptedServer server = answering(answer(1, text.size(), text));
@@ -318,7 +318,7 @@ TEST_F(SendCommand, TextIsReadableUpToTheLengthGiven) {
   });
 }
 
-TEST_F(SendCommand, ConnectionClosedWithoutAnswerReadsAsResultZero) {
+TEST_F(SendCommand, ReadsClosedConnectionAsResultZero) {
   runInAppliance([] {
     const ScriptedServer server(wire::kSocketPath, [](UnixSocket& client) { readRequest(client); });
     SocketResp_t resp = presetResponse();
@@ -330,8 +330,8 @@ TEST_F(SendCommand, ConnectionClosedWithoutAnswerReadsAsResultZero) {
   });
 }
 
-// Closed with the request unread, at whatever moment: never success, never a signal.
-TEST_F(SendCommand, ServerThatClosesAtOnceIsFailure) {
+// Whenever the server closes with the request unread, the result is a failure and not a signal.
+TEST_F(SendCommand, FailsIfTheServerClosesAtOnce) {
   runInAppliance([] {
     const ScriptedServer server(wire::kSocketPath, [](UnixSocket&) {});
     for (int i = 0; i < 200; ++i) {
@@ -342,7 +342,7 @@ TEST_F(SendCommand, ServerThatClosesAtOnceIsFailure) {
   });
 }
 
-TEST_F(SendCommand, TakesOnlyFirstPieceOfAnswer) {
+TEST_F(SendCommand, ReadsOnlyTheFirstPieceOfAnAnswer) {
   runInAppliance([] {
     std::atomic<bool> firstIsRead{false};
     const ScriptedServer server(wire::kSocketPath, [&](UnixSocket& client) {
@@ -350,7 +350,7 @@ TEST_F(SendCommand, TakesOnlyFirstPieceOfAnswer) {
       say(client, answer(1, 10, "hello"));
       while (!firstIsRead) usleep(1000);
       char rest[] = "world";
-      client.Write(rest, 5);  // to a connection that is closed already
+      client.Write(rest, 5);  // the connection is already closed
     });
     SocketResp_t resp{};
     EXPECT_EQ(sendCommand(&resp, 1, nullptr, 0), 0);
@@ -361,7 +361,7 @@ TEST_F(SendCommand, TakesOnlyFirstPieceOfAnswer) {
   });
 }
 
-TEST_F(SendCommand, BoundsWriteAndReadByThirtySeconds) {
+TEST_F(SendCommand, LimitsWriteAndReadToThirtySeconds) {
   runInAppliance([] {
     const ScriptedServer server = answering(answer(1, 0, ""));
     g_timeOuts.clear();
@@ -372,18 +372,18 @@ TEST_F(SendCommand, BoundsWriteAndReadByThirtySeconds) {
   });
 }
 
-TEST_F(SendCommand, ServerThatSaysNothingIsFailureAfterTheBound) {
+TEST_F(SendCommand, FailsForSilentServerAfterTheTimeOut) {
   runInAppliance([] {
     std::atomic<bool> isOver{false};
     const ScriptedServer server(wire::kSocketPath, [&](UnixSocket&) {
       while (!isOver) usleep(1000);
     });
-    g_isImpatient = true;
+    g_usesShortTimeOuts = true;
     const auto start = std::chrono::steady_clock::now();
     SocketResp_t resp = presetResponse();
     EXPECT_EQ(sendCommand(&resp, 1, nullptr, 0), 1);
     const auto took = std::chrono::steady_clock::now() - start;
-    g_isImpatient = false;
+    g_usesShortTimeOuts = false;
     isOver = true;
     EXPECT_GE(took, std::chrono::milliseconds(150));
     EXPECT_LT(took, std::chrono::seconds(20));
@@ -391,7 +391,7 @@ TEST_F(SendCommand, ServerThatSaysNothingIsFailureAfterTheBound) {
   });
 }
 
-TEST_F(SendActionToLumServer, SendsBothValuesWidenedWithSign) {
+TEST_F(SendActionToLumServer, SignExtendsBothValues) {
   runInAppliance([] {
     std::string request;
     const ScriptedServer server(wire::kSocketPath, [&](UnixSocket& client) {
@@ -403,7 +403,7 @@ TEST_F(SendActionToLumServer, SendsBothValuesWidenedWithSign) {
   });
 }
 
-TEST_F(SendActionToLumServer, ReducesAnswerToZeroOrThree) {
+TEST_F(SendActionToLumServer, ReturnsZeroOrThree) {
   const struct {
     const char* name;
     std::string words;
@@ -424,22 +424,22 @@ TEST_F(SendActionToLumServer, ReducesAnswerToZeroOrThree) {
   });
 }
 
-TEST_F(SendActionToLumServer, KeepsTextThatCameWithFailure) {
+TEST_F(SendActionToLumServer, LeaksTextOnFailure) {
   runInAppliance([] {
     constexpr int kCalls = 200;
     const ScriptedServer server = answering(answer(2, 5, "hello"));
-    KOLUM_LEAK_IS_WANTED();
+    KOLUM_ALLOW_LEAK();
     const std::size_t before = mallinfo2().uordblks;
     for (int i = 0; i < kCalls; ++i) EXPECT_EQ(sendActionToLumServer(1, 2, 3), 3);
 #if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
     EXPECT_GE(mallinfo2().uordblks, before + kCalls * (wire::kAnswerTextMax + 1));
 #else
-    (void)before;  // these allocators keep other books
+    (void)before;  // mallinfo2() does not cover these allocators
 #endif
   });
 }
 
-TEST_F(SendActionToLumServer, ReleasesTextThatCameWithSuccess) {
+TEST_F(SendActionToLumServer, FreesTextOnSuccess) {
   runInAppliance([] {
     constexpr int kCalls = 200;
     const ScriptedServer server = answering(answer(1, 5, "hello"));

@@ -48,7 +48,7 @@ std::atomic<bool> g_memoryIsOut{false};
 
 }  // namespace
 
-// What Accept allocates with, so that a test can let it fail.
+// Accept allocates with this function, so a test can make it fail.
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept {
   if (g_memoryIsOut) return nullptr;
   try {
@@ -95,7 +95,7 @@ std::string pathOfLength(const TempDir& dir, std::size_t length) {
   return path;
 }
 
-// While alive, no further descriptor can be had.
+// While it exists, no further descriptor can be opened.
 class NoMoreDescriptors {
  public:
   NoMoreDescriptors() {
@@ -116,7 +116,7 @@ class NoMoreDescriptors {
 
 class UnixSocketTest : public testing::Test {
  protected:
-  // The one message of the last operation, checked for where it says it comes from.
+  // The only message of the last operation, after a check that it comes from FUNCTION.
   std::string loggedBy(const std::string& function) {
     const std::vector<LogMessage> messages = log_.messages();
     log_.clear();
@@ -147,13 +147,13 @@ class UnixSocketTest : public testing::Test {
   std::array<char, 64> buffer_{};
 };
 
-TEST_F(UnixSocketTest, FieldsStandInTheirOrder) {
+TEST_F(UnixSocketTest, HasFixedFieldOrder) {
   EXPECT_THAT(UnixSocketFields::kOffsets, ElementsAre(0, 112, 116, 120, 124, 128));
   EXPECT_EQ(sizeof(UnixSocket), 128 + sizeof(std::string));
   EXPECT_EQ(sizeof(sockaddr_un), 110U);
 }
 
-TEST_F(UnixSocketTest, BeginsWithoutSocket) {
+TEST_F(UnixSocketTest, StartsWithoutSocket) {
   UnixSocket socket;
   EXPECT_EQ(UnixSocketFields::fd(socket), -1);
   EXPECT_EQ(UnixSocketFields::state(socket), kStateNone);
@@ -173,7 +173,7 @@ TEST_F(UnixSocketTest, WrapsConnectedDescriptorAsAccepted) {
   EXPECT_TRUE(socket.isValid());
 }
 
-TEST_F(UnixSocketTest, DestructionClosesSilently) {
+TEST_F(UnixSocketTest, ClosesSilentlyOnDestruction) {
   const int before = openDescriptorCount();
   {
     UnixSocket socket;
@@ -185,7 +185,7 @@ TEST_F(UnixSocketTest, DestructionClosesSilently) {
   EXPECT_THAT(log_.texts(), IsEmpty());
 }
 
-TEST_F(UnixSocketTest, OpenOfEmptyPathGivesTwoAndCreatesNoSocket) {
+TEST_F(UnixSocketTest, OpenReturnsTwoForEmptyPathAndCreatesNoSocket) {
   const int before = openDescriptorCount();
   const std::string empty[] = {"", std::string("\0hidden", 7)};
   for (const std::string& path : empty) {
@@ -199,7 +199,7 @@ TEST_F(UnixSocketTest, OpenOfEmptyPathGivesTwoAndCreatesNoSocket) {
   EXPECT_EQ(openDescriptorCount(), before);
 }
 
-TEST_F(UnixSocketTest, OpenPreparesAddressAndTouchesNoFile) {
+TEST_F(UnixSocketTest, OpenPreparesAddressWithoutTouchingFiles) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
   EXPECT_EQ(UnixSocketFields::address(socket).sun_family, AF_UNIX);
@@ -211,7 +211,7 @@ TEST_F(UnixSocketTest, OpenPreparesAddressAndTouchesNoFile) {
   EXPECT_THAT(log_.texts(), IsEmpty());
 }
 
-TEST_F(UnixSocketTest, OpenWithoutDescriptorsGivesThree) {
+TEST_F(UnixSocketTest, OpenReturnsThreeWithoutFreeDescriptors) {
   UnixSocket socket;
   {
     const NoMoreDescriptors none;
@@ -222,7 +222,7 @@ TEST_F(UnixSocketTest, OpenWithoutDescriptorsGivesThree) {
   EXPECT_EQ(loggedBy("Open"), "create socket fail, " + reason(EMFILE));
 }
 
-TEST_F(UnixSocketTest, OpenTwiceOverwritesEarlierDescriptor) {
+TEST_F(UnixSocketTest, SecondOpenOverwritesEarlierDescriptor) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
   const int first = UnixSocketFields::fd(socket);
@@ -256,8 +256,8 @@ TEST_F(UnixSocketTest, ServesAtPathOf107Characters) {
   EXPECT_THAT(log_.texts(), IsEmpty());
 }
 
-// The socket file is where the cut path says, so both ends meet; only the mode goes astray.
-TEST_F(UnixSocketTest, ServesAtCutPathWhenPathIsLonger) {
+// Both ends cut the path alike and so meet; only the mode is set on the wrong path.
+TEST_F(UnixSocketTest, ServesAtCutPathForLongerPath) {
   for (const std::size_t length : {108U, 200U}) {
     SCOPED_TRACE(length);
     const TempDir dir;
@@ -272,7 +272,7 @@ TEST_F(UnixSocketTest, ServesAtCutPathWhenPathIsLonger) {
   }
 }
 
-TEST_F(UnixSocketTest, BindOpensSocketFileToEveryUser) {
+TEST_F(UnixSocketTest, BindMakesSocketFileAccessibleToEveryUser) {
   const mode_t before = umask(077);
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
@@ -286,7 +286,7 @@ TEST_F(UnixSocketTest, BindOpensSocketFileToEveryUser) {
   EXPECT_FALSE(socket.isValid());
 }
 
-TEST_F(UnixSocketTest, BindRemovesWhatStandsAtThePath) {
+TEST_F(UnixSocketTest, BindRemovesExistingFile) {
   {
     UnixSocket earlier;
     listenAt(earlier, path_);
@@ -302,7 +302,7 @@ TEST_F(UnixSocketTest, BindRemovesWhatStandsAtThePath) {
   EXPECT_THAT(log_.texts(), IsEmpty());
 }
 
-TEST_F(UnixSocketTest, BindOverFileThatCannotBeRemovedGivesTen) {
+TEST_F(UnixSocketTest, BindReturnsTenIfTheFileCannotBeRemoved) {
   dir_.write("socket/inside", "keeps the folder");
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
@@ -312,7 +312,7 @@ TEST_F(UnixSocketTest, BindOverFileThatCannotBeRemovedGivesTen) {
   EXPECT_EQ(loggedBy("Bind"), "remove() sockFilePath " + path_ + " fail, " + reason(ENOTEMPTY));
 }
 
-TEST_F(UnixSocketTest, BindThatFailsGivesFour) {
+TEST_F(UnixSocketTest, BindReturnsFourOnFailure) {
   UnixSocket unopened;
   EXPECT_EQ(unopened.Bind(), 4);
   EXPECT_EQ(unopened.getErrorCode(), 4);
@@ -333,7 +333,7 @@ TEST_F(UnixSocketTest, BindThatFailsGivesFour) {
   EXPECT_EQ(dangling.getErrno(), EADDRINUSE);
 }
 
-TEST_F(UnixSocketTest, BindSucceedsWhenOnlyChmodFails) {
+TEST_F(UnixSocketTest, BindSucceedsIfOnlyChmodFails) {
   const std::string path = pathOfLength(dir_, 108);
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path), 0);
@@ -351,7 +351,7 @@ TEST_F(UnixSocketTest, ListenOnBoundSocketSetsState) {
   EXPECT_TRUE(socket.isValid());
 }
 
-TEST_F(UnixSocketTest, ListenRefusesBacklogBelowOne) {
+TEST_F(UnixSocketTest, ListenRejectsBacklogBelowOne) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
   ASSERT_EQ(socket.Bind(), 0);
@@ -364,7 +364,7 @@ TEST_F(UnixSocketTest, ListenRefusesBacklogBelowOne) {
   }
 }
 
-TEST_F(UnixSocketTest, ListenThatFailsGivesFive) {
+TEST_F(UnixSocketTest, ListenReturnsFiveOnFailure) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
   EXPECT_EQ(socket.Listen(1), 5) << "not bound";
@@ -391,7 +391,7 @@ TEST_F(UnixSocketTest, AcceptReturnsNewConnection) {
   EXPECT_STREQ(buffer_.data(), "ping");
 }
 
-TEST_F(UnixSocketTest, AcceptThatFailsGivesSix) {
+TEST_F(UnixSocketTest, AcceptReturnsSixOnFailure) {
   UnixSocket unopened;
   EXPECT_EQ(unopened.Accept(), nullptr);
   EXPECT_EQ(unopened.getErrorCode(), 6);
@@ -405,7 +405,7 @@ TEST_F(UnixSocketTest, AcceptThatFailsGivesSix) {
   EXPECT_EQ(loggedBy("Accept"), "accept() fail, " + reason(EINVAL));
 }
 
-TEST_F(UnixSocketTest, AcceptWithoutDescriptorsGivesSix) {
+TEST_F(UnixSocketTest, AcceptReturnsSixWithoutFreeDescriptors) {
   UnixSocket server;
   listenAt(server, path_);
   UnixSocket client;
@@ -416,7 +416,7 @@ TEST_F(UnixSocketTest, AcceptWithoutDescriptorsGivesSix) {
   EXPECT_EQ(server.getErrno(), EMFILE);
 }
 
-TEST_F(UnixSocketTest, AcceptWithoutMemoryReturnsNullAndLeavesDescriptorOpen) {
+TEST_F(UnixSocketTest, AcceptReturnsNullAndLeavesDescriptorOpenWithoutMemory) {
   UnixSocket server;
   listenAt(server, path_);
   UnixSocket client;
@@ -432,7 +432,7 @@ TEST_F(UnixSocketTest, AcceptWithoutMemoryReturnsNullAndLeavesDescriptorOpen) {
   EXPECT_EQ(close(expected), 0) << "the accepted descriptor stays open";
 }
 
-TEST_F(UnixSocketTest, AcceptOutlivesSignals) {
+TEST_F(UnixSocketTest, AcceptContinuesAfterSignals) {
   static std::atomic<int> signals{0};
   struct sigaction count {};
   count.sa_handler = [](int) { ++signals; };  // no SA_RESTART: accept() ends with EINTR
@@ -462,11 +462,11 @@ TEST_F(UnixSocketTest, AcceptOutlivesSignals) {
   EXPECT_EQ(signals, 3);
   ASSERT_NE(accepted, nullptr);
   EXPECT_EQ(server.getErrorCode(), 0);
-  EXPECT_EQ(server.getErrno(), EINTR) << "the interruption stays noted";
+  EXPECT_EQ(server.getErrno(), EINTR) << "the interruption is still recorded";
   EXPECT_THAT(log_.texts(), IsEmpty());
 }
 
-TEST_F(UnixSocketTest, ConnectRefusesNegativeTimes) {
+TEST_F(UnixSocketTest, ConnectRejectsNegativeTimes) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
   EXPECT_EQ(socket.Connect(-1, 0), 2);
@@ -483,7 +483,7 @@ TEST_F(UnixSocketTest, ConnectRefusesNegativeTimes) {
   EXPECT_EQ(UnixSocketFields::state(socket), kStateNone);
 }
 
-TEST_F(UnixSocketTest, ConnectWhereNothingListensGivesSeven) {
+TEST_F(UnixSocketTest, ConnectReturnsSevenWithoutListener) {
   const struct {
     const char* name;
     std::string path;
@@ -504,7 +504,7 @@ TEST_F(UnixSocketTest, ConnectWhereNothingListensGivesSeven) {
   }
 }
 
-TEST_F(UnixSocketTest, ConnectToStaleSocketFileGivesSeven) {
+TEST_F(UnixSocketTest, ConnectReturnsSevenForStaleSocketFile) {
   {
     UnixSocket server;
     listenAt(server, path_);
@@ -515,7 +515,7 @@ TEST_F(UnixSocketTest, ConnectToStaleSocketFileGivesSeven) {
   EXPECT_EQ(client.getErrno(), ECONNREFUSED);
 }
 
-TEST_F(UnixSocketTest, ConnectWithTimeOutThatCannotBeSetGivesEight) {
+TEST_F(UnixSocketTest, ConnectReturnsEightIfTheTimeOutCannotBeSet) {
   UnixSocket unopened;
   EXPECT_EQ(unopened.Connect(30, 0), 8);
   EXPECT_EQ(unopened.getErrorCode(), 8);
@@ -546,7 +546,7 @@ TEST_F(UnixSocketTest, ConnectSetsBothTimeOutsAndState) {
   }
 }
 
-TEST_F(UnixSocketTest, ReadFromServerThatSaysNothingEndsWithTimeOut) {
+TEST_F(UnixSocketTest, ReadTimesOutForSilentServer) {
   UnixSocket server;
   listenAt(server, path_);
   UnixSocket client;
@@ -562,7 +562,7 @@ TEST_F(UnixSocketTest, ReadFromServerThatSaysNothingEndsWithTimeOut) {
   EXPECT_EQ(std::string(buffer_.data(), 5), std::string("\0\0\0\0x", 5)) << "zeroed first";
 }
 
-TEST_F(UnixSocketTest, WriteToServerThatTakesNothingEndsWithTimeOut) {
+TEST_F(UnixSocketTest, WriteTimesOutIfTheServerDoesNotRead) {
   UnixSocket server;
   listenAt(server, path_);
   UnixSocket client;
@@ -624,7 +624,7 @@ TEST_F(UnixSocketTest, ReadAfterPeerClosedReturnsZeroWithoutError) {
   EXPECT_THAT(log_.texts(), IsEmpty());
 }
 
-// With the default action of SIGPIPE in place, which would end this program.
+// The default action of SIGPIPE would end this program.
 TEST_F(UnixSocketTest, WriteAfterPeerClosedFailsWithoutSignal) {
   signal(SIGPIPE, SIG_DFL);
   std::array<int, 2> ends{};
@@ -647,7 +647,7 @@ TEST_F(UnixSocketTest, ReadAndWriteWorkOnAnyDescriptor) {
   EXPECT_STREQ(buffer_.data(), "one");
 }
 
-TEST_F(UnixSocketTest, ReadWithoutSocketGivesMinusOneAndNine) {
+TEST_F(UnixSocketTest, ReadWithoutSocketReturnsMinusOneAndErrorNine) {
   UnixSocket socket;
   buffer_.fill('x');
   EXPECT_EQ(socket.Read(buffer_.data(), 4), -1);
@@ -656,7 +656,7 @@ TEST_F(UnixSocketTest, ReadWithoutSocketGivesMinusOneAndNine) {
   EXPECT_EQ(loggedBy("Read"), "invalid read, no socket to read.\n");
 }
 
-TEST_F(UnixSocketTest, ReadOnClosedObjectGivesMinusOneAndNine) {
+TEST_F(UnixSocketTest, ReadOnClosedObjectReturnsMinusOneAndErrorNine) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
   ASSERT_EQ(socket.Close(), 0);
@@ -664,14 +664,14 @@ TEST_F(UnixSocketTest, ReadOnClosedObjectGivesMinusOneAndNine) {
   EXPECT_EQ(socket.getErrorCode(), 9);
 }
 
-TEST_F(UnixSocketTest, WriteWithoutSocketGivesMinusOneAndNine) {
+TEST_F(UnixSocketTest, WriteWithoutSocketReturnsMinusOneAndErrorNine) {
   UnixSocket socket;
   EXPECT_EQ(socket.Write(buffer_.data(), 4), -1);
   EXPECT_EQ(socket.getErrorCode(), 9);
   EXPECT_EQ(loggedBy("Write"), "invalid write, no socket to write.\n");
 }
 
-TEST_F(UnixSocketTest, FailedReadOrWriteKeepsNoErrno) {
+TEST_F(UnixSocketTest, FailedReadOrWriteStoresNoErrno) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);  // not connected
   EXPECT_LT(socket.Read(buffer_.data(), 4), 0);
@@ -682,7 +682,7 @@ TEST_F(UnixSocketTest, FailedReadOrWriteKeepsNoErrno) {
   EXPECT_EQ(socket.getErrno(), 0);
 }
 
-TEST_F(UnixSocketTest, ReadAndWriteOfNothingReturnZero) {
+TEST_F(UnixSocketTest, ReadAndWriteOfZeroBytesReturnZero) {
   UnixSocket server;
   listenAt(server, path_);
   UnixSocket client;
@@ -708,7 +708,7 @@ TEST_F(UnixSocketTest, CloseTwiceReturnsZeroBothTimes) {
   EXPECT_THAT(log_.texts(), IsEmpty());
 }
 
-TEST_F(UnixSocketTest, SuccessfulCloseLeavesCodesOfEarlierCall) {
+TEST_F(UnixSocketTest, SuccessfulCloseKeepsEarlierCodes) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
   ASSERT_EQ(socket.Connect(30, 0), 7);
@@ -720,7 +720,7 @@ TEST_F(UnixSocketTest, SuccessfulCloseLeavesCodesOfEarlierCall) {
   EXPECT_EQ(socket.getErrno(), 0);
 }
 
-TEST_F(UnixSocketTest, CloseThatFailsReturnsOneAndChangesNothing) {
+TEST_F(UnixSocketTest, FailedCloseReturnsOneAndChangesNothing) {
   UnixSocket socket(9999);  // no such descriptor
   EXPECT_EQ(socket.Close(), 1);
   EXPECT_EQ(socket.getErrorCode(), 11);
@@ -730,7 +730,7 @@ TEST_F(UnixSocketTest, CloseThatFailsReturnsOneAndChangesNothing) {
   EXPECT_EQ(loggedBy("Close"), "close m_socketFd 9999 fail, " + reason(EBADF));
 }
 
-TEST_F(UnixSocketTest, DescriptorZeroCountsAsNone) {
+TEST_F(UnixSocketTest, DescriptorZeroCountsAsNoSocket) {
   const int spare = dup(0);
   {
     UnixSocket socket(0);
@@ -742,7 +742,7 @@ TEST_F(UnixSocketTest, DescriptorZeroCountsAsNone) {
   close(spare);
 }
 
-TEST_F(UnixSocketTest, DescriptorZeroIsReadAndWrittenAllTheSame) {
+TEST_F(UnixSocketTest, DescriptorZeroCanBeReadAndWritten) {
   const int spare = dup(0);
   std::array<int, 2> ends{};
   ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, ends.data()), 0);
@@ -760,7 +760,7 @@ TEST_F(UnixSocketTest, DescriptorZeroIsReadAndWrittenAllTheSame) {
   for (const int descriptor : {spare, ends[0], ends[1]}) close(descriptor);
 }
 
-TEST_F(UnixSocketTest, OperationsBeginByResettingTheCodes) {
+TEST_F(UnixSocketTest, OperationsResetTheCodesFirst) {
   UnixSocket socket;
   ASSERT_EQ(socket.Open(path_), 0);
   ASSERT_EQ(socket.Connect(30, 0), 7);

@@ -47,7 +47,7 @@ AudioFacts wma(int codec, std::int64_t containerBitRate, std::string_view name =
   return {.codec = codec, .containerBitRate = containerBitRate, .fileName = name};
 }
 
-TEST(DlnaAudioProfile, OfCodecsThatNeedNoMore) {
+TEST(DlnaAudioProfile, NamesCodecsWithOneProfile) {
   const Row rows[] = {
       {{.codec = 0xFFFF}, ""},
       {{.codec = CODEC_ID_PCM_S16LE}, "LPCM"},
@@ -73,11 +73,11 @@ TEST(DlnaAudioProfile, OfCodecsThatNeedNoMore) {
   expectAll(rows);
 }
 
-TEST(DlnaAudioProfile, DtsHasTheNameOfAc3OnPurpose) {
+TEST(DlnaAudioProfile, NamesDtsLikeAc3) {
   EXPECT_EQ(dlnaAudioProfile({.codec = CODEC_ID_DTS}), "AC3");
 }
 
-TEST(DlnaAudioProfile, OfAacByBitRateAndChannels) {
+TEST(DlnaAudioProfile, NamesAacByBitRateAndChannels) {
   const Row rows[] = {
       {aac(0, 2), "AAC_ADTS_320"},
       {aac(320000, 2), "AAC_ADTS_320"},
@@ -101,7 +101,7 @@ TEST(DlnaAudioProfile, OfAacByBitRateAndChannels) {
   expectAll(rows);
 }
 
-TEST(DlnaAudioProfile, OfAacInMp4HasNo320VariantOnPurpose) {
+TEST(DlnaAudioProfile, AacInMp4HasNo320Variant) {
   const Row rows[] = {
       {inMp4(aac(1, 2)), "AAC_ISO"},
       {inMp4(aac(320000, 2)), "AAC_ISO"},
@@ -117,7 +117,7 @@ TEST(DlnaAudioProfile, OfAacInMp4HasNo320VariantOnPurpose) {
   expectAll(rows);
 }
 
-TEST(DlnaAudioProfile, OfAacNeedsASampleRateWithinBounds) {
+TEST(DlnaAudioProfile, RequiresAacSampleRateWithinLimits) {
   const Row rows[] = {
       {aac(128000, 2, 7350), ""},
       {aac(128000, 2, 7999), ""},
@@ -131,7 +131,7 @@ TEST(DlnaAudioProfile, OfAacNeedsASampleRateWithinBounds) {
   expectAll(rows);
 }
 
-TEST(DlnaAudioProfile, OneAacTestFileKeepsThe320Name) {
+TEST(DlnaAudioProfile, NamesTheAacTestFileByItsFileName) {
   const std::string longer = std::string("x") + kAac320File;
   const Row rows[] = {
       {aac(320001, 2, 48000, kAac320File), "AAC_ADTS_320"},
@@ -140,14 +140,14 @@ TEST(DlnaAudioProfile, OneAacTestFileKeepsThe320Name) {
       {aac(384000, 3, 48000, kAac320File), "AAC_MULT5_ADTS"},
       {aac(384000, 2, 96000, kAac320File), ""},
       {inMp4(aac(384000, 2, 48000, kAac320File)), "AAC_ISO"},
-      // The whole name, in this spelling.
+      // The whole name must match, in this spelling.
       {aac(384000, 2, 48000, longer), "AAC_ADTS"},
       {aac(384000, 2, 48000, "o-aac_adts_320-stereo-48khz-320.adts"), "AAC_ADTS"},
   };
   expectAll(rows);
 }
 
-TEST(DlnaAudioProfile, OfWmaGoesByTheContainersBitRate) {
+TEST(DlnaAudioProfile, NamesWmaByTheContainersBitRate) {
   for (const int codec : {CODEC_ID_WMAV1, CODEC_ID_WMAV2}) {
     const Row rows[] = {
         {wma(codec, 0), "WMABASE"},      {wma(codec, 192000), "WMABASE"},
@@ -158,11 +158,11 @@ TEST(DlnaAudioProfile, OfWmaGoesByTheContainersBitRate) {
   }
 }
 
-TEST(DlnaAudioProfile, OneWmaTestFileKeepsTheBaseName) {
+TEST(DlnaAudioProfile, NamesTheWmaTestFileByItsFileName) {
   const Row rows[] = {
       {wma(CODEC_ID_WMAV2, 192001, "O-WAB-05_C_192_44_2.wma"), "WMABASE"},
       {wma(CODEC_ID_WMAV1, 385001, "O-WAB-05_C_192_44_2.wma"), "WMABASE"},
-      // Anywhere in the name, in this spelling.
+      // It may be anywhere in the name, in this spelling.
       {wma(CODEC_ID_WMAV2, 900000, "copy of O-WAB-05_C_192_44_2.wma.bak"), "WMABASE"},
       {wma(CODEC_ID_WMAV2, 900000, "o-wab-05_c_192_44_2.wma"), ""},
       {wma(CODEC_ID_WMAPRO, 900000, "O-WAB-05_C_192_44_2.wma"), "WMAPRO"},

@@ -23,7 +23,7 @@ constexpr uint32_t kUntouched = 4711;
 constexpr int32_t kUntouchedSigned = -4711;
 constexpr uint32_t kOtherContainer = 0xFFFFFFFF;
 
-// Every output of one call, and the line it wrote to standard error.
+// Every output of one call, and what it printed to standard error.
 struct Song {
   unsigned result = 9;
   uint32_t containerBitRate = kUntouched;
@@ -36,7 +36,7 @@ struct Song {
   uint32_t codecId = kUntouched;
   int32_t profile = kUntouchedSigned;
   int32_t level = kUntouchedSigned;
-  // The promised size, and bytes behind it that must stay as they are.
+  // The documented size, and bytes after it that must stay unchanged.
   struct {
     char text[16];
     char guard[8];
@@ -71,7 +71,7 @@ std::string tone(const std::string& name, const std::string& arguments) {
   return media(name, "-f lavfi -i sine=d=2:r=44100 " + arguments);
 }
 
-// Noise keeps an encoder at the bit rate it was asked for.
+// With noise, an encoder keeps the requested bit rate.
 std::string noise(const std::string& name, const std::string& arguments) {
   return media(name, "-f lavfi -i anoisesrc=d=2:r=48000:a=0.5:s=1 " + arguments);
 }
@@ -82,7 +82,7 @@ std::string little(std::uint64_t value, int size) {
   return bytes;
 }
 
-// A wave file that says its samples have this format tag: what no encoder here can make.
+// A WAVE file with this format tag, for formats without an encoder.
 std::string waveWithTag(unsigned tag, unsigned bytesPerSecond) {
   const std::string format = little(tag, 2) + little(2, 2) + little(44100, 4) +
                              little(bytesPerSecond, 4) + little(1024, 2) + little(16, 2) +
@@ -93,7 +93,7 @@ std::string waveWithTag(unsigned tag, unsigned bytesPerSecond) {
   return "RIFF" + little(chunks.size(), 4) + chunks;
 }
 
-// Two seconds of Monkey's Audio: its two headers, a seek table of two frames and some data.
+// Two seconds of Monkey's Audio: both headers, a seek table of two frames, and some data.
 std::string monkeysAudio() {
   constexpr unsigned kRate = 44100;
   const std::string data(8000, '\0');
@@ -119,7 +119,8 @@ struct Row {
   const char* dlnaProfile;
 };
 
-// One for every demuxer that has a number, some that have none, and the codecs with a profile name.
+// A row for every demuxer with a number, for some without one, and for the codecs with a profile
+// name.
 const Row kRows[] = {
     {"song.mp3", "-c:a libmp3lame", FORMAT_MP3, CODEC_ID_MP3, "MP3"},
     {"song.wav", "-c:a pcm_s16le", FORMAT_WAV, CODEC_ID_PCM_S16LE, "LPCM"},
@@ -155,7 +156,7 @@ const Row kRows[] = {
     {"song.w64", "-c:a pcm_s16le", kOtherContainer, CODEC_ID_PCM_S16LE, "LPCM"},
 };
 
-// ffprobe writes most numbers as text and leaves out what it does not know.
+// ffprobe writes most numbers as text and leaves out unknown ones.
 long long number(const nlohmann::json& object, const char* key) {
   if (!object.contains(key)) return 0;
   const auto& value = object[key];
@@ -184,7 +185,7 @@ TEST(GetAudioMetadata, AgreesWithFfprobe) {
     EXPECT_EQ(song.bitRate, number(stream, "bit_rate"));
     EXPECT_EQ(song.sampleRate, number(stream, "sample_rate"));
     EXPECT_EQ(song.channels, number(stream, "channels"));
-    // ffprobe tells the codec's bits where it has a fixed number, the file's are not among its own.
+    // ffprobe reports the codec's bits if the codec has a fixed number, but not the file's.
     const long long bits = number(stream, "bits_per_sample");
     EXPECT_EQ(song.bitsPerSample, bits != 0 ? bits : song.bitsPerSample);
     const double duration = std::stod(told["format"].value("duration", "0"));
@@ -192,7 +193,7 @@ TEST(GetAudioMetadata, AgreesWithFfprobe) {
   }
 }
 
-TEST(GetAudioMetadata, DescribesWhatNoEncoderHereMakes) {
+TEST(GetAudioMetadata, DescribesFormatsWithoutEncoder) {
   struct Built {
     const char* name;
     std::string bytes;
@@ -216,7 +217,8 @@ TEST(GetAudioMetadata, DescribesWhatNoEncoderHereMakes) {
   }
 }
 
-// Else two frames do not fit into a packet, and padding nearly doubles the container's bit rate.
+// Otherwise two frames do not fit into a packet, and padding nearly doubles the container's bit
+// rate.
 constexpr char kFullPackets[] = " -packet_size 30000";
 
 TEST(GetAudioMetadata, NamesWindowsMediaByTheContainersBitRate) {
@@ -244,13 +246,13 @@ TEST(GetAudioMetadata, NamesWindowsMediaByTheContainersBitRate) {
   }
 }
 
-TEST(GetAudioMetadata, TheWmaTestFileKeepsTheBaseName) {
+TEST(GetAudioMetadata, NamesTheWmaTestFileByItsFileName) {
   const std::string path =
       noise("x-O-WAB-05_C_192_44_2.wma", "-ac 2 -c:a wmav2 -b:a 320k -packet_size 30000");
   EXPECT_STREQ(probe(path).dlnaProfile.text, "WMABASE");
 }
 
-TEST(GetAudioMetadata, AFolderNamedAsTheWmaTestFileChangesNothing) {
+TEST(GetAudioMetadata, IgnoresFolderNamedLikeTheWmaTestFile) {
   const TempDir folder;
   mkdir(folder.path("O-WAB-05_C_192_44_2.wma").c_str(), 0700);
   const std::string path = folder.write(
@@ -259,7 +261,7 @@ TEST(GetAudioMetadata, AFolderNamedAsTheWmaTestFileChangesNothing) {
   EXPECT_STREQ(probe(path).dlnaProfile.text, "WMAFULL");
 }
 
-// The encoder's savings turned off, so that noise takes more than 320 kbit/s.
+// Turns off the encoder's optimizations, so that noise needs more than 320 kbit/s.
 #define KOLUM_FULL_AAC \
   "-af aformat=channel_layouts=stereo,adelay=10|0 -b:a 450k -aac_pns 0 -aac_is 0 -aac_ms 0"
 constexpr char kFullAac[] = KOLUM_FULL_AAC " -f adts";
@@ -282,7 +284,7 @@ TEST(GetAudioMetadata, NamesAacByStreamAndContainer) {
       {"three.aac", "-ac 3 -b:a 192k -f adts", "AAC_MULT5_ADTS"},
       {"six.aac", "-ac 6 -b:a 320k -f adts", "AAC_MULT5_ADTS"},
       {"six.m4a", "-ac 6 -b:a 320k -f ipod", "AAC_MULT5_ISO"},
-      // The only layout of eight channels that every release of the encoder writes as ADTS.
+      // The only eight-channel layout that every release of the encoder can write as ADTS.
       {"eight.aac", "-af aformat=channel_layouts=7.1(wide) -b:a 400k -f adts", ""},
       {"eight.m4a", "-ac 8 -b:a 400k -f ipod", ""},
       {"7350.aac", "-ac 1 -ar 7350 -b:a 24k -f adts", ""},
@@ -310,13 +312,13 @@ TEST(GetAudioMetadata, ConvertsProfileAndLevel) {
   EXPECT_EQ(probe(tone("song.mp3", "-c:a libmp3lame")).profile, PROFILE_UNKNOWN);
 }
 
-TEST(GetAudioMetadata, WritesALineOnTheDurationToStandardError) {
+TEST(GetAudioMetadata, PrintsTheDurationToStandardError) {
   const Song song = probe(tone("song.wav", "-c:a pcm_s16le"));
   EXPECT_THAT(song.log, MatchesRegex("\\[MediaInfo:[0-9]+\\] >>>> ctx->duration=2000000, "
                                      "AV_TIME_BASE=1000000, ctx->duration/AV_TIME_BASE=2 \n"));
 }
 
-TEST(GetAudioMetadata, AnUnknownDurationStaysAsItWas) {
+TEST(GetAudioMetadata, KeepsTheCallersValueForUnknownDuration) {
   const std::string path = made("endless.mka", "flac, not finished", [](const std::string& out) {
     mustRun({"sh", "-c",
              "ffmpeg -loglevel error -nostdin -f lavfi -i sine=d=1 -c:a flac -f matroska -live 1 - "
@@ -330,7 +332,7 @@ TEST(GetAudioMetadata, AnUnknownDurationStaysAsItWas) {
   EXPECT_THAT(song.log, HasSubstr("ctx->duration=-9223372036854775808,"));
 }
 
-TEST(GetAudioMetadata, ACodecWithoutNumberFailsWithTheEarlierOutputsWritten) {
+TEST(GetAudioMetadata, FailsForCodecWithoutNumberAfterWritingEarlierOutputs) {
   const std::string path = noise("song.opus", "-c:a libopus -b:a 96k");
   const Song song = probe(path);
   EXPECT_EQ(song.result, 1U);
@@ -346,7 +348,7 @@ TEST(GetAudioMetadata, ACodecWithoutNumberFailsWithTheEarlierOutputsWritten) {
 }
 
 // Release 57 reported such a stream as one without a codec.
-TEST(GetAudioMetadata, ACodecLaterThanTheFrozenNumberingHasTheNumberZero) {
+TEST(GetAudioMetadata, ReportsCodecZeroForCodecsAfterRelease57) {
   const TempDir folder;
   const Song song = probe(folder.write("siren.wav", waveWithTag(0x28E, 2000)));
   EXPECT_EQ(song.result, 0U);
@@ -356,14 +358,14 @@ TEST(GetAudioMetadata, ACodecLaterThanTheFrozenNumberingHasTheNumberZero) {
   EXPECT_STREQ(song.dlnaProfile.text, "");
 }
 
-TEST(GetAudioMetadata, ACodecOfTheFrozenNumberingWithoutAnIdentifierFails) {
+TEST(GetAudioMetadata, FailsForRelease57CodecWithoutIdentifier) {
   const Song song = probe(media("song.opus", "-f lavfi -i sine=d=1 -c:a libopus"));
   EXPECT_EQ(song.result, 1U);
   EXPECT_NE(song.profile, kUntouchedSigned);
   EXPECT_EQ(song.codecId, kUntouched);
 }
 
-TEST(GetAudioMetadata, ACodecThatFfmpegDoesNotKnowHasTheNumberZero) {
+TEST(GetAudioMetadata, ReportsCodecZeroForCodecUnknownToFfmpeg) {
   const TempDir folder;
   const Song song = probe(folder.write("odd.wav", waveWithTag(0x7777, 2000)));
   EXPECT_EQ(song.result, 0U);
@@ -374,7 +376,7 @@ TEST(GetAudioMetadata, ACodecThatFfmpegDoesNotKnowHasTheNumberZero) {
   EXPECT_STREQ(song.dlnaProfile.text, "");
 }
 
-TEST(GetAudioMetadata, AVideoIsDescribedByItsFirstAudioStream) {
+TEST(GetAudioMetadata, DescribesVideoByItsFirstAudioStream) {
   const Song song =
       probe(media("two-tracks.mkv",
                   "-f lavfi -i testsrc=s=64x48:d=1 -f lavfi -i sine=d=1:r=44100 -f lavfi -i "
@@ -384,21 +386,21 @@ TEST(GetAudioMetadata, AVideoIsDescribedByItsFirstAudioStream) {
   EXPECT_EQ(song.sampleRate, 44100U);
 }
 
-TEST(GetAudioMetadata, AVideoWithoutSoundIsASuccessWithNothingWritten) {
+TEST(GetAudioMetadata, SucceedsWithoutOutputForSilentVideo) {
   const Song song = probe(media("silent.mkv", "-f lavfi -i testsrc=s=64x48:d=1 -c:v mpeg4"));
   EXPECT_EQ(song.result, 0U);
   expectUntouched(song);
   EXPECT_EQ(song.log, "");
 }
 
-TEST(GetAudioMetadata, AFileWithoutStreamsIsASuccessOnPurpose) {
+TEST(GetAudioMetadata, SucceedsForFileWithoutStreams) {
   const TempDir folder;
   const Song song = probe(folder.write("empty.ffmeta", ";FFMETADATA1\ntitle=none\n"));
   EXPECT_EQ(song.result, 0U);
   expectUntouched(song);
 }
 
-TEST(GetAudioMetadata, WhatCannotBeOpenedFailsWithNothingWritten) {
+TEST(GetAudioMetadata, FailsWithoutOutputIfTheFileCannotBeOpened) {
   const TempDir folder;
   folder.write("empty.mp3", "");
   folder.write("noise.xyz", std::string(600, '\xA5'));
@@ -415,14 +417,14 @@ TEST(GetAudioMetadata, WhatCannotBeOpenedFailsWithNothingWritten) {
   }
 }
 
-TEST(GetAudioMetadata, ANameWithoutADotIsOpened) {
+TEST(GetAudioMetadata, OpensNameWithoutExtension) {
   const TempDir folder;
   const std::string path =
       folder.write("song", mustRun({"cat", tone("song.wav", "-c:a pcm_s16le")}));
   EXPECT_EQ(probe(path).containerFormat, FORMAT_WAV);
 }
 
-TEST(GetAudioMetadata, NullOutputsAreSkippedAndNullNamesFail) {
+TEST(GetAudioMetadata, SkipsNullOutputsAndRejectsNullNames) {
   const std::string path = tone("song.wav", "-c:a pcm_s16le");
   const std::size_t slash = path.rfind('/');
   const auto call = [](const char* folder, const char* name) {
@@ -439,14 +441,14 @@ TEST(GetAudioMetadata, NullOutputsAreSkippedAndNullNamesFail) {
   EXPECT_EQ(call(std::string(1024, '/').c_str(), "song.wav"), 1U);
 }
 
-TEST(GetAudioMetadata, ACutFileDoesNoHarm) {
+TEST(GetAudioMetadata, SurvivesTruncatedFile) {
   const std::string whole = mustRun({"cat", tone("song.m4a", "-c:a aac -ac 2 -f ipod")});
   const TempDir folder;
   for (std::size_t length = 0; length < whole.size(); length += whole.size() / 23 + 1)
     EXPECT_LE(probe(folder.write("cut.m4a", whole.substr(0, length))).result, 1U) << length;
 }
 
-TEST(GetAudioMetadata, LeavesNoDescriptorBehind) {
+TEST(GetAudioMetadata, LeavesNoDescriptorOpen) {
   const std::string path = tone("song.ogg", "-c:a libvorbis");
   probe(path);
   const ExpectNoDescriptorLeak leak;

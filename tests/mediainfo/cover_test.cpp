@@ -19,7 +19,7 @@ struct Lookup {
   std::string path;
 };
 
-// Into a buffer of the promised size; the bytes behind it must stay as they are.
+// Uses a buffer of the documented size; the bytes after it must stay unchanged.
 Lookup lookUp(const std::string& folder) {
   struct {
     char path[kPathSize];
@@ -32,7 +32,7 @@ Lookup lookUp(const std::string& folder) {
   return {result, buffer.path};
 }
 
-TEST(CheckLocalAlbum, FindsEachNameByItself) {
+TEST(CheckLocalAlbum, FindsEachName) {
   for (const char* name : kNames) {
     const TempDir folder;
     const std::string path = folder.write(name, "picture");
@@ -42,7 +42,7 @@ TEST(CheckLocalAlbum, FindsEachNameByItself) {
   }
 }
 
-TEST(CheckLocalAlbum, EarlierNamesWin) {
+TEST(CheckLocalAlbum, PrefersEarlierNames) {
   const TempDir folder;
   for (std::size_t i = std::size(kNames); i-- > 0;) {
     const std::string path = folder.write(kNames[i], "picture");
@@ -50,7 +50,7 @@ TEST(CheckLocalAlbum, EarlierNamesWin) {
   }
 }
 
-TEST(CheckLocalAlbum, TakesNoOtherSpelling) {
+TEST(CheckLocalAlbum, RejectsOtherSpellings) {
   for (const char* name : {"front.JPG", "COVER.JPG", "cover.jpeg", "FOLDER.jpg", "cover.jpg.bak",
                            "altcover.jpg", "cover.png"}) {
     const TempDir folder;
@@ -67,7 +67,7 @@ TEST(CheckLocalAlbum, InsertsNothingBetweenFolderAndName) {
   EXPECT_EQ(lookUp(folder.path("album-")).path, path);
 }
 
-TEST(CheckLocalAlbum, FindsNothingWhereThereIsNoFolder) {
+TEST(CheckLocalAlbum, FindsNothingWithoutFolder) {
   EXPECT_EQ(lookUp("/no/such/folder/").result, 1U);
   EXPECT_EQ(lookUp("/" + std::string(5000, 'x') + "/").result, 1U);
   EXPECT_EQ(KoLUM_CheckLocalAlbum(nullptr, nullptr), 1U);
@@ -77,7 +77,7 @@ TEST(CheckLocalAlbum, FindsNothingWhereThereIsNoFolder) {
   EXPECT_EQ(KoLUM_CheckLocalAlbum("/tmp/", nullptr), 1U);
 }
 
-TEST(CheckLocalAlbum, PathsAreCutAt1023Characters) {
+TEST(CheckLocalAlbum, CutsPathsAt1023Characters) {
   const TempDir folder;
   folder.write("cover.jpg", "picture");
   const auto padded = [&](std::size_t size) {
@@ -88,13 +88,13 @@ TEST(CheckLocalAlbum, PathsAreCutAt1023Characters) {
   EXPECT_EQ(lookUp(padded(longest)).path, padded(longest) + "cover.jpg");
   EXPECT_EQ(lookUp(padded(longest + 1)).result, 1U);
 
-  // What is cut is looked for all the same.
+  // The cut path is still looked for.
   folder.write("cover.jp", "no picture");
   EXPECT_EQ(lookUp(padded(longest + 1)).path, padded(longest + 1) + "cover.jp");
   EXPECT_EQ(lookUp(std::string(1500, '/')).path, std::string(kPathSize - 1, '/'));
 }
 
-TEST(CheckSpecialCover, KnowsTheNamesAndWhatBeginsWithOne) {
+TEST(CheckSpecialCover, AcceptsCoverNamesAndNamesThatBeginWithOne) {
   struct Row {
     const char* name;
     unsigned expected;

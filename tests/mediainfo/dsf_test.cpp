@@ -1,4 +1,4 @@
-// DSD files and the external tool, which is a script here.
+// DSD files and the external tool, which is a script in these tests.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kolum/audio.h>
@@ -36,7 +36,7 @@ constexpr char kDocument[] =
     "<ALBUM>Tool Album</ALBUM><YEAR>1999</YEAR><TRACK>7</TRACK><DURATION>123</DURATION>"
     "<CHANNEL>2</CHANNEL><FREQUENCY>2822400</FREQUENCY></ID3TAG>\n";
 
-// The folder that the library was given, for the life of the process.
+// The working path that the library got, once per process.
 const TempDir& toolFolder() {
   static const TempDir kFolder;
   return kFolder;
@@ -50,7 +50,7 @@ class DsfTest : public testing::Test {
     std::filesystem::remove(tools_.path("dsf2flac"));
   }
 
-  // The script gets the tool's own arguments.
+  // The script gets the tool's arguments.
   void setTool(const std::string& script) {
     const std::string path = tools_.write("dsf2flac", "#!/bin/sh\n" + script);
     chmod(path.c_str(), 0755);
@@ -92,7 +92,7 @@ void expectUntouched(const Numbers& n) {
     EXPECT_EQ(value, kUntouched);
 }
 
-// Outputs of GetDsfMetadata3, each text with bytes behind it that must stay as they are.
+// Outputs of GetDsfMetadata3, each text followed by bytes that must stay unchanged.
 struct Text {
   char value[256] = "";
   char guard[8] = {'#', '#', '#', '#', '#', '#', '#', '#'};
@@ -136,7 +136,7 @@ void expectTexts(const Tags& tags, const std::vector<std::string>& expected) {
             expected);
 }
 
-TEST_F(GetDsfMetadata2Test, TakesTheNumbersOfTheTool) {
+TEST_F(GetDsfMetadata2Test, ReturnsTheToolsNumbers) {
   setToolOutput(kDocument);
   const Numbers n = numbersOf(files_.folder(), "song.dsf");
   EXPECT_EQ(n.result, 0U);
@@ -148,7 +148,7 @@ TEST_F(GetDsfMetadata2Test, TakesTheNumbersOfTheTool) {
   EXPECT_EQ(n.bitsPerSample, kUntouched);
 }
 
-TEST_F(GetDsfMetadata2Test, NullOutputsAreSkipped) {
+TEST_F(GetDsfMetadata2Test, SkipsNullOutputs) {
   setToolOutput(kDocument);
   const std::string folder = files_.folder();
   const auto call = [&](uint32_t* bitRate, uint32_t* sampleRate, uint32_t* channels) {
@@ -159,7 +159,7 @@ TEST_F(GetDsfMetadata2Test, NullOutputsAreSkipped) {
   uint32_t bitRate = kUntouched;
   uint32_t sampleRate = kUntouched;
   EXPECT_EQ(call(&bitRate, nullptr, nullptr), 0U);
-  EXPECT_EQ(bitRate, kUntouched) << "goes with the sample rate";
+  EXPECT_EQ(bitRate, kUntouched) << "only with the sample rate";
   EXPECT_EQ(call(nullptr, &sampleRate, nullptr), 0U);
   EXPECT_EQ(sampleRate, 2822400U);
   EXPECT_EQ(call(&bitRate, &sampleRate, nullptr), 0U);
@@ -170,7 +170,7 @@ TEST_F(GetDsfMetadata2Test, NullOutputsAreSkipped) {
             1U);
 }
 
-TEST_F(GetDsfMetadata2Test, MissingElementsLeaveTheirOutputs) {
+TEST_F(GetDsfMetadata2Test, KeepsOutputsOfMissingElements) {
   setToolOutput("<ID3TAG><CHANNEL>6</CHANNEL></ID3TAG>");
   Numbers n = numbersOf(files_.folder(), "x.dsf");
   EXPECT_EQ(n.result, 0U);
@@ -184,7 +184,7 @@ TEST_F(GetDsfMetadata2Test, MissingElementsLeaveTheirOutputs) {
   expectUntouched(n);
 }
 
-TEST_F(GetDsfMetadata2Test, WithoutAChannelCountTheCallersCounts) {
+TEST_F(GetDsfMetadata2Test, UsesTheCallersChannelCountIfMissing) {
   setToolOutput("<ID3TAG><FREQUENCY>2822400</FREQUENCY></ID3TAG>");
   const auto bitRateWith = [&](uint32_t* channels) {
     uint32_t bitRate = kUntouched;
@@ -214,15 +214,15 @@ TEST_F(GetDsfMetadata2Test, ReadsLeadingDigits) {
   }
 }
 
-TEST_F(GetDsfMetadata2Test, TheBitRateWrapsIn32SignedBits) {
+TEST_F(GetDsfMetadata2Test, WrapsBitRateToSigned32Bits) {
   setToolOutput("<ID3TAG><CHANNEL>100</CHANNEL><FREQUENCY>45158400</FREQUENCY></ID3TAG>");
-  // 4515840000 is 220872704 more than 32 bits hold.
+  // 4515840000 wraps to 220872704 in 32 bits.
   EXPECT_EQ(numbersOf(files_.folder(), "x.dsf").bitRate, 220872U);
   setToolOutput("<ID3TAG><CHANNEL>50</CHANNEL><FREQUENCY>45158400</FREQUENCY></ID3TAG>");
   EXPECT_EQ(static_cast<int32_t>(numbersOf(files_.folder(), "x.dsf").bitRate), -2037047);
 }
 
-// A document of exactly SIZE bytes whose elements stand at its end.
+// A document of exactly SIZE bytes with its elements at the end.
 std::string paddedDocument(std::size_t size) {
   const std::string document = kDocument;
   const std::string head = document.substr(0, document.find('\n') + 1);
@@ -230,14 +230,14 @@ std::string paddedDocument(std::size_t size) {
   return head + std::string(size - document.size(), ' ') + tail;
 }
 
-TEST_F(GetDsfMetadata2Test, OutputUpTo4095BytesCountsWhole) {
+TEST_F(GetDsfMetadata2Test, ReadsOutputOfUpTo4095BytesCompletely) {
   for (const std::size_t size : {1000U, 4094U, 4095U}) {
     setToolOutput(paddedDocument(size));
     EXPECT_EQ(numbersOf(files_.folder(), "x.dsf").durationSec, 123U) << size;
   }
 }
 
-TEST_F(GetDsfMetadata2Test, OfLongerOutputOnlyTheLaterPartCountsOnPurpose) {
+TEST_F(GetDsfMetadata2Test, ReadsOnlyTheLaterPartOfLongerOutput) {
   struct Row {
     const char* what;
     std::string output;
@@ -262,7 +262,7 @@ TEST_F(GetDsfMetadata2Test, OfLongerOutputOnlyTheLaterPartCountsOnPurpose) {
   }
 }
 
-TEST_F(GetDsfMetadata2Test, FailsForAnythingButADocument) {
+TEST_F(GetDsfMetadata2Test, FailsForOtherOutput) {
   struct Row {
     const char* what;
     std::string script;
@@ -284,7 +284,7 @@ TEST_F(GetDsfMetadata2Test, FailsForAnythingButADocument) {
   }
 }
 
-TEST_F(GetDsfMetadata2Test, FailsWithoutATool) {
+TEST_F(GetDsfMetadata2Test, FailsWithoutTool) {
   const Numbers n = numbersOf(files_.folder(), "x.dsf");
   EXPECT_EQ(n.result, 1U);
   expectUntouched(n);
@@ -299,7 +299,7 @@ TEST_F(GetDsfMetadata2Test, FailsBeforeTheLibraryIsInitialised) {
   expectUntouched(n);
 }
 
-TEST_F(GetDsfMetadata2Test, SaysErrorWhenTheToolCannotBeStarted) {
+TEST_F(GetDsfMetadata2Test, PrintsErrorIfTheToolCannotBeStarted) {
   setToolOutput(kDocument);
   testing::internal::CaptureStdout();
   rlimit before = {};
@@ -313,8 +313,8 @@ TEST_F(GetDsfMetadata2Test, SaysErrorWhenTheToolCannotBeStarted) {
   expectUntouched(n);
 }
 
-TEST_F(GetDsfMetadata2Test, HandsTheToolTheFilesNameWhateverIsInIt) {
-  // The script tells the name by its length and the last byte's number.
+TEST_F(GetDsfMetadata2Test, PassesAnyFileNameToTheTool) {
+  // The script reports the name's length and its last byte.
   setTool(
       "[ \"$1\" = -i ] && [ \"$3\" = -f ] && [ $# = 3 ] || exit 1\n"
       "printf %s \"$2\" >'" +
@@ -329,7 +329,7 @@ TEST_F(GetDsfMetadata2Test, HandsTheToolTheFilesNameWhateverIsInIt) {
   EXPECT_TRUE(std::filesystem::is_empty(files_.folder()));
 }
 
-TEST_F(GetDsfMetadata2Test, NeverCutsANameThatGrowsInTheShell) {
+TEST_F(GetDsfMetadata2Test, NeverCutsEscapedNames) {
   setTool("printf %s \"$2\" >'" + tools_.path("name") + "'\necho '<ID3TAG/>'\n");
   const std::string folder = files_.folder();
   const std::string longest(1023 - folder.size(), '\'');
@@ -340,7 +340,7 @@ TEST_F(GetDsfMetadata2Test, NeverCutsANameThatGrowsInTheShell) {
   EXPECT_FALSE(std::filesystem::exists(tools_.path("name")));
 }
 
-TEST_F(GetDsfMetadata2Test, LeavesNoChildAndNoDescriptorBehind) {
+TEST_F(GetDsfMetadata2Test, LeavesNoChildAndNoDescriptor) {
   numbersOf(files_.folder(), "x.dsf");
   const ExpectNoDescriptorLeak leak;
   for (const std::string& script :
@@ -353,17 +353,17 @@ TEST_F(GetDsfMetadata2Test, LeavesNoChildAndNoDescriptorBehind) {
   }
 }
 
-TEST_F(GetDsfMetadata2Test, EndsAToolThatPrintsWithoutEnd) {
+TEST_F(GetDsfMetadata2Test, KillsToolThatNeverStopsPrinting) {
   setTool("yes '<ID3TAG>'\n");
   withinSeconds(30, [&] {
     const Numbers n = numbersOf(files_.folder(), "x.dsf");
     EXPECT_EQ(n.result, 1U);
     expectUntouched(n);
   });
-  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left behind";
 }
 
-TEST_F(GetDsfMetadata2Test, LosesNothingToSignals) {
+TEST_F(GetDsfMetadata2Test, LosesNoOutputToSignals) {
   setTool("printf '<ID3TAG>'; sleep 0.2; echo '<CHANNEL>6</CHANNEL></ID3TAG>'\n");
   runInChild([&] {
     struct sigaction action {};
@@ -375,7 +375,7 @@ TEST_F(GetDsfMetadata2Test, LosesNothingToSignals) {
   });
 }
 
-TEST_F(GetDsfMetadata2Test, MayRunInParallel) {
+TEST_F(GetDsfMetadata2Test, RunsInParallel) {
   setTool("echo \"<ID3TAG><DURATION>$(basename \"$2\" .dsf)</DURATION></ID3TAG>\"\n");
   std::vector<std::thread> threads;
   for (uint32_t i = 1; i <= 8; ++i)
@@ -385,7 +385,7 @@ TEST_F(GetDsfMetadata2Test, MayRunInParallel) {
   for (std::thread& thread : threads) thread.join();
 }
 
-TEST_F(GetDsfMetadata3Test, TakesUnicodeTextsFromTheTag) {
+TEST_F(GetDsfMetadata3Test, ReadsUnicodeTextsFromTheTag) {
   setToolOutput(kDocument);
   for (const TextEncoding encoding :
        {TextEncoding::kUtf16, TextEncoding::kUtf16BigEndian, TextEncoding::kUtf8}) {
@@ -402,7 +402,7 @@ TEST_F(GetDsfMetadata3Test, TakesUnicodeTextsFromTheTag) {
   }
 }
 
-TEST_F(GetDsfMetadata3Test, TakesTextsFromOlderTagsToo) {
+TEST_F(GetDsfMetadata3Test, ReadsTextsFromOlderTags) {
   setToolOutput(kDocument);
   files_.write("third.dsf", dsfFile({.tag = id3v2Tag(frames(TextEncoding::kUtf16), 3)}));
   expectTexts(tagsOf(files_.folder(), "third.dsf"), {"Title", "Artist", "Band", "Album"});
@@ -422,7 +422,7 @@ TEST_F(GetDsfMetadata3Test, ConvertsTextsToUtf8) {
                "M\xC3\xBCnchen \xE6\x9D\xB1\xE4\xBA\xAC");
 }
 
-TEST_F(GetDsfMetadata3Test, LeavesLatin1TextsEmptyAndTheToolsAside) {
+TEST_F(GetDsfMetadata3Test, LeavesLatin1TextsEmptyAndIgnoresTheToolsTexts) {
   setToolOutput(kDocument);
   files_.write("song.dsf", taggedDsf(frames(TextEncoding::kLatin1)));
   const Tags tags = tagsOf(files_.folder(), "song.dsf");
@@ -431,7 +431,7 @@ TEST_F(GetDsfMetadata3Test, LeavesLatin1TextsEmptyAndTheToolsAside) {
   EXPECT_EQ(tags.year, 1999);
 }
 
-TEST_F(GetDsfMetadata3Test, TheEncodingOfAFieldsLastFrameDecides) {
+TEST_F(GetDsfMetadata3Test, UsesTheEncodingOfAFieldsLastFrame) {
   setToolOutput(kDocument);
   files_.write("song.dsf", taggedDsf({{"TIT2", "first", TextEncoding::kLatin1},
                                       {"TIT2", "second", TextEncoding::kUtf8},
@@ -440,7 +440,7 @@ TEST_F(GetDsfMetadata3Test, TheEncodingOfAFieldsLastFrameDecides) {
   expectTexts(tagsOf(files_.folder(), "song.dsf"), {"first", "", "", ""});
 }
 
-TEST_F(GetDsfMetadata3Test, ADsfFileWithoutTagHasNoTexts) {
+TEST_F(GetDsfMetadata3Test, ReturnsNoTextsForDsfFileWithoutTag) {
   setToolOutput(kDocument);
   const std::string tag = id3v2Tag(frames(TextEncoding::kUtf8));
   const struct {
@@ -467,7 +467,7 @@ TEST_F(GetDsfMetadata3Test, ADsfFileWithoutTagHasNoTexts) {
   }
 }
 
-TEST_F(GetDsfMetadata3Test, WhatIsNoFileHasNoTexts) {
+TEST_F(GetDsfMetadata3Test, ReturnsNoTextsForNonFiles) {
   setToolOutput(kDocument);
   mkdir(files_.path("folder.dsf").c_str(), 0700);
   ASSERT_EQ(mkfifo(files_.path("pipe.dsf").c_str(), 0600), 0);
@@ -479,7 +479,7 @@ TEST_F(GetDsfMetadata3Test, WhatIsNoFileHasNoTexts) {
     });
 }
 
-TEST_F(GetDsfMetadata3Test, DamagedTagsDoNoHarm) {
+TEST_F(GetDsfMetadata3Test, SurvivesDamagedTags) {
   setToolOutput(kDocument);
   const std::string tag = id3v2Tag(frames(TextEncoding::kUtf16));
   const std::string whole = dsfFile({.sampleRate = 8192, .tag = tag});
@@ -492,7 +492,7 @@ TEST_F(GetDsfMetadata3Test, DamagedTagsDoNoHarm) {
   }
 }
 
-TEST_F(GetDsfMetadata3Test, OtherFilesHaveTheToolsTexts) {
+TEST_F(GetDsfMetadata3Test, UsesTheToolsTextsForOtherFiles) {
   setToolOutput(kDocument);
   for (const char* name : {"song.dff", "song.DFF", "song", "song.dsf.bak", "dsf"}) {
     files_.write(name, dffFile({}));
@@ -504,7 +504,7 @@ TEST_F(GetDsfMetadata3Test, OtherFilesHaveTheToolsTexts) {
   expectTexts(tagsOf(files_.folder(), "song.DSF"), {"Title", "Artist", "Band", "Album"});
 }
 
-TEST_F(GetDsfMetadata3Test, LongTextsAreCutAt255Bytes) {
+TEST_F(GetDsfMetadata3Test, CutsTextsAt255Bytes) {
   const std::string longText(1000, 'x');
   setToolOutput("<ID3TAG><TITLE>" + longText + "</TITLE></ID3TAG>");
   files_.write("song.dff", "");
@@ -513,7 +513,7 @@ TEST_F(GetDsfMetadata3Test, LongTextsAreCutAt255Bytes) {
   EXPECT_EQ(tagsOf(files_.folder(), "song.dsf").title.value, longText.substr(0, 255));
 }
 
-TEST_F(GetDsfMetadata3Test, YearAndTrackGoWithTheDurationOnPurpose) {
+TEST_F(GetDsfMetadata3Test, WritesYearAndTrackOnlyWithTheDuration) {
   setToolOutput(kDocument);
   int32_t year = kUntouchedSigned;
   int32_t track = kUntouchedSigned;
@@ -529,7 +529,7 @@ TEST_F(GetDsfMetadata3Test, YearAndTrackGoWithTheDurationOnPurpose) {
   EXPECT_EQ(duration, 123U);
 }
 
-TEST_F(GetDsfMetadata3Test, ZeroesAndEmptyElements) {
+TEST_F(GetDsfMetadata3Test, HandlesZerosAndEmptyElements) {
   setToolOutput("<ID3TAG><TITLE/><YEAR>0</YEAR><TRACK>none</TRACK><DURATION/></ID3TAG>");
   files_.write("song.dff", "");
   const Tags tags = tagsOf(files_.folder(), "song.dff");
@@ -541,7 +541,7 @@ TEST_F(GetDsfMetadata3Test, ZeroesAndEmptyElements) {
   EXPECT_EQ(tags.channels, kUntouched);
 }
 
-TEST_F(GetDsfMetadata3Test, ADurationThatIsNotToldIsZero) {
+TEST_F(GetDsfMetadata3Test, ReportsMissingDurationAsZero) {
   setToolOutput("<ID3TAG><CHANNEL>6</CHANNEL></ID3TAG>");
   const Tags tags = tagsOf(files_.folder(), "song.dff");
   EXPECT_EQ(tags.result, 0U);
@@ -551,7 +551,7 @@ TEST_F(GetDsfMetadata3Test, ADurationThatIsNotToldIsZero) {
   EXPECT_EQ(tags.bitRate, kUntouched);
 }
 
-TEST_F(GetDsfMetadata3Test, TheBitRateGoesWithTheSampleRate) {
+TEST_F(GetDsfMetadata3Test, WritesBitRateOnlyWithTheSampleRate) {
   setToolOutput(kDocument);
   const auto call = [&](uint32_t* sampleRate, uint32_t* bitRate) {
     EXPECT_EQ(GetDsfMetadata3(files_.folder().c_str(), "x.dff", nullptr, nullptr, nullptr, nullptr,
@@ -568,7 +568,7 @@ TEST_F(GetDsfMetadata3Test, TheBitRateGoesWithTheSampleRate) {
   EXPECT_EQ(bitRate, 5644U);
 }
 
-TEST_F(GetDsfMetadata3Test, FailsWithTheTagsTextsWhenTheToolDoes) {
+TEST_F(GetDsfMetadata3Test, FailsWithTheTagsTextsIfTheToolFails) {
   files_.write("song.dsf", taggedDsf(frames(TextEncoding::kUtf8)));
   const Tags tags = tagsOf(files_.folder(), "song.dsf");
   EXPECT_EQ(tags.result, 1U);
@@ -604,7 +604,7 @@ TEST_F(GetDsfMetadataTest, FillsTheRecord) {
   EXPECT_EQ(song.level, -99);
 }
 
-TEST_F(GetDsfMetadataTest, FfmpegFillsWhatLatin1LeftEmpty) {
+TEST_F(GetDsfMetadataTest, FillsLatin1TextsFromFfmpeg) {
   setToolOutput(kDocument);
   auto all = frames(TextEncoding::kLatin1);
   all[1].encoding = TextEncoding::kUtf8;
@@ -615,7 +615,7 @@ TEST_F(GetDsfMetadataTest, FfmpegFillsWhatLatin1LeftEmpty) {
   EXPECT_STREQ(song.albumArtist, "Band");
 }
 
-TEST_F(GetDsfMetadataTest, FfmpegFillsNumbersThatAreStillZero) {
+TEST_F(GetDsfMetadataTest, FillsZeroNumbersFromFfmpeg) {
   struct Row {
     const char* date;
     const char* track;
@@ -634,7 +634,7 @@ TEST_F(GetDsfMetadataTest, FfmpegFillsNumbersThatAreStillZero) {
   }
 }
 
-TEST_F(GetDsfMetadataTest, KeepsWhatIsThere) {
+TEST_F(GetDsfMetadataTest, KeepsExistingValues) {
   files_.write("song.dsf", taggedDsf({{"TIT2", "Title", TextEncoding::kLatin1},
                                       {"TALB", "Album", TextEncoding::kLatin1},
                                       {"TDRC", "2015"}}));
@@ -651,7 +651,7 @@ constexpr char (songObject_st::*kTexts[])[256] = {&songObject_st::title, &songOb
                                                   &songObject_st::albumArtist,
                                                   &songObject_st::album, &songObject_st::genre};
 
-// A song whose container carries these entries as they are spelled here.
+// A song whose container has these tags in exactly this spelling.
 std::string songWithTags(const std::string& path, const std::vector<std::string>& entries) {
   std::vector<std::string> command = {"ffmpeg", "-loglevel", "error", "-nostdin",
                                       "-f",     "lavfi",     "-i",    "sine=d=1"};
@@ -661,7 +661,7 @@ std::string songWithTags(const std::string& path, const std::vector<std::string>
   return path;
 }
 
-TEST_F(GetDsfMetadataTest, KeepsEveryFieldThatIsThere) {
+TEST_F(GetDsfMetadataTest, KeepsEveryExistingField) {
   songWithTags(files_.path("song.flac"), {"title=T", "artist=A", "album_artist=B", "album=C",
                                           "genre=G", "date=2015", "track=3"});
   const songObject_st empty = songOf(files_.folder(), "song.flac");
@@ -680,7 +680,7 @@ TEST_F(GetDsfMetadataTest, KeepsEveryFieldThatIsThere) {
   EXPECT_EQ(song.track, 2);
 }
 
-TEST_F(GetDsfMetadataTest, KnowsTwoSpellingsOfTheAlbumArtistAndNoOtherLetterCase) {
+TEST_F(GetDsfMetadataTest, AcceptsTwoSpellingsOfAlbumArtistInExactCase) {
   songWithTags(files_.path("spaced.flac"), {"album artist=Band"});
   EXPECT_STREQ(songOf(files_.folder(), "spaced.flac").albumArtist, "Band");
   songWithTags(files_.path("underlined.mp3"), {"album_artist=Band"});
@@ -695,17 +695,17 @@ TEST_F(GetDsfMetadataTest, KnowsTwoSpellingsOfTheAlbumArtistAndNoOtherLetterCase
   EXPECT_EQ(song.year, 0);
 }
 
-TEST_F(GetDsfMetadataTest, LongEntriesAreCutAt255Bytes) {
+TEST_F(GetDsfMetadataTest, CutsEntriesAt255Bytes) {
   const std::string longText(400, 'x');
   songWithTags(files_.path("song.flac"),
                {"title=" + longText, "artist=" + longText, "album_artist=" + longText,
                 "album=" + longText, "genre=" + longText});
   const songObject_st song = songOf(files_.folder(), "song.flac");
   for (const auto text : kTexts) EXPECT_EQ(song.*text, longText.substr(0, 255));
-  EXPECT_EQ(song.year, 0) << "lies between the texts";
+  EXPECT_EQ(song.year, 0) << "this field is between the texts";
 }
 
-TEST_F(GetDsfMetadataTest, TakesFfmpegsTagsWithoutTheTool) {
+TEST_F(GetDsfMetadataTest, UsesFfmpegsTagsWithoutTheTool) {
   files_.write("song.dsf", taggedDsf(frames(TextEncoding::kLatin1)));
   const songObject_st song = songOf(files_.folder(), "song.dsf");
   EXPECT_STREQ(song.album, "Album");
@@ -713,16 +713,17 @@ TEST_F(GetDsfMetadataTest, TakesFfmpegsTagsWithoutTheTool) {
   EXPECT_EQ(song.duration, 0U);
 }
 
-TEST_F(GetDsfMetadataTest, ReadsDffFilesToo) {
+TEST_F(GetDsfMetadataTest, ReadsDffFiles) {
   setToolOutput("<ID3TAG><TITLE>Tool Title</TITLE></ID3TAG>");
   files_.write("song.dff", dffFile({}, "Artist", "Title"));
   const songObject_st song = songOf(files_.folder(), "song.dff");
   EXPECT_STREQ(song.title, "Tool Title");
   EXPECT_STREQ(song.artist, "Artist");
-  EXPECT_EQ(song.containerFormat, static_cast<uint32_t>(FORMAT_DSF)) << "preset, on purpose";
+  EXPECT_EQ(song.containerFormat, static_cast<uint32_t>(FORMAT_DSF))
+      << "hosts store .dff files as DSF";
 }
 
-TEST_F(GetDsfMetadataTest, FailsWithTheFirstPartFilledWhenFfmpegCannotOpenTheFile) {
+TEST_F(GetDsfMetadataTest, FailsPartlyFilledIfFfmpegCannotOpenTheFile) {
   setToolOutput(kDocument);
   files_.write("empty.dff", "");
   files_.write("streamless.dff", ";FFMETADATA1\ntitle=none\n");
@@ -733,7 +734,7 @@ TEST_F(GetDsfMetadataTest, FailsWithTheFirstPartFilledWhenFfmpegCannotOpenTheFil
   }
 }
 
-TEST_F(GetDsfMetadataTest, NullArgumentsFail) {
+TEST_F(GetDsfMetadataTest, RejectsNullArguments) {
   songObject_st song = {};
   EXPECT_EQ(GetDsfMetadata(nullptr, "x.dsf", &song), 1U);
   EXPECT_EQ(GetDsfMetadata("/", nullptr, &song), 1U);
@@ -744,7 +745,7 @@ TEST_F(GetDsfMetadataTest, NullArgumentsFail) {
             1U);
 }
 
-TEST_F(GetAudioMetadataDsdTest, AsksTheToolWhateverTheLetterCase) {
+TEST_F(GetAudioMetadataDsdTest, AsksTheToolInAnyLetterCase) {
   setToolOutput(kDocument);
   const struct {
     const char* name;
@@ -777,7 +778,7 @@ TEST_F(GetAudioMetadataDsdTest, AsksTheToolWhateverTheLetterCase) {
   }
 }
 
-TEST_F(GetAudioMetadataDsdTest, GoesByTheExtensionOfTheWholePath) {
+TEST_F(GetAudioMetadataDsdTest, UsesTheExtensionOfTheWholePath) {
   setToolOutput(kDocument);
   std::filesystem::create_directories(files_.path("folder.dsf"));
   std::filesystem::copy_file(media("song.wav", "-f lavfi -i sine=d=2:r=44100 -c:a pcm_s16le"),
@@ -796,7 +797,7 @@ TEST_F(GetAudioMetadataDsdTest, GoesByTheExtensionOfTheWholePath) {
   EXPECT_EQ(sampleRateOf(files_.path("folder"), ".dsf"), 2822400U) << "the tool's";
 }
 
-TEST_F(GetAudioMetadataDsdTest, FailsWithThePresetsWhenTheToolDoes) {
+TEST_F(GetAudioMetadataDsdTest, FailsWithThePresetsIfTheToolFails) {
   files_.write("song.dsf", taggedDsf({}));
   Numbers n;
   uint32_t format = kUntouched;

@@ -1,4 +1,4 @@
-// The two key-frame searches, on real files and against ffprobe's packets.
+// The two key-frame searches on real files, compared with ffprobe's packets.
 #include <gtest/gtest.h>
 #include <kolum/mediainfo.h>
 #include <sys/stat.h>
@@ -32,7 +32,7 @@ namespace {
 constexpr double kUntouched = -4711.5;
 constexpr double kTolerance = 1e-9;
 
-// What GetMediaInfo answers; the seconds asked for stand for "none found".
+// The result of GetMediaInfo, which is SECONDS itself if it finds none.
 double infoSearch(const std::string& path, std::int64_t seconds) {
   MediaInfo* info = nullptr;
   double time = kUntouched;
@@ -47,7 +47,7 @@ struct Found {
   std::string messages;  // of the library, without line numbers
 };
 
-// Its own lines on standard error, "[MediaInfo:123]" shortened to "[MediaInfo]".
+// The library's lines on standard error, with "[MediaInfo:123]" shortened to "[MediaInfo]".
 std::string ownMessages(const std::string& text) {
   std::string own;
   std::size_t at = 0;
@@ -120,8 +120,8 @@ std::string twoSecondGroups(const std::string& extension) {
   return media("groups." + extension, kTwentySeconds + kX264 + "-c:a aac");
 }
 
-// Where FFmpeg's seek leads in a container: to the first key frame at or after the time, by which
-// of its time stamps, and what there is beyond the last one.
+// How FFmpeg seeks in a container: which time stamp of a key frame must be at or after the target,
+// and what it finds beyond the last key frame.
 enum class SeekBy { kPts, kDts };
 enum class Beyond { kNothing, kLastKeyFrame };
 
@@ -130,7 +130,7 @@ struct SearchRow {
   std::string codecs;
   SeekBy by;
   Beyond beyond;
-  // Some demuxers know their streams only once they read, which the search alone does not wait for.
+  // Some demuxers find their streams only in packets; the search on its own does not wait for that.
   bool knowsStreamsAtOpen = true;
 };
 
@@ -183,7 +183,7 @@ TEST(KeyFrameSearch, AgreesWithFfprobesPacketsInEveryContainer) {
   }
 }
 
-TEST(KeyFrameSearch, TakesSecondZeroForTheFirstKeyFrame) {
+TEST(KeyFrameSearch, FindsTheFirstKeyFrameForSecondZero) {
   expectFound(search(twoSecondGroups("mp4"), 0), 0);
 }
 
@@ -199,15 +199,15 @@ TEST(KeyFrameSearch, CountsFromTheStreamsStart) {
   }
 }
 
-TEST(KeyFrameSearch, SaysWhatIsWrongWithTheSeekBeyondTheLastKeyFrame) {
+TEST(KeyFrameSearch, ReportsFailedSeekBeyondTheLastKeyFrame) {
   expectNotFound(search(twoSecondGroups("mp4"), 30), kSeekFailed);
 }
 
-TEST(KeyFrameSearch, SaysWhatIsWrongWhenNoKeyFrameFollows) {
+TEST(KeyFrameSearch, ReportsThatNoKeyFrameFollows) {
   expectNotFound(search(twoSecondGroups("ts"), 19), kReadFailed);
 }
 
-// A copy of a transport stream whose first COUNT video packets have lost their time stamps.
+// A copy of a transport stream without the time stamps of its first COUNT video packets.
 std::string withoutEarlyTimestamps(const std::string& path, int count) {
   return made("late-pts.ts", std::to_string(count) + " of " + path, [&](const std::string& out) {
     std::ifstream in(path, std::ios::binary);
@@ -223,19 +223,19 @@ std::string withoutEarlyTimestamps(const std::string& path, int count) {
   });
 }
 
-TEST(KeyFrameSearch, TakesTheFirstTimestampForTheStartOfATransportStreamThatBeginsWithout) {
+TEST(KeyFrameSearch, StartsAtTheFirstTimestampOfATransportStream) {
   const std::string whole =
       media("intra.ts",
             "-f lavfi -i testsrc=s=64x48:r=25:d=8 -pix_fmt yuv420p -c:v mpeg2video "
             "-bf 0 -g 25 -sc_threshold 1000000000");
   const std::string path = withoutEarlyTimestamps(whole, 10);
-  // Eleven packets in, 0.4 seconds: what was the third second's key frame now comes after 2.6.
+  // The stream now starts at its eleventh packet, 0.4 s later, so the key frame at 3 s is at 2.6 s.
   expectFound(search(path, 2), 2.6);
   EXPECT_NEAR(infoSearch(path, 2), 2.6, kTolerance);
 }
 
-// So late that the stream information does not reach the first time stamp.
-TEST(KeyFrameSearch, ReadsOnToTheFirstTimestampForTheRecordAsWell) {
+// The first time stamp comes after what the stream information reads.
+TEST(KeyFrameSearch, ReadsOnToTheFirstTimestampForTheRecord) {
   const std::string whole =
       media("intra-long.ts",
             "-f lavfi -i testsrc=s=64x48:r=25:d=40 -pix_fmt yuv420p -c:v mpeg2video "
@@ -248,8 +248,8 @@ TEST(KeyFrameSearch, ReadsOnToTheFirstTimestampForTheRecordAsWell) {
   EXPECT_NEAR(infoSearch(path, 2), 2.6, kTolerance);
 }
 
-TEST(KeyFrameSearch, PassesKeyFramesWithoutATimestamp) {
-  // Pictures out of order: FFmpeg does not tell when an AVI file's are shown.
+TEST(KeyFrameSearch, SkipsKeyFramesWithoutTimestamp) {
+  // With reordered pictures, FFmpeg does not report when those of an AVI file are shown.
   const std::string path =
       media("reordered.avi",
             "-f lavfi -i testsrc=s=64x48:r=25:d=4 -pix_fmt yuv420p -c:v libx264 -bf 2 -g 25");
@@ -257,13 +257,13 @@ TEST(KeyFrameSearch, PassesKeyFramesWithoutATimestamp) {
   EXPECT_EQ(infoSearch(path, 1), 1);
 }
 
-TEST(KeyFrameSearch, TakesAUrl) {
+TEST(KeyFrameSearch, AcceptsUrl) {
   const std::string path = twoSecondGroups("ts");
   expectFound(search("file:" + path, 3), search(path, 3).time);
   expectFound(search("concat:" + path, 3), search(path, 3).time);
 }
 
-TEST(KeyFrameSearch, AssumesAStartOfZeroWhereNoPacketHasATimestamp) {
+TEST(KeyFrameSearch, StartsAtZeroWithoutTimestamps) {
   const std::string raw =
       media("raw.h264",
             "-f lavfi -i testsrc=s=64x48:r=25:d=4 -pix_fmt yuv420p -c:v libx264 "
@@ -280,7 +280,7 @@ TEST(KeyFrameSearch, AssumesAStartOfZeroWhereNoPacketHasATimestamp) {
   EXPECT_EQ(found.messages.substr(0, sizeof kNoStartRead - 1), kNoStartRead);
 }
 
-TEST(KeyFrameSearch, FindsNothingInAnAttachedPicture) {
+TEST(KeyFrameSearch, FindsNothingInAttachedPicture) {
   const std::string picture = media("picture.jpg", "-f lavfi -i color=red:s=32x24:d=1 -frames:v 1");
   for (const char* codec : {"mp3", "flac"}) {
     const std::string path =
@@ -304,7 +304,7 @@ std::string oggPictureTag() {
   return "METADATA_BLOCK_PICTURE=" + mustRun({"base64", "--wrap=0", folder.write("block", block)});
 }
 
-TEST(KeyFrameSearch, LeavesTheProcessAliveWhenAnOggSongHasAPicture) {
+TEST(KeyFrameSearch, SurvivesOggSongWithPicture) {
   const std::string tag = oggPictureTag();
   for (const char* codec : {"libvorbis", "flac", "libopus"}) {
     SCOPED_TRACE(codec);
@@ -317,8 +317,8 @@ TEST(KeyFrameSearch, LeavesTheProcessAliveWhenAnOggSongHasAPicture) {
   }
 }
 
-// A transport stream with 25 pictures a second and a key frame every GROUP of them. Demuxers of
-// such streams land on any picture, so the search has to read on to the next key frame.
+// A transport stream with 25 pictures per second and a key frame every GROUP pictures. Seeking in
+// it lands on any picture, so the search has to read on to the next key frame.
 std::string longGroups(const std::string& name, int group, int pictures, const std::string& more) {
   return media(name, "-f lavfi -i color=gray:s=16x16:r=25 " + more + " -frames:v " +
                          std::to_string(pictures) +
@@ -327,7 +327,7 @@ std::string longGroups(const std::string& name, int group, int pictures, const s
                          std::to_string(group));
 }
 
-TEST(KeyFrameSearch, GivesUpAfter3600PacketsWithoutAKeyFrame) {
+TEST(KeyFrameSearch, GivesUpAfter3600PacketsWithoutKeyFrame) {
   const std::string path = longGroups("long.ts", 4000, 4100, "");
   ASSERT_EQ(keyFrames(path).size(), 2U);
   EXPECT_NEAR(infoSearch(path, 20), 160, kTolerance);  // 3500 packets on
@@ -337,7 +337,7 @@ TEST(KeyFrameSearch, GivesUpAfter3600PacketsWithoutAKeyFrame) {
 }
 
 TEST(KeyFrameSearch, ExaminesThe3600thPacketAndNoMore) {
-  // The second second begins with picture 50, the first to be read.
+  // The second second begins with picture 50, the first one that is read.
   const std::string last = longGroups("last.ts", 50 + 3599, 3700, "");
   expectFound(search(last, 2), (50 + 3599) / 25.0);
   EXPECT_NEAR(infoSearch(last, 2), (50 + 3599) / 25.0, kTolerance);
@@ -346,16 +346,16 @@ TEST(KeyFrameSearch, ExaminesThe3600thPacketAndNoMore) {
   EXPECT_EQ(infoSearch(beyond, 2), 2);
 }
 
-TEST(KeyFrameSearch, CountsTheOtherStreamsPacketsInTheRecordsSearchOnly) {
+TEST(KeyFrameSearch, CountsOtherStreamsPacketsForTheRecordOnly) {
   const std::string path =
       longGroups("sound.ts", 2000, 2100, "-f lavfi -i sine=r=48000 -c:a mp2 -shortest -t 84");
   ASSERT_EQ(keyFrames(path).size(), 2U);
-  // 1750 pictures and, before the second key frame, more than 1850 pieces of sound.
+  // 1750 pictures and, before the second key frame, more than 1850 audio packets.
   EXPECT_EQ(infoSearch(path, 10), 10);
   expectFound(search(path, 10), 80);
 }
 
-TEST(KeyFrameSearch, SharesOneLimitBetweenTheVideoStreams) {
+TEST(KeyFrameSearch, SharesOneLimitBetweenVideoStreams) {
   const std::string first = longGroups("long.ts", 4000, 4100, "");
   const std::string second =
       media("short.ts",
@@ -364,12 +364,12 @@ TEST(KeyFrameSearch, SharesOneLimitBetweenTheVideoStreams) {
   const std::string both = media("two.ts", "-i " + shellWord(first) + " -i " + shellWord(second) +
                                                " -map 0:v -map 1:v -c copy");
   ASSERT_EQ(ffprobe(both)["streams"].size(), 2U);
-  // The second stream has a key frame every second, but nothing is left to look at it with.
+  // The second stream has a key frame every second, but the limit is used up.
   expectNotFound(search(both, 2), "");
   EXPECT_EQ(infoSearch(both, 2), 2);
 }
 
-TEST(KeyFrameSearch, OpensLaterVideoStreamsAlsoWhenNothingIsLeftToLookAtThemWith) {
+TEST(KeyFrameSearch, OpensLaterVideoStreamsAfterLimitIsUsedUp) {
   const std::string first = longGroups("long.ts", 4000, 4100, "");
   const std::string undecodable =
       replaced(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"),
@@ -380,7 +380,7 @@ TEST(KeyFrameSearch, OpensLaterVideoStreamsAlsoWhenNothingIsLeftToLookAtThemWith
   expectNotFound(search(both, 2), "[MediaInfo]: Decoder not found, skipping...\n");
 }
 
-TEST(KeyFrameSearch, LooksAtTheFirstVideoStreamOnly) {
+TEST(KeyFrameSearch, SearchesTheFirstVideoStreamOnly) {
   const std::string path =
       media("two.mkv",
             "-f lavfi -i testsrc=s=64x48:r=25:d=9 -f lavfi -i testsrc=s=32x24:r=25:d=9 "
@@ -390,7 +390,7 @@ TEST(KeyFrameSearch, LooksAtTheFirstVideoStreamOnly) {
   expectFound(search(path, 1), 4);
 }
 
-TEST(KeyFrameSearch, FailsForAStreamThatNobodyCanDecode) {
+TEST(KeyFrameSearch, FailsForUndecodableStream) {
   const std::string path =
       replaced(media("fmp4.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v mpeg4 -vtag FMP4"),
                "FMP4", "AVS2");
@@ -398,12 +398,12 @@ TEST(KeyFrameSearch, FailsForAStreamThatNobodyCanDecode) {
   EXPECT_EQ(infoSearch(path, 1), 1);
 }
 
-TEST(KeyFrameSearch, FailsForADecoderThatRefusesTheStream) {
+TEST(KeyFrameSearch, FailsIfTheDecoderRefusesTheStream) {
   TempDir folder;
   std::string file =
       contentOf(media("raw.avi", "-f lavfi -i testsrc=s=64x48:r=25:d=2 -c:v huffyuv"));
-  // The picture format chunk: 8 bytes of header, then size, width, height, planes, bits a pixel and
-  // the codec; what the codec needs follows it. Without that it refuses.
+  // The picture format chunk: 8 bytes of header, then size, width, height, planes, bits per pixel
+  // and the codec, followed by the codec's set-up. Without that the decoder refuses.
   const std::size_t format = file.find("strf");
   ASSERT_NE(format, std::string::npos);
   file[format + 8 + 14] = 7;
@@ -412,7 +412,7 @@ TEST(KeyFrameSearch, FailsForADecoderThatRefusesTheStream) {
   EXPECT_EQ(infoSearch(path, 1), 1);
 }
 
-TEST(KeyFrameSearch, RefusesBadArguments) {
+TEST(KeyFrameSearch, RejectsBadArguments) {
   double time = kUntouched;
   const std::string path = twoSecondGroups("mp4");
   testing::internal::CaptureStderr();
@@ -424,7 +424,7 @@ TEST(KeyFrameSearch, RefusesBadArguments) {
   EXPECT_EQ(time, kUntouched);
 }
 
-TEST(KeyFrameSearch, SaysWhichUrlItCannotOpen) {
+TEST(KeyFrameSearch, ReportsTheUrlThatItCannotOpen) {
   TempDir folder;
   for (const std::string& path : {folder.path("missing.mp4"), folder.write("text.mp4", "words"),
                                   std::string("nosuch:thing"), std::string()}) {
@@ -438,14 +438,14 @@ TEST(KeyFrameSearch, IsSilentAboutFilesWithoutStreamsOrVideo) {
   expectNotFound(search(media("sound.flac", "-f lavfi -i sine=d=1"), 1), "");
 }
 
-TEST(KeyFrameSearch, DoesNotWaitForAPipesWriter) {
+TEST(KeyFrameSearch, DoesNotWaitForPipes) {
   TempDir folder;
   const std::string pipe = folder.path("pipe.mkv");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   withinSeconds(20, [&] { EXPECT_EQ(search(pipe, 1).result, 1U); });
 }
 
-TEST(KeyFrameSearch, WrapsLongTimesTo32BitsInTheSearchAloneOnly) {
+TEST(KeyFrameSearch, WrapsLongTimesTo32BitsExceptForTheRecord) {
   // 47722 s are 12704 units of 1/90000 s more than 2^32: 0.14 s.
   const std::string path = twoSecondGroups("ts");
   EXPECT_EQ(infoSearch(path, 47722), 47722);
@@ -465,8 +465,8 @@ TEST(KeyFrameSearch, LeavesNoDescriptorOpen) {
   }
 }
 
-// An MP4 file of SECONDS pictures, one a second and a megabyte each, every tenth of them a key
-// frame; the pictures themselves are a hole.
+// An MP4 file of SECONDS pictures, one per second and a megabyte each, with every tenth a key
+// frame; the picture data is a hole.
 std::string sparseMovie(const TempDir& folder, std::uint32_t seconds) {
   constexpr std::uint32_t kPictureSize = 1 << 20;
   const auto u32 = [](std::uint64_t value) { return bigEndian(value, 4); };
@@ -512,7 +512,7 @@ std::string sparseMovie(const TempDir& folder, std::uint32_t seconds) {
   return path;
 }
 
-// Bytes that this process has read so far.
+// The number of bytes that this process has read so far.
 std::uint64_t bytesRead() {
   std::ifstream io("/proc/self/io");
   std::string key;
@@ -522,7 +522,7 @@ std::uint64_t bytesRead() {
   return value;
 }
 
-TEST(KeyFrameSearch, SeeksInALongFileWithoutReadingItThrough) {
+TEST(KeyFrameSearch, SeeksInLongFileWithoutReadingAllOfIt) {
   constexpr std::uint32_t kTenHours = 36000;
   constexpr std::uint64_t kMegabyte = 1 << 20;
   TempDir folder;
@@ -541,8 +541,8 @@ TEST(KeyFrameSearch, SeeksInALongFileWithoutReadingItThrough) {
   EXPECT_LT(bytesRead() - before, 8 * kMegabyte);
 }
 
-// As a download in progress is on the disk.
-TEST(KeyFrameSearch, DoesNotReadThroughWhatIsNotYetWritten) {
+// Like a preallocated download in progress.
+TEST(KeyFrameSearch, DoesNotReadThroughUnwrittenParts) {
   constexpr std::uint64_t kMegabyte = 1 << 20;
   const TempDir folder;
   for (const char* extension : {"avi", "flv", "mkv", "mp4", "mpg", "ts"}) {
@@ -570,7 +570,7 @@ TEST(KeyFrameSearch, DoesNotReadThroughWhatIsNotYetWritten) {
   }
 }
 
-TEST(TimestampAfter, MultipliesInSixtyFourBitsAndCutsFractions) {
+TEST(TimestampAfter, MultipliesIn64BitsAndCutsFractions) {
   struct Row {
     std::int64_t start;
     std::int64_t seconds;
@@ -594,7 +594,7 @@ TEST(TimestampAfter, MultipliesInSixtyFourBitsAndCutsFractions) {
         << row.start << " " << row.seconds << " " << row.timeBase.num << "/" << row.timeBase.den;
 }
 
-TEST(TimestampAfter, WrapsProductAndQuotientToThirtyTwoBitsWhereHostsExpectIt) {
+TEST(TimestampAfter32, WrapsProductAndQuotientTo32Bits) {
   struct Row {
     std::int64_t start;
     std::int32_t seconds;

@@ -1,4 +1,4 @@
-// Media info records, on real files and against ffprobe.
+// Media info records of real files, compared with ffprobe.
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
 #include <kolum/mediainfo.h>
@@ -35,7 +35,7 @@ struct InfoDeleter {
 };
 using OwnedInfo = std::unique_ptr<MediaInfo, InfoDeleter>;
 
-// The record of a file that must have one.
+// The record of a file for which the call must succeed.
 OwnedInfo infoOf(const std::string& path) {
   MediaInfo* info = nullptr;
   EXPECT_EQ(GetMediaInfo(path.c_str(), &info, 0, nullptr), 0U) << path;
@@ -75,7 +75,7 @@ struct MediaRow {
   unsigned containerFormat;
 };
 
-// One for every demuxer that has a container format, and some that have none.
+// A row for every demuxer with a container format, and for some without one.
 const std::vector<MediaRow>& mediaRows() {
   static const std::vector<MediaRow> rows = {
       {"a.asf", kBoth + "-c:v wmv2 -c:a wmav2", FORMAT_ASF},
@@ -98,7 +98,7 @@ const std::vector<MediaRow>& mediaRows() {
   return rows;
 }
 
-// FFmpeg's classic number by the name that ffprobe gives a codec.
+// FFmpeg's classic number for ffprobe's name of a codec.
 unsigned classicNumber(const std::string& codec) {
   static const std::map<std::string, unsigned> numbers = {
       {"aac", 0x15002},       {"ac3", 0x15003},    {"flac", 0x1500C},
@@ -193,7 +193,7 @@ TEST(GetMediaInfo, SkipsDataStreams) {
   EXPECT_EQ(infoOf(path)->streamCount, 2);
 }
 
-TEST(GetMediaInfo, LeavesWhatDoesNotBelongToAStreamsTypeAtZero) {
+TEST(GetMediaInfo, LeavesFieldsOfOtherStreamTypesAtZero) {
   const OwnedInfo info = infoOf(everyKindOfStream());
   const MediaStreamInfo& video = info->streams[0];
   EXPECT_EQ(video.sampleRate | video.bitsPerSample | video.channels | video.reserved, 0U);
@@ -221,18 +221,18 @@ TEST(GetMediaInfo, KeepsTheAudioProfileInTheBitRateField) {
   const OwnedInfo aac = infoOf(media("lc.m4a", kAudio + "-c:a aac -b:a 96k"));
   EXPECT_EQ(aac->streams[0].bitRate, 4U);
   EXPECT_EQ(aac->streams[0].profile, 0);
-  EXPECT_EQ(aac->streams[0].level, -99) << "FFmpeg's own, as AAC has none";
+  EXPECT_EQ(aac->streams[0].level, -99) << "FFmpeg's \"unknown\": AAC has no levels";
 
   const OwnedInfo mp3 = infoOf(media("a.mp3", kAudio + "-c:a libmp3lame"));
   EXPECT_EQ(static_cast<int>(mp3->streams[0].bitRate), -99);
   EXPECT_EQ(mp3->streams[0].profile, 0);
 }
 
-TEST(GetMediaInfo, TellsTheCodedBitsPerSample) {
+TEST(GetMediaInfo, ReportsTheCodedBitsPerSample) {
   EXPECT_EQ(infoOf(media("a.wav", kAudio + "-c:a pcm_s24le"))->streams[0].bitsPerSample, 24U);
 }
 
-TEST(GetMediaInfo, DividesTheFrameRateByTheTimeBaseNotByItsDenominator) {
+TEST(GetMediaInfo, DividesFrameRateNumeratorByTimeBaseDenominator) {
   // 25 frames/s; time bases of 1/25 and 1/12800.
   const MediaStreamInfo avi = infoOf(media("rate.avi", kVideo + "-c:v mpeg4"))->streams[0];
   EXPECT_EQ(avi.frameRateNum, 25);
@@ -243,7 +243,7 @@ TEST(GetMediaInfo, DividesTheFrameRateByTheTimeBaseNotByItsDenominator) {
   EXPECT_EQ(mp4.frameRate, 0);
 }
 
-TEST(GetMediaInfo, GivesTheTransportStreamsPidAsStreamId) {
+TEST(GetMediaInfo, ReportsTheTransportStreamsPidAsStreamId) {
   const std::string path =
       media("pid.ts", kBoth + "-c:v mpeg2video -c:a mp2 -streamid 0:0x1FF -streamid 1:0x200");
   const OwnedInfo info = infoOf(path);
@@ -251,7 +251,7 @@ TEST(GetMediaInfo, GivesTheTransportStreamsPidAsStreamId) {
   EXPECT_EQ(info->streams[1].streamId, 0x200);
 }
 
-TEST(GetMediaInfo, KnowsDivxByItsTagInAviOnly) {
+TEST(GetMediaInfo, RecognisesDivxByItsTagInAviOnly) {
   struct Row {
     const char* name;
     const char* arguments;
@@ -269,7 +269,7 @@ TEST(GetMediaInfo, KnowsDivxByItsTagInAviOnly) {
   }
 }
 
-TEST(GetMediaInfo, PassesOnlyTheThreeRightAngles) {
+TEST(GetMediaInfo, ReportsRightAnglesOnly) {
   struct Row {
     const char* tag;
     int rotation;
@@ -281,32 +281,32 @@ TEST(GetMediaInfo, PassesOnlyTheThreeRightAngles) {
     EXPECT_EQ(infoOf(withRotateTag(row.tag))->streams[0].rotation, row.rotation) << row.tag;
 }
 
-TEST(GetMediaInfo, ReadsTheRotationFromAnMp4TracksMatrix) {
+TEST(GetMediaInfo, ReadsRotationFromMp4TrackMatrix) {
   const std::string path = media("matrix.mp4", kVideo + "-c:v libx264");
   for (const int degrees : {0, 90, 180, 270})
     EXPECT_EQ(infoOf(withTrackMatrix(path, rotationMatrix(degrees)))->streams[0].rotation, degrees);
 }
 
-TEST(GetMediaInfo, StoresAnUnknownDurationAsTheTruncatedQuotient) {
+TEST(GetMediaInfo, StoresUnknownDurationAsTruncatedQuotient) {
   const std::string path = media("raw.h264", kVideo + "-c:v libx264");
   ASSERT_FALSE(ffprobe(path)["format"].contains("duration"));
   EXPECT_EQ(infoOf(path)->duration, static_cast<unsigned>(INT64_MIN / 1'000'000));
 }
 
-TEST(GetMediaInfo, GivesCodecZeroForCodecsLaterThanTheClassicNumbering) {
+TEST(GetMediaInfo, ReportsCodecZeroForCodecsAfterRelease57) {
   const OwnedInfo info = infoOf(media("later.aptx", kAudio + "-c:a aptx"));
   ASSERT_EQ(info->streamCount, 1);
   EXPECT_EQ(info->streams[0].codecId, 0U);
   EXPECT_EQ(info->streams[0].channels, 2U);
 }
 
-// An AVI file that says its pictures are of another codec.
+// An AVI file that claims another video codec.
 std::string aviOfCodec(const std::string& tag) {
   return replaced(media("fmp4.avi", kVideo + "-c:v mpeg4 -vtag FMP4"), "FMP4", tag);
 }
 
-TEST(GetMediaInfo, DescribesCodecsThatNobodyCanDecode) {
-  // One that FFmpeg knows by name only, and one that it does not know at all.
+TEST(GetMediaInfo, DescribesUndecodableCodecs) {
+  // One that FFmpeg can only name, and one that it does not know at all.
   for (const char* tag : {"AVS2", "?#!x"}) {
     SCOPED_TRACE(tag);
     double time = kUntouched;
@@ -332,7 +332,7 @@ TEST(GetMediaInfo, ListsAttachedPicturesAsVideo) {
   EXPECT_EQ(video->width, 32);
 }
 
-TEST(GetMediaInfo, OpensTheMainTitleOfADvdFolder) {
+TEST(GetMediaInfo, OpensTheMainTitleOfDvdFolder) {
   const OwnedInfo info = infoOf(dvdFolder() + "VIDEO_TS.IFO");
   EXPECT_EQ(info->sourceKind, static_cast<unsigned>(FORMAT_DVDIFO));
   EXPECT_EQ(info->containerFormat, static_cast<unsigned>(FORMAT_MPEG));
@@ -340,7 +340,7 @@ TEST(GetMediaInfo, OpensTheMainTitleOfADvdFolder) {
   EXPECT_NE(firstOf(*info, MEDIA_STREAM_VIDEO), nullptr);
 }
 
-TEST(GetMediaInfo, TakesADiscWithoutAFolderForTheCurrentOne) {
+TEST(GetMediaInfo, OpensDiscInCurrentFolder) {
   runInChild([] {
     std::filesystem::current_path(dvdFolder());
     EXPECT_EQ(infoOf("VIDEO_TS.IFO")->sourceKind, static_cast<unsigned>(FORMAT_DVDIFO));
@@ -352,14 +352,14 @@ TEST(GetMediaInfo, TakesADiscWithoutAFolderForTheCurrentOne) {
   });
 }
 
-TEST(GetMediaInfo, OpensTheLargestStreamOfABlurayFolder) {
+TEST(GetMediaInfo, OpensTheLargestStreamOfBlurayFolder) {
   const OwnedInfo info = infoOf(blurayFolder() + "index.bdmv");
   EXPECT_EQ(info->sourceKind, static_cast<unsigned>(FORMAT_BDBDMV));
   EXPECT_EQ(info->containerFormat, static_cast<unsigned>(FORMAT_TS));
   EXPECT_NE(firstOf(*info, MEDIA_STREAM_VIDEO), nullptr);
 }
 
-TEST(GetMediaInfo, TakesDiscNamesByTheirExactSpellingOnly) {
+TEST(GetMediaInfo, AcceptsDiscNamesInExactSpellingOnly) {
   TempDir folder;
   const std::string mp4 = media("a.mp4", kBoth + "-c:v libx264 -c:a aac");
   for (const char* name : {"video_ts.ifo", "INDEX.BDMV", "Video_TS.IFO"}) {
@@ -377,7 +377,7 @@ void expectFailure(const std::string& path) {
   EXPECT_EQ(time, kUntouched);
 }
 
-TEST(GetMediaInfo, RefusesDiscImagesWhateverIsInThem) {
+TEST(GetMediaInfo, RejectsDiscImages) {
   TempDir folder;
   const std::string mp4 = media("a.mp4", kBoth + "-c:v libx264 -c:a aac");
   for (const char* name : {"movie.iso", "movie.ISO", "movie.Iso", ".iso"}) {
@@ -400,12 +400,12 @@ TEST(GetMediaInfo, FailsWithoutARecord) {
   expectFailure(folder.path(std::string(1024, 'x')));
 }
 
-TEST(GetMediaInfo, FailsForAContainerWithoutStreams) {
+TEST(GetMediaInfo, FailsForContainerWithoutStreams) {
   TempDir folder;
   expectFailure(folder.write("none.ffmeta", ";FFMETADATA1\ntitle=none\n"));
 }
 
-TEST(GetMediaInfo, FailsForATruncatedFile) {
+TEST(GetMediaInfo, FailsForTruncatedFile) {
   TempDir folder;
   const std::string mp4 = media("a.mp4", kBoth + "-c:v libx264 -c:a aac");
   std::filesystem::copy_file(mp4, folder.path("cut.mp4"));
@@ -413,14 +413,14 @@ TEST(GetMediaInfo, FailsForATruncatedFile) {
   expectFailure(folder.path("cut.mp4"));
 }
 
-TEST(GetMediaInfo, DoesNotWaitForAPipesWriter) {
+TEST(GetMediaInfo, DoesNotWaitForPipes) {
   TempDir folder;
   const std::string pipe = folder.path("pipe.mkv");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
   withinSeconds(20, [&] { expectFailure(pipe); });
 }
 
-TEST(GetMediaInfo, TakesNullForNothing) {
+TEST(GetMediaInfo, RejectsNullArguments) {
   const std::string path = media("a.mp4", kBoth + "-c:v libx264 -c:a aac");
   auto* info = reinterpret_cast<MediaInfo*>(1);
   EXPECT_EQ(GetMediaInfo(nullptr, &info, 0, nullptr), 1U);
@@ -429,13 +429,13 @@ TEST(GetMediaInfo, TakesNullForNothing) {
   Free_MediaInfo(nullptr);
 }
 
-TEST(GetMediaInfo, FindsANameWithoutAFolder) {
+TEST(GetMediaInfo, FindsNameWithoutFolder) {
   const std::string path = media("a.mp4", kBoth + "-c:v libx264 -c:a aac");
   std::filesystem::current_path(std::filesystem::path(path).parent_path());
   EXPECT_EQ(infoOf("a.mp4")->streamCount, 2);
 }
 
-TEST(GetMediaInfo, TakesNamesOfAnyBytes) {
+TEST(GetMediaInfo, AcceptsNamesOfAnyBytes) {
   TempDir folder;
   const std::string mp4 = media("a.mp4", kBoth + "-c:v libx264 -c:a aac");
   for (const char* name : {"http:x.mp4", "-i.mp4", "\xFF\xFE.mp4", "a b'c\"d$e%s\n.mp4"}) {
@@ -444,7 +444,7 @@ TEST(GetMediaInfo, TakesNamesOfAnyBytes) {
   }
 }
 
-TEST(GetMediaInfo, LeavesTheKeyFrameTimeAloneUnlessASearchIsAskedFor) {
+TEST(GetMediaInfo, KeepsTheKeyFrameTimeUnlessASearchIsRequested) {
   const std::string path = media("a.mp4", kBoth + "-c:v libx264 -c:a aac");
   for (const std::int64_t seconds : {std::int64_t{0}, std::int64_t{-1}, INT64_MIN}) {
     MediaInfo* info = nullptr;
@@ -459,7 +459,7 @@ TEST(GetMediaInfo, LeavesTheKeyFrameTimeAloneUnlessASearchIsAskedFor) {
   EXPECT_NE(info, nullptr);
 }
 
-TEST(GetMediaInfo, LeavesTheKeyFrameTimeAloneWithoutVideo) {
+TEST(GetMediaInfo, KeepsTheKeyFrameTimeWithoutVideo) {
   const std::string path = media("a.flac", kAudio + "-c:a flac");
   MediaInfo* info = nullptr;
   double time = kUntouched;

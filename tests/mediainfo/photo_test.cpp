@@ -46,7 +46,7 @@ void expectUntouched(const Size& answer) {
   EXPECT_EQ(answer.height, kUntouched);
 }
 
-// Numbers of release 57. Later releases have others from 15 on.
+// Numbers of release 57. Later releases number formats differently from 15 on.
 constexpr uint32_t kYuv420 = 0;
 constexpr uint32_t kRgb24 = 2;
 constexpr uint32_t kYuvj420 = 12;
@@ -57,7 +57,7 @@ constexpr uint32_t kGray16 = 31;
 constexpr uint32_t kRgb48 = 41;
 constexpr uint32_t kRgba64 = 115;
 
-TEST(Photo, ToldByEveryKindOfFile) {
+TEST(Photo, HasSizeAndPixelFormatInEveryContainer) {
   struct Row {
     const char* name;
     const char* arguments;
@@ -86,7 +86,7 @@ TEST(Photo, ToldByEveryKindOfFile) {
   }
 }
 
-TEST(Photo, InAPixelFormatLaterThanRelease57HasNone) {
+TEST(Photo, HasNoPixelFormatIfItCameAfterRelease57) {
   const std::string path =
       media("later.nut", "-f lavfi -i testsrc=s=64x48 -frames:v 1 -c:v rawvideo -pix_fmt gray14le");
   ASSERT_EQ(ffprobe(path)["streams"][0]["pix_fmt"], "gray14le");
@@ -104,7 +104,7 @@ TEST(Photo, IsTheFirstVideoStream) {
   EXPECT_EQ(pixelFormat(path).value, kYuv420);
 }
 
-TEST(Photo, AFileWithoutPictureIsASuccessWithNothingTold) {
+TEST(Photo, SucceedsWithoutOutputForFileWithoutPicture) {
   const std::string path = media("no-picture.wav", "-f lavfi -i sine=d=1");
   const Size told = size(path);
   EXPECT_EQ(told.result, 0U);
@@ -113,7 +113,7 @@ TEST(Photo, AFileWithoutPictureIsASuccessWithNothingTold) {
   EXPECT_EQ(pixelFormat(path).value, kNoPicture);
 }
 
-TEST(Photo, AFileWithoutStreamsIsASuccessWithNothingTold) {
+TEST(Photo, SucceedsWithoutOutputForFileWithoutStreams) {
   const TempDir folder;
   const std::string path = folder.write("empty.ffmeta", ";FFMETADATA1\ntitle=none\n");
   EXPECT_EQ(size(path).result, 0U);
@@ -122,7 +122,7 @@ TEST(Photo, AFileWithoutStreamsIsASuccessWithNothingTold) {
   EXPECT_EQ(pixelFormat(path).value, kNoPicture);
 }
 
-TEST(Photo, WhatIsNoPictureFileFails) {
+TEST(Photo, FailsForNonPictures) {
   const TempDir folder;
   folder.write("empty.jpg", "");
   folder.write("noise.xyz", std::string(600, '\xA5'));
@@ -139,8 +139,8 @@ TEST(Photo, WhatIsNoPictureFileFails) {
   }
 }
 
-// FFmpeg opens by the name what no demuxer knows by its content.
-TEST(Photo, ATextThatFfmpegOpensByItsNameHasNoSize) {
+// If no demuxer recognises the content, FFmpeg opens the file by its name.
+TEST(Photo, HasNoSizeForTextThatFfmpegOpensByName) {
   const TempDir folder;
   for (const char* text : {"no picture at all", "two\nlines\n"}) {
     const std::string path = folder.write("text.jpg", text);
@@ -150,7 +150,7 @@ TEST(Photo, ATextThatFfmpegOpensByItsNameHasNoSize) {
   }
 }
 
-TEST(Photo, ADamagedFileDoesNoHarm) {
+TEST(Photo, SurvivesDamagedFile) {
   const std::string path = media("damage.jpg", "-f lavfi -i testsrc=s=202x130 -frames:v 1");
   const TempDir folder;
   const std::string whole = mustRun({"cat", path});
@@ -161,7 +161,7 @@ TEST(Photo, ADamagedFileDoesNoHarm) {
   }
 }
 
-TEST(Photo, TakesNamesThatAreNoText) {
+TEST(Photo, AcceptsNamesThatAreNotText) {
   const std::string path = media("name.png", "-f lavfi -i testsrc=s=20x10 -frames:v 1");
   const TempDir folder;
   for (const char* name : {"caf\xE9 %s.png", "http:x.png", "a\nb.png", "-i.png"}) {
@@ -171,7 +171,7 @@ TEST(Photo, TakesNamesThatAreNoText) {
   }
 }
 
-TEST(Photo, NullArgumentsFail) {
+TEST(Photo, RejectsNullArguments) {
   uint32_t value = kUntouched;
   EXPECT_EQ(GetPhotoMetadata("/", "x", nullptr), 1U);
   EXPECT_EQ(GetPhotoMetadata("/", nullptr, &value), 1U);
@@ -182,7 +182,7 @@ TEST(Photo, NullArgumentsFail) {
   EXPECT_EQ(GetPhotoHW("/x", &value, nullptr), 1U);
 }
 
-TEST(Photo, APathThatIsTooLongNamesNoOtherFile) {
+TEST(Photo, RejectsTooLongPathInsteadOfCuttingIt) {
   const std::string path = media("long.png", "-f lavfi -i testsrc=s=20x10 -frames:v 1");
   const std::size_t slash = path.rfind('/');
   const std::string longest(1023 - (path.size() - 1), '/');
@@ -193,7 +193,7 @@ TEST(Photo, APathThatIsTooLongNamesNoOtherFile) {
   EXPECT_EQ(GetPhotoMetadata(folder.c_str(), "long.pngx", &value), 1U);
 }
 
-TEST(Photo, LeavesNoDescriptorBehind) {
+TEST(Photo, LeavesNoDescriptorOpen) {
   const std::string path = media("name.png", "-f lavfi -i testsrc=s=20x10 -frames:v 1");
   size(path);
   const ExpectNoDescriptorLeak leak;

@@ -33,7 +33,7 @@ TEST(ArtworkCommands, ResizesWithConvert) {
             "-resize 252x252 '/music/a/@_b.png' '/music/a/b.jpg'");
 }
 
-TEST(ArtworkCommands, RefusesWhatItsBufferCannotHold) {
+TEST(ArtworkCommands, RejectsCommandsTooLongForTheBuffer) {
   const std::size_t around = ffmpegCommand("", "", "t", 126)->size();
   const std::string longest(kCommandSize - 1 - around, 's');
   EXPECT_EQ(ffmpegCommand("", longest, "t", 126)->size(), kCommandSize - 1);
@@ -45,19 +45,19 @@ TEST(ArtworkCommands, RefusesWhatItsBufferCannotHold) {
   EXPECT_FALSE(convertCommand("", longestToo + "s", "t", 126));
 }
 
-TEST(ArtworkCommands, RefusesNamesThatWouldEndTheirQuotes) {
+TEST(ArtworkCommands, RejectsNamesWithQuotes) {
   EXPECT_FALSE(ffmpegCommand("/t/", "/m/it's.jpg", "/m/b.jpg", 252));
   EXPECT_FALSE(ffmpegCommand("/t/", "/m/b.jpg", "/m/''.jpg", 252));
   EXPECT_FALSE(convertCommand("/m/", "/m/it's.jpg", "/m/b.jpg", 252));
   EXPECT_FALSE(convertCommand("/m/", "/m/b.jpg", "/m/it's.jpg", 252));
 }
 
-TEST(ArtworkCommands, HandsTheTemporaryFolderOnAsItIs) {
+TEST(ArtworkCommands, PassesTheTemporaryFolderUnchanged) {
   for (const char* folder : {"/m\"/", "/$HOME/", "/`id`/", "/m\\/", "/a b/", "/it's/", "/m!*/"}) {
     SCOPED_TRACE(folder);
     const auto command = convertCommand(folder, "/m/b.jpg", "/m/c.jpg", 252);
     ASSERT_TRUE(command);
-    // The environment that the tool would see, as the shell reads it.
+    // The environment that the shell would give the tool.
     const std::string assignment = command->substr(0, command->find(" /usr/local/sbin/convert"));
     EXPECT_EQ(mustRun({"sh", "-c", assignment + " printenv MAGICK_TMPDIR"}),
               folder + std::string("\n"));

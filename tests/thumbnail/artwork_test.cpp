@@ -33,7 +33,7 @@ using kolum::test::writeRootFile;
 constexpr char kTools[] = "/tmp/tools/";
 constexpr char kFfmpeg[] = "/tmp/tools/ffmpeg";
 constexpr char kConvert[] = "/usr/local/sbin/convert";
-constexpr char kRuns[] = "/tmp/runs";  // what tools note
+constexpr char kRuns[] = "/tmp/runs";  // where tools record their calls
 
 #define NEEDS_SANDBOX() \
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why
@@ -41,12 +41,12 @@ constexpr char kRuns[] = "/tmp/runs";  // what tools note
 constexpr char kRealFfmpeg[] = "exec /usr/bin/ffmpeg -loglevel fatal \"$@\"";
 constexpr char kRealConvert[] = "exec /usr/bin/convert \"$@\"";
 
-// A picture of these measures, as the media factory makes it.
+// A test picture of this size.
 std::string picture(const std::string& size, const std::string& extension) {
   return media("picture-" + size + extension, "-f lavfi -i testsrc=size=" + size + " -frames:v 1");
 }
 
-// A tool that notes its name and arguments and then does what the script says.
+// A tool that records its name and arguments and then runs the script.
 void putTool(const std::string& path, const std::string& script) {
   fs::remove(path);
   writeRootFile(
@@ -62,7 +62,7 @@ std::vector<std::string> runs() {
   return lines;
 }
 
-// An appliance: the base folder and what is in it, and the tools.
+// An appliance: the tools, and the base folder with its content.
 struct Appliance {
   TempDir music;
   std::array<char, 1024> relPath{};
@@ -80,7 +80,7 @@ struct Appliance {
 
   bool has(const std::string& name) const { return fs::exists(music.path(name)); }
 
-  // "WIDTHxHEIGHT", of a JPEG picture only.
+  // "WIDTHxHEIGHT" of a JPEG picture; "no JPEG" for any other format.
   std::string sizeOf(const std::string& name) const {
     const nlohmann::json stream = ffprobe(music.path(name))["streams"][0];
     if (stream["codec_name"] != "mjpeg") return "no JPEG";
@@ -124,14 +124,14 @@ TEST(CheckMusicAlbumArt, CropsToSquaresWithFfmpeg) {
       EXPECT_STREQ(appliance.relPath.data(), "artist/album.jpg");
       EXPECT_EQ(appliance.sizeOf("artist/album.jpg"), "252x252");
       EXPECT_EQ(appliance.sizeOf("artist/album-1.jpg"), "126x126");
-      EXPECT_FALSE(appliance.has(left)) << "the source picture is used up";
+      EXPECT_FALSE(appliance.has(left)) << "the source picture is deleted";
       EXPECT_EQ(runs().size(), 2U);
     });
   }
 }
 
-// The two tools differ on purpose.
-TEST(CheckMusicAlbumArt, FitsIntoSquaresWithConvertWhenFfmpegIsMissing) {
+// Unlike ffmpeg, which crops. Users' libraries hold pictures of both kinds.
+TEST(CheckMusicAlbumArt, FitsIntoSquaresWithConvertIfFfmpegIsMissing) {
   NEEDS_SANDBOX();
   for (const SourceCase& source : kSources) {
     SCOPED_TRACE(std::string(source.size) + source.extension);
@@ -148,7 +148,7 @@ TEST(CheckMusicAlbumArt, FitsIntoSquaresWithConvertWhenFfmpegIsMissing) {
   }
 }
 
-TEST(CheckMusicAlbumArt, UsesConvertWhenFfmpegLeavesAnEmptyPicture) {
+TEST(CheckMusicAlbumArt, UsesConvertIfFfmpegLeavesAnEmptyPicture) {
   NEEDS_SANDBOX();
   const std::string file = picture("640x360", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -173,7 +173,7 @@ TEST(CheckMusicAlbumArt, UsesConvertBeforeTheLibraryIsInitialised) {
   });
 }
 
-TEST(CheckMusicAlbumArt, KeepsTheSourceWhenNoToolIsThere) {
+TEST(CheckMusicAlbumArt, KeepsTheSourceWithoutTools) {
   NEEDS_SANDBOX();
   const std::string file = picture("640x360", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -187,7 +187,7 @@ TEST(CheckMusicAlbumArt, KeepsTheSourceWhenNoToolIsThere) {
   });
 }
 
-TEST(CheckMusicAlbumArt, KeepsTheSourceWhenFfmpegsSecondStepFails) {
+TEST(CheckMusicAlbumArt, KeepsTheSourceIfFfmpegsSecondStepFails) {
   NEEDS_SANDBOX();
   const std::string file = picture("640x360", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -200,7 +200,7 @@ TEST(CheckMusicAlbumArt, KeepsTheSourceWhenFfmpegsSecondStepFails) {
   });
 }
 
-TEST(CheckMusicAlbumArt, KeepsTheSourceWhenConvertsSecondStepFails) {
+TEST(CheckMusicAlbumArt, KeepsTheSourceIfConvertsSecondStepFails) {
   NEEDS_SANDBOX();
   const std::string file = picture("640x360", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -213,8 +213,8 @@ TEST(CheckMusicAlbumArt, KeepsTheSourceWhenConvertsSecondStepFails) {
   });
 }
 
-// The first step's status is not looked at, by neither tool.
-TEST(CheckMusicAlbumArt, SucceedsWhenOnlyConvertsFirstStepFails) {
+// The status of the first step is ignored for both tools.
+TEST(CheckMusicAlbumArt, SucceedsIfOnlyConvertsFirstStepFails) {
   NEEDS_SANDBOX();
   const std::string file = picture("640x360", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -227,7 +227,7 @@ TEST(CheckMusicAlbumArt, SucceedsWhenOnlyConvertsFirstStepFails) {
   });
 }
 
-TEST(CheckMusicAlbumArt, TakesASmallThumbnailOfEarlierForASignThatFfmpegWorks) {
+TEST(CheckMusicAlbumArt, TreatsOldSmallThumbnailAsFfmpegSuccess) {
   NEEDS_SANDBOX();
   const std::string file = picture("640x360", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -240,7 +240,7 @@ TEST(CheckMusicAlbumArt, TakesASmallThumbnailOfEarlierForASignThatFfmpegWorks) {
   });
 }
 
-TEST(CheckMusicAlbumArt, KeepsASourceThatIsNoPicture) {
+TEST(CheckMusicAlbumArt, KeepsSourceThatIsNotAPicture) {
   NEEDS_SANDBOX();
   for (const char* content : {"", "no picture at all", "\xFF\xD8\xFF\xE0 cut short"}) {
     SCOPED_TRACE(content);
@@ -252,7 +252,7 @@ TEST(CheckMusicAlbumArt, KeepsASourceThatIsNoPicture) {
   }
 }
 
-TEST(CheckMusicAlbumArt, ReadsNoSourceThatIsAPipeOrAFolder) {
+TEST(CheckMusicAlbumArt, RejectsPipeOrFolderAsSource) {
   NEEDS_SANDBOX();
   inAppliance([&](Appliance& appliance) {
     fs::create_directories(appliance.music.path("artist/@_folder.jpg"));
@@ -263,7 +263,7 @@ TEST(CheckMusicAlbumArt, ReadsNoSourceThatIsAPipeOrAFolder) {
   });
 }
 
-TEST(CheckMusicAlbumArt, ReturnsAtOnceWhenTheThumbnailIsThere) {
+TEST(CheckMusicAlbumArt, ReturnsAtOnceIfTheThumbnailExists) {
   NEEDS_SANDBOX();
   const std::string file = picture("640x360", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -276,7 +276,7 @@ TEST(CheckMusicAlbumArt, ReturnsAtOnceWhenTheThumbnailIsThere) {
   });
 }
 
-TEST(CheckMusicAlbumArt, MakesAnEmptyThumbnailAgain) {
+TEST(CheckMusicAlbumArt, RemakesEmptyThumbnail) {
   NEEDS_SANDBOX();
   const std::string file = picture("640x360", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -289,7 +289,7 @@ TEST(CheckMusicAlbumArt, MakesAnEmptyThumbnailAgain) {
   });
 }
 
-TEST(CheckMusicAlbumArt, DeletesAnEmptyThumbnailAlsoWithoutSource) {
+TEST(CheckMusicAlbumArt, DeletesEmptyThumbnailWithoutSource) {
   NEEDS_SANDBOX();
   inAppliance([](Appliance& appliance) {
     appliance.music.write("artist/album.jpg", "");
@@ -327,7 +327,7 @@ struct NameCase {
   std::string relPath;
 };
 
-TEST(CheckMusicAlbumArt, KeepsNamesThatBeginWithUnknownInCapitals) {
+TEST(CheckMusicAlbumArt, KeepsNamesThatBeginWithUppercaseUnknown) {
   NEEDS_SANDBOX();
   const std::string file = picture("300x300", ".jpg");
   const NameCase kCases[] = {
@@ -351,7 +351,7 @@ TEST(CheckMusicAlbumArt, KeepsNamesThatBeginWithUnknownInCapitals) {
   }
 }
 
-TEST(CheckMusicAlbumArt, PutsTheMarkBeforeTheAlbumAlsoWhenItHasASlash) {
+TEST(CheckMusicAlbumArt, PutsThePrefixBeforeAlbumNamesWithSlash) {
   NEEDS_SANDBOX();
   const std::string file = picture("300x300", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -362,7 +362,7 @@ TEST(CheckMusicAlbumArt, PutsTheMarkBeforeTheAlbumAlsoWhenItHasASlash) {
   });
 }
 
-TEST(CheckMusicAlbumArt, CutsNamesToTheirRoom) {
+TEST(CheckMusicAlbumArt, CutsNamesToTheirMaximumLength) {
   NEEDS_SANDBOX();
   const std::string file = picture("300x300", ".jpg");
   const std::string unknown = "UNKNOWN" + std::string(300, 'X');
@@ -384,7 +384,7 @@ TEST(CheckMusicAlbumArt, CutsNamesToTheirRoom) {
   }
 }
 
-TEST(CheckMusicAlbumArt, NeedsNoMoreRoomForThePathThanDocumented) {
+TEST(CheckMusicAlbumArt, NeedsNoLargerPathBufferThanDocumented) {
   NEEDS_SANDBOX();
   const std::string longest = "UNKNOWN" + std::string(500, 'X');
   inAppliance([&](Appliance& appliance) {
@@ -395,7 +395,7 @@ TEST(CheckMusicAlbumArt, NeedsNoMoreRoomForThePathThanDocumented) {
   });
 }
 
-TEST(CheckMusicAlbumArt, RefusesPathsThatDoNotFit) {
+TEST(CheckMusicAlbumArt, RejectsPathsThatDoNotFit) {
   NEEDS_SANDBOX();
   const std::string file = picture("300x300", ".jpg");
   const std::string artist(250, 'a');
@@ -408,7 +408,7 @@ TEST(CheckMusicAlbumArt, RefusesPathsThatDoNotFit) {
   });
 }
 
-TEST(CheckMusicAlbumArt, RefusesCommandsThatDoNotFit) {
+TEST(CheckMusicAlbumArt, RejectsCommandsThatDoNotFit) {
   NEEDS_SANDBOX();
   const std::string file = picture("300x300", ".jpg");
   const std::string artist(240, 'a');
@@ -421,7 +421,7 @@ TEST(CheckMusicAlbumArt, RefusesCommandsThatDoNotFit) {
   });
 }
 
-TEST(CheckMusicAlbumArt, RunsNothingForNamesThatWouldEndTheirQuotes) {
+TEST(CheckMusicAlbumArt, RunsNothingForNamesWithQuotes) {
   NEEDS_SANDBOX();
   const std::string file = picture("300x300", ".jpg");
   for (const std::string artist :
@@ -437,7 +437,7 @@ TEST(CheckMusicAlbumArt, RunsNothingForNamesThatWouldEndTheirQuotes) {
   }
 }
 
-TEST(CheckMusicAlbumArt, KeepsABaseFromReachingTheShell) {
+TEST(CheckMusicAlbumArt, EscapesTheBaseFolderForTheShell) {
   NEEDS_SANDBOX();
   const std::string file = picture("300x300", ".jpg");
   inAppliance([&](Appliance& appliance) {
@@ -486,13 +486,13 @@ TEST(CheckMusicArtistThumbnail, FindsThePictureInTheArtistsFolder) {
                                            relPath.data());
     };
     EXPECT_EQ(check(), 0);
-    EXPECT_EQ(relPath.data(), names.relPath) << "written without the picture, too";
+    EXPECT_EQ(relPath.data(), names.relPath) << "also written without the picture";
     base.write(names.relPath, "");
     EXPECT_EQ(check(), 1);
   }
 }
 
-TEST(CheckMusicArtistThumbnail, LeavesThePathAloneWhenTheNameCannotBeConverted) {
+TEST(CheckMusicArtistThumbnail, KeepsThePathIfTheNameCannotBeConverted) {
   const TempDir base;
   std::array<char, 267> relPath{"untouched"};
   EXPECT_EQ(LUM_CheckMusicArtistThumbnail(base.folder().c_str(), "", relPath.data()), 0);
@@ -502,7 +502,7 @@ TEST(CheckMusicArtistThumbnail, LeavesThePathAloneWhenTheNameCannotBeConverted) 
   EXPECT_STREQ(relPath.data(), "untouched");
 }
 
-TEST(CheckMusicArtistThumbnail, FindsNothingWhereThePathDoesNotFit) {
+TEST(CheckMusicArtistThumbnail, FindsNothingIfThePathDoesNotFit) {
   const TempDir base;
   const std::string deep(250, 'd');
   const std::string artist(250, 'a');
@@ -533,14 +533,14 @@ TEST(IsTranscodeFileExist, FindsNoOtherSuffix) {
   EXPECT_EQ(LUM_IsTranscodeFileExist(folder.folder().c_str(), "film.mkv"), -1);
 }
 
-TEST(IsTranscodeFileExist, FindsNothingForNullOrEndlessNames) {
+TEST(IsTranscodeFileExist, FindsNothingForNullOrOverlongNames) {
   const std::string endless(5000, 'x');
   EXPECT_EQ(LUM_IsTranscodeFileExist(nullptr, "film.mkv"), -1);
   EXPECT_EQ(LUM_IsTranscodeFileExist("/", nullptr), -1);
   EXPECT_EQ(LUM_IsTranscodeFileExist(endless.c_str(), endless.c_str()), -1);
 }
 
-TEST(IsFileExist, FindsWhateverIsThere) {
+TEST(IsFileExist, FindsAnyKindOfFile) {
   const TempDir folder;
   const std::string file = folder.write("file", "");
   fs::create_symlink("nowhere", folder.path("dangling"));
@@ -553,7 +553,7 @@ TEST(IsFileExist, FindsWhateverIsThere) {
   EXPECT_EQ(isFileExist(nullptr), 0);
 }
 
-TEST(CopyAndChmod, LetsEverybodyReadAndWriteTheCopy) {
+TEST(CopyAndChmod, MakesTheCopyReadableAndWritableForAll) {
   const TempDir folder;
   const std::string source = folder.write("source", "content");
   ASSERT_EQ(chmod(source.c_str(), 0600), 0);
@@ -563,8 +563,8 @@ TEST(CopyAndChmod, LetsEverybodyReadAndWriteTheCopy) {
   EXPECT_EQ(fs::status(copy).permissions(), fs::perms{0666});
 }
 
-// The result is the second step's alone.
-TEST(CopyAndChmod, SucceedsWhenOnlyTheCopyFails) {
+// The result is that of the second step only.
+TEST(CopyAndChmod, SucceedsIfOnlyTheCopyFails) {
   const TempDir folder;
   const std::string copy = folder.write("copy", "old");
   EXPECT_EQ(copyAndChmod(folder.path("missing").c_str(), copy.c_str()), 0);
@@ -579,7 +579,7 @@ TEST(CopyAndChmod, FailsWithoutACopy) {
   EXPECT_EQ(copyAndChmod("/tmp/x", nullptr), -1);
 }
 
-TEST(CopyAndChmod, TakesNoNameForAnOption) {
+TEST(CopyAndChmod, DoesNotTreatNamesAsOptions) {
   const TempDir folder;
   folder.write("-a", "content");
   kolum::test::runInChild([&] {
@@ -589,7 +589,7 @@ TEST(CopyAndChmod, TakesNoNameForAnOption) {
   });
 }
 
-TEST(VideoPosterExtensions, StandInTheOrderOfTrying) {
+TEST(VideoPosterExtensions, AreInOrderOfPreference) {
   ASSERT_EQ(kVideoPosterExtNum, 3);
   EXPECT_STREQ(kVideoPosterExtList[0], ".jpeg");
   EXPECT_STREQ(kVideoPosterExtList[1], ".png");

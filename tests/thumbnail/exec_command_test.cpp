@@ -39,7 +39,7 @@ struct ResultCase {
   int exitCode;
 };
 
-TEST(ExecCommand, ReturnsWhatTheProgramReturned) {
+TEST(ExecCommand, ReturnsTheProgramsResult) {
   const ExpectNoDescriptorLeak noLeak;
   constexpr ResultCase kCases[] = {
       {"exit 0", 0, 0},     {"exit 1", 1, 1},     {"exit 3", 1, 3},
@@ -53,8 +53,8 @@ TEST(ExecCommand, ReturnsWhatTheProgramReturned) {
   }
 }
 
-// Wanted: hosts call tools that only some appliances have.
-TEST(ExecCommand, CountsAProgramThatCannotBeStartedAsASuccess) {
+// Hosts call tools that only some appliances have.
+TEST(ExecCommand, SucceedsIfTheProgramCannotBeStarted) {
   const TempDir folder;
   const std::string noProgram = folder.write("text", "no program");
   for (const std::string& program : {folder.path("missing"), noProgram, folder.folder(),
@@ -72,7 +72,7 @@ TEST(ExecCommand, FailsWithoutAProgram) {
   EXPECT_EQ(ExecCommand(argv, 1), 1);
 }
 
-TEST(ExecCommand, HandsOverTheArgumentsAsTheyAre) {
+TEST(ExecCommand, PassesArgumentsUnchanged) {
   const TempDir folder;
   const std::string out = folder.path("out");
   const char* argv[] = {"sh",        "-c",       "printf '%s|' \"$@\" > \"$0\"",
@@ -97,7 +97,7 @@ TEST(ExecCommand, SetsTheLibraryPathInTheChildOnly) {
 TEST(ExecCommand, TracesInBoldMagenta) {
   LogRecorder log;
   EXPECT_EQ(shell("exit 3", 0), 1);
-  // The child's own line is in the child.
+  // The child's line is recorded in the child.
   EXPECT_THAT(log.texts(), ElementsAre("\n", " status = 768 \n"));
   for (const LogMessage& message : log.messages()) {
     EXPECT_EQ(message.level, 5);
@@ -130,12 +130,12 @@ TEST(ExecCommand, WaitsThroughSignals) {
     EXPECT_EQ(shell("sleep 0.3; exit 3", 1), 3);
     const itimerval never{};
     setitimer(ITIMER_REAL, &never, nullptr);
-    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+    EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left behind";
   });
 }
 
-// The system then reaps the child by itself, and tells no status.
-TEST(ExecCommand, ReturnsWhereTheHostIgnoresItsChildren) {
+// The system then reaps the child itself, and its status is lost.
+TEST(ExecCommand, ReturnsIfTheHostIgnoresItsChildren) {
   runInChild([] {
     std::signal(SIGCHLD, SIG_IGN);
     withinSeconds(20, [] { EXPECT_EQ(shell("exit 3", 1), 0); });
@@ -153,8 +153,9 @@ TEST(ExecCommand, WaitsForItsOwnChildOnly) {
   });
 }
 
-// A process that may have no more children. Root is not bound by the limit, so it becomes nobody.
-TEST(ExecCommand, NeitherHangsNorTakesAnotherChildWhenThereIsNoProcessLeft) {
+// A process that can start no more children. The limit does not apply to root, so it becomes
+// nobody.
+TEST(ExecCommand, ReturnsAndReapsNoOtherChildIfForkFails) {
   const auto body = [] {
     const pid_t other = fork();
     if (other == 0) {
@@ -174,7 +175,7 @@ TEST(ExecCommand, NeitherHangsNorTakesAnotherChildWhenThereIsNoProcessLeft) {
     if (isRoot) {
       EXPECT_EQ(setresuid(0, 0, 0), 0);
     }
-    EXPECT_EQ(waitpid(other, nullptr, WNOHANG), 0) << "still there, and still ours";
+    EXPECT_EQ(waitpid(other, nullptr, WNOHANG), 0) << "still running and not reaped";
     kill(other, SIGKILL);
     EXPECT_EQ(waitpid(other, nullptr, 0), other);
   };
@@ -191,7 +192,7 @@ TEST(ExecCommand, KeepsThreadsApart) {
     });
   }
   for (std::thread& thread : threads) thread.join();
-  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child is left";
+  EXPECT_EQ(waitpid(-1, nullptr, WNOHANG), -1) << "a child was left behind";
 }
 
 }  // namespace

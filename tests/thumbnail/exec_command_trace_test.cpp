@@ -1,4 +1,4 @@
-// A program of its own: its log goes to a file, where the child process's line shows, too.
+// A separate program: its log goes to a file, which also gets the child process's line.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <kolum/host.h>
@@ -18,7 +18,7 @@ int g_log = -1;
 
 }  // namespace
 
-// Takes the place of the host's: "PROCESS COLOUR FORMAT", a line break at the end.
+// Replaces the host's function: writes "PROCESS COLOUR FORMAT" and a line break.
 void koDebugUtilWrapperPrint(int, const char* colour, const char*, int, const char*,
                              const char* format, ...) {
   dprintf(g_log, "%s %s %s\n", colour, getpid() == getpgrp() ? "parent" : "child", format);
@@ -26,7 +26,7 @@ void koDebugUtilWrapperPrint(int, const char* colour, const char*, int, const ch
 
 namespace {
 
-TEST(ExecCommand, TracesInTheChildToo) {
+TEST(ExecCommand, AlsoTracesInTheChild) {
   ASSERT_EQ(setpgid(0, 0), 0);
   const kolum::test::TempDir folder;
   const std::string log = folder.write("log", "");

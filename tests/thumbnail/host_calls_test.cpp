@@ -1,4 +1,4 @@
-// What the host is asked for. The program's own functions stand before the host library's.
+// The library's calls to the host. The program's own functions replace the host library's.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kolum/host.h>
@@ -31,7 +31,8 @@ int KoUtil_ExecSync(const char** argv, int wait) {
   return static_cast<int>(runs.size());
 }
 
-// A host that counts the size without the terminator, and names everything by as many "n" as fit.
+// A host that does not count the terminator in the size, and converts every name to as many "n" as
+// fit.
 int StringConvert2LowerFileString(const char* /*src*/, int /*srcLength*/, char* dst, int dstSize) {
   nameSizes.push_back(dstSize);
   std::memset(dst, 'n', static_cast<std::size_t>(dstSize));
@@ -41,7 +42,7 @@ int StringConvert2LowerFileString(const char* /*src*/, int /*srcLength*/, char* 
 
 namespace {
 
-TEST(CopyAndChmod, RunsTwoProgramsAndReturnsTheSecondsStatus) {
+TEST(CopyAndChmod, RunsTwoProgramsAndReturnsTheSecondStatus) {
   runs.clear();
   EXPECT_EQ(copyAndChmod("/a b", "/c'd"), 2);
   ASSERT_EQ(runs.size(), 2U);
@@ -51,7 +52,7 @@ TEST(CopyAndChmod, RunsTwoProgramsAndReturnsTheSecondsStatus) {
   EXPECT_EQ(runs[1].wait, 0);
 }
 
-TEST(CheckMusicArtwork, KeepsNamesWithinTheirLengthsWhateverTheHostCounts) {
+TEST(CheckMusicArtwork, LimitsNamesWhateverTheHostCounts) {
   struct {
     char path[600];
     char guard[16];

@@ -59,7 +59,7 @@ TEST(GetSystemThumbFolderName, NamesByMediaTypeAndLowestByte) {
   }
 }
 
-TEST(GetSystemThumbFolderName, HasNoMoreThan256FoldersAType) {
+TEST(GetSystemThumbFolderName, NamesAtMost256FoldersPerType) {
   std::array<char, 16> first{};
   std::array<char, 16> second{};
   EXPECT_EQ(getSystemThumbFolderName(1, 7, 16, first.data()), 0);
@@ -103,7 +103,7 @@ TEST(GetSystemThumbFolderName, ReportsTheFirstBrokenRule) {
   }
 }
 
-// A data volume of the test's own.
+// The test's own data volume.
 class SystemFolders : public testing::Test {
  protected:
   void SetUp() override { setenv("KO_DATA_DIR", volume_.folder().c_str(), 1); }
@@ -127,7 +127,7 @@ TEST_F(RemoveSystemThumbnail, EmptiesTheFolder) {
   EXPECT_TRUE(fs::exists(volume_.path(".system/other/3.jpg")));
 }
 
-TEST_F(RemoveSystemThumbnail, CreatesAFolderThatIsMissing) {
+TEST_F(RemoveSystemThumbnail, CreatesMissingFolder) {
   LogRecorder log;
   fs::create_directory(volume_.path(".system"));
   EXPECT_EQ(removeSystemThumbnail(".system/thumbnail"), 0);
@@ -135,14 +135,14 @@ TEST_F(RemoveSystemThumbnail, CreatesAFolderThatIsMissing) {
   EXPECT_THAT(log.texts(), IsEmpty());
 }
 
-TEST_F(RemoveSystemThumbnail, SucceedsAlsoWhenTheFolderCannotBeCreated) {
+TEST_F(RemoveSystemThumbnail, SucceedsIfTheFolderCannotBeCreated) {
   volume_.write("file", "x");
   EXPECT_EQ(removeSystemThumbnail("file/below"), 0);
   EXPECT_TRUE(fs::is_regular_file(volume_.path("file")));
 }
 
-// What makes a removal fail for everybody, root included: the kernel's own folders.
-TEST_F(RemoveSystemThumbnail, ReportsAFolderThatCannotBeRemovedAndGoesOn) {
+// Nobody, not even root, can remove the kernel's folders.
+TEST_F(RemoveSystemThumbnail, ReportsFolderThatCannotBeRemovedAndContinues) {
   LogRecorder log;
   setenv("KO_DATA_DIR", "/proc", 1);
   EXPECT_EQ(removeSystemThumbnail("self/fdinfo"), 0);
@@ -151,12 +151,12 @@ TEST_F(RemoveSystemThumbnail, ReportsAFolderThatCannotBeRemovedAndGoesOn) {
   EXPECT_EQ(log.messages()[0].function, "removeSystemThumbnail");
 }
 
-TEST_F(RemoveSystemThumbnail, FailsWithoutADataVolume) {
+TEST_F(RemoveSystemThumbnail, FailsWithoutDataVolume) {
   unsetenv("KO_DATA_DIR");
   EXPECT_EQ(removeSystemThumbnail(".system/thumbnail"), 1);
 }
 
-TEST_F(RemoveSystemThumbnail, NeverLeavesTheDataVolumeNorRemovesItWhole) {
+TEST_F(RemoveSystemThumbnail, NeverLeavesOrRemovesTheDataVolume) {
   volume_.write("volume/photo.jpg", "x");
   volume_.write("beside/photo.jpg", "x");
   setenv("KO_DATA_DIR", volume_.path("volume").c_str(), 1);
@@ -170,14 +170,14 @@ TEST_F(RemoveSystemThumbnail, NeverLeavesTheDataVolumeNorRemovesItWhole) {
   EXPECT_TRUE(fs::exists(volume_.path("beside/photo.jpg")));
 }
 
-TEST_F(RemoveSystemThumbnail, TakesDotsInNamesForNames) {
+TEST_F(RemoveSystemThumbnail, AcceptsDotsWithinNames) {
   volume_.write("..a/b../x", "x");
   EXPECT_EQ(removeSystemThumbnail("..a/b.."), 0);
   EXPECT_TRUE(fs::is_empty(volume_.path("..a/b..")));
 }
 
-// Cut short, the path would be another folder's.
-TEST_F(RemoveSystemThumbnail, RefusesAPathThatDoesNotFit) {
+// A cut path would name another folder.
+TEST_F(RemoveSystemThumbnail, RejectsPathThatDoesNotFit) {
   const std::string deep = std::string(200, 'd') + "/";
   std::string folder;
   while (folder.size() < 1100) folder += deep;
@@ -206,13 +206,13 @@ TEST_F(SaveLastBuildTime, WritesTheSecondsAndNothingElse) {
   }
 }
 
-TEST_F(SaveLastBuildTime, ReplacesWhatWasThere) {
+TEST_F(SaveLastBuildTime, ReplacesExistingContent) {
   volume_.write(kFaceLastBuildTime, std::string(5000, '9'));
   EXPECT_EQ(saveLastBuildTime(kFaceLastBuildTime), 0);
   EXPECT_EQ(contentOf(volume_.path(kFaceLastBuildTime)).size(), 10U);
 }
 
-TEST_F(SaveLastBuildTime, ReportsAFileThatCannotBeOpenedButReturnsZero) {
+TEST_F(SaveLastBuildTime, ReportsFileThatCannotBeOpenedButReturnsZero) {
   const ExpectNoDescriptorLeak noLeak;
   LogRecorder log;
   EXPECT_EQ(saveLastBuildTime(kThumbLastBuildTime), 0);
@@ -231,7 +231,7 @@ TEST_F(SaveLastBuildTime, CutsThePathToItsBuffer) {
   EXPECT_EQ(text.size(), std::string("Open  failed.\n").size() + 1023);
 }
 
-TEST_F(SaveLastBuildTime, DoesNotWaitForThePipesReader) {
+TEST_F(SaveLastBuildTime, DoesNotWaitForPipes) {
   fs::create_directories(volume_.path(".system/tmp"));
   ASSERT_EQ(mkfifo(volume_.path(kThumbLastBuildTime).c_str(), 0666), 0);
   withinSeconds(20, [] { EXPECT_EQ(saveLastBuildTime(kThumbLastBuildTime), 0); });
