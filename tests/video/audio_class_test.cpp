@@ -36,7 +36,7 @@ TEST(AudioClass, FollowsTheCodec) {
   for (const Row& row : rows) EXPECT_EQ(classOf(row.codec), row.expected) << row.codec;
 }
 
-TEST(AudioClass, HoldsEveryPcmCodec) {
+TEST(AudioClass, CoversEveryPcmCodec) {
   for (int codec = 0x10000; codec <= 0x10FFF; ++codec) ASSERT_EQ(classOf(codec), 7U) << codec;
   EXPECT_EQ(classOf(0xFFFF), 0U);
   EXPECT_EQ(classOf(0x11000), 0U);

@@ -16,7 +16,7 @@ constexpr std::int64_t kHour = 3600;
 // 2015-06-07 08:09:10 UTC.
 constexpr std::int64_t kSummerMorning = 1433664550;
 
-// What a zone is ahead of universal time right now.
+// The current offset of the local time zone from universal time.
 std::int64_t offsetNow() {
   const std::time_t now = std::time(nullptr);
   std::tm local = {};
@@ -37,7 +37,7 @@ TEST(StreamCreation, IsShiftedByTheZonesOffset) {
       {{"TZ", "Asia/Tokyo"}});
 }
 
-TEST(StreamCreation, StaysAsItIsInUniversalTime) {
+TEST(StreamCreation, IsUnchangedInUniversalTime) {
   runInChild(
       [] {
         const auto creation = creationOfStream("2015-06-07T08:09:10.000000Z");
@@ -47,10 +47,10 @@ TEST(StreamCreation, StaysAsItIsInUniversalTime) {
       {{"TZ", "UTC"}});
 }
 
-// The offset is that of the moment of the probe, not of the date: a zone whose daylight saving is
-// in effect now adds an hour, whatever the season of the file.
-TEST(StreamCreation, CountsTheDaylightSavingOfTheMomentOfTheProbe) {
-  // Daylight saving that starts and ends in such a way that it is in effect, or not, today.
+// The offset is that of the time of the probe, not of the date: if daylight saving is in effect
+// now, it adds an hour, whatever the season of the file. Hosts' databases hold such times.
+TEST(StreamCreation, UsesTheDaylightSavingAtProbeTime) {
+  // Zones in which daylight saving is in effect today, or is not.
   const std::time_t now = std::time(nullptr);
   std::tm today = {};
   gmtime_r(&now, &today);
@@ -77,7 +77,7 @@ TEST(StreamCreation, CountsTheDaylightSavingOfTheMomentOfTheProbe) {
   }
 }
 
-TEST(StreamCreation, TakesAChangeOfTheZoneUp) {
+TEST(StreamCreation, FollowsAChangeOfTheZone) {
   runInChild(
       [] {
         const char* date = "2015-06-07T08:09:10.000000Z";
@@ -110,12 +110,12 @@ TEST(StreamCreation, ReadsDayFirstDates) {
       {{"TZ", "UTC"}});
 }
 
-TEST(StreamCreation, RefusesWhatIsNoDate) {
+TEST(StreamCreation, RejectsNonDates) {
   for (const char* text : {"", "yesterday", "2015-06-07", "06/07/15 10:00", "\xFF\xFE\xFD"})
     EXPECT_FALSE(creationOfStream(text).has_value()) << text;
 }
 
-TEST(StreamCreation, TakesAVeryLongTagByItsBeginning) {
+TEST(StreamCreation, UsesTheBeginningOfVeryLongTags) {
   const auto creation = creationOfStream("2015-06-07 08:09:10" + std::string(100'000, '9'));
   EXPECT_TRUE(creation.has_value());
 }
@@ -132,9 +132,9 @@ TEST(QuickTimeCreation, IsReadAsLocalTime) {
       {{"TZ", "Asia/Tokyo"}});
 }
 
-// The broken-down time says that no daylight saving is in effect, so a summer date counts an hour
-// later than the clock on the wall said. Hosts' databases hold such times.
-TEST(QuickTimeCreation, CountsASummerDateInStandardTime) {
+// The broken-down time says that no daylight saving is in effect, so a summer date becomes an hour
+// later than the local clock showed. Hosts' databases hold such times.
+TEST(QuickTimeCreation, TreatsSummerDatesAsStandardTime) {
   runInChild(
       [] {
         const Creation creation = creationOfQuickTime("2015-06-07T08:09:10.");
@@ -143,12 +143,12 @@ TEST(QuickTimeCreation, CountsASummerDateInStandardTime) {
       {{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"}});
 }
 
-TEST(QuickTimeCreation, KeepsTheDateAsTold) {
+TEST(QuickTimeCreation, KeepsTheDate) {
   runInChild([] { EXPECT_EQ(creationOfQuickTime("2015-06-07T23:30:00.").date, "2015-06-07"); },
              {{"TZ", "CET-1CEST,M3.5.0,M10.5.0/3"}});
 }
 
-TEST(QuickTimeCreation, CountsTextAsFarAsItParses) {
+TEST(QuickTimeCreation, ParsesAsMuchTextAsPossible) {
   runInChild(
       [] {
         EXPECT_EQ(creationOfQuickTime("2015-06").yearMonth, "2015-06");

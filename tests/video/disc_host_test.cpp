@@ -1,5 +1,5 @@
-// What the library asks of the host, and of the kernel, about discs. The program's own functions
-// stand before the host library's and the system's.
+// The library's calls to the host and the kernel for discs. The program's own functions replace the
+// host library's and the system's.
 #include <gtest/gtest.h>
 #include <kolum/host.h>
 #include <kolum/identifiers.h>
@@ -42,7 +42,7 @@ int DVDGetMainVTSNo(const char* folder, char* pathOut, int pathOutSize, int rese
   return 0;
 }
 
-// Puts every name in quotes, which takes more room than our own host's way.
+// Quotes every name, which needs more room than the escapes of the stand-in host.
 void StringConvert2SystemCmdFilename(char* path) {
   std::string word = "'";
   for (const char* c = path; *c != '\0'; ++c) word += *c == '\'' ? "'\\''" : std::string(1, *c);
@@ -59,10 +59,10 @@ namespace {
 
 using namespace kolum::test;
 
-TEST(DvdHost, FindsTheFoldersNameInThePathThatItIsToWrite) {
+TEST(DvdHost, GetsTheFolderInTheOutputPath) {
   calls.clear();
   videoObject_st record = {};
-  // The name stays the probe path, and a folder is no video.
+  // The host writes no title, so the folder itself is probed, which is not a video.
   EXPECT_EQ(probe("/disc/VIDEO_TS/", "VIDEO_TS.IFO", record), 1U);
   ASSERT_EQ(calls.size(), 1U);
   EXPECT_EQ(calls[0].folder, "/disc/VIDEO_TS/");
@@ -73,14 +73,14 @@ TEST(DvdHost, FindsTheFoldersNameInThePathThatItIsToWrite) {
   EXPECT_EQ(record.containerFormat, static_cast<unsigned>(FORMAT_DVDIFO));
 }
 
-TEST(DvdHost, FindsNoNameInThePathOfAnImagesTitle) {
+TEST(DvdHost, GetsAnEmptyOutputPathForImages) {
   if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   const std::string image = discImage(discRoot(dvdFolder()), "host.iso");
   runInAppliance([&] {
     calls.clear();
     videoObject_st record = {};
-    // An image whose title has no name is one of a DVD, but a failure.
+    // The image is recognised as a DVD, but without a title the probe fails.
     EXPECT_EQ(probe("", image.c_str(), record), 1U);
     ASSERT_EQ(calls.size(), 1U);
     EXPECT_TRUE(calls[0].folder.starts_with("/tmp/Media_mount_")) << calls[0].folder;
@@ -90,7 +90,7 @@ TEST(DvdHost, FindsNoNameInThePathOfAnImagesTitle) {
   });
 }
 
-TEST(ImageHost, MayQuoteNamesAsItLikes) {
+TEST(ImageHost, MayQuoteNamesInItsOwnWay) {
   if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   const std::string image = discImage(discRoot(dvdFolder()), "host.iso");
@@ -104,7 +104,7 @@ TEST(ImageHost, MayQuoteNamesAsItLikes) {
   });
 }
 
-TEST(ImageHost, IsNotAskedToUnmountWhatWasNotMounted) {
+TEST(ImageHost, IsNotAskedToUnmountWithoutMount) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     unmounts = 0;

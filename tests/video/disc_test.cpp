@@ -40,8 +40,8 @@ bool isMounted(const std::string& folder) {
   return false;
 }
 
-// The exported function on a buffer of the promised size; the bytes behind it must stay as they
-// are.
+// Calls the exported function with a buffer of the documented size; the bytes after it must stay
+// unchanged.
 std::string largest(const std::string& folder, const char* extension) {
   struct {
     char path[kPathSize];
@@ -54,7 +54,7 @@ std::string largest(const std::string& folder, const char* extension) {
   return buffer.path;
 }
 
-TEST(SourceOf, IsToldByTheNameAlone) {
+TEST(SourceOf, DependsOnTheNameOnly) {
   struct Row {
     const char* name;
     Source expected;
@@ -87,13 +87,13 @@ TEST(LargestFile, IsFoundBySize) {
   EXPECT_EQ(largest(folder.folder(), ".m2ts"), large);
 }
 
-TEST(LargestFile, MatchesSuffixesWhateverTheLetterCase) {
+TEST(LargestFile, MatchesSuffixesInAnyLetterCase) {
   const TempDir folder;
   const std::string upper = folder.write("00001.M2TS", "x");
   EXPECT_EQ(largest(folder.folder(), ".m2ts"), upper);
 }
 
-TEST(LargestFile, MatchesLongerSuffixesOnPurpose) {
+TEST(LargestFile, AlsoMatchesLongerSuffixes) {
   const TempDir folder;
   const std::string longer = folder.write("00001.m2tsx", "xx");
   folder.write("00002.m2ts", "x");
@@ -102,7 +102,7 @@ TEST(LargestFile, MatchesLongerSuffixesOnPurpose) {
   EXPECT_EQ(largest(folder.folder(), ".m2ts"), longer);
 }
 
-TEST(LargestFile, TakesTheLaterOfEqualOnesInTheFoldersOwnOrder) {
+TEST(LargestFile, IsTheLaterOfEqualOnesInTheFoldersOrder) {
   const TempDir folder;
   for (const char* name : {"b.m2ts", "a.m2ts", "d.m2ts", "c.m2ts"}) folder.write(name, "same");
   std::string last;
@@ -112,7 +112,7 @@ TEST(LargestFile, TakesTheLaterOfEqualOnesInTheFoldersOwnOrder) {
             std::filesystem::path(last).filename());
 }
 
-TEST(LargestFile, TakesEveryNameWithASuffixForAnEmptyExtension) {
+TEST(LargestFile, MatchesEverySuffixForAnEmptyExtension) {
   const TempDir folder;
   folder.write("movie.m2ts", "xx");
   folder.write("nodot", "xxx");
@@ -125,7 +125,7 @@ TEST(LargestFile, MayBeEmpty) {
   EXPECT_EQ(largest(folder.folder(), ".m2ts"), empty);
 }
 
-TEST(LargestFile, SkipsWhatIsNoRegularFile) {
+TEST(LargestFile, SkipsNonRegularFiles) {
   const TempDir folder;
   std::filesystem::create_directory(folder.path("folder.m2ts"));
   ASSERT_EQ(mkfifo(folder.path("pipe.m2ts").c_str(), 0600), 0);
@@ -142,7 +142,7 @@ TEST(LargestFile, ReportsEntriesWithoutStatusOnStandardError) {
             "[MediaInfo:1594] stat: No such file or directory\n");
 }
 
-TEST(LargestFile, LeavesTheBufferEmptyWithoutAMatch) {
+TEST(LargestFile, LeavesTheBufferEmptyWithoutMatch) {
   const TempDir folder;
   folder.write("movie.mp4", "x");
   EXPECT_EQ(largest(folder.folder(), ".m2ts"), "");
@@ -152,7 +152,7 @@ TEST(LargestFile, LeavesTheBufferEmptyWithoutAMatch) {
 
 TEST(LargestFile, NeverWritesBeyondAPathBuffer) {
   const TempDir folder;
-  // A folder whose path fits, with a file whose path does not.
+  // The folder's path fits, but the path of a file in it does not.
   std::string deep = folder.folder();
   while (deep.size() + 201 < kPathSize - 60) deep += std::string(200, 'd') + "/";
   std::filesystem::create_directories(deep);
@@ -186,7 +186,7 @@ TEST(DvdFolder, LeadsToItsMainTitle) {
   EXPECT_EQ(title->size, static_cast<long long>(std::filesystem::file_size(title->path)));
 }
 
-TEST(DvdFolder, WithoutATitleIsAFailure) {
+TEST(DvdFolder, FailsWithoutATitle) {
   const TempDir folder;
   EXPECT_FALSE(dvdFolderTitle(folder.folder()).has_value());
 }
@@ -200,18 +200,18 @@ TEST(BlurayFolder, LeadsToTheLargestStreamFile) {
   EXPECT_EQ(title->size, 0);
 }
 
-TEST(BlurayFolder, WithoutStreamFilesIsAFailure) {
+TEST(BlurayFolder, FailsWithoutStreamFiles) {
   const TempDir folder;
   folder.write("STREAM/readme.txt", "x");
   EXPECT_FALSE(blurayFolderTitle(folder.folder()).has_value());
 }
 
-// Images are mounted in a sandbox: its /tmp is private, so whatever stays behind there was left by
-// the code under test, and the mounts of other tests do not count.
+// Mounts images in a sandbox: its /tmp is private, so anything left there was left by the code
+// under test, and the mounts of other tests do not matter.
 void withMounts(const std::function<void()>& body) {
   if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
-  // Made outside, where they are kept.
+  // Made outside the sandbox, so that they are kept.
   dvdFolder();
   blurayFolder();
   runInAppliance([&] {
@@ -224,7 +224,7 @@ std::unique_ptr<MountedImage> mountImage(const std::string& path) {
   return MountedImage::mount(path, MountFolderFailure::kGiveUp);
 }
 
-TEST(MountedImage, IsUnmountedAndItsFolderRemovedAtTheEnd) {
+TEST(MountedImage, UnmountsAndRemovesItsFolderAtTheEnd) {
   for (const ImageKind kind : {ImageKind::kSquashfs, ImageKind::kExt4}) {
     SCOPED_TRACE(kind == ImageKind::kExt4 ? "ext4" : "squashfs");
     const std::string image = discImage(discRoot(dvdFolder()), "dvd.iso", kind);
@@ -246,7 +246,7 @@ TEST(MountedImage, IsUnmountedAndItsFolderRemovedAtTheEnd) {
   }
 }
 
-TEST(MountedImage, OfABlurayLeadsToItsLargestStreamFile) {
+TEST(MountedImage, LeadsToTheLargestStreamFileOfABluray) {
   const std::string image = discImage(discRoot(blurayFolder()), "bluray.iso");
   withMounts([&] {
     const auto mounted = mountImage(image);
@@ -258,7 +258,7 @@ TEST(MountedImage, OfABlurayLeadsToItsLargestStreamFile) {
   });
 }
 
-TEST(MountedImage, IsRefusedWhenItHoldsNoFileSystem) {
+TEST(MountedImage, RejectsImageWithoutFileSystem) {
   withMounts([] {
     const TempDir folder;
     EXPECT_EQ(mountImage(folder.write("broken.iso", std::string(100'000, 'x'))), nullptr);
@@ -267,7 +267,7 @@ TEST(MountedImage, IsRefusedWhenItHoldsNoFileSystem) {
   });
 }
 
-TEST(MountedImage, KeepsNamesFromReachingTheShell) {
+TEST(MountedImage, EscapesNamesForTheShell) {
   const std::string image = discImage(discRoot(dvdFolder()), "dvd.iso");
   withMounts([&] {
     const TempDir folder;
@@ -282,10 +282,10 @@ TEST(MountedImage, KeepsNamesFromReachingTheShell) {
   });
 }
 
-TEST(MountedImage, IsMountedReadOnlyBelowAFolderOfItsOwnersOnly) {
+TEST(MountedImage, MountsReadOnlyInAPrivateFolder) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
-    // Each notes its name and arguments; the folder is the last of them.
+    // Each tool records its name and arguments; the last argument is the folder.
     const std::string note = "echo \"${0##*/} $*\" >>/tmp/said; ";
     const std::string mode = "for last; do :; done; stat -c %a $last >>/tmp/said\n";
     writeRootFile("/fake/mount", "#!/bin/sh\n" + note + mode, 0755);
@@ -300,14 +300,14 @@ TEST(MountedImage, IsMountedReadOnlyBelowAFolderOfItsOwnersOnly) {
     }
     EXPECT_EQ(contentOf("/tmp/said"),
               "mount -o loop,ro /a disc.iso " + folder + "\n600\numount " + folder + "\n");
-    EXPECT_FALSE(hasMountFolder()) << "umount's status does not count";
+    EXPECT_FALSE(hasMountFolder()) << "umount's status is ignored";
   });
 }
 
-TEST(MountedImage, GivesUpOrGoesOnWhenItsFolderExists) {
+TEST(MountedImage, FailsOrContinuesIfItsFolderExists) {
   const std::string image = discImage(discRoot(dvdFolder()), "dvd.iso");
   withMounts([&] {
-    // Mount folders are numbered by the clock; all numbers of the next seconds are taken.
+    // Mount folders are numbered by the clock, so this takes all numbers of the next 20 seconds.
     const auto now = std::time(nullptr);
     std::vector<std::string> taken;
     for (std::time_t n = now; n < now + 20; ++n) {

@@ -1,4 +1,4 @@
-// DLNA names of real files: every branch that an encoder here can make.
+// DLNA names of real files: every branch for which an encoder exists.
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
@@ -97,15 +97,15 @@ TEST(DlnaFiles, Mpeg2TransportStreams) {
   });
 }
 
-TEST(DlnaFiles, EmptyTimeStampsGiveTheMimeTypeAndNoSuffix) {
+TEST(DlnaFiles, EmptyTimeStampsHaveTheMimeTypeButNoSuffix) {
   const std::string stamped =
       media("pal.m2ts", source("720x576", "25", "0.4") +
                             "-c:v mpeg2video -c:a ac3 -f mpegts -mpegts_m2ts_mode 1");
   EXPECT_EQ(nameOf(withoutTimeStamps(stamped)), (Named{"MPEG_TS_SD_EU", kTts}));
 }
 
-TEST(DlnaFiles, AacWithoutAHeaderIsJapanese) {
-  // In a transport stream AAC carries its header in every frame and none beside the stream.
+TEST(DlnaFiles, AacWithoutHeaderIsJapanese) {
+  // In a transport stream AAC has a header in every frame, and no separate one.
   expectRows({{"aac.ts",
                "1920x1080",
                "30000/1001",
@@ -254,7 +254,7 @@ TEST(DlnaFiles, H264Elsewhere) {
   });
 }
 
-// 32-byte frames of AMR-NB silence behind the file's magic.
+// 32-byte frames of AMR-NB silence after the file's magic.
 std::string amr() {
   return made("silence.amr", "AMR-NB, 50 frames", [](const std::string& path) {
     std::ofstream out(path, std::ios::binary);
@@ -315,8 +315,8 @@ TEST(DlnaFiles, MsMpeg4) {
       {{"msmpeg4.asf", "352x288", "25", "-c:v msmpeg4v3 -c:a wmav2", {"", "video/x-msvideo"}}});
 }
 
-// No free encoder writes WMV3, so a WMV2 file gets its code and a WMV3 sequence header: what the
-// probe reads is then that of a WMV3 file.
+// No free encoder writes WMV3, so a WMV2 file gets the codec tag and sequence header of WMV3, which
+// are all that the probe reads.
 std::string wmv3(const std::string& name, const std::string& arguments, char profileBits) {
   const std::string wmv2 = media(name, arguments);
   return made(name, "WMV3 from " + wmv2 + profileBits, [&](const std::string& path) {
@@ -324,8 +324,8 @@ std::string wmv3(const std::string& name, const std::string& arguments, char pro
     std::size_t count = 0;
     for (std::size_t at = file.find("WMV2"); at != std::string::npos; at = file.find("WMV2", at)) {
       file.replace(at, 4, "WMV3");
-      // The stream's format ends with the extra data, 20 bytes behind the code in BITMAPINFOHEADER
-      // and four bytes long.
+      // The stream's format ends with four bytes of extra data, 20 bytes after the codec tag in
+      // BITMAPINFOHEADER.
       const std::size_t extraData = at + 24;
       if (count++ == 0 && extraData + 4 <= file.size())
         file.replace(extraData, 4, std::string{profileBits, '\x09', '\x18', '\x01'});
@@ -360,7 +360,7 @@ TEST(DlnaFiles, TestStreamsAreNamedWhateverTheRulesSay) {
   const std::string name = "O-WVH_F-02_CBR_17M_193_48_2_16.wmv";
   std::filesystem::create_symlink(file, folder.path(name));
   EXPECT_EQ(nameOf(folder.path(name)), (Named{"WMVHIGH_FULL", "video/mpeg"}));
-  // Not for files that are not named at all.
+  // This does not apply to files that are never named.
   const std::string mkv =
       media("h264.mkv", source("352x288", "25", "0.4") + "-c:v libx264 -profile:v main -c:a ac3");
   std::filesystem::create_symlink(mkv, folder.path("O-WVH_F-04_VBR_15M_193_44_2_16.mkv"));

@@ -1,5 +1,4 @@
-// The DLNA naming as a decision: facts in, names out. Every limit is tried at its value and one
-// beyond.
+// The DLNA naming decision: facts in, names out. Every limit is tested at its value and one beyond.
 #include "video/dlna.h"
 
 #include <gmock/gmock.h>
@@ -19,7 +18,7 @@ namespace {
 constexpr TransportPackets kPackets188 = {188, false};
 constexpr TransportPackets kPackets192 = {192, false};
 constexpr TransportPackets kStamped192 = {192, true};
-// What a file that cannot be read counts as.
+// The result for a file that cannot be read.
 constexpr TransportPackets kUnreadable = {0, true};
 constexpr TransportPackets kNoPackets = {0, false};
 
@@ -28,7 +27,8 @@ constexpr const char* kPs = "mpeg";
 constexpr const char* kMp4 = "mov,mp4,m4a,3gp,3g2,mj2";
 constexpr const char* kTts = "video/vnd.dlna.mpeg-tts";
 
-// Asking why changes nothing, and the reason given is a taken candidate whose name the file gets.
+// Asking for an explanation must not change the name, and the chosen candidate must explain the
+// name.
 void expectTheSameWhenExplained(const DlnaFacts& facts, TransportPackets packets,
                                 const DlnaName& expected) {
   DlnaExplanation explanation;
@@ -42,7 +42,7 @@ void expectTheSameWhenExplained(const DlnaFacts& facts, TransportPackets packets
       std::any_of(candidates.begin(), candidates.end(), [&](const DlnaCandidate& candidate) {
         return candidate.taken && expected.profile.starts_with(candidate.name);
       });
-  // The fragments that stay come with a remark instead.
+  // Names that are only a fragment have a remark instead.
   EXPECT_TRUE(isExplained || expected.profile.empty() || !explanation.remarks.empty());
   EXPECT_FALSE(candidates.empty() && explanation.remarks.empty());
 }
@@ -121,8 +121,8 @@ TEST(DlnaMpeg2, IsNamedBySizeRateAndPacketsInTransportStreams) {
   }
 }
 
-// Packets of unknown size leave the suffix alone as the name.
-TEST(DlnaMpeg2, KeepsTheSuffixAloneForUnknownPackets) {
+// With packets of unknown size the name is only the suffix; renderers match by its beginning.
+TEST(DlnaMpeg2, KeepsOnlyTheSuffixForUnknownPackets) {
   EXPECT_EQ(profile(mpeg2(720, 576), kNoPackets), "_ISO");
   EXPECT_EQ(profile(mpeg2(720, 576), kUnreadable), "_ISO");
   EXPECT_EQ(profile(mpeg2(640, 480), kNoPackets), "_ISO,MPEG_TS_SD_KO_ISO");
@@ -157,7 +157,7 @@ TEST(DlnaMpeg2, HasNoNameElsewhere) {
   }
 }
 
-TEST(DlnaMsMpeg4, HasAMimeTypeAndNoName) {
+TEST(DlnaMsMpeg4, HasMimeTypeButNoName) {
   DlnaFacts facts = mpeg2(720, 576);
   facts.codec = CODEC_ID_MSMPEG4V3;
   facts.demuxer = "asf";
@@ -233,7 +233,7 @@ TEST(DlnaH264Mp4, NamesMainProfile) {
       {1280, 720, 8000000, 8, "AVC_MP4_MP_HD_720p_AAC"},
       {1280, 720, 8000000, 2, ""},
       {1280, 720, 8000000, 9, ""},
-      // Too much for 720p, and named by the next size.
+      // The rate is too high for 720p, so the next size names it.
       {1280, 720, 15000001, 8, "AVC_MP4_MP_HD_1080i_AAC"},
       {1280, 720, 21000000, 8, "AVC_MP4_MP_HD_1080i_AAC"},
       {1280, 720, 21000001, 8, ""},
@@ -327,8 +327,8 @@ TEST(DlnaH264Mp4, HasNoNameForOtherProfiles) {
     EXPECT_EQ(profile(h264(other, 1280, 720, 5000000, 8)), "") << other;
 }
 
-// The fragment "AVC_MP4_MP_" has 11 characters and never survives; "AVC_MP4_" of the High profile
-// does not go through that rule.
+// A name of at most 11 characters is dropped, such as the fragment "AVC_MP4_MP_"; that rule does
+// not apply to "AVC_MP4_" of the High profile.
 TEST(DlnaH264Mp4, AppliesTheLengthRuleToMainNamingOnly) {
   EXPECT_EQ(profile(h264(77, 1280, 720, 8000000, 2)), "");
   EXPECT_EQ(profile(h264(77, 720, 576, 8000000, 0)), "AVC_MP4_MP_SD");
@@ -358,7 +358,7 @@ TEST(DlnaH264Mp4, PrintsItsDebugLines) {
   EXPECT_EQ(printed(h264(77, 352, 288, 500000, 8)), "");
 }
 
-TEST(DlnaH264, MarksTheTagAvc1InAnyCaseAndAnyContainer) {
+TEST(DlnaH264, MarksTagAvc1InAnyCaseAndContainer) {
   for (const char* demuxer : {kMp4, kTs, "asf", "nut"}) {
     DlnaFacts facts = h264(77, 720, 576, 5000000, 8);
     facts.demuxer = demuxer;
@@ -392,7 +392,7 @@ DlnaFacts h264Ts(int ffmpegProfile, int width, int height, std::int64_t rate, un
   return facts;
 }
 
-// A time base that makes the rate's numerator reach its denominator.
+// A denominator of the time base that the rate's numerator reaches.
 constexpr int kCoarse = 1;
 
 TEST(DlnaH264Ts, NamesFrameRatesOfHd) {
@@ -407,7 +407,7 @@ TEST(DlnaH264Ts, NamesFrameRatesOfHd) {
   };
   const av::Rational k50 = {50, 1};
   const Row rows[] = {
-      // 60 Hz at full HD needs whole time base units.
+      // 60 Hz at full HD requires a coarse clock.
       {1920, 1080, kNtscDoubleRate, kCoarse, 77, 2, "AVC_TS_HD_60_AC3_ISO"},
       {1440, 1080, kNtscDoubleRate, kCoarse, 100, 2, "AVC_TS_HD_60_AC3_ISO"},
       {1920, 1080, kNtscDoubleRate, 90000, 77, 2, "AVC_TS_MP_HD_AC3_ISO"},
@@ -418,7 +418,7 @@ TEST(DlnaH264Ts, NamesFrameRatesOfHd) {
       {720, 480, kNtscDoubleRate, kCoarse, 77, 2, "AVC_TS_HD_60_AC3_ISO"},
       {720, 480, kNtscDoubleRate, 90000, 77, 2, "AVC_TS_MP_SD_AC3_ISO"},
       {720, 480, k50, kCoarse, 77, 2, "AVC_TS_MP_SD_AC3_ISO"},
-      // 1280 x 720 is the other way about.
+      // 1280 x 720 is inverted and requires a fine clock. Stored names depend on it.
       {1280, 720, kNtscDoubleRate, 90000, 77, 2, "AVC_TS_HD_60_AC3_ISO"},
       {1280, 720, kNtscDoubleRate, kCoarse, 77, 2, "AVC_TS_MP_HD_AC3_ISO"},
       {1280, 720, k50, kCoarse, 77, 2, "AVC_TS_HD_50_AC3_ISO"},
@@ -432,10 +432,10 @@ TEST(DlnaH264Ts, NamesFrameRatesOfHd) {
       {1920, 1080, {51, 1}, kCoarse, 77, 2, "AVC_TS_MP_HD_AC3_ISO"},
       {1920, 1080, k50, kCoarse, 578, 2, "AVC_TS_MP_HD_AC3_ISO"},
       {1920, 1080, k50, kCoarse, 77, 9, "AVC_TS_MP_HD_AAC_MULT5_ISO"},
-      // No other size has one.
+      // No other size has a name by frame rate.
       {1920, 1088, k50, kCoarse, 77, 2, "AVC_TS_MP_HD_AC3_ISO"},
       {704, 576, k50, kCoarse, 77, 2, "AVC_TS_MP_SD_AC3_ISO"},
-      // No denominators.
+      // Denominators of zero.
       {1280, 720, {50, 0}, 0, 77, 2, "AVC_TS_MP_HD_AC3_ISO"},
   };
   for (const Row& row : rows)
@@ -459,7 +459,7 @@ TEST(DlnaH264Ts, NamesProfilesSizesAndRates) {
       {66, 352, 288, 384000, 8, "AVC_TS_BL_CIF15_AAC_MULT5_ISO"},
       {66, 352, 288, 384001, 8, "AVC_TS_BL_CIF30_AAC_MULT5_ISO"},
       {66, 352, 288, 3000000, 1, "AVC_TS_BL_CIF30_MPEG1_L3_ISO"},
-      // What no baseline form holds keeps its piece in front of the main form.
+      // If no Baseline name fits, "BL_" stays in front of the Main name.
       {66, 352, 288, 3000001, 2, "AVC_TS_BL_MP_SD_AC3_ISO"},
       {66, 353, 288, 384000, 2, "AVC_TS_BL_MP_SD_AC3_ISO"},
       {66, 352, 289, 384000, 2, "AVC_TS_BL_MP_SD_AC3_ISO"},
@@ -486,7 +486,7 @@ TEST(DlnaH264Ts, NamesProfilesSizesAndRates) {
       {100, 1920, 1153, 30000000, 2, ""},
       {100, 1920, 1152, 30000000, 8, ""},
       {100, 640, 480, 1000000, 8, ""},
-      // Other profiles go straight to the audio.
+      // For other profiles only the audio counts.
       {88, 640, 480, 1000000, 8, "AVC_TS_AAC_MULT5_ISO"},
       {-99, 640, 480, 1000000, 2, "AVC_TS_AC3_ISO"},
       {77, 720, 576, 10000000, 0, ""},
@@ -513,7 +513,8 @@ TEST(DlnaH264Ts, EndsWithThePacketSuffix) {
   EXPECT_EQ(name(main, kStamped192).mimeType, kTts);
   EXPECT_EQ(name(main, kPackets192).mimeType, kTts);
 
-  // The High profile is called time-stamped whatever the stamps say, unless a frame rate named it.
+  // The High profile is named as time-stamped even if the stamps are empty, except for names by
+  // frame rate.
   EXPECT_EQ(profile(h264Ts(100, 1920, 1080, 6000000, 2), kPackets192), "AVC_TS_HP_HD_AC3_T");
   EXPECT_EQ(profile(h264Ts(100, 1920, 1080, 6000000, 2, {50, 1}, kCoarse), kPackets192),
             "AVC_TS_HD_50_AC3");
@@ -521,7 +522,7 @@ TEST(DlnaH264Ts, EndsWithThePacketSuffix) {
             "AVC_TS_HD_60_AC3_T");
 }
 
-TEST(DlnaNaming, ReadsThePacketsOnceAndOnlyWhenARuleAsks) {
+TEST(DlnaNaming, ReadsThePacketsOnlyOnceAndOnlyIfNeeded) {
   const auto readsOf = [](const DlnaFacts& facts) {
     int reads = 0;
     testing::internal::CaptureStdout();
@@ -639,7 +640,7 @@ TEST(DlnaMpeg4Part2, NamesOtherMp4Files) {
       {640, 480, 0, 4, 0, 0, 1, ""},
       {640, 480, 0, 4, 0, 0, 10, ""},
       {640, 480, 0, 4, 0, 0, 0x15002, ""},
-      // Files as FFmpeg writes them.
+      // Values of files that FFmpeg wrote.
       {352, 288, 0, 1, 567232, 646426, 8, asp},
       {720, 576, 15, 1, 5035824, 5116141, 8, asp},
       {640, 480, 0, 1, 2889608, 2968802, 8, vga},
@@ -799,7 +800,7 @@ TEST(DlnaWindowsMedia, HasNoNameBeyondTheHighTier) {
   EXPECT_EQ(profile(windowsMedia(CODEC_ID_VC1, 3, 1920, 1081, 20000000, 4)), "");
 }
 
-TEST(DlnaWindowsMedia, TakesTheContainersRateForAnUnknownOne) {
+TEST(DlnaWindowsMedia, UsesTheContainersRateForAnUnknownOne) {
   DlnaFacts facts = windowsMedia(CODEC_ID_WMV3, 0, 176, 144, 0, 3);
   facts.containerBitRate = 76852;
   EXPECT_EQ(profile(facts), "WMVSPLL_BASE");
@@ -808,13 +809,13 @@ TEST(DlnaWindowsMedia, TakesTheContainersRateForAnUnknownOne) {
   facts.containerBitRate = 714393;
   EXPECT_EQ(profile(facts), "WMVMED_BASE");
   facts.containerBitRate = 0;
-  EXPECT_EQ(profile(facts), "WMVSPLL_BASE") << "an unknown rate disqualifies nothing";
+  EXPECT_EQ(profile(facts), "WMVSPLL_BASE") << "an unknown rate fails no test";
   facts.streamBitRate = 1;
   facts.containerBitRate = 714393;
   EXPECT_EQ(profile(facts), "WMVSPLL_BASE") << "any known rate of the stream counts";
 }
 
-TEST(DlnaWindowsMedia, TakesAnUnknownProfileFromTheSequenceHeader) {
+TEST(DlnaWindowsMedia, ReadsAnUnknownProfileFromTheSequenceHeader) {
   const std::array<std::uint8_t, 4> simple = {0x3F, 0, 0, 0};
   const std::array<std::uint8_t, 4> main = {0x4F, 0, 0, 0};
   DlnaFacts facts = windowsMedia(CODEC_ID_WMV3, -99, 176, 144, 96000, 3);
@@ -823,10 +824,10 @@ TEST(DlnaWindowsMedia, TakesAnUnknownProfileFromTheSequenceHeader) {
   facts.extraData = main;
   EXPECT_EQ(profile(facts), "WMVMED_BASE");
   facts.profile = 0;
-  EXPECT_EQ(profile(facts), "WMVSPLL_BASE") << "what FFmpeg tells counts first";
+  EXPECT_EQ(profile(facts), "WMVSPLL_BASE") << "FFmpeg's profile takes precedence";
 }
 
-TEST(DlnaWindowsMedia, HasItsMimeTypeNamedOrNotAndOnlyInAsf) {
+TEST(DlnaWindowsMedia, HasItsMimeTypeOnlyInAsfEvenWithoutName) {
   EXPECT_EQ(name(windowsMedia(CODEC_ID_VC1, 3, 4000, 4000, 0, 0)).mimeType, "video/x-ms-wmv");
   for (const char* demuxer : {kTs, kPs, "vc1", kMp4, "mxf", "vc1test", "asf_o"}) {
     DlnaFacts facts = windowsMedia(CODEC_ID_VC1, 3, 720, 576, 0, 3);
@@ -849,9 +850,9 @@ TEST(DlnaOtherCodecs, HaveNeitherNameNorMimeType) {
   }
 }
 
-// --- Around the naming
+// --- Helpers of the naming
 
-TEST(WmvHighTestStream, IsToldByItsNameAnywhereInTheFileName) {
+TEST(WmvHighTestStream, IsRecognisedAnywhereInTheFileName) {
   for (const char* stream : {"O-WVH_F-02_CBR_17M_193_48_2_16", "O-WVH_F-02_VBR_17M_193_48_2_16",
                              "O-WVH_F-04_CBR_15M_193_44_2_16", "O-WVH_F-04_VBR_15M_193_44_2_16"}) {
     EXPECT_TRUE(isWmvHighTestStream(std::string(stream) + ".wmv"));
@@ -896,7 +897,7 @@ TEST(FallbackMimeType, FollowsTheDemuxer) {
     EXPECT_EQ(fallbackMimeType(row.demuxer, row.path), row.expected) << row.demuxer;
 }
 
-// --- Files that FFmpeg 3.4 wrote, as measured, through the naming and the fallback
+// --- Measured values of files that FFmpeg 3.4 wrote, through the naming and the fallback
 
 TEST(DlnaNaming, NamesFilesAsMeasured) {
   struct Row {
@@ -995,7 +996,7 @@ DlnaExplanation explanationOf(const DlnaFacts& facts, TransportPackets packets =
   return explanation;
 }
 
-TEST(DlnaExplanation, TellsEveryTestOfEveryCandidate) {
+TEST(DlnaExplanation, ListsEveryTestOfEveryCandidate) {
   const auto candidates = explanationOf(h264(77, 1280, 720, 8000000, 2)).candidates;
   ASSERT_EQ(candidates.size(), 3U);
   EXPECT_EQ(candidates[1].name, "AVC_MP4_MP_HD_720p_AAC");
@@ -1019,14 +1020,14 @@ TEST(DlnaExplanation, TellsEveryTestOfEveryCandidate) {
   }
 }
 
-TEST(DlnaExplanation, MarksWhatWasTaken) {
+TEST(DlnaExplanation, MarksTheChosenCandidate) {
   const auto candidates = explanationOf(h264(100, 1920, 1080, 8000000, 8)).candidates;
   ASSERT_EQ(candidates.size(), 1U);
   EXPECT_TRUE(candidates[0].taken);
   EXPECT_EQ(candidates[0].name, "AVC_MP4_HP_HD_AAC");
 }
 
-TEST(DlnaExplanation, TellsSimpleWmv3FromAnother) {
+TEST(DlnaExplanation, DistinguishesSimpleWmv3FromOthers) {
   for (const auto& [ffmpegProfile, actual] :
        {std::pair(0, "WMV3 of the Simple profile"), std::pair(1, "another")}) {
     const DlnaFacts facts = windowsMedia(CODEC_ID_WMV3, ffmpegProfile, 176, 144, 96000, 3);
@@ -1043,29 +1044,30 @@ std::string detail(const DlnaExplanation& explanation, const std::string& label)
   return "(missing)";
 }
 
-TEST(DlnaExplanation, TellsWhatCountedAboutTheFileInWords) {
-  DlnaExplanation told = explanationOf(h264Ts(77, 1280, 720, 0, 8, kNtscDoubleRate), kStamped192);
-  EXPECT_EQ(detail(told, "container"), "MPEG transport stream");
-  EXPECT_EQ(detail(told, "video"), "H264");
-  EXPECT_EQ(detail(told, "profile"), "Main");
-  EXPECT_EQ(detail(told, "level"), "3");
-  EXPECT_EQ(detail(told, "frame size"), "1280 x 720");
-  EXPECT_EQ(detail(told, "frames"), "59.94 per second");
-  EXPECT_EQ(detail(told, "video bit rate"), "unknown");
-  EXPECT_EQ(detail(told, "audio"), "AAC-LC stereo");
-  EXPECT_EQ(detail(told, "packets"), "192 bytes, time-stamped");
-  told = explanationOf(mpeg2(720, 576, {25, 0}, 77), kPackets192);
-  EXPECT_EQ(detail(told, "frames"), "unknown");
-  told = explanationOf(mpeg2(720, 576, {90000, 1}, 77), kPackets192);
-  EXPECT_EQ(detail(told, "frames"), "90000 per second");
-  EXPECT_EQ(detail(told, "audio"), "77");
-  EXPECT_EQ(detail(told, "packets"), "192 bytes, time stamps empty");
+TEST(DlnaExplanation, DescribesTheFileInWords) {
+  DlnaExplanation explanation =
+      explanationOf(h264Ts(77, 1280, 720, 0, 8, kNtscDoubleRate), kStamped192);
+  EXPECT_EQ(detail(explanation, "container"), "MPEG transport stream");
+  EXPECT_EQ(detail(explanation, "video"), "H264");
+  EXPECT_EQ(detail(explanation, "profile"), "Main");
+  EXPECT_EQ(detail(explanation, "level"), "3");
+  EXPECT_EQ(detail(explanation, "frame size"), "1280 x 720");
+  EXPECT_EQ(detail(explanation, "frames"), "59.94 per second");
+  EXPECT_EQ(detail(explanation, "video bit rate"), "unknown");
+  EXPECT_EQ(detail(explanation, "audio"), "AAC-LC stereo");
+  EXPECT_EQ(detail(explanation, "packets"), "192 bytes, time-stamped");
+  explanation = explanationOf(mpeg2(720, 576, {25, 0}, 77), kPackets192);
+  EXPECT_EQ(detail(explanation, "frames"), "unknown");
+  explanation = explanationOf(mpeg2(720, 576, {90000, 1}, 77), kPackets192);
+  EXPECT_EQ(detail(explanation, "frames"), "90000 per second");
+  EXPECT_EQ(detail(explanation, "audio"), "77");
+  EXPECT_EQ(detail(explanation, "packets"), "192 bytes, time stamps empty");
   EXPECT_EQ(detail(explanationOf(mpeg2(720, 576), kUnreadable), "packets"), "unknown size");
   EXPECT_EQ(detail(explanationOf(h264(77, 720, 576, 1, 8)), "packets"), "(missing)")
-      << "nobody asked for them";
+      << "no rule needed them";
 }
 
-TEST(DlnaExplanation, WritesProfilesAndLevelsAsPeopleDo) {
+TEST(DlnaExplanation, WritesProfilesAndLevelsInTheUsualForm) {
   struct Row {
     int codec;
     int ffmpegProfile;
@@ -1089,17 +1091,17 @@ TEST(DlnaExplanation, WritesProfilesAndLevelsAsPeopleDo) {
     DlnaFacts facts = h264(row.ffmpegProfile, 720, 576, 1, 8);
     facts.codec = row.codec;
     facts.level = row.level;
-    const DlnaExplanation told = explanationOf(facts);
-    EXPECT_EQ(detail(told, "profile"), row.profile);
-    EXPECT_EQ(detail(told, "level"), row.levelText);
+    const DlnaExplanation explanation = explanationOf(facts);
+    EXPECT_EQ(detail(explanation, "profile"), row.profile);
+    EXPECT_EQ(detail(explanation, "level"), row.levelText);
   }
 }
 
-TEST(DlnaExplanation, RemarksOnWhatNoCandidateCanTell) {
+TEST(DlnaExplanation, RemarksOnWhatCandidatesCannotShow) {
   const auto remarks = [](const DlnaFacts& facts, TransportPackets packets = kPackets188) {
-    const DlnaExplanation told = explanationOf(facts, packets);
-    EXPECT_EQ(told.remarks.size(), 1U);
-    return told.remarks.empty() ? "" : told.remarks[0];
+    const DlnaExplanation explanation = explanationOf(facts, packets);
+    EXPECT_EQ(explanation.remarks.size(), 1U);
+    return explanation.remarks.empty() ? "" : explanation.remarks[0];
   };
   using testing::HasSubstr;
   EXPECT_THAT(remarks(h264(110, 1280, 720, 1, 8)), HasSubstr("Baseline, Main and High"));
@@ -1119,8 +1121,8 @@ TEST(DlnaExplanation, RemarksOnWhatNoCandidateCanTell) {
   }
 }
 
-// Numbers out of any range, as only a broken file has them.
-TEST(DlnaNaming, TakesAnyNumbers) {
+// Extreme numbers, as in broken files.
+TEST(DlnaNaming, AcceptsAnyNumbers) {
   constexpr int kExtremes[] = {INT_MIN, -1, 0, 1, INT_MAX};
   for (const int codec : {1, 2, 13, 17, 28, 72, 73, -1}) {
     for (const char* demuxer : {kTs, kPs, kMp4, "asf", ""}) {

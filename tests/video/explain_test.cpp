@@ -37,7 +37,7 @@ std::ptrdiff_t failures(const DlnaCandidate& candidate) {
                        [](const DlnaTest& test) { return !test.held; });
 }
 
-TEST(ExplainDlnaProfile, PointsToTheRefusedNameThatTheLeastIsMissingFor) {
+TEST(ExplainDlnaProfile, PointsToTheRefusedNameWithTheFewestFailedTests) {
   const std::string path =
       media("explained.mp4", std::string(kPicture) + kTone +
                                  "-c:v libx264 -preset ultrafast -pix_fmt yuv420p -c:a libmp3lame");
@@ -50,7 +50,7 @@ TEST(ExplainDlnaProfile, PointsToTheRefusedNameThatTheLeastIsMissingFor) {
     const DlnaCandidate& other = naming.candidates[i];
     SCOPED_TRACE(other.name + " rather than " + naming.candidates[next].name);
     if (other.taken) {
-      EXPECT_LT(next, i) << "worse than the name";
+      EXPECT_LT(next, i) << "must be preferred to the name";
       break;
     }
     if (i < next) {
@@ -90,7 +90,7 @@ TEST(ExplainDlnaProfile, SaysThatATestStreamIsNamedWhateverItHolds) {
               ::testing::Contains("DLNA's own test stream, named so whatever it holds"));
 }
 
-TEST(ExplainDlnaProfile, LeavesTheRecordAloneWhenItFails) {
+TEST(ExplainDlnaProfile, KeepsTheRecordOnFailure) {
   DlnaNaming naming;
   naming.profile = "before";
   EXPECT_EQ(ExplainDlnaProfile(nullptr, "a", 0, &naming), 1U);

@@ -1,4 +1,4 @@
-// The probe and ffprobe speak of the same streams: where they tell the same thing, they must agree.
+// Values that both the probe and ffprobe report must agree.
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
@@ -40,7 +40,7 @@ const Sample kSamples[] = {
     {"agree.rm", "-c:v rv10 -c:a ac3 -f rm"},
 };
 
-// ffprobe writes most numbers as text and leaves out what it does not know.
+// ffprobe writes most numbers as text and leaves out unknown ones.
 long long number(const nlohmann::json& object, const char* key) {
   if (!object.contains(key)) return 0;
   const auto& value = object[key];
@@ -64,8 +64,8 @@ TEST(FfprobeAgreement, HoldsForEveryContainer) {
         media(sample.name, std::string("-f lavfi -i testsrc=s=352x288:r=25:d=2 -f lavfi -i "
                                        "sine=d=2:r=44100 -pix_fmt yuv420p ") +
                                sample.arguments);
-    const auto told = ffprobe(path);
-    const auto& streams = told["streams"];
+    const auto probed = ffprobe(path);
+    const auto& streams = probed["streams"];
     const auto& video = largestVideo(streams);
     const auto audio = std::find_if(streams.begin(), streams.end(), [](const auto& stream) {
       return stream["codec_type"] == "audio";
@@ -84,8 +84,8 @@ TEST(FfprobeAgreement, HoldsForEveryContainer) {
     EXPECT_EQ(record.audioBitRate, number((*audio), "bit_rate"));
     EXPECT_EQ(record.sampleRate, number((*audio), "sample_rate"));
     EXPECT_EQ(record.channels, number((*audio), "channels"));
-    EXPECT_EQ(record.bitRate, number(told["format"], "bit_rate"));
-    EXPECT_EQ(record.duration, std::floor(std::stod(told["format"].value("duration", "0"))));
+    EXPECT_EQ(record.bitRate, number(probed["format"], "bit_rate"));
+    EXPECT_EQ(record.duration, std::floor(std::stod(probed["format"].value("duration", "0"))));
 
     const auto codecId = [](const nlohmann::json& stream) {
       return ffmpegCodecIdConvert(
@@ -94,7 +94,8 @@ TEST(FfprobeAgreement, HoldsForEveryContainer) {
     EXPECT_EQ(record.videoCodec, codecId(video));
     EXPECT_EQ(record.audioCodec, codecId(*audio));
 
-    // FFmpeg doubles the base rate of MPEG-1 video since 6.1; the library gives the headers' rate.
+    // FFmpeg 6.1 and later double the base rate of MPEG-1 video; the library reports the headers'
+    // rate.
     const bool isMpeg1 = video["codec_name"] == "mpeg1video";
     const auto rate = video[isMpeg1 ? "avg_frame_rate" : "r_frame_rate"].get<std::string>();
     const std::size_t stroke = rate.find('/');

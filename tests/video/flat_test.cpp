@@ -1,4 +1,4 @@
-// The flat entry points, side by side with the record on the same files.
+// The flat entry points, compared with the record on the same files.
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
@@ -51,10 +51,10 @@ struct Flat {
   int is360 = kPattern;
 };
 
-// What the text buffers hold before a probe.
+// The content of the text buffers before a probe.
 constexpr char kKept[] = "kept";
 
-// The caller's text buffers, each with a guard behind it.
+// The caller's text buffers, each followed by a guard.
 struct Texts {
   char mimeType[96];
   char guard1[8];
@@ -162,11 +162,11 @@ videoObject_st probeRecord(const std::string& path, int audioStreamIndex = 0) {
 }
 
 // The record clears its texts, the flat probes do not.
-std::string toldOrKept(const char* text) {
+std::string reportedOrKept(const char* text) {
   return text[0] != '\0' ? text : kKept;
 }
 
-// All that the flat probes and the record tell alike.
+// Compares everything that the flat probes and the record have in common.
 void expectSame(const Flat& flat, const videoObject_st& record) {
   EXPECT_EQ(flat.result, 0U);
   EXPECT_EQ(flat.width, record.width);
@@ -178,8 +178,8 @@ void expectSame(const Flat& flat, const videoObject_st& record) {
   EXPECT_EQ(static_cast<unsigned>(flat.bitsPerSample), record.bitsPerSample);
   EXPECT_EQ(static_cast<unsigned>(flat.channels), record.channels);
   EXPECT_EQ(flat.duration, record.duration);
-  EXPECT_EQ(flat.mimeType, toldOrKept(record.mimeType));
-  EXPECT_EQ(flat.dlnaProfile, toldOrKept(record.dlnaProfile));
+  EXPECT_EQ(flat.mimeType, reportedOrKept(record.mimeType));
+  EXPECT_EQ(flat.dlnaProfile, reportedOrKept(record.dlnaProfile));
   EXPECT_EQ(static_cast<unsigned>(flat.containerFormat), record.containerFormat);
   EXPECT_EQ(flat.videoCodec, record.videoCodec);
   EXPECT_EQ(flat.videoProfile, record.videoProfile);
@@ -212,7 +212,7 @@ const Sample kSamples[] = {
     {"same.flv", "-c:v flv1 -c:a libmp3lame"},
 };
 
-TEST(FlatProbe, TellsWhatTheRecordTellsThroughEveryEntryPoint) {
+TEST(FlatProbe, AgreesWithTheRecordThroughEveryEntryPoint) {
   for (const Sample& sample : kSamples) {
     SCOPED_TRACE(sample.name);
     const std::string path = media(sample.name, kAudioVideo + sample.arguments);
@@ -257,8 +257,8 @@ TEST(FlatProbe, PresetsItsOutputsBeforeAnythingCanFail) {
   EXPECT_EQ(flat.creationDate, kKept);
 }
 
-// Wanted: hosts may hold an earlier answer there.
-TEST(FlatProbe, KeepsTheCallersTextsWhereItHasNone) {
+// Hosts keep earlier answers there.
+TEST(FlatProbe, KeepsTheCallersTextsIfItHasNone) {
   const std::string path = media("texts.mkv", kAudioVideo + "-c:v libx264 -c:a ac3");
   EXPECT_STREQ(probeRecord(path).dlnaProfile, "");
   const Flat flat = probe3(path);
@@ -269,7 +269,7 @@ TEST(FlatProbe, KeepsTheCallersTextsWhereItHasNone) {
   EXPECT_EQ(flat.creationDate, kKept);
 }
 
-TEST(FlatProbe, ReportsOrientation1WithoutARotation) {
+TEST(FlatProbe, ReportsOrientation1WithoutRotation) {
   EXPECT_EQ(probe0(h264Mp4()).orientation, 1);
   EXPECT_EQ(probe0(withTrackMatrix(h264Mp4(), rotationMatrix(90))).orientation, 8);
   EXPECT_EQ(probe0(withTrackMatrix(h264Mp4(), rotationMatrix(45))).orientation, 1);
@@ -297,7 +297,8 @@ TEST(FlatProbe, CountsSubtitlesOfEveryFile) {
 }
 
 TEST(FlatProbe, KeepsTheSubtitleModeOfDiscs) {
-  // A Blu-ray folder whose stream file has subtitles; what a file is goes by its content.
+  // A Blu-ray folder whose stream file has subtitles; its demuxer is chosen by content, not by
+  // name.
   const TempDir disc;
   disc.write("BDMV/index.bdmv", "INDX0200");
   std::filesystem::create_directory(disc.path("BDMV/STREAM"));
@@ -324,10 +325,10 @@ TEST(FlatProbe, LogsAnEmptyLineForEachVideoStream) {
   }
 }
 
-TEST(FlatProbe, TellsTime0WithoutACreationDate) {
+TEST(FlatProbe, ReportsTime0WithoutCreationDate) {
   EXPECT_EQ(probe3(h264Mp4()).creationTime, 0);
   EXPECT_EQ(probe3(h264Mp4()).yearMonth, kKept);
-  // ffmpeg itself would not write what is no date.
+  // ffmpeg itself would not write an invalid date.
   const std::string undated =
       replaced(media("undated.mkv",
                      kAudioVideo + "-c:v libx264 -c:a ac3 -metadata:s:v creaXion_time=yesterday"),
@@ -359,7 +360,7 @@ TEST(FlatProbe, DoesNotReadQuickTimesEntries) {
   for (const std::string& text : log.texts()) EXPECT_EQ(text, "");
 }
 
-TEST(FlatProbe, WritesNoAspectUnlessAllFourOutputsAreGiven) {
+TEST(FlatProbe, WritesAspectOnlyIfAllFourOutputsAreGiven) {
   const std::string path = media("aspect.mkv",
                                  "-f lavfi -i testsrc=s=720x576:r=25:d=0.2 -vf setsar=16/15 "
                                  "-pix_fmt yuv420p -c:v mpeg2video");
@@ -406,7 +407,7 @@ TEST(FlatProbe, ReportsEquirectangularVideo) {
   EXPECT_EQ(probe3(h264Mp4()).is360, 0);
 }
 
-TEST(FlatProbe, LetsTheAudioStreamChangeTheName) {
+TEST(FlatProbe, ChoosesTheNameByTheAudioStream) {
   const std::string path =
       media("two-audio.mp4",
             "-f lavfi -i testsrc=s=1280x720:r=25:d=0.4 -f lavfi -i sine=d=0.4:r=48000 "
@@ -415,13 +416,13 @@ TEST(FlatProbe, LetsTheAudioStreamChangeTheName) {
   for (const int index : {0, 1}) {
     SCOPED_TRACE(index);
     const videoObject_st record = probeRecord(path, index);
-    EXPECT_EQ(probe3(path, index).dlnaProfile, toldOrKept(record.dlnaProfile));
+    EXPECT_EQ(probe3(path, index).dlnaProfile, reportedOrKept(record.dlnaProfile));
     EXPECT_EQ(record.audioClass, index == 0 ? 2U : 8U);
     EXPECT_EQ(std::string(record.dlnaProfile).empty(), index == 0);
   }
 }
 
-TEST(FlatProbe, ProbesADvdFolderLikeTheRecord) {
+TEST(FlatProbe, ProbesDvdFolderLikeTheRecord) {
   for (const std::string& folder : {dvdFolder(), largeDvdFolder()})
     expectSame(probe3(folder + "VIDEO_TS.IFO"), probeRecord(folder + "VIDEO_TS.IFO"));
 }
@@ -441,7 +442,7 @@ TEST(FlatProbe, OpensDiscImagesAndUnmountsThem) {
   runInAppliance([&] {
     const Flat fromDvd = probe3(dvd);
     EXPECT_EQ(fromDvd.result, 0U);
-    // The demuxer's format, also for images.
+    // Also for images it is the demuxer's format.
     EXPECT_EQ(fromDvd.containerFormat, FORMAT_MPEG);
     EXPECT_EQ(fromDvd.videoCodec, CODEC_ID_MPEG2VIDEO);
     EXPECT_EQ(fromDvd.width, 720);
@@ -476,7 +477,7 @@ TEST(FlatProbe, UnmountsImagesWhateverFails) {
     EXPECT_EQ(probe3(neither).containerFormat, kPattern);
     const Flat noVideo = probe3(text);
     EXPECT_EQ(noVideo.result, 1U);
-    EXPECT_EQ(noVideo.containerFormat, FORMAT_BDISO) << "told before the failure";
+    EXPECT_EQ(noVideo.containerFormat, FORMAT_BDISO) << "set before the failure";
     const Flat noPicture = probe3(audio);
     EXPECT_EQ(noPicture.result, 1U);
     EXPECT_EQ(noPicture.audioCodec, CODEC_ID_AAC);

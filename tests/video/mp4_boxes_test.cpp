@@ -19,11 +19,11 @@ namespace {
 
 constexpr unsigned kPattern = 0xABABABAB;
 
-// Behind a file type box these two make more than the 64 bytes that are read.
+// With a file type box in front, these two exceed the 64 bytes that are read.
 const std::string kMoov = box("moov", std::string(40, 'm'));
 const std::string kMdat = box("mdat", std::string(40, 'd'));
 
-// The header of a box that says to be so large.
+// The header of a box that claims this size.
 std::string headerOf(const std::string& type, std::uint64_t largeSize) {
   return bigEndian(1, 4) + type + bigEndian(largeSize, 8);
 }
@@ -32,7 +32,7 @@ class Mp4Boxes : public ::testing::Test {
  protected:
   std::string file(const std::string& content) { return folder_.write("movie.mp4", content); }
 
-  // The sub-format of a file with this content, which must have one.
+  // The sub-format of a file with this content, for which the call must succeed.
   unsigned subFormat(const std::string& content) {
     unsigned value = kPattern;
     EXPECT_EQ(GetMp4SubFormat(file(content).c_str(), &value), 0);
@@ -47,7 +47,7 @@ class Mp4Boxes : public ::testing::Test {
 using GetMp4SubFormatTest = Mp4Boxes;
 using CheckMp4MoovAtEndTest = Mp4Boxes;
 
-TEST_F(GetMp4SubFormatTest, TellsEveryBrandByItsFirstCharacters) {
+TEST_F(GetMp4SubFormatTest, RecognisesEveryBrandByItsFirstCharacters) {
   struct Row {
     const char* brand;
     unsigned moovFirst;
@@ -86,36 +86,36 @@ TEST_F(GetMp4SubFormatTest, NeverReportsIsomAsFastStart) {
   EXPECT_EQ(subFormat(ftyp("isom") + kMoov + kMdat), static_cast<unsigned>(MPEG4_ISOM));
 }
 
-TEST_F(GetMp4SubFormatTest, TakesAnUnknownBoxForNotFastStart) {
+TEST_F(GetMp4SubFormatTest, ReportsUnknownBoxAsNotFastStart) {
   EXPECT_EQ(subFormat(ftyp("qt  ") + box("meta", std::string(30, 'x')) + kMoov + kMdat),
             static_cast<unsigned>(MPEG4_MOV));
 }
 
-TEST_F(GetMp4SubFormatTest, FoldsAnUnreadableWalkIntoNotFastStart) {
+TEST_F(GetMp4SubFormatTest, ReportsUnreadableBoxAsNotFastStart) {
   const std::pair<const char*, int> rows[] = {{"mp42", MPEG4_MP4}, {"qt  ", MPEG4_MOV},
                                               {"M4A ", MPEG4_M4A}, {"MSNV", MPEG4_MSNV},
                                               {"3gp5", MPEG4_3GP}, {"isom", MPEG4_ISOM}};
   for (const auto& [brand, expected] : rows) {
-    // The brand can be read, but the box says that it is longer than the file.
+    // The brand can be read, but the box claims to be longer than the file.
     std::string content = ftyp(brand) + kMoov + kMdat;
     content[2] = '\x7F';
     EXPECT_EQ(subFormat(content), static_cast<unsigned>(expected)) << brand;
   }
 }
 
-TEST_F(GetMp4SubFormatTest, RefusesAFileShorterThan64BytesEvenWithABrand) {
+TEST_F(GetMp4SubFormatTest, RejectsFileShorterThan64BytesEvenWithBrand) {
   const std::string content = (ftyp("mp42") + kMoov).substr(0, 63);
   unsigned value = kPattern;
   EXPECT_EQ(GetMp4SubFormat(file(content).c_str(), &value), 1);
   EXPECT_EQ(value, 0U);
 }
 
-TEST_F(GetMp4SubFormatTest, AcceptsAFileOfExactly64Bytes) {
+TEST_F(GetMp4SubFormatTest, AcceptsFileOfExactly64Bytes) {
   EXPECT_EQ(subFormat(box("ftyp", "M4V " + std::string(52, '\0'))),
             static_cast<unsigned>(MPEG4_M4V));
 }
 
-TEST_F(GetMp4SubFormatTest, FindsTheBrandUpToTheLastPlaceWhereItIsWhole) {
+TEST_F(GetMp4SubFormatTest, FindsTheBrandUpToTheLastPossibleOffset) {
   const auto at = [](std::size_t position) {
     std::string content(80, 'x');
     content.replace(position, 8, "ftypM4A ");
@@ -128,16 +128,16 @@ TEST_F(GetMp4SubFormatTest, FindsTheBrandUpToTheLastPlaceWhereItIsWhole) {
   EXPECT_EQ(value, 0U);
 }
 
-TEST_F(GetMp4SubFormatTest, TakesTheFirstOfSeveralFileTypes) {
+TEST_F(GetMp4SubFormatTest, UsesTheFirstOfSeveralFileTypes) {
   EXPECT_EQ(subFormat("ftypM4A ftypM4V " + std::string(64, 'x')), static_cast<unsigned>(MPEG4_M4A));
 }
 
-TEST_F(GetMp4SubFormatTest, RefusesANullResultWithoutTouchingTheFile) {
+TEST_F(GetMp4SubFormatTest, RejectsNullResultWithoutOpeningTheFile) {
   EXPECT_EQ(GetMp4SubFormat("/nonexistent/movie.mp4", nullptr), 1);
   EXPECT_EQ(GetMp4SubFormat(file(ftyp("mp42") + kMoov + kMdat).c_str(), nullptr), 1);
 }
 
-TEST_F(GetMp4SubFormatTest, RefusesWhatIsNoReadableFile) {
+TEST_F(GetMp4SubFormatTest, RejectsUnreadableFile) {
   ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0600), 0);
   const std::string paths[] = {folder_.path("missing.mp4"), folder_.folder(),
                                folder_.path("pipe"),        folder_.write("empty.mp4", ""),
@@ -153,7 +153,7 @@ TEST_F(GetMp4SubFormatTest, RefusesWhatIsNoReadableFile) {
   EXPECT_EQ(value, 0U);
 }
 
-TEST_F(CheckMp4MoovAtEndTest, TellsTheLastBox) {
+TEST_F(CheckMp4MoovAtEndTest, ReportsWhetherMoovIsLast) {
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMoov + kMdat), 0);
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + kMoov), 1);
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + kMoov + box("free", "")), 0);
@@ -168,7 +168,7 @@ TEST_F(CheckMp4MoovAtEndTest, StepsOverEveryKnownBox) {
   }
 }
 
-TEST_F(CheckMp4MoovAtEndTest, EndsAtOnceAtABoxOfUnknownType) {
+TEST_F(CheckMp4MoovAtEndTest, ReportsUnknownBoxAsNotFastStart) {
   for (const char* type : {"meta", "moof", "sidx", "Moov", "free\1"}) {
     SCOPED_TRACE(type);
     const std::string unknown = box(std::string(type).substr(std::string(type).size() - 4), "body");
@@ -176,12 +176,12 @@ TEST_F(CheckMp4MoovAtEndTest, EndsAtOnceAtABoxOfUnknownType) {
   }
 }
 
-TEST_F(CheckMp4MoovAtEndTest, StepsOverA64BitSize) {
+TEST_F(CheckMp4MoovAtEndTest, StepsOver64BitSize) {
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + largeBox("mdat", std::string(100, 'd')) + kMoov), 1);
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMoov + largeBox("mdat", std::string(100, 'd'))), 0);
 }
 
-TEST_F(CheckMp4MoovAtEndTest, FindsMoovBehindMoreThanFourGibibytes) {
+TEST_F(CheckMp4MoovAtEndTest, FindsMoovAfterMoreThanFourGibibytes) {
   // A sparse file: the walk seeks over the body and reads headers only.
   constexpr std::int64_t kBody = 5LL << 30;
   const std::string path = file(ftyp("mp42") + headerOf("mdat", kBody + 16));
@@ -194,7 +194,7 @@ TEST_F(CheckMp4MoovAtEndTest, FindsMoovBehindMoreThanFourGibibytes) {
   EXPECT_EQ(CheckMp4MoovAtEnd(path.c_str()), 1);
 }
 
-TEST_F(CheckMp4MoovAtEndTest, EndsAtABoxOfSizeZeroWithTheVerdictOfItsType) {
+TEST_F(CheckMp4MoovAtEndTest, EndsAtBoxOfSizeZero) {
   const auto openEnded = [](const std::string& type) {
     return std::string(4, '\0') + type + std::string(64, 'x');
   };
@@ -202,7 +202,7 @@ TEST_F(CheckMp4MoovAtEndTest, EndsAtABoxOfSizeZeroWithTheVerdictOfItsType) {
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + openEnded("moov")), 1);
 }
 
-TEST_F(CheckMp4MoovAtEndTest, EndsAtASizeThatHoldsNoHeader) {
+TEST_F(CheckMp4MoovAtEndTest, EndsAtSizeTooSmallForAHeader) {
   for (char size = 2; size < 8; ++size) {
     SCOPED_TRACE(static_cast<int>(size));
     const std::string tiny = std::string(3, '\0') + size + "moov";
@@ -210,15 +210,15 @@ TEST_F(CheckMp4MoovAtEndTest, EndsAtASizeThatHoldsNoHeader) {
   }
 }
 
-TEST_F(CheckMp4MoovAtEndTest, EndsAtATruncatedHeader) {
+TEST_F(CheckMp4MoovAtEndTest, EndsAtTruncatedHeader) {
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMoov + kMdat + "\x01\x02\x03"), 0);
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + kMoov + "\x01\x02\x03"), 1);
-  // A 64-bit size that is cut off ends the walk as well.
+  // A truncated 64-bit size also ends the walk.
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + std::string("\0\0\0\1moov\0\0", 10)), 1);
 }
 
-TEST_F(CheckMp4MoovAtEndTest, IsNotLedInCirclesByHostileSizes) {
-  // Sizes that as signed numbers point backwards, to the box itself and beyond.
+TEST_F(CheckMp4MoovAtEndTest, DoesNotLoopOnHostileSizes) {
+  // As signed numbers these sizes point backwards, to the box itself and before it.
   const struct {
     std::uint64_t size;
     int verdict;
@@ -229,8 +229,8 @@ TEST_F(CheckMp4MoovAtEndTest, IsNotLedInCirclesByHostileSizes) {
   }
 }
 
-// How far positions go beyond the end of a file differs among file systems.
-TEST_F(CheckMp4MoovAtEndTest, ReportsAPositionThatTheFileSystemDoesNotHave) {
+// File systems differ in how far beyond the end of a file a position may be.
+TEST_F(CheckMp4MoovAtEndTest, ReportsPositionBeyondTheFileSystemsLimit) {
   for (const std::uint64_t size : {1ULL << 40, 1ULL << 50, 1ULL << 62}) {
     SCOPED_TRACE(size);
     const std::string path = file(ftyp("mp42") + kMoov + headerOf("mdat", size));
@@ -242,15 +242,15 @@ TEST_F(CheckMp4MoovAtEndTest, ReportsAPositionThatTheFileSystemDoesNotHave) {
   }
 }
 
-TEST_F(CheckMp4MoovAtEndTest, ReportsAFileTypeBoxThatCannotBeReadWhole) {
+TEST_F(CheckMp4MoovAtEndTest, ReportsTruncatedFileTypeBox) {
   std::string content = ftyp("mp42") + kMoov + kMdat;
   content[0] = '\x7F';
   EXPECT_EQ(moovAtEnd(content), 2);
   EXPECT_EQ(moovAtEnd(ftyp("mp42").substr(0, 20)), 2);
 }
 
-TEST_F(CheckMp4MoovAtEndTest, TakesAnotherTruncatedBoxAsItStands) {
-  // Only the file type box is read whole; the others are stepped over, past the end if need be.
+TEST_F(CheckMp4MoovAtEndTest, AcceptsOtherTruncatedBoxes) {
+  // Only the file type box is read completely; the walk steps over others, even past the end.
   EXPECT_EQ(moovAtEnd(ftyp("mp42") + kMdat + kMoov.substr(0, 20)), 1);
 }
 
@@ -260,12 +260,12 @@ TEST_F(CheckMp4MoovAtEndTest, ReportsFilesThatCannotBeOpened) {
   EXPECT_EQ(CheckMp4MoovAtEnd(std::string(100'000, 'x').c_str()), 2);
 }
 
-TEST_F(CheckMp4MoovAtEndTest, CallsAnEmptyFileFastStart) {
-  // No box, so the last one read was not "moov".
+TEST_F(CheckMp4MoovAtEndTest, ReportsEmptyFileAsFastStart) {
+  // There is no box, so the last one was not "moov".
   EXPECT_EQ(moovAtEnd(""), 0);
 }
 
-TEST_F(CheckMp4MoovAtEndTest, DoesNotWaitForAPipe) {
+TEST_F(CheckMp4MoovAtEndTest, DoesNotWaitForPipes) {
   ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0600), 0);
   EXPECT_EQ(CheckMp4MoovAtEnd(folder_.path("pipe").c_str()), 0);
 }

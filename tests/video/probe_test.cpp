@@ -1,4 +1,4 @@
-// The video probe into the record, on real files.
+// The video probe that fills the record, on real files.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
@@ -60,7 +60,7 @@ Probed probe(const std::string& path, videoObject_st record = {}, int audioStrea
   return probed;
 }
 
-// A record in which nothing but the texts (and the year beside them) was written.
+// Expects that only the texts and the year were written.
 void expectOnlyTextsCleared(const videoObject_st& record) {
   videoObject_st expected = patternRecord();
   std::memset(expected.yearMonth, 0, sizeof expected.yearMonth);
@@ -99,7 +99,7 @@ TEST(VideoProbe, FillsTheRecordOfAnOrdinaryFile) {
   EXPECT_EQ(record.is360, 0U);
 }
 
-TEST(VideoProbe, KeepsTheCallersValuesWhereNothingIsFound) {
+TEST(VideoProbe, KeepsTheCallersValuesIfNothingIsFound) {
   // Raw MPEG-1 video: no audio, no duration, no dates, no rotation.
   const std::string path =
       media("video.m1v", kVideoArguments + "-c:v mpeg1video -b:v 400k -f mpeg1video");
@@ -131,7 +131,7 @@ TEST(VideoProbe, KeepsTheCallersValuesWhereNothingIsFound) {
   EXPECT_STREQ(record.contentIdentifier, "");
 }
 
-TEST(VideoProbe, TellsTheContainerByItsDemuxer) {
+TEST(VideoProbe, ReportsTheContainerByItsDemuxer) {
   struct Row {
     const char* name;
     const char* arguments;
@@ -160,15 +160,15 @@ TEST(VideoProbe, TellsTheContainerByItsDemuxer) {
   }
 }
 
-TEST(VideoProbe, NamesNoDlnaProfileWhereTheContainerSetTheMimeType) {
-  // The same streams that are named in a transport stream.
+TEST(VideoProbe, NamesNoDlnaProfileIfTheContainerSetsTheMimeType) {
+  // In a transport stream the same streams have a name.
   const Probed probed =
       probe(media("mpeg2-ac3.mkv", kAudioVideoArguments + "-c:v mpeg2video -c:a ac3"));
   EXPECT_STREQ(probed.record.mimeType, "video/x-matroska");
   EXPECT_STREQ(probed.record.dlnaProfile, "");
 }
 
-TEST(VideoProbe, TellsMpeg4BrandAndLayout) {
+TEST(VideoProbe, ReportsMpeg4BrandAndLayout) {
   struct Row {
     const char* name;
     const char* arguments;
@@ -194,7 +194,7 @@ TEST(VideoProbe, TellsMpeg4BrandAndLayout) {
   }
 }
 
-TEST(VideoProbe, TakesQuickTimeByThePathsEndingInAnyCase) {
+TEST(VideoProbe, RecognisesQuickTimeByExtensionInAnyCase) {
   const TempDir folder;
   for (const char* name : {"movie.mov", "movie.MOV", "movie.MoV", ".mov"}) {
     SCOPED_TRACE(name);
@@ -241,7 +241,7 @@ TEST(VideoProbe, MarksDivxFamilyTagsInAvi) {
 }
 
 // Release 57 reported such a stream as one without a codec.
-TEST(VideoProbe, TakesACodecLaterThanTheFrozenNumberingForNone) {
+TEST(VideoProbe, ReportsCodecZeroForCodecsAfterRelease57) {
   const std::string path =
       replaced(media("fmp4.avi", kVideoArguments + "-c:v mpeg4 -vtag FMP4"), "FMP4", "IMM4");
   ASSERT_EQ(ffprobe(path)["streams"][0]["codec_name"], "imm4");
@@ -259,12 +259,12 @@ TEST(VideoProbe, MarksH264TaggedAvc1OnTheNamingPath) {
   const Probed ts =
       probe(media("h264.ts", kVideoArguments + "-c:v libx264 -f mpegts"), patternRecord());
   EXPECT_EQ(ts.record.playException, kPatternUnsigned);
-  // QuickTime files have their MIME type already and are not named.
+  // QuickTime files already have their MIME type and are not named.
   const Probed mov = probe(media("h264.mov", kVideoArguments + "-c:v libx264"), patternRecord());
   EXPECT_EQ(mov.record.playException, kPatternUnsigned);
 }
 
-TEST(VideoProbe, KeepsAnImageFormatOfTheCallerAgainstMpegOnly) {
+TEST(VideoProbe, KeepsTheCallersImageFormatForMpegOnly) {
   const std::string program =
       media("container.mpg", kAudioVideoArguments + "-c:v mpeg2video -c:a mp2 -f vob");
   const std::string transport =
@@ -312,7 +312,7 @@ TEST(VideoProbe, ChoosesTheEarlierVideoStreamOfEqualSize) {
   EXPECT_EQ(probed.record.videoCodec, CODEC_ID_MPEG4);
 }
 
-TEST(VideoProbe, TurnsTheMatrixOfMp4TracksIntoOrientation) {
+TEST(VideoProbe, ConvertsMp4TrackMatrixToOrientation) {
   struct Row {
     int degrees;
     bool flipped;
@@ -331,14 +331,14 @@ TEST(VideoProbe, TurnsTheMatrixOfMp4TracksIntoOrientation) {
     const std::string path = withTrackMatrix(h264Mp4(), rotationMatrix(row.degrees, row.flipped));
     EXPECT_EQ(probe(path, patternRecord()).record.orientation, row.expected);
   }
-  // A picture mirrored left to right counts as turned by 180 degrees: that is the angle its matrix
-  // tells.
+  // A picture mirrored left to right counts as turned by 180 degrees, because that is the angle of
+  // its matrix.
   EXPECT_EQ(probe(withTrackMatrix(h264Mp4(), rotationMatrix(0, true)), patternRecord())
                 .record.orientation,
             3U);
 }
 
-TEST(VideoProbe, TakesARealRotateTag) {
+TEST(VideoProbe, AcceptsRealRotateTag) {
   struct Row {
     const char* value;
     unsigned expected;
@@ -347,7 +347,7 @@ TEST(VideoProbe, TakesARealRotateTag) {
       {"90", 8},
       {"180", 3},
       {"270", 6},
-      {"90.5", 8},  // read as far as the digits go
+      {"90.5", 8},  // read up to the first non-digit
       {"-90", kPatternUnsigned},
       {"45", kPatternUnsigned},
       {"360", kPatternUnsigned},
@@ -375,7 +375,7 @@ TEST(VideoProbe, ReadsTheStreamsCreationTime) {
       {{"TZ", "Asia/Tokyo"}});
 }
 
-TEST(VideoProbe, LetsQuickTimesCreationDateOverride) {
+TEST(VideoProbe, PrefersQuickTimesCreationDate) {
   runInChild(
       [] {
         const LogRecorder log;
@@ -400,7 +400,7 @@ TEST(VideoProbe, LetsQuickTimesCreationDateOverride) {
       {{"TZ", "Asia/Tokyo"}});
 }
 
-TEST(VideoProbe, SaysThatItLooksForQuickTimesCreationDateInEveryFile) {
+TEST(VideoProbe, LogsTheLookUpOfQuickTimesCreationDateForEveryFile) {
   const std::string path =
       media("container.avi", kAudioVideoArguments + "-c:v mpeg4 -c:a libmp3lame");
   const LogRecorder log;
@@ -409,7 +409,7 @@ TEST(VideoProbe, SaysThatItLooksForQuickTimesCreationDateInEveryFile) {
               testing::ElementsAre("@@GetDictEntry key:com.apple.quicktime.creationdate"));
 }
 
-TEST(VideoProbe, KeepsDurationAndAspectWhereTheFileTellsNone) {
+TEST(VideoProbe, KeepsDurationAndAspectIfTheFileHasNone) {
   const std::string path =
       media("bare.h264", kVideoArguments + "-vf setsar=0 -c:v libx264 -f h264");
   const Probed probed = probe(path, patternRecord());
@@ -421,7 +421,7 @@ TEST(VideoProbe, KeepsDurationAndAspectWhereTheFileTellsNone) {
   EXPECT_EQ(probed.record.displayAspectDen, kPatternInt);
 }
 
-TEST(VideoProbe, GivesNoAspectToAClearedRecord) {
+TEST(VideoProbe, WritesNoAspectToClearedRecord) {
   const std::string path = media(
       "anamorphic.mkv",
       "-f lavfi -i testsrc=s=720x576:r=25:d=0.2 -vf setsar=16/15 -pix_fmt yuv420p -c:v mpeg2video");
@@ -432,7 +432,7 @@ TEST(VideoProbe, GivesNoAspectToAClearedRecord) {
   EXPECT_EQ(probed.record.displayAspectDen, 0);
 }
 
-TEST(VideoProbe, GivesTheAspectToARecordThatAsksForIt) {
+TEST(VideoProbe, WritesAspectToRecordThatAsksForIt) {
   const std::string path = media(
       "anamorphic.mkv",
       "-f lavfi -i testsrc=s=720x576:r=25:d=0.2 -vf setsar=16/15 -pix_fmt yuv420p -c:v mpeg2video");
@@ -445,7 +445,7 @@ TEST(VideoProbe, GivesTheAspectToARecordThatAsksForIt) {
   EXPECT_EQ(probed.record.displayAspectNum, 4);
   EXPECT_EQ(probed.record.displayAspectDen, 3);
 
-  // All four must ask.
+  // All four must be non-zero.
   asking.displayAspectDen = 0;
   EXPECT_EQ(probe(path, asking).record.sampleAspectNum, 1);
 }
@@ -454,24 +454,25 @@ TEST(VideoProbe, FindsEquirectangularVideo) {
   EXPECT_EQ(probe(withSphericalBox(h264Mp4())).record.is360, 1U);
   EXPECT_EQ(probe(withSphericalBox(h264Mp4(), "cbmp"), patternRecord()).record.is360,
             kPatternUnsigned)
-      << "a map of a cube";
+      << "a cube map";
   EXPECT_EQ(probe(h264Mp4(), patternRecord()).record.is360, kPatternUnsigned);
 }
 
-TEST(VideoProbe, TakesADvdFolderByItsMainTitle) {
+TEST(VideoProbe, ProbesTheMainTitleOfDvdFolder) {
   const Probed probed = probe(dvdFolder() + "VIDEO_TS.IFO");
   EXPECT_EQ(probed.result, 0U);
-  // FORMAT_DVDIFO gives way to the demuxer's, on purpose.
+  // The demuxer's format overwrites FORMAT_DVDIFO. Stored formats depend on it.
   EXPECT_EQ(probed.record.containerFormat, static_cast<unsigned>(FORMAT_MPEG));
   EXPECT_EQ(probed.record.videoCodec, CODEC_ID_MPEG2VIDEO);
   EXPECT_EQ(probed.record.width, 720);
   EXPECT_EQ(probed.record.height, 576);
-  // The duration is scaled by the title's size in gibibytes; this one has less than one.
+  // The duration is scaled by the title's size in whole gibibytes, and this title is smaller than
+  // one.
   EXPECT_EQ(probed.record.duration, 0);
 }
 
 // FFmpeg measures the first part file only.
-TEST(VideoProbe, ScalesTheDurationOfADvdByTheTitlesSize) {
+TEST(VideoProbe, ScalesDvdDurationByTheTitlesSize) {
   EXPECT_EQ(probe(largeDvdFolder() + "VTS_02_1.VOB").record.duration, 2);
   EXPECT_EQ(probe(largeDvdFolder() + "VIDEO_TS.IFO").record.duration, 2 * 5420 / 1024);
 }
@@ -481,7 +482,7 @@ TEST(VideoProbe, CountsSubtitlesOfDiscFoldersOnly) {
   EXPECT_EQ(probe(dvdFolder() + "VTS_02_1.VOB", patternRecord()).record.subtitleCount, 0U);
 }
 
-TEST(VideoProbe, TakesABlurayFolderByItsLargestStreamFile) {
+TEST(VideoProbe, ProbesTheLargestStreamFileOfBlurayFolder) {
   const Probed probed = probe(blurayFolder() + "index.bdmv");
   EXPECT_EQ(probed.result, 0U);
   EXPECT_EQ(probed.record.containerFormat, static_cast<unsigned>(FORMAT_TS));
@@ -494,7 +495,7 @@ TEST(VideoProbe, ProbesLowerCaseIndexNamesAsOrdinaryFiles) {
   EXPECT_EQ(probe(folder.path("video_ts.ifo")).record.videoCodec, CODEC_ID_H264);
 }
 
-TEST(VideoProbe, FailsOnADiscFolderWithoutATitle) {
+TEST(VideoProbe, FailsForDiscFolderWithoutTitle) {
   const TempDir folder;
   folder.write("VIDEO_TS.IFO", "no DVD");
   folder.write("index.bdmv", "no Blu-ray");
@@ -505,7 +506,7 @@ TEST(VideoProbe, FailsOnADiscFolderWithoutATitle) {
   }
 }
 
-TEST(VideoProbe, TellsDiscImagesApartWithoutProbingThem) {
+TEST(VideoProbe, RecognisesDiscImagesWithoutProbingThem) {
   if (const auto why = loopMountUnavailable()) GTEST_SKIP() << *why;
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   const TempDir none;
@@ -541,7 +542,7 @@ TEST(VideoProbe, TellsDiscImagesApartWithoutProbingThem) {
   });
 }
 
-TEST(VideoProbe, FailsOnWhatIsNoMediaFile) {
+TEST(VideoProbe, FailsForNonMedia) {
   const TempDir folder;
   ASSERT_EQ(mkfifo(folder.path("pipe.mp4").c_str(), 0600), 0);
   std::filesystem::create_directory(folder.path("folder.mp4"));
@@ -571,7 +572,7 @@ TEST(VideoProbe, FailsOnWhatIsNoMediaFile) {
   }
 }
 
-TEST(VideoProbe, FailsOnAnUnreadableFile) {
+TEST(VideoProbe, FailsForUnreadableFile) {
   const TempDir folder;
   std::filesystem::copy(h264Mp4(), folder.path("secret.mp4"));
   std::filesystem::permissions(folder.folder(), std::filesystem::perms::all);
@@ -586,7 +587,7 @@ TEST(VideoProbe, FailsOnAnUnreadableFile) {
       {});
 }
 
-TEST(VideoProbe, FailsOnAFileWithoutVideoAndSaysSo) {
+TEST(VideoProbe, FailsForFileWithoutVideoAndSaysSo) {
   const std::string path = media("song.m4a", "-f lavfi -i sine=d=1:r=44100 -c:a aac -ac 2");
   LogRecorder log;
   const Probed probed = probe(path, patternRecord());
@@ -600,8 +601,8 @@ TEST(VideoProbe, FailsOnAFileWithoutVideoAndSaysSo) {
   EXPECT_EQ(log.messages()[0].level, 5);
 }
 
-TEST(VideoProbe, FailsOnAnUnknownVideoCodecWithWhatItFoundBefore) {
-  // Known to FFmpeg, but not to the library's own numbering.
+TEST(VideoProbe, FailsForUnknownVideoCodecAndKeepsEarlierResults) {
+  // FFmpeg knows this codec, but the library has no number for it.
   const Probed probed =
       probe(media("ffv1.mkv", kAudioVideoArguments + "-c:v cfhd -pix_fmt yuv422p10 "
                                                      "-c:a libmp3lame"),
@@ -615,7 +616,7 @@ TEST(VideoProbe, FailsOnAnUnknownVideoCodecWithWhatItFoundBefore) {
   EXPECT_EQ(probed.record.videoProfile, kPatternInt);
 }
 
-TEST(VideoProbe, LeavesTheAudioFieldsAloneForAnUnknownAudioCodec) {
+TEST(VideoProbe, KeepsTheAudioFieldsForUnknownAudioCodec) {
   const Probed probed =
       probe(media("opus.mkv", kAudioVideoArguments + "-c:v libx264 -c:a libopus -ar 48000"),
             patternRecord());
@@ -626,7 +627,7 @@ TEST(VideoProbe, LeavesTheAudioFieldsAloneForAnUnknownAudioCodec) {
   EXPECT_EQ(probed.record.audioBitRate, kPatternUnsigned);
 }
 
-TEST(VideoProbe, RefusesNullArguments) {
+TEST(VideoProbe, RejectsNullArguments) {
   videoObject_st record = patternRecord();
   EXPECT_EQ(GetVideoMetadata1(nullptr, "a.mp4", &record, 0), 1U);
   EXPECT_EQ(GetVideoMetadata1("/", nullptr, &record, 0), 1U);
@@ -635,7 +636,7 @@ TEST(VideoProbe, RefusesNullArguments) {
   EXPECT_EQ(std::memcmp(&record, &untouched, sizeof record), 0);
 }
 
-TEST(VideoProbe, TakesNamesAsBytes) {
+TEST(VideoProbe, TreatsNamesAsBytes) {
   const TempDir folder;
   for (const char* name : {"\xFF\xFE.mp4", "new\nline.mp4", "100%d.mp4", "http:x.mp4", "-x.mp4"}) {
     SCOPED_TRACE(name);
@@ -644,7 +645,7 @@ TEST(VideoProbe, TakesNamesAsBytes) {
   }
 }
 
-TEST(VideoProbe, TakesRelativeNamesThatLookLikeUrlsForFiles) {
+TEST(VideoProbe, TreatsRelativeNamesThatLookLikeUrlsAsFiles) {
   const TempDir folder;
   std::filesystem::create_symlink(h264Mp4(), folder.path("http:x.mp4"));
   runInChild(

@@ -55,7 +55,7 @@ Answer ask(Query query, const std::string& path) {
   return answer;
 }
 
-TEST(GetVideoRotationDegree, ReportsTheDegreesAsStored) {
+TEST(GetVideoRotationDegree, ReportsTheStoredDegrees) {
   for (const int degrees : {90, 180, 270, 45}) {
     EXPECT_EQ(rotation(withTrackMatrix(video(), rotationMatrix(degrees))),
               (Answer{0, static_cast<unsigned>(degrees)}));
@@ -63,14 +63,14 @@ TEST(GetVideoRotationDegree, ReportsTheDegreesAsStored) {
   EXPECT_EQ(rotation(withTrackMatrix(video(), rotationMatrix(-90))), (Answer{0, 270}));
 }
 
-TEST(GetVideoRotationDegree, ReportsARealRotateTagUnchanged) {
+TEST(GetVideoRotationDegree, ReportsRealRotateTagUnchanged) {
   EXPECT_EQ(rotation(withRotateTag("90")), (Answer{0, 90}));
   EXPECT_EQ(rotation(withRotateTag("-90")), (Answer{0, static_cast<unsigned>(-90)}));
   EXPECT_EQ(rotation(withRotateTag("45.9")), (Answer{0, 45}));
   EXPECT_EQ(rotation(withRotateTag("left")), (Answer{0, 0}));
 }
 
-TEST(GetVideoRotationDegree, TakesTheFirstVideoStreamNotTheLargest) {
+TEST(GetVideoRotationDegree, UsesTheFirstVideoStreamNotTheLargest) {
   const std::string larger =
       media("query-larger.mp4", "-f lavfi -i testsrc=s=320x240:d=1 -c:v libx264");
   const std::string both =
@@ -79,7 +79,7 @@ TEST(GetVideoRotationDegree, TakesTheFirstVideoStreamNotTheLargest) {
   EXPECT_EQ(rotation(both), (Answer{0, 90}));
 }
 
-// The header of a program stream names no streams; only the stream information would.
+// The header of a program stream does not list its streams; only the stream information does.
 TEST(GetVideoRotationDegree, DoesNotReadTheStreamInformation) {
   const std::string path =
       media("query.mpg", "-f lavfi -i testsrc=s=176x144:d=1 -c:v mpeg2video -f vob");
@@ -87,16 +87,16 @@ TEST(GetVideoRotationDegree, DoesNotReadTheStreamInformation) {
   EXPECT_EQ(ask(GetAudioTrack, path), (Answer{0, 0}));
 }
 
-TEST(GetVideoRotationDegree, LeavesTheOutputAloneWithoutARotation) {
+TEST(GetVideoRotationDegree, KeepsTheOutputWithoutRotation) {
   EXPECT_EQ(rotation(video()), (Answer{0, kPattern}));
 }
 
-TEST(GetVideoRotationDegree, FailsWithoutAVideoStream) {
+TEST(GetVideoRotationDegree, FailsWithoutVideoStream) {
   EXPECT_EQ(rotation(song()), (Answer{1, kPattern}));
 }
 
-TEST(GetVideoRotationDegree, RefusesAPathThatDoesNotFit) {
-  // Cut at 1023 characters, this path would name the file.
+TEST(GetVideoRotationDegree, RejectsPathThatDoesNotFit) {
+  // If cut at 1023 characters, this path would name the file.
   const TempDir folder;
   std::filesystem::create_symlink(video(), folder.path("a"));
   std::string padded = folder.folder();
@@ -105,7 +105,7 @@ TEST(GetVideoRotationDegree, RefusesAPathThatDoesNotFit) {
   EXPECT_EQ(rotation(padded + "/a"), (Answer{1, kPattern})) << "1024 characters";
 }
 
-TEST(GetVideoRotationDegree, RefusesNull) {
+TEST(GetVideoRotationDegree, RejectsNull) {
   unsigned degrees = kPattern;
   EXPECT_EQ(GetVideoRotationDegree(nullptr, "a", &degrees), 1U);
   EXPECT_EQ(GetVideoRotationDegree("/", nullptr, &degrees), 1U);
@@ -134,19 +134,19 @@ TEST(StreamCounts, CountAudioAndSubtitleStreams) {
   EXPECT_EQ(ask(GetSubtitleTrack, subtitled), (Answer{0, 2}));
 }
 
-TEST(GetDRMProtectedInfo, TellsEncryptedTracksByTheirCodecTag) {
+TEST(GetDRMProtectedInfo, RecognisesEncryptedTracksByTheirCodecTag) {
   EXPECT_EQ(ask(GetDRMProtectedInfo, video()), (Answer{0, 0}));
   EXPECT_EQ(ask(GetDRMProtectedInfo, song()), (Answer{0, 0}));
   EXPECT_EQ(ask(GetDRMProtectedInfo, replaced(video(), "avc1", "drmi")), (Answer{0, 1}));
   EXPECT_EQ(ask(GetDRMProtectedInfo, replaced(song(), "mp4a", "drms")), (Answer{0, 1}));
   EXPECT_EQ(ask(GetDRMProtectedInfo, replaced(video(), "avc1", "DRMI")), (Answer{0, 0}))
-      << "letter case counts";
+      << "letter case matters";
   const std::string untagged =
       media("untagged.mpg", "-f lavfi -i testsrc=s=176x144:d=1 -c:v mpeg2video -f vob");
   EXPECT_EQ(ask(GetDRMProtectedInfo, untagged), (Answer{0, 0}));
 }
 
-TEST(StreamQueries, FailOnWhatIsNoMediaFile) {
+TEST(StreamQueries, FailForNonMedia) {
   const TempDir folder;
   ASSERT_EQ(mkfifo(folder.path("pipe.mp4").c_str(), 0600), 0);
   const std::string paths[] = {
@@ -163,7 +163,7 @@ TEST(StreamQueries, FailOnWhatIsNoMediaFile) {
   }
 }
 
-TEST(StreamQueries, RefuseNull) {
+TEST(StreamQueries, RejectNull) {
   for (const Query query : {GetAudioTrack, GetSubtitleTrack, GetDRMProtectedInfo}) {
     unsigned value = kPattern;
     EXPECT_EQ(query(nullptr, &value), 1U);

@@ -1,5 +1,5 @@
-// What the library asks of the kernel beyond what FFmpeg asks for itself: on a spinning disk or a
-// network share each call counts. Unlike times, the numbers are the same on every machine.
+// The library's system calls beyond FFmpeg's own: on a spinning disk or a network share each call
+// costs time. Unlike times, the numbers are the same on every machine.
 #include <gtest/gtest.h>
 #include <kolum/video.h>
 #include <sys/ptrace.h>
@@ -23,7 +23,7 @@ using namespace kolum::test;
 
 namespace {
 
-// The calls a child makes, by number, up to its exit. Empty where tracing is not allowed.
+// The numbers of the calls that a child makes until it exits. Empty if tracing is not allowed.
 std::optional<std::vector<unsigned long long>> tracedCalls(const std::function<void()>& work) {
   constexpr int kSystemCall = SIGTRAP | 0x80;
   const pid_t child = fork();
@@ -50,7 +50,7 @@ std::optional<std::vector<unsigned long long>> tracedCalls(const std::function<v
   return calls;
 }
 
-// Those of the work alone: a child that does nothing makes the others (leaving raise, exiting).
+// The number of calls of WORK, without those that a child makes anyway (to leave raise, to exit).
 std::optional<long> callsOf(const std::function<void()>& work) {
   const auto nothing = tracedCalls([] {});
   const auto all = tracedCalls(work);
@@ -66,7 +66,7 @@ bool isOnFiles(unsigned long long call) {
   return std::count(std::begin(kOnFiles), std::end(kOnFiles), call) != 0;
 }
 
-// Those on files that a call of PROBE makes once everything is set up that is set up but once.
+// The number of calls on files that PROBE makes, without those of one-time initialisation.
 std::optional<long> callsOnFiles(const std::function<void()>& probe) {
   probe();
   const auto calls = tracedCalls(probe);
@@ -76,7 +76,7 @@ std::optional<long> callsOnFiles(const std::function<void()>& probe) {
 
 const std::string kContent = std::string(64, 'x');
 
-TEST(GetMp4SubFormat, OpensReadsAndClosesWhereTheBrandTellsAll) {
+TEST(GetMp4SubFormat, OnlyOpensReadsAndClosesIfTheBrandSuffices) {
   const TempDir folder;
   const std::string path = folder.write("a.mp4", ftyp("M4A ") + box("mdat", kContent));
   const auto calls = callsOf([&] {
@@ -107,10 +107,10 @@ struct Video {
   long more;
 };
 
-// A stream query asks for one call more than FFmpeg: the one that tells a file from a pipe or a
-// folder. A record takes no further one, but for opening, reading and closing where the brand of an
-// MP4 file is wanted, and where packets of a transport stream are measured.
-TEST(GetVideoMetadata1, AsksForHardlyMoreThanAStreamQuery) {
+// A stream query needs one call more than FFmpeg, to distinguish a file from a pipe or a folder. A
+// record needs no further one, except to open, read and close the file for the brand of an MP4
+// file, and for the packet size of a transport stream.
+TEST(GetVideoMetadata1, NeedsHardlyMoreCallsThanAStreamQuery) {
   constexpr char kSource[] =
       "-f lavfi -i testsrc2=size=64x48:rate=25:duration=1 -f lavfi -i sine=duration=1 ";
   constexpr Video kVideos[] = {

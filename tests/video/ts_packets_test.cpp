@@ -37,18 +37,18 @@ Probed probeBytes(const std::string& bytes) {
   return probe(folder.write("stream.ts", bytes));
 }
 
-TEST(ProbeTsPacketSize, TellsBothPacketSizes) {
+TEST(ProbeTsPacketSize, ReportsBothPacketSizes) {
   EXPECT_EQ(probeBytes(tsPackets(4)), (Probed{0, 188}));
   EXPECT_EQ(probeBytes(timeStampedPackets(tsPackets(4), 0)), (Probed{0, 192}));
   EXPECT_EQ(probeBytes(timeStampedPackets(tsPackets(4), 0x01020304)), (Probed{1, 192}));
 }
 
-TEST(ProbeTsPacketSize, CountsAnyByteOfATimeStamp) {
+TEST(ProbeTsPacketSize, DetectsTimeStampInAnyByte) {
   for (const std::uint32_t stamp : {0x01000000U, 0x00010000U, 0x00000100U, 0x00000001U})
     EXPECT_EQ(probeBytes(timeStampedPackets(tsPackets(4), stamp)), (Probed{1, 192})) << stamp;
 }
 
-TEST(ProbeTsPacketSize, FindsPacketsBehindOtherBytes) {
+TEST(ProbeTsPacketSize, FindsPacketsAfterOtherBytes) {
   for (const int before : {1, 7, 100, 191}) {
     const std::string filling(static_cast<std::size_t>(before), 'y');
     EXPECT_EQ(probeBytes(filling + tsPackets(5)).size, 188U) << before;
@@ -59,28 +59,28 @@ TEST(ProbeTsPacketSize, FindsPacketsBehindOtherBytes) {
 }
 
 TEST(ProbeTsPacketSize, TriesTheLongerPacketsFirstAtEveryOffset) {
-  // Sync bytes of both distances from the same start.
+  // Sync bytes at both distances from the same start.
   std::string both(576, 'x');
   for (const std::size_t at : {0U, 188U, 376U, 192U, 384U}) both[at] = 'G';
   EXPECT_EQ(probeBytes(both).size, 192U);
 }
 
-TEST(ProbeTsPacketSize, TakesShorterPacketsThatStartEarlier) {
+TEST(ProbeTsPacketSize, PrefersShorterPacketsThatStartEarlier) {
   std::string both(576, 'x');
   for (const std::size_t at : {5U, 193U, 381U}) both[at] = 'G';
   for (const std::size_t at : {20U, 212U, 404U}) both[at] = 'G';
   EXPECT_EQ(probeBytes(both), (Probed{0, 188}));
 }
 
-TEST(ProbeTsPacketSize, ReportsZeroWhereNothingFits) {
+TEST(ProbeTsPacketSize, ReportsZeroIfNothingFits) {
   EXPECT_EQ(probeBytes(std::string(1000, 'x')), (Probed{0, 0}));
   EXPECT_EQ(probeBytes("G" + std::string(1000, 'x')), (Probed{0, 0}));
   // Two sync bytes at the right distance are not enough.
   EXPECT_EQ(probeBytes(tsPackets(2) + std::string(400, 'x')), (Probed{0, 0}));
 }
 
-// Naming takes the flag of such a file as set.
-TEST(ProbeTsPacketSize, CountsAFileThatCannotBeReadAsTimeStamped) {
+// The naming rules rely on the flag being set for such a file.
+TEST(ProbeTsPacketSize, ReportsUnreadableFileAsTimeStamped) {
   const TempDir folder;
   testing::internal::CaptureStderr();
   EXPECT_EQ(probe(folder.path("missing.ts")), (Probed{1, kPattern}));
@@ -88,7 +88,7 @@ TEST(ProbeTsPacketSize, CountsAFileThatCannotBeReadAsTimeStamped) {
             folder.path("missing.ts") + ": No such file or directory\n");
 }
 
-TEST(ProbeTsPacketSize, CountsAShortFileAsTimeStampedAndSaysSo) {
+TEST(ProbeTsPacketSize, ReportsShortFileAsTimeStampedAndSaysSo) {
   const TempDir folder;
   const std::string path = folder.write("short.ts", tsPackets(4).substr(0, 575));
   testing::internal::CaptureStderr();
@@ -97,7 +97,7 @@ TEST(ProbeTsPacketSize, CountsAShortFileAsTimeStampedAndSaysSo) {
   EXPECT_EQ(probe(folder.write("exact.ts", tsPackets(4).substr(0, 576))), (Probed{0, 188}));
 }
 
-TEST(ProbeTsPacketSize, NeitherWaitsNorLeaks) {
+TEST(ProbeTsPacketSize, NeitherBlocksNorLeaks) {
   const TempDir folder;
   ASSERT_EQ(mkfifo(folder.path("pipe.ts").c_str(), 0600), 0);
   const ExpectNoDescriptorLeak leak;
@@ -109,7 +109,7 @@ TEST(ProbeTsPacketSize, NeitherWaitsNorLeaks) {
   EXPECT_EQ(size, kPattern);
 }
 
-TEST(ProbeTsPacketSize, TellsRealStreams) {
+TEST(ProbeTsPacketSize, RecognisesRealStreams) {
   const std::string source =
       "-f lavfi -i testsrc=s=320x240:r=25:d=1 -pix_fmt yuv420p -c:v mpeg2video -f mpegts ";
   EXPECT_EQ(probe(media("packets.ts", source)).size, 188U);
