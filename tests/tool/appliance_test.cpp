@@ -1,4 +1,4 @@
-// The commands that speak to the appliance around the library.
+// The commands that use the appliance around the library.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kolum/server.h>
@@ -44,7 +44,7 @@ using ToolGeocode = Appliance;
 
 const RunOptions kOnVolume = {.environment = {{"KO_DATA_DIR", kVolume}}};
 
-TEST_F(ToolNotify, AWaitEndsWithWhatWasPosted) {
+TEST_F(ToolNotify, WaitConsumesOnePost) {
   runInAppliance([] {
     EXPECT_EQ(kolum({"notify", "post"}).status, 0);
     const Outcome got = kolum({"notify", "wait", "--seconds", "0"});
@@ -57,7 +57,7 @@ TEST_F(ToolNotify, AWaitEndsWithWhatWasPosted) {
   });
 }
 
-TEST_F(ToolNotify, ChangesAndStopsAreTwoChannels) {
+TEST_F(ToolNotify, ChangesAndStopsAreSeparateChannels) {
   runInAppliance([] {
     EXPECT_EQ(kolum({"notify", "stop"}).status, 0);
     EXPECT_EQ(kolum({"notify", "wait", "--seconds", "0"}).status, 1);
@@ -66,7 +66,7 @@ TEST_F(ToolNotify, ChangesAndStopsAreTwoChannels) {
   });
 }
 
-TEST_F(ToolNotify, AWaiterIsWokenByAPost) {
+TEST_F(ToolNotify, PostWakesWaiter) {
   runInAppliance([] {
     Outcome waited;
     std::thread waiter([&] { waited = kolum({"notify", "wait", "--json"}); });
@@ -86,7 +86,7 @@ TEST_F(ToolNotify, ClearEmptiesBothChannels) {
   });
 }
 
-TEST_F(ToolNotify, ChannelsThatCannotBeOpenedAreAFailureOfNoOtherCommand) {
+TEST_F(ToolNotify, FailsWithoutChannelsWhileOtherCommandsWork) {
   const std::string song = samples() + "Music/Tones/04-silence.dsf";
   runInAppliance([&] {
     ASSERT_EQ(mount("none", "/dev/shm", "tmpfs", MS_RDONLY, nullptr), 0);
@@ -115,7 +115,7 @@ TEST_F(ToolSend, PrintsTheAnswer) {
   });
 }
 
-TEST_F(ToolSend, SendsWhatItWasGiven) {
+TEST_F(ToolSend, SendsItsArguments) {
   runInAppliance([] {
     std::vector<tool::EchoRequest> requests;
     const RunningEchoServer server(wire::kSocketPath,
@@ -136,7 +136,7 @@ TEST_F(ToolSend, SendsWhatItWasGiven) {
   });
 }
 
-TEST_F(ToolSend, PayloadsBeyondTheBufferAreUsageMistakes) {
+TEST_F(ToolSend, RejectsTooLongPayloadAsWrongUsage) {
   runInAppliance([] {
     EXPECT_EQ(kolum({"send", "4", "--text", std::string(4081, 'x')}).status, 2);
     writeRootFile("/tmp/payload", std::string(4081, 'x'));
@@ -145,7 +145,7 @@ TEST_F(ToolSend, PayloadsBeyondTheBufferAreUsageMistakes) {
   });
 }
 
-TEST_F(ToolSend, WithoutAServerFails) {
+TEST_F(ToolSend, FailsWithoutServer) {
   runInAppliance([] {
     const Outcome run = kolum({"send", "7"});
     EXPECT_EQ(run.status, 1);
@@ -154,7 +154,7 @@ TEST_F(ToolSend, WithoutAServerFails) {
   });
 }
 
-TEST_F(ToolServeEcho, ServesUntilItIsInterrupted) {
+TEST_F(ToolServeEcho, ServesUntilInterrupted) {
   runInAppliance([] {
     Outcome served;
     std::thread server([&] {
@@ -192,7 +192,7 @@ TEST_F(ToolServeEcho, EscapesPayloadsOnce) {
   });
 }
 
-TEST(ToolServeEchoPath, ThatIsTooLongIsRefused) {
+TEST(ToolServeEchoPath, IsRejectedIfTooLong) {
   const TempDir folder;
   const std::string path = folder.path(std::string(108 - folder.folder().size(), 's'));
   const Outcome run = kolum({"serve-echo", "--socket", path});
@@ -230,7 +230,7 @@ TEST_F(ToolConfig, ShowsEverySetting) {
   });
 }
 
-TEST_F(ToolConfig, AValueOutOfRangeIsShownAndReported) {
+TEST_F(ToolConfig, ShowsAndReportsValueOutOfRange) {
   runInAppliance([] {
     writeRootFile(kServerFile, "[KOLUMSERVER]\nMODE = 9\n");
     writeRootFile(kApplianceFile, "");
@@ -244,7 +244,7 @@ TEST_F(ToolConfig, AValueOutOfRangeIsShownAndReported) {
   });
 }
 
-TEST_F(ToolConfig, WhatIsMissingIsNamed) {
+TEST_F(ToolConfig, NamesMissingFiles) {
   runInAppliance([] {
     EXPECT_THAT(kolum({"config", "show"}).err, HasSubstr("the data volume is unknown"));
     EXPECT_THAT(kolum({"config", "show"}, kOnVolume).err,
@@ -257,13 +257,13 @@ TEST_F(ToolConfig, WhatIsMissingIsNamed) {
   });
 }
 
-TEST_F(ToolConfig, WhatIsNoConfigurationIsNamed) {
+TEST_F(ToolConfig, NamesFilesThatAreNotConfigurations) {
   runInAppliance([] {
     writeRootFile(kServerFile, "[KOLUMSERVER]\nno key\n");
     writeRootFile(kApplianceFile, "");
     Outcome run = kolum({"config", "show"}, kOnVolume);
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.out, "") << "defaults are no settings";
+    EXPECT_EQ(run.out, "") << "defaults are not settings";
     EXPECT_THAT(run.err, HasSubstr(std::string(kServerFile) + ": not an ini file"));
     EXPECT_THAT(kolum({"config", "show", "--debug"}, kOnVolume).err, HasSubstr("no key"));
     writeRootFile(kServerFile, "");
@@ -293,7 +293,7 @@ TEST_F(ToolConfig, SetChangesTheFile) {
   });
 }
 
-TEST_F(ToolConfig, SetWorksWithTheStandInWhereTheAppliancesPlaceIsEmpty) {
+TEST_F(ToolConfig, SetUsesTheStandInWithoutTheAppliancesTool) {
   runInAppliance([] {
     std::filesystem::remove(kSetTool);
     writeRootFile(kApplianceFile, "");
@@ -321,7 +321,7 @@ TEST_F(ToolConfig, SetPrefersTheAppliancesTool) {
   });
 }
 
-TEST_F(ToolConfig, SetWithoutAnyToolFails) {
+TEST_F(ToolConfig, SetFailsWithoutAnyTool) {
   runInAppliance([] {
     writeRootFile(kServerFile, "");
     std::filesystem::remove(kSetTool);
@@ -355,7 +355,7 @@ TEST_F(ToolExtensions, XmlFollowsTheConfiguration) {
   });
 }
 
-TEST_F(ToolArtwork, MakesAnAlbumsThumbnails) {
+TEST_F(ToolArtwork, MakesAlbumThumbnails) {
   runInAppliance([] {
     std::filesystem::create_directories("/tmp/art/the oscillators");
     const std::string source = "/tmp/art/the oscillators/@_tones.jpg";
@@ -383,7 +383,7 @@ std::pair<json, json> sizeOf(const std::string& picture) {
   return {probed["width"], probed["height"]};
 }
 
-TEST_F(ToolArtwork, UsesTheImageMagickOnThePathWhereFfmpegIsMissing) {
+TEST_F(ToolArtwork, UsesImageMagickOnThePathIfFfmpegIsMissing) {
   runInAppliance([] {
     std::filesystem::remove(kFixedConvert);
     std::filesystem::create_directories("/tmp/art/the oscillators");
@@ -425,7 +425,7 @@ TEST_F(ToolArtwork, RunsImageMagickAsTheLibraryWould) {
   });
 }
 
-TEST_F(ToolArtwork, KeepsTheSourceWhereNoToolMakesAThumbnail) {
+TEST_F(ToolArtwork, KeepsTheSourceIfNoToolMakesAThumbnail) {
   runInAppliance([] {
     std::filesystem::remove(kFixedConvert);
     const TempDir folder;
@@ -442,7 +442,7 @@ TEST_F(ToolArtwork, KeepsTheSourceWhereNoToolMakesAThumbnail) {
   });
 }
 
-TEST_F(ToolArtwork, WithoutASourceFails) {
+TEST_F(ToolArtwork, FailsWithoutSource) {
   runInAppliance([] {
     std::filesystem::create_directories("/tmp/art");
     EXPECT_EQ(kolum({"artwork", "album", "/tmp/art", "Nobody", "Nothing"}).status, 1);
@@ -463,14 +463,14 @@ TEST_F(ToolArtwork, FindsTranscodedCopies) {
   });
 }
 
-TEST(ToolSystemThumbnails, FoldersAreNamed) {
+TEST(ToolSystemThumbnails, PrintsFolderNames) {
   EXPECT_EQ(kolum({"artwork", "folder", "3", "0x1234"}).out, "Folder  334/\n");
   EXPECT_EQ(kolum({"artwork", "folder", "20", "255"}).out, "Folder  14ff/\n");
   EXPECT_EQ(kolum({"artwork", "folder", "21", "1"}).status, 2);
   EXPECT_EQ(kolum({"artwork", "folder", "1", "0"}).status, 2);
 }
 
-// A tool that prints ANSWER and notes its arguments.
+// A tool that prints ANSWER and records its arguments.
 void installOsmInfo(const std::string& answer) {
   writeRootFile("/tmp/answer", answer);
   writeRootFile("/usr/local/medialibrary/bin/osm_info",
@@ -508,7 +508,7 @@ TEST_F(ToolGeocode, PrintsTheAddresses) {
   });
 }
 
-TEST_F(ToolGeocode, AToolThatHappensToLieInTheFolderIsNotRun) {
+TEST_F(ToolGeocode, DoesNotRunToolInTheCurrentFolder) {
   runInAppliance([] {
     const TempDir folder;
     std::filesystem::copy_file(KOLUM_PROGRAM, folder.path("kolum"));
@@ -523,7 +523,7 @@ TEST_F(ToolGeocode, AToolThatHappensToLieInTheFolderIsNotRun) {
   });
 }
 
-TEST_F(ToolGeocode, AnErrorOfTheToolIsTold) {
+TEST_F(ToolGeocode, ReportsTheToolsError) {
   runInAppliance([] {
     installOsmInfo("<error>Unable to geocode</error>");
     const Outcome run = kolum({"geocode", "0", "0"});
@@ -532,7 +532,7 @@ TEST_F(ToolGeocode, AnErrorOfTheToolIsTold) {
   });
 }
 
-TEST_F(ToolGeocode, RefusesUnknownLanguages) {
+TEST_F(ToolGeocode, RejectsUnknownLanguages) {
   const Outcome run = kolum({"geocode", "48.8584", "2.2945", "--language", "xx"});
   EXPECT_EQ(run.status, 2);
   EXPECT_EQ(run.out, "");
@@ -542,7 +542,7 @@ TEST_F(ToolGeocode, RefusesUnknownLanguages) {
             "--help\n");
 }
 
-TEST_F(ToolGeocode, FailsForAnAnswerWithoutAnAddress) {
+TEST_F(ToolGeocode, FailsForAnswerWithoutAddress) {
   runInAppliance([] {
     installOsmInfo(
         "<output><reversegeocode language=\"en\">"
@@ -558,13 +558,13 @@ TEST_F(ToolGeocode, FailsForAnAnswerWithoutAnAddress) {
   });
 }
 
-TEST_F(ToolGeocode, HelpNamesWhereThePlacesComeFrom) {
+TEST_F(ToolGeocode, HelpNamesTheSourceOfPlaces) {
   EXPECT_THAT(kolum({"geocode", "--help"}).out,
               testing::AllOf(HasSubstr("GeoNames"), HasSubstr("CC BY 4.0"),
                              HasSubstr("https://www.geonames.org")));
 }
 
-TEST_F(ToolGeocode, PositionsBeyondTheEarthAreUsageMistakes) {
+TEST_F(ToolGeocode, RejectsPositionsBeyondTheEarthAsWrongUsage) {
   const std::vector<std::pair<const char*, const char*>> rows = {
       {"90.1", "0"}, {"0", "-180.5"}, {"nan", "0"}, {"0", "inf"}, {"1;id", "0"}, {"", "0"}};
   for (const auto& [latitude, longitude] : rows) {

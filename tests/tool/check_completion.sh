@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check_completion.sh KOLUM SOURCE-FOLDER: bash, zsh and fish offer what the parser knows, and files
-# whatever their names. Each shell is the real one, with a home of its own.
+# check_completion.sh KOLUM SOURCE-FOLDER: checks that bash, zsh and fish offer what the parser accepts, and
+# files with any name. It runs the real shells, with a temporary home.
 set -euo pipefail
 kolum=$1 source=$2
 scripts=$source/tools/kolum/completion
@@ -15,7 +15,7 @@ PATH=$(dirname "$kolum"):$PATH
 cd "$folder/files"
 touch -- 'my list.txt' 'x[1].mp4' x1.mp4 '$(touch ran).avi' "it's.avi" '-dash.mkv'
 
-# candidates_SHELL WORD...: what the shell offers for the last of the words behind "kolum".
+# candidates_SHELL WORD...: what the shell offers for the last word after "kolum".
 candidates_bash() {
   bash --norc -c '
     . "$0"
@@ -30,7 +30,7 @@ candidates_fish() {
   fish --no-config -c 'source $argv[1]; complete -C "$argv[2]"' "$scripts/kolum.fish" "kolum $*" | cut -f1
 }
 
-# expect SHELLS EXPECTED WORD...: exactly these, sorted, a line each.
+# expect SHELLS EXPECTED WORD...: the shells must offer exactly these, one per line in any order.
 expect() {
   local shells=$1 expected offered shell
   expected=$(LC_ALL=C sort <<<"$2")
@@ -63,7 +63,7 @@ expect "$all" "" config set THUMBNAIL ""
 expect "$all" "" send 7 --text ""
 expect "$all" "" no-such-command ""
 
-# Nothing that --help lists is left out.
+# Every option in --help is offered.
 options_of() { sed -nE 's/^  (-[A-Za-z0-9],? *)?(--?[a-z0-9-]+).*/\2/p'; }
 for command in $("$kolum" --help | listed); do
   expect bash "$("$kolum" "$command" --help | options_of)" "$command" -
@@ -72,12 +72,12 @@ for command in $("$kolum" --help | listed); do
   done
 done
 
-# After "=": bash takes it for a word of its own.
+# After "=", which bash treats as a separate word.
 expect "zsh fish" --kinds=photo classify --kinds=ph
 expect bash photo classify --kinds = ph
 expect bash $'music\nphoto\nplaylist\nvideo' classify --kinds =
 
-# Files, also beside words and behind an option.
+# Files, also along with other words and after an option.
 expect "$all" x1.mp4 tracks x1
 expect "$all" x1.mp4 probe --files-from list x1
 expect "$all" 'my list.txt' probe --files-from my
@@ -89,5 +89,5 @@ expect bash '$(touch ran).avi' probe '$(touch ran'
 expect bash 'x[1].mp4' probe 'x['
 expect "zsh fish" $'x1.mp4\nx[1].mp4' probe x
 expect "$all" "" probe none
-[ ! -e ran ] || fail "a file's name was run"
+[ ! -e ran ] || fail "a file's name was run as a command"
 exit $((failures > 0))

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: every command has its manual page, its
+# check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: checks that every command has a manual page, a
 # section in docs/tool.md and an example in its help.
 set -euo pipefail
 kolum=$1 source=$2 man=$3
@@ -8,7 +8,7 @@ fail() { printf '%s\n' "$*"; failures=$((failures + 1)); }
 
 commands_of() { awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit } on { print $1 }'; }
 
-# The numbers of languages are their places in the library's list.
+# Languages are numbered by their position in the library's list, so all lists must have the same order.
 languages_in() { sed -n '/ kLanguages\[\] = {/,/^};/p' "$source/$1"; }
 known=$(languages_in src/geocode/osm_answer.cpp | grep -o '"[a-z-]*"' | tr -d '"')
 [ "$(wc -l <<<"$known")" = 23 ] || fail "languages: $known"
@@ -26,7 +26,7 @@ for command in $commands; do
   grep -q '^Examples\?:$' <<<"$("$kolum" "$command" --help)" || fail "$command has no example"
   [ -f "$page" ] || fail "no page for $command"
 done
-# The codes of failures: those of the tool, of its documentation and of the schema are the same.
+# The tool, its documentation and the schema must have the same codes of failures.
 codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/tools/kolum/failure.cpp" | sort)
 [ "$(wc -l <<<"$codes")" -ge 20 ] || fail "codes of failures: $codes"
 documented=$(sed -n '/^| `code` |/,/^$/p' "$source/docs/tool.md" | sed '1,2d' | cut -d'|' -f2 | grep -o '[a-z-]*' | sort)
@@ -39,6 +39,6 @@ for page in "$man"/*.1; do
   said=$(mandoc -Tlint -W warning "$page") || fail "$said"
 done
 for test in $(grep -o '`[A-Z][A-Za-z0-9]*\.[A-Z][A-Za-z0-9]*`' "$source/docs/oddities.md" | tr -d '`'); do
-  grep -rqE "\(${test%.*}, ${test#*.}\)" "$source/tests" || fail "docs/oddities.md names $test, which is no test"
+  grep -rqE "\(${test%.*}, ${test#*.}\)" "$source/tests" || fail "docs/oddities.md names $test, which does not exist"
 done
 exit $((failures > 0))

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # check_examples.sh BUILD-FOLDER SOURCE-FOLDER SAMPLES: installs into a fresh folder, builds the
-# examples against it in both ways, and looks at what they print.
+# examples against it with CMake and with make, and checks what they print.
 set -euo pipefail
 build=$1 source=$2 samples=$3
 folder=$(mktemp -d)
@@ -37,7 +37,7 @@ PKG_CONFIG_PATH=$(dirname "$(find "$folder/prefix" -name kolum.pc)")
 make -s -C "$source/examples" OUT="$folder/make"
 look "$folder/make"
 
-# The lines of the README's example, in a program of their own.
+# The README's example must compile as a program.
 {
   printf '#include <cstdio>\n'
   sed -n '/^```cpp$/,/^```$/p' "$source/README.md" | sed '/^```/d' | sed '0,/^$/s//int main() {/'

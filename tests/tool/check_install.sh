@@ -1,6 +1,6 @@
 #!/bin/sh
-# check_install.sh BUILD-FOLDER SOURCE-FOLDER SAMPLES: installs into a fresh folder; what is there must
-# work on its own, wherever the folder lies.
+# check_install.sh BUILD-FOLDER SOURCE-FOLDER SAMPLES: installs into a fresh folder; the installation must
+# be self-contained and relocatable.
 set -eu
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
@@ -18,17 +18,17 @@ for file in share/man/man1/kolum.1 share/doc/kolum/tool.md share/doc/kolum/kolum
   test -f "$moved/$file"
 done
 
-# From a build that lacks a part, nothing at all is installed.
+# An incomplete build must install nothing at all.
 sed 's|/man/kolum\.1|/man/missing.1|' "$1/cmake_install.cmake" >"$folder/partial.cmake"
 if cmake -DCMAKE_INSTALL_PREFIX="$folder/partial" -DCMAKE_INSTALL_COMPONENT=kolum \
   -P "$folder/partial.cmake" 2>"$folder/said"; then
   exit 1
 fi
-# CMake breaks its lines where the path happens to end.
+# CMake wraps its messages depending on the length of the path.
 tr -s '\n ' ' ' <"$folder/said" | grep -q 'nothing was installed'
 test ! -e "$folder/partial"
 
-# The appliance's own programs, where the library looks for them.
+# The stand-ins must be installed where the library looks for them.
 DESTDIR=$folder/appliance cmake --install "$1" --component appliance >/dev/null
 (cd "$folder/appliance" && find . -type f | LC_ALL=C sort) | diff - /dev/fd/3 3<<'LIST'
 ./sbin/setcfg

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check_schema.sh KOLUM SOURCE-FOLDER SAMPLES: what every command prints as JSON fits the published
-# schema, which allows no key that it does not describe.
+# check_schema.sh KOLUM SOURCE-FOLDER SAMPLES: checks that the JSON output of every command fits the
+# published schema and has no keys beyond it.
 set -euo pipefail
 kolum=$1 source=$2 samples=$3
 folder=$(mktemp -d)
@@ -8,7 +8,7 @@ trap 'rm -rf "$folder"' EXIT
 "$source/scripts/make-samples.sh" "$samples" >/dev/null
 failures=0
 
-# fits COMMAND ARGUMENT...: some runs end with status 1, and still print what there is.
+# fits COMMAND ARGUMENT...: the output must fit; status 1 is allowed, as some runs fail for some files.
 fits() {
   local output
   output=$("$kolum" "$@" --json) || [ $? -eq 1 ]

@@ -22,14 +22,14 @@ std::map<std::string, json> findings(const RunOptions& options = {}) {
   return byName;
 }
 
-// A machine on which kolum is installed, and nothing that only an appliance has.
+// Leaves a machine on which kolum is installed, without anything that only an appliance has.
 void removeApplianceFiles() {
   for (const char* path : {"/sbin/setcfg", "/usr/local/sbin/convert",
                            "/usr/local/medialibrary/bin/osm_info", "/etc/config/medialibrary.conf"})
     std::filesystem::remove(path);
 }
 
-TEST(Doctor, TellsTheVersionsOfTheLibrariesInUse) {
+TEST(Doctor, ReportsTheVersionsOfLinkedLibraries) {
   const auto found = findings();
   for (const char* name : {"libkolum", "libavformat", "libavcodec", "libavutil", "libtag",
                            "libiniparser", "libpugixml"}) {
@@ -49,7 +49,7 @@ TEST(Doctor, FindsTheToolsOfTheBuildTree) {
   }
 }
 
-TEST(Doctor, SucceedsWhereOnlyThingsOfAnApplianceAreMissing) {
+TEST(Doctor, SucceedsIfOnlyApplianceItemsAreMissing) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     removeApplianceFiles();
@@ -71,7 +71,7 @@ TEST(Doctor, SucceedsWhereOnlyThingsOfAnApplianceAreMissing) {
   });
 }
 
-TEST(Doctor, EndsWithStatusOneWhereWhatEveryMachineNeedsIsMissing) {
+TEST(Doctor, FailsIfAnItemForEveryMachineIsMissing) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
     removeApplianceFiles();
@@ -100,7 +100,7 @@ TEST(Doctor, AcceptsImageMagickInsteadOfFfmpeg) {
   });
 }
 
-TEST(Doctor, KnowsTheDataVolume) {
+TEST(Doctor, ReportsTheDataVolume) {
   EXPECT_EQ(findings().at("data volume")["isThere"], false);
   const auto found = findings({.environment = {{"KO_DATA_DIR", "/nonexistent/volume"}}});
   EXPECT_EQ(found.at("data volume")["state"], "/nonexistent/volume");

@@ -1,4 +1,4 @@
-// Files that give no result: the cause by its code, and the reason in words.
+// Files without a result: the code of the cause, and the reason in words.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/prctl.h>
@@ -24,9 +24,9 @@ constexpr const char* kPictures = "-f lavfi -i color=size=128x96:rate=5:duration
 constexpr const char* kSound = "-f lavfi -i sine=duration=1";
 
 struct Row {
-  std::vector<std::string> command;  // what stands before the file's name
-  std::string name;                  // which the file gets
-  std::string file;                  // that is probed under the name
+  std::vector<std::string> command;  // the words before the file's name
+  std::string name;                  // the name that the file gets
+  std::string file;                  // the file that is probed under that name
   const char* code;
   const char* reason;
 };
@@ -61,14 +61,14 @@ std::string opus() {
   return media("sound.opus", std::string(kSound) + " -c:a libopus");
 }
 
-// The index of an MPEG-4 file stands at its end.
+// Lacks its index, because that is at the end of an MPEG-4 file.
 std::string cut(const TempDir& folder) {
   const std::string whole =
       contentOf(media("long.mp4", "-f lavfi -i testsrc2=size=320x240:duration=2 -c:v mpeg4"));
   return folder.write("cut", std::string_view(whole).substr(0, whole.size() / 2));
 }
 
-TEST(Failures, WithoutTheStreamSayWhatThereIsInstead) {
+TEST(Failures, NameTheStreamsThatExistInstead) {
   const std::string noVideo =
       "no video in it; it has sound only (\"kolum probe audio FILE\" describes it)";
   const Row rows[] = {
@@ -95,7 +95,7 @@ TEST(Failures, WithoutTheStreamSayWhatThereIsInstead) {
   for (const Row& row : rows) expectFailure(row);
 }
 
-TEST(Failures, OfACodecWithoutANumberNameIt) {
+TEST(Failures, NameCodecWithoutNumber) {
   const Row rows[] = {
       {{"probe"},
        "a.mkv",
@@ -108,7 +108,7 @@ TEST(Failures, OfACodecWithoutANumberNameIt) {
   for (const Row& row : rows) expectFailure(row);
 }
 
-TEST(Failures, OfDamagedFilesNameTheFormatThatTheyBeginLike) {
+TEST(Failures, NameTheFormatOfDamagedFiles) {
   const TempDir folder;
   const std::string file = cut(folder);
   const std::vector<std::vector<std::string>> commands = {
@@ -119,7 +119,7 @@ TEST(Failures, OfDamagedFilesNameTheFormatThatTheyBeginLike) {
         {command, "a.mp4", file, "damaged", "begins like QuickTime / MOV but cannot be read"});
 }
 
-TEST(Failures, OfOtherFilesSayThatTheyAreNoMedia) {
+TEST(Failures, RecogniseNonMedia) {
   const TempDir folder;
   const std::string text = folder.write("text", std::string(5000, 'x'));
   const std::vector<std::vector<std::string>> commands = {
@@ -128,7 +128,7 @@ TEST(Failures, OfOtherFilesSayThatTheyAreNoMedia) {
     expectFailure({command, "a.mp4", text, "not-media", "not a media file"});
 }
 
-TEST(Failures, OfPlaylistsSaySo) {
+TEST(Failures, RecognisePlaylists) {
   const TempDir folder;
   const std::string list = folder.write("list",
                                         "#EXTM3U\n#EXT-X-VERSION:3\n#EXTINF:1\na.ts\n"
@@ -137,7 +137,7 @@ TEST(Failures, OfPlaylistsSaySo) {
   expectFailure({{"probe"}, "a.m3u", list, "playlist", "a playlist has nothing to probe"});
 }
 
-TEST(Failures, OfWhatIsNoFileSayWhatItIs) {
+TEST(Failures, NameTheKindOfNonFiles) {
   const TempDir folder;
   ASSERT_EQ(mkfifo(folder.path("fifo.mp4").c_str(), 0600), 0);
   ASSERT_EQ(mknod(folder.path("socket.mp4").c_str(), S_IFSOCK | 0600, 0), 0);
@@ -159,7 +159,7 @@ TEST(Failures, OfWhatIsNoFileSayWhatItIs) {
   }
 }
 
-TEST(Failures, OfDiscImagesSayWhyTheyCannotBeMounted) {
+TEST(Failures, ExplainWhyDiscImagesCannotBeMounted) {
   const TempDir folder;
   const std::string image = folder.write("image", std::string(100'000, '\0'));
   expectFailure({{"probe"}, "a.iso", image, "disc-image", "a disc image"});
@@ -174,7 +174,7 @@ TEST(Mounting, NeedsRoot) {
       ASSERT_EQ(seteuid(65534), 0);
     }
     EXPECT_EQ(tool::mountingObstacle(), "mounting needs root");
-    // The search for leaks looks at the process from outside.
+    // The leak checker traces the process, so it must be dumpable.
     ASSERT_EQ(seteuid(user), 0);
     prctl(PR_SET_DUMPABLE, 1);
   });
@@ -190,7 +190,7 @@ TEST(Mounting, NeedsTheRightToMount) {
                                      "here, as in most containers\n"));
 }
 
-TEST(Failures, OfDiscsWithoutAMainTitleSaySo) {
+TEST(Failures, RecogniseDiscsWithoutMainTitle) {
   const TempDir folder;
   folder.write("VIDEO_TS/VIDEO_TS.IFO", "no DVD");
   for (const char* command : {"probe", "info", "dlna"}) {
@@ -206,7 +206,7 @@ TEST(Failures, OfDiscsWithoutAMainTitleSaySo) {
   }
 }
 
-TEST(Failures, OfTheSystemHaveCodes) {
+TEST(Failures, HaveCodesForSystemErrors) {
   const TempDir folder;
   folder.write("empty.mp4", "");
   folder.write("notes.txt", "text");
@@ -231,7 +231,7 @@ TEST(Failures, OfTheSystemHaveCodes) {
   expectFitsSchema("cover", cover);
 }
 
-TEST(Failures, OfHostileNamesStayHarmless) {
+TEST(Failures, EscapeHostileNames) {
   const TempDir folder;
   const std::string name = "caf\xE9\n\x1b[2J\xE2\x80\xAE.mp4";
   folder.write(name, std::string(5000, 'x'));
@@ -249,10 +249,10 @@ TEST(Failures, OfHostileNamesStayHarmless) {
   }
 }
 
-// The list takes the last descriptor.
-TEST(Failures, OfUsedUpDescriptorsSaySo) {
+// The list uses the last descriptor.
+TEST(Failures, ReportUsedUpDescriptors) {
 #ifdef KOLUM_SANITIZED
-  GTEST_SKIP() << "sanitizers take descriptors of their own";
+  GTEST_SKIP() << "sanitizers use descriptors themselves";
 #endif
   const TempDir folder;
   const std::string list = folder.write("list", samples() + "Photos/pattern.jpg\n");

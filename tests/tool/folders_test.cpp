@@ -1,4 +1,4 @@
-// Folders: which files count in them, and what is said about the others.
+// Folders: which files in them count, and what is reported about the others.
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -28,13 +28,13 @@ std::string song() {
   return media("short.mp3", "-f lavfi -i sine=duration=1 -c:a libmp3lame");
 }
 
-// A copy of the video, or of another file, in folders that are made.
+// Copies the video, or another file, and makes the folders for it.
 void put(const TempDir& folder, const std::string& name, const std::string& file = video()) {
   std::filesystem::create_directories(std::filesystem::path(folder.path(name)).parent_path());
   std::filesystem::copy(file, folder.path(name));
 }
 
-// The files that a run describes, below the folder.
+// The files that a run describes, relative to the folder.
 std::vector<std::string> found(const TempDir& folder, std::vector<std::string> arguments) {
   arguments.push_back("--json");
   arguments.push_back(folder.folder());
@@ -46,7 +46,7 @@ std::vector<std::string> found(const TempDir& folder, std::vector<std::string> a
   return files;
 }
 
-TEST(Folders, SayWhatTheySkippedByExtension) {
+TEST(Folders, CountSkippedFilesByExtension) {
   const TempDir folder;
   put(folder, "a.mkv");
   for (const char* name : {"1.heic", "2.HEIC", "deep/3.heic", "4.webm", "README", "list.m3u"})
@@ -58,7 +58,7 @@ TEST(Folders, SayWhatTheySkippedByExtension) {
                          "by what is in them\n");
 }
 
-TEST(Folders, ListTheCommonestExtensionsOnly) {
+TEST(Folders, ListTheMostCommonExtensionsOnly) {
   const TempDir folder;
   put(folder, "a.mkv");
   for (char c = 'a'; c <= 'l'; ++c) folder.write(std::string("1.x") + c, "");
@@ -69,14 +69,14 @@ TEST(Folders, ListTheCommonestExtensionsOnly) {
   EXPECT_THAT(run.err, HasSubstr("3 of other extensions)"));
 }
 
-TEST(Folders, ShowHostileExtensionsHarmlessly) {
+TEST(Folders, EscapeHostileExtensions) {
   const TempDir folder;
   put(folder, "a.mkv");
   folder.write("1.\x1b[2J\n\xFF", "");
   EXPECT_THAT(kolum({"probe", folder.folder()}).err, HasSubstr("(1 .\\x1b[2j\\n\\xff)"));
 }
 
-TEST(Folders, OfUnknownFilesOnlyAreAFailure) {
+TEST(Folders, FailIfTheyHoldUnknownFilesOnly) {
   const TempDir folder;
   folder.write("1.heic", "text");
   const Outcome run = kolum({"probe", "--json", folder.folder()});
@@ -89,7 +89,7 @@ TEST(Folders, OfUnknownFilesOnlyAreAFailure) {
   expectFitsSchema("probe", run);
 }
 
-TEST(Folders, OfMediaOfOtherKindsAreNoFailure) {
+TEST(Folders, SucceedIfTheyHoldMediaOfOtherKinds) {
   const TempDir folder;
   put(folder, "a.mp3", song());
   folder.write("1.heic", "text");
@@ -99,7 +99,7 @@ TEST(Folders, OfMediaOfOtherKindsAreNoFailure) {
                          ": 1 file skipped (1 .heic); --all goes by what is in them\n");
 }
 
-TEST(Folders, LeaveHiddenEntriesOut) {
+TEST(Folders, LeaveOutHiddenEntries) {
   const TempDir folder;
   for (const char* name : {"a.mkv", ".hidden.mkv", "._a.mkv", ".git/b.mkv", "@eaDir/a.mkv",
                            "deep/@eaDir/c.mkv", "deep/.Trash/d.mkv", "deep/e.mkv"})
@@ -110,7 +110,7 @@ TEST(Folders, LeaveHiddenEntriesOut) {
   EXPECT_EQ(kolum({"probe", folder.folder()}).err, "");
 }
 
-TEST(Folders, TakeHiddenEntriesThatAreNamed) {
+TEST(Folders, IncludeHiddenEntriesThatAreNamed) {
   const TempDir folder;
   for (const char* name : {".hidden.mkv", ".git/b.mkv", "@eaDir/a.mkv"}) put(folder, name);
   const Outcome run =
@@ -131,7 +131,7 @@ TEST(Exclude, ComparesNamesOfFilesAndFolders) {
   EXPECT_THAT(found(folder, {"info", "--exclude=*.mkv"}), IsEmpty());
 }
 
-TEST(Exclude, ComparesThePathBelowTheFolderWhenItHasASlash) {
+TEST(Exclude, ComparesThePathBelowTheFolderIfItHasASlash) {
   const TempDir folder;
   for (const char* name : {"a.mkv", "one/a.mkv", "one/two/a.mkv", "one/two/b.mkv", "three/a.mkv"})
     put(folder, name);
@@ -142,13 +142,13 @@ TEST(Exclude, ComparesThePathBelowTheFolderWhenItHasASlash) {
   EXPECT_THAT(found(folder, {"probe", "--exclude", "one/"}), ElementsAre("a.mkv", "three/a.mkv"));
 }
 
-TEST(Exclude, LeavesNamedFilesAlone) {
+TEST(Exclude, KeepsNamedFiles) {
   const TempDir folder;
   put(folder, "a.mkv");
   EXPECT_EQ(kolum({"probe", "--exclude", "*", folder.path("a.mkv")}).status, 0);
 }
 
-TEST(All, GoesByContent) {
+TEST(All, DecidesByContent) {
   const TempDir folder;
   put(folder, "recording.dat");
   put(folder, "sound.unknown", song());
@@ -168,7 +168,7 @@ TEST(All, GoesByContent) {
               ElementsAre("recording.dat", "right.mkv", "sound.unknown", "wrong.jpg"));
 }
 
-TEST(All, TakesSongsWithCoversForSongs) {
+TEST(All, TreatsSongsWithCoversAsSongs) {
   const TempDir folder;
   put(folder, "cover.bin",
       media("cover.mp3",
@@ -198,7 +198,7 @@ TEST(All, FindsDsdSongsByContent) {
   EXPECT_THAT(found(folder, {"dsf", "--all"}), ElementsAre("silence.bin"));
 }
 
-// Folders in folders until no path reaches the innermost file.
+// Nests folders until the innermost file is too deep for any path.
 void makeDeepFolders(const std::string& folder) {
   const std::string name(200, 'd');
   int parent = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
@@ -211,7 +211,7 @@ void makeDeepFolders(const std::string& folder) {
   close(parent);
 }
 
-TEST(Folders, TooDeepForAPathAreAFailure) {
+TEST(Folders, FailIfTooDeepForAPath) {
   const TempDir folder;
   makeDeepFolders(folder.folder());
   const Outcome run = kolum({"probe", "--json", folder.folder()});

@@ -1,4 +1,4 @@
-// What all commands share: help, exit status, where output goes.
+// Behaviour that all commands share: help, exit status, where output goes.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -34,7 +34,7 @@ TEST(Help, ListsTheCommands) {
                                                      "notify", "config", "send"}));
 }
 
-TEST(Help, OfEveryCommandTellsWhatItDoesAndShowsAnExample) {
+TEST(Help, DescribesEveryCommandWithAnExample) {
   for (const std::string& name : commandNames()) {
     const Outcome run = kolum({name, "--help"});
     EXPECT_EQ(run.status, 0) << name;
@@ -45,7 +45,7 @@ TEST(Help, OfEveryCommandTellsWhatItDoesAndShowsAnExample) {
   }
 }
 
-TEST(Help, IsShownByACommandOfThatName) {
+TEST(Help, IsACommand) {
   EXPECT_EQ(kolum({"help"}).out, kolum({"--help"}).out);
   EXPECT_EQ(kolum({"help", "probe"}).out, kolum({"probe", "--help"}).out);
   const Outcome nested = kolum({"help", "config", "set"});
@@ -57,14 +57,14 @@ TEST(Help, IsShownByACommandOfThatName) {
             "kolum: no command \"prob\" (did you mean \"probe\"?); see kolum help --help\n");
 }
 
-TEST(Version, IsPrintedForTheShortOptionToo) {
+TEST(Version, IsPrintedForTheShortOption) {
   const Outcome run = kolum({"-V"});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.out, kolum({"--version"}).out);
 }
 
-// The parser's releases lay their own help out differently.
-TEST(Help, IsLaidOutAsTheManualPagesExpect) {
+// Releases of the parser format their own help differently.
+TEST(Help, HasTheLayoutThatTheManualPagesExpect) {
   const Outcome album = kolum({"artwork", "album", "--help"});
   EXPECT_THAT(album.out, HasSubstr("\nUsage: kolum artwork album [OPTIONS] BASE ARTIST ALBUM\n"
                                    "\n"
@@ -89,7 +89,7 @@ TEST(Version, IsPrinted) {
   EXPECT_TRUE(std::regex_match(run.out, std::regex("kolum [0-9]+\\.[0-9]+\\.[0-9]+\n"))) << run.out;
 }
 
-TEST(Usage, MistakesEndWithStatusTwoAndAHint) {
+TEST(Usage, ReturnsTwoAndAHintForMistakes) {
   const std::vector<std::vector<std::string>> mistakes = {
       {},
       {"no-such-command"},
@@ -134,7 +134,7 @@ TEST(Usage, MistakesEndWithStatusTwoAndAHint) {
   }
 }
 
-TEST(Usage, MistakesAreNamedWithTheHelpThatTellsMore) {
+TEST(Usage, NamesMistakesAndTheRelevantHelp) {
   const struct {
     std::vector<std::string> arguments;
     const char* message;
@@ -166,7 +166,7 @@ TEST(Usage, MistakesAreNamedWithTheHelpThatTellsMore) {
   }
 }
 
-TEST(Usage, MistypedWordsGetTheNearestAsSuggestion) {
+TEST(Usage, SuggestsTheNearestWordForMistypedOnes) {
   const struct {
     std::vector<std::string> arguments;
     const char* meant;
@@ -189,7 +189,7 @@ TEST(Usage, MistypedWordsGetTheNearestAsSuggestion) {
   }
 }
 
-TEST(Usage, UnrecognisableWordsGetNoSuggestion) {
+TEST(Usage, SuggestsNothingForUnrecognisableWords) {
   const std::vector<std::vector<std::string>> rows = {
       {"xyzzy"}, {"go"}, {"--xyzzy"}, {"config", "xyzzy"}, {std::string(10000, 'p')}};
   for (const auto& arguments : rows) {
@@ -199,7 +199,7 @@ TEST(Usage, UnrecognisableWordsGetNoSuggestion) {
   }
 }
 
-TEST(Usage, AFileInsteadOfACommandGetsProbeAsSuggestion) {
+TEST(Usage, SuggestsProbeForFileInsteadOfCommand) {
   const TempDir folder;
   folder.write("song", "");
   const struct {
@@ -218,7 +218,7 @@ TEST(Usage, AFileInsteadOfACommandGetsProbeAsSuggestion) {
   }
 }
 
-TEST(Results, ThatCannotBeWrittenAreAnError) {
+TEST(Results, FailIfTheyCannotBeWritten) {
   const std::vector<std::vector<std::string>> commands = {
       {"--help"}, {"--version"}, {"ids", "codecs"}, {"classify", "--json", "a.mp4"}};
   for (const auto& arguments : commands) {
@@ -228,13 +228,13 @@ TEST(Results, ThatCannotBeWrittenAreAnError) {
   }
 }
 
-TEST(Results, WithStandardOutputClosedAreAnError) {
+TEST(Results, FailIfStandardOutputIsClosed) {
   const Outcome run = kolum({"ids", "codecs"}, {}, ">&-");
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, HasSubstr("kolum: cannot write the results"));
 }
 
-TEST(Results, AReaderThatLeavesEndsTheToolQuietly) {
+TEST(Results, EndQuietlyIfTheReaderExits) {
   const RunResult pipe = run({"bash", "-c",
                               "set -o pipefail; yes a.mp4 | head -n 100000 | \"$0\" classify "
                               "--json - | head -n 1",
@@ -244,36 +244,37 @@ TEST(Results, AReaderThatLeavesEndsTheToolQuietly) {
   EXPECT_EQ(pipe.err, "");
 }
 
-TEST(Results, AppearWithStandardErrorClosed) {
+TEST(Results, AppearIfStandardErrorIsClosed) {
   const Outcome run = kolum({"classify", "a.mp4"}, {}, "2>&-");
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.out, HasSubstr("video"));
 }
 
-TEST(Messages, AreLostSilentlyWithStandardErrorClosed) {
+TEST(Messages, AreDroppedIfStandardErrorIsClosed) {
   const TempDir folder;
   const Outcome run = kolum({"probe", folder.path("missing.mp4")}, {}, "2>&-");
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.out, "");
 }
 
-TEST(Descriptors, OfAFewAreEnough) {
+TEST(Descriptors, FewAreEnough) {
   const Outcome run = kolumWithDescriptors(8, "probe --json '" + samples() + "Photos/pattern.jpg'");
   EXPECT_EQ(run.status, 0);
   ASSERT_EQ(run.json().size(), 1U);
   EXPECT_EQ(run.json()[0]["width"], 1600);
 }
 
-TEST(Descriptors, UsedUpAreAFailureWithItsReason) {
+TEST(Descriptors, FailWithAReasonIfUsedUp) {
 #ifdef KOLUM_SANITIZED
-  GTEST_SKIP() << "sanitizers take descriptors of their own";
+  GTEST_SKIP() << "sanitizers use descriptors themselves";
 #endif
   const Outcome none = kolumWithDescriptors(5, "probe '" + samples() + "Photos/pattern.jpg'");
   EXPECT_EQ(none.status, 1);
   EXPECT_THAT(none.err, StartsWith("kolum: Too many open files\n"));
 }
 
-// The song's probe writes a line to standard error, the video's some to standard output.
+// The library's song probe prints a line to standard error, its video probe prints to standard
+// output.
 TEST(LibraryLines, NeverReachTheToolsOutput) {
   const Outcome run =
       kolum({"probe", "--json", samples() + "Videos", samples() + "Music/Tones/01-first-tone.mp3"});
@@ -284,7 +285,7 @@ TEST(LibraryLines, NeverReachTheToolsOutput) {
 #endif
 }
 
-TEST(LibraryLines, GoToStandardErrorWhenAskedFor) {
+TEST(LibraryLines, GoToStandardErrorOnRequest) {
   for (const auto& [arguments, environment] :
        std::vector<std::pair<std::vector<std::string>, Environment>>{
            {{"probe", "--debug", "--json", samples() + "Videos/harbour.mp4"}, {}},

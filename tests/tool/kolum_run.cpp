@@ -34,12 +34,12 @@ Outcome kolum(const std::vector<std::string>& arguments, const RunOptions& optio
 
 Outcome runKolum(const std::string& program, const std::vector<std::string>& arguments,
                  const RunOptions& options, const std::string& redirection) {
-  // The tool's own defaults are what is tested, whatever the tester's shell says.
-  std::vector<std::string> command = {"/usr/bin/env"};  // whatever PATH the test wants
+  // Tests the tool's defaults, whatever the environment of the caller.
+  std::vector<std::string> command = {"/usr/bin/env"};  // absolute, as the test may change PATH
   for (const char* name : {"KO_LOG_LEVEL", "KO_DATA_DIR"}) {
     if (!options.environment.contains(name)) command.insert(command.end(), {"-u", name});
   }
-  // Even without a redirection: env would take a path with a "=" for a variable.
+  // Through a shell even without a redirection: env would treat a path with a "=" as a variable.
   command.insert(command.end(), {"/bin/sh", "-c", "exec \"$@\" " + redirection, "sh"});
   command.push_back(program);
   command.insert(command.end(), arguments.begin(), arguments.end());

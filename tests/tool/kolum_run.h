@@ -1,4 +1,4 @@
-// Runs the kolum program in a process of its own.
+// Runs the kolum program in its own process.
 #ifndef KOLUM_TESTS_TOOL_KOLUM_RUN_H
 #define KOLUM_TESTS_TOOL_KOLUM_RUN_H
 
@@ -14,12 +14,12 @@ namespace kolum::test {
 inline constexpr int kJsonSchema = 1;
 
 struct Outcome {
-  int status = -1;  // exit status, or minus the number of the signal
+  int status = -1;  // exit status, or the negated number of the signal
   std::string out;
   std::string err;
 
-  // Standard output as JSON Lines, without the number of their schema, which every line must have;
-  // throws otherwise, and what the parser throws.
+  // Standard output as JSON Lines. Removes the schema number; throws if a line has none or is not
+  // valid JSON.
   std::vector<nlohmann::json> json() const;
 };
 
@@ -33,16 +33,16 @@ Outcome kolum(const std::vector<std::string>& arguments, const RunOptions& optio
 Outcome runKolum(const std::string& program, const std::vector<std::string>& arguments,
                  const RunOptions& options = {}, const std::string& redirection = "");
 
-// A copy of the program below FOLDER that has these stand-ins of the build tree and no others.
+// A copy of the program below FOLDER with only these stand-ins of the build tree.
 std::string copyOfKolum(const std::string& folder, const std::vector<std::string>& standIns = {});
-// Runs kolum, with a shell's words as its arguments, where that many descriptors are allowed; none
-// are taken but the standard ones.
+// Runs kolum with a limit of COUNT descriptors, of which only the standard ones are in use. The
+// arguments are words of a shell.
 Outcome kolumWithDescriptors(int count, const std::string& arguments);
 
 // Expects JSON Lines of a command to fit its part of the published schema.
 void expectFitsSchema(const std::string& command, const Outcome& outcome);
 
-// The sample library, made on first use, with its closing "/".
+// The folder of the sample library, with a trailing "/"; made on first use.
 const std::string& samples();
 
 }  // namespace kolum::test

@@ -1,4 +1,4 @@
-// File names: lists of them, hostile ones, and how they are shown.
+// File names: lists of them, hostile ones, and how they are printed.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -16,7 +16,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::Not;
 
-// Classification takes any name: its results tell which names the tool understood.
+// Classification accepts any name, so its results show which names the tool read.
 std::vector<std::string> classified(const std::vector<std::string>& arguments,
                                     const RunOptions& options = {}) {
   std::vector<std::string> all = {"classify", "--json"};
@@ -28,22 +28,22 @@ std::vector<std::string> classified(const std::vector<std::string>& arguments,
   return names;
 }
 
-TEST(FileNames, ComeFromOperandsInTheirOrder) {
+TEST(FileNames, ComeFromOperandsInOrder) {
   EXPECT_THAT(classified({"b.mp4", "a.mp4", "b.mp4"}), ElementsAre("b.mp4", "a.mp4", "b.mp4"));
 }
 
-TEST(FileNames, OnStandardInputArePartedByNewlines) {
+TEST(FileNames, AreSeparatedByNewlines) {
   EXPECT_THAT(classified({"-"}, {.input = "a.mp4\nb c.mp4\n\n\tlast.mp4"}),
               ElementsAre("a.mp4", "b c.mp4", "\tlast.mp4"));
 }
 
-TEST(FileNames, OnStandardInputArePartedByNulWhenOneOccurs) {
+TEST(FileNames, AreSeparatedByNulIfOneOccurs) {
   EXPECT_THAT(classified({"-"}, {.input = "a\nb.mp4\0\0c.mp4\0"s}),
               ElementsAre("a\nb.mp4", "c.mp4"));
   EXPECT_THAT(classified({"-"}, {.input = "a\nb.mp4\0c.mp4"s}), ElementsAre("a\nb.mp4", "c.mp4"));
 }
 
-TEST(FileNames, OfStandardInputStandWhereTheDashStood) {
+TEST(FileNames, FromStandardInputReplaceTheDash) {
   EXPECT_THAT(classified({"first.mp4", "-", "last.mp4"}, {.input = "middle.mp4\n"}),
               ElementsAre("first.mp4", "middle.mp4", "last.mp4"));
 }
@@ -58,18 +58,18 @@ TEST(FileNames, ComeFromAListFile) {
   EXPECT_THAT(classified({"--files-from", "-"}, {.input = "a.mp4"}), ElementsAre("a.mp4"));
 }
 
-TEST(FileNames, OfANulSeparatedListMayHoldNewlinesThoughThereIsNoNul) {
+TEST(FileNames, MayHoldNewlinesInNulSeparatedLists) {
   EXPECT_THAT(classified({"-0", "-"}, {.input = "a\nb.mp4"}), ElementsAre("a\nb.mp4"));
   EXPECT_THAT(classified({"--null", "-"}, {.input = "a\nb.mp4\0c.mp4\0"s}),
               ElementsAre("a\nb.mp4", "c.mp4"));
 }
 
-TEST(FileNames, AnEmptyListIsDoneAtOnce) {
+TEST(FileNames, MayBeAnEmptyList) {
   EXPECT_THAT(classified({"-"}), ElementsAre());
   EXPECT_THAT(classified({"--files-from", "/dev/null"}), ElementsAre());
 }
 
-TEST(FileNames, AListThatCannotBeReadIsAnError) {
+TEST(FileNames, FailIfTheListCannotBeRead) {
   const TempDir folder;
   const Outcome missing = kolum({"classify", "--files-from", folder.path("missing")});
   EXPECT_EQ(missing.status, 1);
@@ -79,8 +79,8 @@ TEST(FileNames, AListThatCannotBeReadIsAnError) {
   EXPECT_THAT(isFolder.out, HasSubstr("a.mp4"));
 }
 
-// A process beside kolum that waits for each answer before it gives the next name, through pipes.
-// The names end with what END is to printf; the answers come in lines.
+// Runs kolum with a process that waits for each answer before it sends the next name, through
+// pipes. Each name ends with END, in printf's notation; each answer is a line.
 std::string inTurn(const std::string& arguments, const std::string& end,
                    const std::vector<std::string>& names) {
   const std::string script = "coproc K { exec '" KOLUM_PROGRAM "' " + arguments +
@@ -101,7 +101,7 @@ std::string inTurn(const std::string& arguments, const std::string& end,
   return result.out;
 }
 
-TEST(FileNames, OfAListAreAnsweredAsTheyCome) {
+TEST(FileNames, FromAListAreAnsweredAsTheyArrive) {
   const std::vector<std::string> names = {"a.mp4", "b c.mp3", "caf\xE9.jpg"};
   const std::string answers = kolum({"classify", "--json", "a.mp4", "b c.mp3", "caf\xE9.jpg"}).out;
   EXPECT_EQ(inTurn("classify --json -", "\\n", names), answers);
@@ -110,7 +110,7 @@ TEST(FileNames, OfAListAreAnsweredAsTheyCome) {
   EXPECT_EQ(inTurn("classify --json --files-from -", "\\n", names), answers);
 }
 
-TEST(FileNames, OfAListAreProbedAsTheyCome) {
+TEST(FileNames, FromAListAreProbedAsTheyArrive) {
   const std::vector<std::string> names = {samples() + "Photos/pattern.jpg",
                                           samples() + "Videos/harbour.mp4"};
   const std::string answers = kolum({"probe", "--json", names[0], names[1]}).out;
@@ -118,14 +118,14 @@ TEST(FileNames, OfAListAreProbedAsTheyCome) {
   EXPECT_EQ(inTurn("probe --json -", "\\0", names), answers);
 }
 
-TEST(FileNames, WaitingForThemCanBeInterrupted) {
+TEST(FileNames, CanBeInterruptedWhileWaitingForThem) {
   const RunResult result = run({"bash", "-c",
                                 "sleep 2 | timeout --signal=INT --preserve-status "
                                 "0.5 '" KOLUM_PROGRAM "' probe -; exit $?"});
   EXPECT_EQ(result.status, 128 + SIGINT);
 }
 
-TEST(FileNames, OfAListMayComeInPieces) {
+TEST(FileNames, MayArriveInPieces) {
   const RunResult result =
       run({"bash", "-c",
            "{ printf a.m; sleep 0.2; printf 'p4\\nb'; sleep 0.2; printf '.mp3'; } | "
@@ -135,7 +135,7 @@ TEST(FileNames, OfAListMayComeInPieces) {
   EXPECT_THAT(names, ElementsAre("a.mp4", "b.mp3"));
 }
 
-TEST(FileNames, OfAListThatMixesNulAndNewlineAreRefused) {
+TEST(FileNames, AreRejectedIfAListMixesNulAndNewline) {
   std::string list;
   for (int i = 0; i < 50'000; ++i) list += "a\n";
   const Outcome run = kolum({"classify", "-"}, {.input = list + "b\0c\n"s});
@@ -144,14 +144,14 @@ TEST(FileNames, OfAListThatMixesNulAndNewlineAreRefused) {
                                  "with NUL; say -0\n"));
 }
 
-TEST(FileNames, OfAListWithoutEndAreRefused) {
+TEST(FileNames, AreRejectedIfNeverTerminated) {
   const RunResult result =
       run({"bash", "-c", "head -c 100M /dev/zero | tr '\\0' x | '" KOLUM_PROGRAM "' classify -"});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.err, HasSubstr("kolum: standard input: File name too long\n"));
 }
 
-TEST(FileNames, MeanNothingToTheParser) {
+TEST(FileNames, AreNotInterpretedByTheParser) {
   const std::vector<std::string> names = {
       "[a.mp4,b.mp4]", "[x]",      "{a}.mp4", "++",       "%%",          "probe",
       "classify",      "\x01.mp4", "a=b.mp4", " a .mp4 ", "'q\"uote.mp4"};
@@ -168,7 +168,7 @@ TEST(FileNames, InAListMayBeginWithADash) {
               ElementsAre("-b.mp4", "--help", "-"));
 }
 
-TEST(FileNames, OfAHundredKilobytesPass) {
+TEST(FileNames, MayHaveAHundredKilobytes) {
   const std::string name = std::string(100000, 'x') + ".mp4";
   EXPECT_THAT(classified({name}), ElementsAre(name));
   const Outcome run = kolum({"probe", "-"}, {.input = name});
@@ -178,9 +178,9 @@ TEST(FileNames, OfAHundredKilobytesPass) {
 
 struct ShownName {
   std::string name;
-  std::string text;       // as text output and messages show it
+  std::string text;       // in text output and messages
   std::string json;       // "file"
-  std::string fileBytes;  // empty: no such key
+  std::string fileBytes;  // empty if there is no such key
 };
 
 const ShownName kShownNames[] = {
@@ -205,7 +205,7 @@ const ShownName kShownNames[] = {
     {"delete\x7f.mp4", "delete\\x7f.mp4", "delete\x7f.mp4", ""},
 };
 
-TEST(ShownNames, AreThoseThatWereGiven) {
+TEST(ShownNames, AreTheGivenNames) {
   const std::string folder = samples() + "Videos";
   const std::vector<std::vector<std::string>> commands = {
       {"probe"}, {"info"}, {"keyframe", "0"}, {"tracks"}, {"dlna"}, {"cover"}, {"classify"}};
@@ -230,7 +230,7 @@ TEST(ShownNames, AreThoseThatWereGiven) {
               testing::EndsWith("kolum: text.mp4: not a media file\n"));
 }
 
-TEST(ShownNames, PlayNoTricksInText) {
+TEST(ShownNames, AreEscapedInText) {
   for (const ShownName& row : kShownNames) {
     const Outcome run = kolum({"classify", row.name});
     EXPECT_EQ(run.status, 0) << row.text;
@@ -248,7 +248,7 @@ TEST(ShownNames, AreValidJsonAndLossless) {
   }
 }
 
-TEST(ShownNames, PlayNoTricksInMessages) {
+TEST(ShownNames, AreEscapedInMessages) {
   const TempDir folder;
   for (const ShownName& row : kShownNames) {
     const Outcome run = kolum({"probe", row.name}, {.folder = folder.folder()});

@@ -45,7 +45,7 @@ std::string makeVideo(const std::string& path, const std::vector<std::string>& m
   return path;
 }
 
-TEST(ProbeVideo, JsonTellsTheRecord) {
+TEST(ProbeVideo, PrintsTheRecordAsJson) {
   const json line = single(kolum({"probe", "--json", samples() + "Videos/harbour.mp4"},
                                  {.environment = {{"TZ", "UTC"}}}));
   EXPECT_EQ(line["file"], samples() + "Videos/harbour.mp4");
@@ -69,7 +69,7 @@ TEST(ProbeVideo, JsonTellsTheRecord) {
   EXPECT_GT(line["bitRate"], 0);
 }
 
-TEST(ProbeVideo, LeavesOutWhatTheFileDoesNotTell) {
+TEST(ProbeVideo, LeavesOutUnknownValues) {
   const TempDir folder;
   const json line = single(kolum({"probe", "--json", makeVideo(folder.path("silent.mkv"))}));
   for (const char* key :
@@ -81,7 +81,7 @@ TEST(ProbeVideo, LeavesOutWhatTheFileDoesNotTell) {
   EXPECT_EQ(line["mimeType"], "video/x-matroska");
 }
 
-// A transport stream that announces sound and has none.
+// A transport stream that announces sound but has none.
 std::string announcedSound(const TempDir& folder) {
   constexpr std::size_t kPacket = 188;
   const std::string whole = mustRun({"cat", samples() + "Videos/evening-news.ts"});
@@ -94,7 +94,7 @@ std::string announcedSound(const TempDir& folder) {
   return folder.write("announced.ts", kept);
 }
 
-TEST(ProbeVideo, LeavesOutNumbersOfAnnouncedSoundThatNeverComes) {
+TEST(ProbeVideo, LeavesOutNumbersOfMissingAnnouncedSound) {
   const TempDir folder;
   const std::string file = announcedSound(folder);
   const json probed = single(kolum({"probe", "--json", file}));
@@ -108,7 +108,7 @@ TEST(ProbeVideo, LeavesOutNumbersOfAnnouncedSoundThatNeverComes) {
     EXPECT_THAT(kolum({command, file}).out, Not(HasSubstr("0 Hz"))) << command;
 }
 
-TEST(ProbeVideo, TextIsAlignedUnderTheFilesName) {
+TEST(ProbeVideo, AlignsTextUnderTheFileName) {
   const std::string file = samples() + "Videos/short-film.mkv";
   const Outcome run = kolum({"probe", file});
   EXPECT_EQ(run.status, 0);
@@ -126,7 +126,7 @@ TEST(ProbeVideo, TextIsAlignedUnderTheFilesName) {
 )"));
 }
 
-TEST(ProbeVideo, TwoFilesArePartedByAnEmptyLine) {
+TEST(ProbeVideo, SeparatesFilesByAnEmptyLine) {
   const std::string file = samples() + "Videos/holiday.avi";
   const Outcome run = kolum({"probe", file, file});
   EXPECT_THAT(run.out, HasSubstr("\n\n" + file + "\n"));
@@ -134,7 +134,7 @@ TEST(ProbeVideo, TwoFilesArePartedByAnEmptyLine) {
   EXPECT_THAT(run.out, Not(testing::EndsWith("\n\n")));
 }
 
-TEST(ProbeVideo, PicksAnAudioStream) {
+TEST(ProbeVideo, ChoosesAnAudioStream) {
   const TempDir folder;
   const std::string file = makeVideo(
       folder.path("two.mkv"), {"-f", "lavfi", "-i", "sine=duration=1:sample_rate=44100", "-f",
@@ -147,7 +147,7 @@ TEST(ProbeVideo, PicksAnAudioStream) {
             "CODEC_ID_AC3");
 }
 
-TEST(ProbeFolder, WalksInByteOrderAndSkipsWhatIsNoMedia) {
+TEST(ProbeFolder, WalksInByteOrderAndSkipsNonMedia) {
   const TempDir folder;
   makeVideo(folder.path("b.mkv"));
   for (const char* name : {"B.mkv", "a/z.mkv", "a/b/c.mkv", "caf\xE9.mkv"}) {
@@ -166,7 +166,7 @@ TEST(ProbeFolder, WalksInByteOrderAndSkipsWhatIsNoMedia) {
   EXPECT_EQ(run.json().back()["fileBytes"], root + "caf%E9.mkv");
 }
 
-TEST(ProbeFolder, ADvdIsOneVideoWhereverItIsNamed) {
+TEST(ProbeFolder, TreatsDvdAsOneVideo) {
   const std::string dvd = samples() + "Videos/Sample DVD";
   const std::string index = dvd + "/VIDEO_TS/VIDEO_TS.IFO";
   for (const std::string& name : {dvd, dvd + "/", dvd + "/VIDEO_TS", index}) {
@@ -178,7 +178,7 @@ TEST(ProbeFolder, ADvdIsOneVideoWhereverItIsNamed) {
   }
 }
 
-TEST(ProbeFolder, ABluRayDiscIsOneVideo) {
+TEST(ProbeFolder, TreatsBlurayAsOneVideo) {
   const TempDir folder;
   folder.write("Disc/BDMV/index.bdmv", "INDX0200");
   std::filesystem::create_directories(folder.path("Disc/BDMV/STREAM"));
@@ -190,7 +190,7 @@ TEST(ProbeFolder, ABluRayDiscIsOneVideo) {
   }
 }
 
-TEST(ProbeFolder, WithoutMediaIsTold) {
+TEST(ProbeFolder, ReportsFolderWithoutMedia) {
   const TempDir folder;
   const Outcome run = kolum({"probe", folder.folder()});
   EXPECT_EQ(run.status, 0);
@@ -198,7 +198,7 @@ TEST(ProbeFolder, WithoutMediaIsTold) {
   EXPECT_THAT(run.err, HasSubstr("no media files in this folder"));
 }
 
-TEST(ProbeFolder, ThatCannotBeListedIsAnError) {
+TEST(ProbeFolder, FailsForFolderThatCannotBeListed) {
   if (geteuid() == 0) GTEST_SKIP() << "root lists every folder";
   const TempDir folder;
   std::filesystem::create_directory(folder.path("closed"));
@@ -208,7 +208,7 @@ TEST(ProbeFolder, ThatCannotBeListedIsAnError) {
   EXPECT_THAT(run.err, HasSubstr("Permission denied"));
 }
 
-TEST(ProbeForced, TakesFilesWhateverTheirName) {
+TEST(ProbeForced, AcceptsFilesWithAnyName) {
   const TempDir folder;
   makeVideo(folder.path("a.mkv"));
   std::filesystem::rename(folder.path("a.mkv"), folder.path("recording.dat"));
@@ -220,7 +220,7 @@ TEST(ProbeForced, TakesFilesWhateverTheirName) {
   EXPECT_THAT(refused.err, HasSubstr("no media file by its name"));
 }
 
-TEST(ProbeForced, ALoneOperandIsAlwaysAName) {
+TEST(ProbeForced, TreatsSingleOperandAsName) {
   const TempDir folder;
   makeVideo(folder.path("video/a.mkv").substr(0, 0) + folder.path("a.mkv"));
   std::filesystem::create_directory(folder.path("video"));
@@ -268,7 +268,7 @@ TEST(ProbeFailures, DoNotStopTheOthers) {
   EXPECT_FALSE(run.json()[1].contains("error"));
 }
 
-TEST(ProbeFailures, PathsLongerThanTheLibraryTakesAreTold) {
+TEST(ProbeFailures, ReportTooLongPaths) {
   const TempDir folder;
   std::string deep = folder.folder();
   for (int i = 0; i < 5; ++i) deep += std::string(200, static_cast<char>('a' + i)) + "/";
@@ -280,7 +280,7 @@ TEST(ProbeFailures, PathsLongerThanTheLibraryTakesAreTold) {
   EXPECT_THAT(run.err, HasSubstr("path longer than 1023 characters"));
 }
 
-TEST(ProbeHostileNames, AreFilesAndNothingElse) {
+TEST(ProbeHostileNames, AreTreatedAsFiles) {
   const TempDir folder;
   makeVideo(folder.path("a.mkv"));
   for (const std::string& name :
@@ -294,7 +294,7 @@ TEST(ProbeHostileNames, AreFilesAndNothingElse) {
   }
 }
 
-// What stands in a file's tags can be anything; the output stays valid and harmless.
+// Tags may hold anything; the output must stay valid and harmless.
 TEST(ProbeHostileTags, StayValidJsonAndHarmlessText) {
   const struct {
     const char* tag;
@@ -317,7 +317,7 @@ TEST(ProbeHostileTags, StayValidJsonAndHarmlessText) {
   }
 }
 
-TEST(ProbeHostileTags, MatroskaTitlesDoNoHarm) {
+TEST(ProbeHostileTags, SurviveMatroskaTitles) {
   const TempDir folder;
   const std::string file =
       makeVideo(folder.path("tagged.mkv"),
@@ -325,7 +325,7 @@ TEST(ProbeHostileTags, MatroskaTitlesDoNoHarm) {
   EXPECT_EQ(single(kolum({"probe", "--json", file}))["width"], 64);
 }
 
-// ffmpeg turns a "rotate" tag into something else, so it is written under another name.
+// ffmpeg would convert a "rotate" tag, so the tag is written under another name and then renamed.
 void renameTag(const std::string& file, const std::string& from, const std::string& to) {
   std::fstream stream(file, std::ios::in | std::ios::out | std::ios::binary);
   const std::string content(std::istreambuf_iterator<char>(stream), {});
@@ -355,7 +355,7 @@ TEST(Tracks, SongsHaveNoRotation) {
                                          "  Protected        no\n"));
 }
 
-TEST(Tracks, DiscsAreNotLookedInto) {
+TEST(Tracks, AreNotCountedOnDiscs) {
   const Outcome found = kolum({"tracks", "--json", samples() + "Videos"});
   EXPECT_EQ(found.status, 0);
   EXPECT_EQ(found.json().size(), 4U);
@@ -391,7 +391,7 @@ TEST(Dlna, ExplainsEveryNameThatWasConsidered) {
   EXPECT_EQ(line["remarks"], json::array());
 }
 
-TEST(Dlna, TellsWhyThereIsNoProfile) {
+TEST(Dlna, ExplainsWhyThereIsNoProfile) {
   const Outcome run = kolum({"dlna", "--explain", samples() + "Videos/short-film.mkv"});
   EXPECT_EQ(run.out, samples() +
                          "Videos/short-film.mkv\n"
@@ -418,13 +418,13 @@ TEST(Dlna, NamesSongsWithCoversAsSongs) {
   EXPECT_EQ(single(kolum({"dlna", "--json", song}))["dlnaProfile"], "MP3");
 }
 
-TEST(Dlna, NamesTheSongsOfAFolder) {
+TEST(Dlna, NamesSongsInAFolder) {
   const Outcome run = kolum({"dlna", "--json", samples() + "Music"});
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_EQ(run.json().size(), 4U);
 }
 
-TEST(ProbeAudio, JsonTellsTheSong) {
+TEST(ProbeAudio, PrintsTheSongAsJson) {
   const std::string file = samples() + "Music/Tones/01-first-tone.mp3";
   const json line = single(kolum({"probe", "--json", file}));
   EXPECT_EQ(line["kind"]["name"], "music");
@@ -438,7 +438,7 @@ TEST(ProbeAudio, JsonTellsTheSong) {
   EXPECT_EQ(line["channels"], 2);
 }
 
-TEST(ProbeAudio, LeavesOutWhatTheFileDoesNotTell) {
+TEST(ProbeAudio, LeavesOutUnknownValues) {
   const json line =
       single(kolum({"probe", "--json", samples() + "Music/Tones/02-second-tone.flac"}));
   for (const char* key :
@@ -447,21 +447,21 @@ TEST(ProbeAudio, LeavesOutWhatTheFileDoesNotTell) {
   }
 }
 
-TEST(ProbeAudio, AVideoWithoutSoundIsNoSong) {
+TEST(ProbeAudio, RejectsVideoWithoutSound) {
   const TempDir folder;
   const Outcome run = kolum({"probe", "audio", makeVideo(folder.path("silent.mkv")), "-"});
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, HasSubstr("no sound in it; it has video only"));
 }
 
-TEST(ProbeAudio, AVideoCanBeForcedToBeASong) {
+TEST(ProbeAudio, TreatsVideoAsSongIfForced) {
   const json line =
       single(kolum({"probe", "--json", "audio", samples() + "Videos/harbour.mp4", "-"}));
   EXPECT_EQ(line["kind"]["name"], "music");
   EXPECT_EQ(line["dlnaProfile"], "AAC_ISO");
 }
 
-TEST(ProbePhoto, TellsThePicture) {
+TEST(ProbePhoto, DescribesThePicture) {
   const std::string file = samples() + "Photos/pattern.jpg";
   const json line = single(kolum({"probe", "--json", file}));
   EXPECT_EQ(line["kind"]["name"], "photo");
@@ -475,10 +475,10 @@ TEST(ProbePhoto, TellsThePicture) {
   EXPECT_THAT(kolum({"probe", file}).out, HasSubstr("  Picture    1600 x 1200\n"));
 }
 
-// How often the files of a folder are opened while a program runs.
+// The number of times that files in a folder are opened while WORK runs.
 int openingsDuring(const std::string& folder, const std::function<void()>& work) {
   const int watch = inotify_init1(IN_CLOEXEC | IN_NONBLOCK);
-  // With the closings between them, as events that follow their like are dropped.
+  // Closing is watched, too, because identical consecutive events are merged.
   EXPECT_GE(inotify_add_watch(watch, folder.c_str(), IN_OPEN | IN_CLOSE), 0);
   work();
   int count = 0;
@@ -506,12 +506,12 @@ TEST(ProbePhoto, OpensTheFileOnce) {
             1);
 }
 
-TEST(ProbePhoto, CoversAreMarked) {
+TEST(ProbePhoto, MarksCovers) {
   const json line = single(kolum({"probe", "--json", samples() + "Music/Tones/cover.jpg"}));
   EXPECT_EQ(line["isAlbumCover"], true);
 }
 
-TEST(ProbePhoto, WhatHoldsNoPictureFails) {
+TEST(ProbePhoto, FailsForNonPictures) {
   const TempDir folder;
   const Outcome text = kolum({"probe", folder.write("text.jpg", std::string(5000, 'x'))});
   EXPECT_EQ(text.status, 1);
@@ -539,7 +539,7 @@ TEST(Info, ListsTheStreams) {
   EXPECT_FALSE(audio.contains("width"));
 }
 
-TEST(Info, TellsTheRealFrameRateBesideTheRecordsNumber) {
+TEST(Info, PrintsTheRealFrameRateBesideTheRecordsNumber) {
   const TempDir folder;
   const std::string file = folder.path("film.mp4");
   mustRun({"ffmpeg", "-nostdin", "-loglevel", "error", "-f", "lavfi", "-i",
@@ -548,32 +548,32 @@ TEST(Info, TellsTheRealFrameRateBesideTheRecordsNumber) {
   const json stream = single(run)["streams"][0];
   EXPECT_NEAR(stream["realFrameRate"].get<double>(), 29.97, 0.001);
   EXPECT_EQ(stream["realFrameRate"], single(kolum({"probe", "--json", file}))["frameRate"]);
-  // Of the MediaInfo record: 30000 by the time base's 30000.
+  // The number in the MediaInfo record: 30000 divided by the time base's 30000.
   EXPECT_EQ(stream["frameRate"], 1);
   expectFitsSchema("info", run);
 }
 
-TEST(Info, LeavesOutWhatTheFileDoesNotTell) {
+TEST(Info, LeavesOutUnknownValues) {
   const json line = single(kolum({"info", "--json", samples() + "Music/Tones/01-first-tone.mp3"}));
   for (const char* key : {"containerFormat", "sourceKind"}) EXPECT_FALSE(line.contains(key)) << key;
   EXPECT_FALSE(line["streams"][0].contains("profile"));
 }
 
-// The record keeps the profile where the bit rate belongs.
-TEST(Info, AudioStreamsShowTheirProfile) {
+// The record holds the profile of audio streams in the field for the bit rate.
+TEST(Info, ShowsTheProfileOfAudioStreams) {
   const json line = single(kolum({"info", "--json", samples() + "Videos/harbour.mp4"}));
   EXPECT_EQ(line["streams"][1]["profile"], json::parse(R"({"id":4,"name":"PROFILE_AAC_LOW"})"));
   EXPECT_FALSE(line["streams"][1].contains("bitRate"));
 }
 
-TEST(Info, TextHasALineForEachStream) {
+TEST(Info, PrintsOneTextLinePerStream) {
   const Outcome run = kolum({"info", samples() + "Videos/evening-news.ts"});
   EXPECT_THAT(run.out,
               HasSubstr("  Video      MPEG2VIDEO main, main level, 720 x 576, 25 frames/s, id 256\n"
                         "  Audio      MP2, 48 kHz, 1 channel, id 257\n"));
 }
 
-TEST(Info, FindsAKeyFrameOnTheWay) {
+TEST(Info, SeeksLikeKeyframe) {
   const json line =
       single(kolum({"info", "--json", "--seek", "1", samples() + "Videos/evening-news.ts"}));
   const json alone =
@@ -581,7 +581,7 @@ TEST(Info, FindsAKeyFrameOnTheWay) {
   EXPECT_NEAR(line["keyFrameTime"], alone["keyFrameTime"], 1e-6);
 }
 
-TEST(Info, OfADiscTellsItsMainTitle) {
+TEST(Info, DescribesTheMainTitleOfDisc) {
   const Outcome run = kolum({"info", samples() + "Videos/Sample DVD"});
   EXPECT_EQ(run.status, 0);
   EXPECT_THAT(run.out, HasSubstr("  Source     main title of a DVD\n"));
@@ -589,7 +589,7 @@ TEST(Info, OfADiscTellsItsMainTitle) {
   EXPECT_EQ(line["sourceKind"]["name"], "FORMAT_DVDIFO");
 }
 
-TEST(Keyframe, TellsWherePlayingStarts) {
+TEST(Keyframe, PrintsWherePlaybackStarts) {
   const Outcome run = kolum({"keyframe", "1", samples() + "Videos/short-film.mkv"});
   EXPECT_EQ(run.out, "");
   EXPECT_EQ(run.status, 1);
@@ -599,13 +599,13 @@ TEST(Keyframe, TellsWherePlayingStarts) {
       json({{"file", samples() + "Videos/short-film.mkv"}, {"seconds", 0}, {"keyFrameTime", 0.0}}));
 }
 
-TEST(Keyframe, OfADiscIsLeftToInfo) {
+TEST(Keyframe, RefersToInfoForDiscs) {
   const Outcome run = kolum({"keyframe", "0", samples() + "Videos/Sample DVD"});
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, HasSubstr("kolum info --seek"));
 }
 
-TEST(Dsf, TellsTagsAndNumbers) {
+TEST(Dsf, PrintsTagsAndNumbers) {
   const std::string song = samples() + "Music/Tones/04-silence.dsf";
   EXPECT_EQ(single(kolum({"dsf", "--json", song})),
             json({{"file", song},
@@ -623,14 +623,14 @@ TEST(Dsf, TellsTagsAndNumbers) {
   EXPECT_THAT(kolum({"dsf", song}).out, HasSubstr("  Sample rate  2.8224 MHz\n"));
 }
 
-TEST(Dsf, OfAFolderTakesItsDsdSongsOnly) {
+TEST(Dsf, DescribesDsdSongsOfFolderOnly) {
   EXPECT_EQ(single(kolum({"dsf", "--json", samples() + "Music"}))["title"], "Silence");
 }
 
-TEST(Dsf, WithoutTheToolsNumbersIsShownAndFails) {
+TEST(Dsf, ShowsTagsAndFailsWithoutTheToolsNumbers) {
   if (std::filesystem::exists("/usr/local/medialibrary/bin/dsf2flac"))
     GTEST_SKIP() << "this machine has the appliance's dsf2flac";
-  // A program that lies alone finds no stand-ins.
+  // A copy of the program on its own finds no stand-ins.
   const TempDir folder;
   std::filesystem::copy(KOLUM_PROGRAM, folder.path("kolum"));
   const std::string song = samples() + "Music/Tones/04-silence.dsf";
@@ -647,7 +647,7 @@ TEST(Dsf, WithoutTheToolsNumbersIsShownAndFails) {
   EXPECT_THAT(probed.err, HasSubstr("kolum: " + song + ": dsf2flac reported no numbers for it\n"));
 }
 
-TEST(Dsf, OfMediaThatIsNoDsdSongFails) {
+TEST(Dsf, FailsForOtherMedia) {
   const TempDir folder;
   for (const std::string& file :
        {samples() + "Videos/harbour.mp4", samples() + "Music/Tones/02-second-tone.flac"}) {
@@ -660,14 +660,14 @@ TEST(Dsf, OfMediaThatIsNoDsdSongFails) {
   }
 }
 
-TEST(Dsf, OfAFileThatIsNoSongFails) {
+TEST(Dsf, FailsForNonSongs) {
   const Outcome run = kolum({"dsf", KOLUM_SOURCE_FOLDER "/README.md"});
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.out, "");
   EXPECT_THAT(run.err, HasSubstr("README.md: not a media file\n"));
 }
 
-TEST(Cover, IsFoundInAFolderAndBesideASong) {
+TEST(Cover, IsFoundInFolderAndBesideSong) {
   const std::string tones = samples() + "Music/Tones";
   for (const std::string& name : {tones, tones + "/", tones + "/04-silence.dsf"}) {
     const json line = single(kolum({"cover", "--json", name}));
@@ -677,12 +677,12 @@ TEST(Cover, IsFoundInAFolderAndBesideASong) {
   }
 }
 
-TEST(Cover, ThatDoesNotExistIsNoFailure) {
+TEST(Cover, MayBeMissing) {
   EXPECT_EQ(kolum({"cover", samples() + "Photos"}).out, samples() + "Photos\n  Cover  (none)\n");
   EXPECT_EQ(kolum({"cover", samples() + "Nothing"}).status, 1);
 }
 
-TEST(Cover, InAFolderThatCannotBeReadIsAnError) {
+TEST(Cover, FailsForUnreadableFolder) {
   if (geteuid() == 0) GTEST_SKIP() << "root reads every folder";
   const TempDir folder;
   std::filesystem::create_directory(folder.path("closed"));

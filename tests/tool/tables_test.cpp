@@ -1,4 +1,4 @@
-// classify, extensions and ids.
+// The commands classify, extensions and ids.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <kolum/filetype.h>
@@ -19,7 +19,7 @@ json single(const Outcome& run) {
   return run.json().front();
 }
 
-TEST(Classify, TellsKindRowAndMimeType) {
+TEST(Classify, PrintsKindRowAndMimeType) {
   const Outcome run =
       kolum({"classify", "Movie.MKV", "song.flac", "photo.JPG", "list.m3u", "notes.txt"});
   EXPECT_EQ(run.status, 0);
@@ -32,7 +32,7 @@ TEST(Classify, TellsKindRowAndMimeType) {
             "none      -    -                         notes.txt\n");
 }
 
-TEST(Classify, JsonTellsWhatTheExtensionImplies) {
+TEST(Classify, PrintsWhatTheExtensionImpliesAsJson) {
   EXPECT_EQ(single(kolum({"classify", "--json", "song.m4a"})),
             json::parse(R"({"file":"song.m4a","kind":{"id":1,"name":"music"},"row":8,
               "extension":".m4a","mimeType":"audio/x-m4a",
@@ -45,8 +45,8 @@ TEST(Classify, JsonTellsWhatTheExtensionImplies) {
             json::parse(R"({"file":"notes","kind":{"id":0,"name":"none"}})"));
 }
 
-// The row of a rejected disc index stays: that is how the library answers.
-TEST(Classify, DiscIndexesKeepTheirRowWhenRejected) {
+// The library reports the row even of a rejected disc index.
+TEST(Classify, KeepsTheRowOfRejectedDiscIndexes) {
   const auto lines = kolum({"classify", "--json", "VIDEO_TS.IFO", "other.ifo"}).json();
   EXPECT_EQ(lines[0]["kind"]["id"], 2);
   EXPECT_EQ(lines[0]["row"], 1);
@@ -54,7 +54,7 @@ TEST(Classify, DiscIndexesKeepTheirRowWhenRejected) {
   EXPECT_EQ(lines[1]["row"], 1);
 }
 
-TEST(Classify, KindsLimitWhatCounts) {
+TEST(Classify, LimitsKinds) {
   const auto lines =
       kolum({"classify", "--json", "--kinds", "video,photo", "a.mkv", "a.mp3", "a.png"}).json();
   EXPECT_EQ(lines[0]["kind"]["name"], "video");
@@ -62,7 +62,7 @@ TEST(Classify, KindsLimitWhatCounts) {
   EXPECT_EQ(lines[2]["kind"]["name"], "photo");
 }
 
-TEST(Classify, MasksExcludeRows) {
+TEST(Classify, ExcludesRowsByMask) {
   const auto lines = kolum({"classify", "--json", "--mask", "video=0x20", "--mask", "photo=32",
                             "a.mp4", "a.mkv", "a.png"})
                          .json();
@@ -71,12 +71,12 @@ TEST(Classify, MasksExcludeRows) {
   EXPECT_EQ(lines[2]["kind"]["name"], "none");
 }
 
-TEST(Classify, BuiltInExclusionsCannotBeLifted) {
+TEST(Classify, KeepsBuiltInExclusions) {
   const auto line = single(kolum({"classify", "--json", "--mask", "music=0", "a.dts"}));
   EXPECT_EQ(line["kind"]["name"], "none");
 }
 
-TEST(Classify, HandsTheTagBackForVideos) {
+TEST(Classify, ReturnsTheTagForVideos) {
   const auto lines = kolum({"classify", "--json", "--tag", "3", "a.avi", "a.avi"}).json();
   EXPECT_EQ(lines[0]["tag"], 3);
   EXPECT_FALSE(kolum({"classify", "--json", "--tag", "3", "--kinds", "music", "a.mp3"})
@@ -106,7 +106,7 @@ TEST(Extensions, ListEveryRowOfEveryTable) {
   EXPECT_EQ(at, rows.size());
 }
 
-TEST(Extensions, KindsLimitTheTables) {
+TEST(Extensions, LimitTablesByKind) {
   const Outcome run = kolum({"extensions", "--kinds", "playlist"});
   EXPECT_EQ(run.out,
             "Kind      Row  Ext.   MIME type                 Implies\n"
@@ -126,7 +126,7 @@ TEST(Ids, ListWholeTables) {
   }
 }
 
-TEST(Ids, EveryCodecNameConvertsToItsNumber) {
+TEST(Ids, ConvertEveryCodecName) {
   for (const auto& line : kolum({"ids", "codecs", "--json"}).json()) {
     unsigned id = 0;
     EXPECT_EQ(CodecNameToID(line["name"].get<std::string>().c_str(), &id), 0) << line;
@@ -134,7 +134,7 @@ TEST(Ids, EveryCodecNameConvertsToItsNumber) {
   }
 }
 
-TEST(Ids, LookNamesAndNumbersUp) {
+TEST(Ids, LookUpNamesAndNumbers) {
   const struct {
     std::vector<std::string> arguments;
     const char* line;
@@ -166,7 +166,7 @@ TEST(Ids, LookNamesAndNumbersUp) {
   }
 }
 
-TEST(Ids, UnknownValuesAreErrorsOfTheirOwn) {
+TEST(Ids, ReportEachUnknownValue) {
   const std::vector<std::vector<std::string>> rows = {
       {"ids", "codecs", "h264"},
       {"ids", "codecs", "99999999999999999999"},
@@ -193,7 +193,7 @@ TEST(Ids, UnknownValuesAreErrorsOfTheirOwn) {
   }
 }
 
-TEST(Ids, FfmpegTableHoldsEveryConversion) {
+TEST(Ids, ListEveryFfmpegConversion) {
   const auto rows = kolum({"ids", "codecs", "--ffmpeg", "--json"}).json();
   EXPECT_EQ(rows.size(), 329U);
   EXPECT_EQ(rows.back()["name"], "CODEC_ID_FFMETADATA");

@@ -1,4 +1,4 @@
-// What people see at a terminal, and how they end the tool.
+// Output at a terminal, and interruption by the user.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -16,8 +16,7 @@ namespace {
 using testing::HasSubstr;
 using testing::Not;
 
-// What kolum writes to a terminal of its own, standard output and error; REDIRECTION as for
-// kolum().
+// What kolum writes to standard output and error at its own terminal; REDIRECTION as for kolum().
 std::string atTerminal(const std::string& arguments, const Environment& environment = {},
                        const std::string& redirection = "") {
   RunOptions options;
@@ -33,20 +32,19 @@ std::string listOf(const TempDir& folder, std::size_t count, const std::string& 
   return folder.write("list", names);
 }
 
-// The library has nothing to say of this file, not even where its lines are shown, as with
-// sanitizers.
+// The library prints no lines about this file; with sanitizers its lines would be shown.
 std::string listOf(const TempDir& folder, std::size_t count) {
   return listOf(folder, count, samples() + "Videos/holiday.avi");
 }
 
-TEST(Colours, SetTitlesAndLabelsOffAtATerminal) {
+TEST(Colours, MarkTitlesAndLabelsAtATerminal) {
   const std::string said = atTerminal("cover " + shellWord(samples() + "Photos"));
   EXPECT_THAT(said, HasSubstr("\x1b[1m" + samples() + "Photos\x1b[0m"));
   EXPECT_THAT(said, HasSubstr("\x1b[2mCover  \x1b[0m(none)"));
   EXPECT_THAT(atTerminal("extensions --kinds photo"), HasSubstr("\x1b[1mKind"));
 }
 
-TEST(Colours, AreLeftOutWhereTheyAreNotWanted) {
+TEST(Colours, CanBeTurnedOff) {
   const std::string cover = "cover " + shellWord(samples() + "Photos");
   EXPECT_THAT(atTerminal(cover, {{"NO_COLOR", "1"}}), Not(HasSubstr("\x1b")));
   EXPECT_THAT(atTerminal(cover, {{"TERM", "dumb"}}), Not(HasSubstr("\x1b")));
@@ -55,10 +53,10 @@ TEST(Colours, AreLeftOutWhereTheyAreNotWanted) {
               Not(HasSubstr("\x1b")));
 }
 
-// Progress waits half a second. A reader who pauses keeps the tool for longer, however fast it is.
+// Progress appears after half a second. A reader that pauses keeps even a fast run busy for longer.
 constexpr const char* kPausingReader = " | (head -c 1; sleep 0.6; cat)";
 
-TEST(Progress, IsShownAtATerminalWhileResultsGoElsewhereAndThenCleared) {
+TEST(Progress, IsShownWhileResultsGoElsewhereAndThenCleared) {
   const TempDir folder;
   const std::string said =
       atTerminal("probe --files-from '" + listOf(folder, 2000) + "'", {},
@@ -67,7 +65,7 @@ TEST(Progress, IsShownAtATerminalWhileResultsGoElsewhereAndThenCleared) {
   EXPECT_THAT(said, testing::EndsWith("\r\x1b[K"));
 }
 
-// The progress lines for a film named NAME at a terminal of so many columns, without control
+// The progress lines for a film named NAME at a terminal with this many columns, without control
 // sequences.
 std::vector<std::string> progressAt(int columns, const std::string& name) {
   const TempDir folder;
@@ -92,7 +90,7 @@ std::vector<std::string> progressAt(int columns, const std::string& name) {
   return lines;
 }
 
-TEST(Progress, FillsALineOfTheTerminalAndNoMore) {
+TEST(Progress, FillsAtMostOneLine) {
   const std::string name = std::string(150, 'n') + ".avi";
   for (const int columns : {20, 80, 132}) {
     for (const std::string& line : progressAt(columns, name)) {
@@ -124,7 +122,7 @@ TEST(Progress, CountsNoColumnForCombiningCharacters) {
   }
 }
 
-TEST(Progress, StaysAwayFromTerminalsThatCannotReplaceALine) {
+TEST(Progress, IsNotShownOnTerminalsThatCannotReplaceALine) {
   const TempDir folder;
   const std::string said =
       atTerminal("probe --files-from '" + listOf(folder, 2000) + "'", {{"TERM", "dumb"}},
@@ -132,15 +130,15 @@ TEST(Progress, StaysAwayFromTerminalsThatCannotReplaceALine) {
   EXPECT_EQ(said, "");
 }
 
-TEST(Progress, StaysAwayFromFiles) {
+TEST(Progress, IsNotWrittenToFiles) {
   const TempDir folder;
   const std::string list = listOf(folder, 2000);
   EXPECT_EQ(kolum({"probe", "--files-from", list}, {}, kPausingReader).err, "");
 }
 
-TEST(Progress, StaysAwayFromResults) {
+TEST(Progress, IsNotMixedWithResults) {
   const TempDir folder;
-  const std::string list = listOf(folder, 5000);  // they keep the tool for longer than a second
+  const std::string list = listOf(folder, 5000);  // keeps the tool busy for more than a second
   EXPECT_THAT(atTerminal("probe --files-from '" + list + "'"), Not(HasSubstr("\x1b[K")));
 }
 
@@ -151,12 +149,12 @@ TEST(Interruption, EndsTheToolBetweenFiles) {
                         "--json", "--files-from", listOf(folder, 100'000)});
   EXPECT_EQ(run.status, 128 + SIGINT);
   EXPECT_EQ(run.err, "");
-  const auto lines = Outcome{0, run.out, ""}.json();  // every line is whole
+  const auto lines = Outcome{0, run.out, ""}.json();  // every line is complete
   EXPECT_FALSE(lines.empty());
   EXPECT_LT(lines.size(), 100'000U);
 }
 
-TEST(Interruption, IgnoredByTheCallerStaysIgnored) {
+TEST(Interruption, StaysIgnoredIfTheCallerIgnoresIt) {
   const TempDir folder;
   const std::string list = listOf(folder, 300);
   const std::string script =

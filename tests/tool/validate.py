@@ -12,7 +12,7 @@ schema.pop("anyOf")
 
 
 def close(definition):
-    """Programs accept keys that later versions add; what is printed today has none unknown."""
+    """Forbids unknown keys: the schema lets later versions add keys, but today's output must have none."""
     if isinstance(definition, dict):
         if "properties" in definition:
             definition.setdefault("additionalProperties", False)

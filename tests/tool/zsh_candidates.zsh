@@ -1,5 +1,5 @@
-# zsh_candidates.zsh FOLDER LINE: what zsh offers at the end of LINE with the completion in FOLDER, a
-# line each. A zsh of its own at a terminal of its own completes; its compadd writes down what is added.
+# zsh_candidates.zsh FOLDER LINE: prints what zsh offers at the end of LINE with the completion in FOLDER,
+# one per line. A separate zsh at a pseudo-terminal completes; its compadd records what is added.
 emulate -R zsh
 zmodload zsh/zpty zsh/zselect
 export ZDOTDIR=$(mktemp -d) COMPLETIONS=$1
@@ -10,7 +10,7 @@ fpath=($COMPLETIONS $fpath)
 autoload -Uz compinit && compinit -u -D
 compadd() {
   local -a hits
-  # These ask what would be added.
+  # With these options compadd only reports matches.
   if (( ! $argv[(I)-[AOD]] )); then
     builtin compadd -O hits "$@"
     (( $argv[(I)-[a-zA-Z]#Q[a-zA-Z]#] )) && hits=("${(@Q)hits}")
@@ -26,7 +26,7 @@ LISTMAX=100000
 : >$ZDOTDIR/ready
 END
 
-# A file of that name comes once the shell has got so far.
+# await NAME: waits until the shell has created the file NAME.
 await() {
   local -i tries
   for ((tries = 0; tries < 1000; tries++)); do
