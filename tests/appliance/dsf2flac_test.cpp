@@ -27,8 +27,8 @@ RunResult dsf2flac(const std::vector<std::string>& arguments) {
   return run(command);
 }
 
-// An element of the document that the program prints for a file.
-std::string told(const std::string& path, const char* element) {
+// An element of the document that dsf2flac prints for a file.
+std::string elementOf(const std::string& path, const char* element) {
   const RunResult result = dsf2flac({"-i", path, "-f"});
   EXPECT_EQ(result.status, 0) << result.err;
   return XMLNode::parseString(result.out, "ID3TAG").getChildNode(element).getText();
@@ -37,42 +37,44 @@ std::string told(const std::string& path, const char* element) {
 const std::vector<TextFrame> kFrames = {
     {"TIT2", "Title"}, {"TPE1", "Artist"}, {"TALB", "Album"}, {"TDRC", "2015"}, {"TRCK", "3/12"}};
 
-TEST(Dsf2flac, TellsNumbersAndTagsOfBothContainers) {
+TEST(Dsf2flac, ReportsNumbersAndTagsOfBothContainers) {
   const TempDir folder;
   const std::string tag = id3v2Tag(kFrames);
   for (const std::string& path : {folder.write("song.dsf", dsfFile({.tag = tag})),
                                   folder.write("song.dff", dffFile({.tag = tag}))}) {
     SCOPED_TRACE(path);
-    EXPECT_EQ(told(path, "TITLE"), "Title");
-    EXPECT_EQ(told(path, "ARTIST"), "Artist");
-    EXPECT_EQ(told(path, "ALBUM"), "Album");
-    EXPECT_EQ(told(path, "YEAR"), "2015");
-    EXPECT_EQ(told(path, "TRACK"), "3");
-    EXPECT_EQ(told(path, "DURATION"), "2");
-    EXPECT_EQ(told(path, "CHANNEL"), "2");
-    EXPECT_EQ(told(path, "FREQUENCY"), "2822400");
+    EXPECT_EQ(elementOf(path, "TITLE"), "Title");
+    EXPECT_EQ(elementOf(path, "ARTIST"), "Artist");
+    EXPECT_EQ(elementOf(path, "ALBUM"), "Album");
+    EXPECT_EQ(elementOf(path, "YEAR"), "2015");
+    EXPECT_EQ(elementOf(path, "TRACK"), "3");
+    EXPECT_EQ(elementOf(path, "DURATION"), "2");
+    EXPECT_EQ(elementOf(path, "CHANNEL"), "2");
+    EXPECT_EQ(elementOf(path, "FREQUENCY"), "2822400");
   }
 }
 
-TEST(Dsf2flac, TellsTheRateOfTheOneBitSamples) {
+TEST(Dsf2flac, ReportsTheRateOfTheOneBitSamples) {
   const TempDir folder;
   for (const std::uint32_t rate : {2822400U, 5644800U, 11289600U}) {
     const DsdFile file = {.sampleRate = rate, .channels = 1, .seconds = 1};
-    EXPECT_EQ(told(folder.write("song.dsf", dsfFile(file)), "FREQUENCY"), std::to_string(rate));
-    EXPECT_EQ(told(folder.write("song.dff", dffFile(file)), "FREQUENCY"), std::to_string(rate));
-    EXPECT_EQ(told(folder.path("song.dsf"), "CHANNEL"), "1");
+    EXPECT_EQ(elementOf(folder.write("song.dsf", dsfFile(file)), "FREQUENCY"),
+              std::to_string(rate));
+    EXPECT_EQ(elementOf(folder.write("song.dff", dffFile(file)), "FREQUENCY"),
+              std::to_string(rate));
+    EXPECT_EQ(elementOf(folder.path("song.dsf"), "CHANNEL"), "1");
   }
 }
 
-TEST(Dsf2flac, TakesTheTextsOfADffFilesOwnKindFirst) {
+TEST(Dsf2flac, PrefersTheDffContainersTexts) {
   const TempDir folder;
   const std::string path =
       folder.write("song.dff", dffFile({.tag = id3v2Tag(kFrames)}, "Own Artist", ""));
-  EXPECT_EQ(told(path, "ARTIST"), "Own Artist");
-  EXPECT_EQ(told(path, "TITLE"), "Title");
+  EXPECT_EQ(elementOf(path, "ARTIST"), "Own Artist");
+  EXPECT_EQ(elementOf(path, "TITLE"), "Title");
 }
 
-TEST(Dsf2flac, LeavesOutWhatTheFileDoesNotTell) {
+TEST(Dsf2flac, LeavesOutMissingValues) {
   const TempDir folder;
   const RunResult result = dsf2flac({"-i", folder.write("song.dsf", dsfFile({})), "-f"});
   EXPECT_EQ(result.out,
@@ -80,7 +82,7 @@ TEST(Dsf2flac, LeavesOutWhatTheFileDoesNotTell) {
             "</ID3TAG>\n");
 }
 
-TEST(Dsf2flac, RefusesWhatIsNoDsdFile) {
+TEST(Dsf2flac, RejectsNonDsdFile) {
   const TempDir folder;
   folder.write("empty.dsf", "");
   folder.write("header.dsf", "DSD ");
@@ -99,7 +101,7 @@ TEST(Dsf2flac, RefusesWhatIsNoDsdFile) {
   }
 }
 
-TEST(Dsf2flac, CutFilesDoNoHarm) {
+TEST(Dsf2flac, SurvivesTruncatedFiles) {
   const TempDir folder;
   const std::string tag = id3v2Tag(kFrames);
   for (const std::string& whole :
@@ -116,7 +118,7 @@ TEST(Dsf2flac, CutFilesDoNoHarm) {
   }
 }
 
-TEST(Dsf2flac, RefusesOtherUsage) {
+TEST(Dsf2flac, RejectsOtherUsage) {
   const std::vector<std::vector<std::string>> rows = {
       {}, {"-f"}, {"-i"}, {"-i", "x.dsf"}, {"-i", "x.dsf", "-f", "more"}, {"-x"}};
   for (const auto& arguments : rows) {
@@ -128,8 +130,8 @@ TEST(Dsf2flac, RefusesOtherUsage) {
   EXPECT_EQ(run({"sh", "-c", "exec \"$0\" --help >/dev/full", KOLUM_DSF2FLAC}).status, 1);
 }
 
-TEST(Dsf2flac, ServesTheLibrary) {
-  // The library puts the working path into shell commands as it is.
+TEST(Dsf2flac, WorksWithTheLibrary) {
+  // The library inserts the working path into shell commands unescaped.
   const TempDir tools;
   std::filesystem::create_symlink(KOLUM_DSF2FLAC, tools.path("dsf2flac"));
   ASSERT_EQ(KoLUM_Init(tools.folder().c_str()), 0);
@@ -158,7 +160,7 @@ std::string titleIn(const std::string& document) {
   return XMLNode::parseString(document, "ID3TAG").getChildNode("TITLE").getText();
 }
 
-TEST(Dsf2flacDocument, HostileTextsStayTexts) {
+TEST(Dsf2flacDocument, EscapesHostileTexts) {
   struct Row {
     const char* text;
     const char* read;
@@ -187,7 +189,7 @@ TEST(Dsf2flacDocument, HostileTextsStayTexts) {
   }
 }
 
-TEST(Dsf2flacDocument, IsNeverLongerThanItsReaderTakes) {
+TEST(Dsf2flacDocument, NeverExceedsItsReadersLimit) {
   for (const char c : {'&', '<', '>', '"', '\'', 'x', '\xFF'}) {
     dsf2flac::DsdFacts facts = withTexts(std::string(100'000, c));
     facts.year = facts.track = 99'999;
@@ -198,7 +200,7 @@ TEST(Dsf2flacDocument, IsNeverLongerThanItsReaderTakes) {
   }
 }
 
-TEST(Dsf2flacDocument, TextsAreCutBetweenCharacters) {
+TEST(Dsf2flacDocument, CutsTextsBetweenCharacters) {
   std::string text(254, 'x');
   const std::string kept = text;
   text += "\xC3\xBC";

@@ -26,7 +26,7 @@ using test::TempDir;
 using testing::HasSubstr;
 using testing::SizeIs;
 
-// What FUNCTION throws, as text; fails when it does not.
+// The message of the exception that FUNCTION throws; fails the test if it throws none.
 template <typename Error = LookUpError, typename Function>
 std::string errorOf(Function function) {
   try {
@@ -67,7 +67,7 @@ struct BadQueryCase {
   const char* reason;
 };
 
-TEST(OsmInfoQuery, RefusesEverythingElse) {
+TEST(OsmInfoQuery, RejectsEverythingElse) {
   const BadQueryCase kCases[] = {
       {{}, "lat is missing"},
       {{"lat=1"}, "lon is missing"},
@@ -116,7 +116,7 @@ TEST(OsmInfoAnswer, WritesTheDocumentedXml) {
             "<error>a &lt; b &amp; \"c\"  [1m</error>");
 }
 
-TEST(OsmInfoAnswer, LeavesOutPartsWhoseNamesAreNoElements) {
+TEST(OsmInfoAnswer, LeavesOutPartsWithInvalidElementNames) {
   const std::string xml = toXml({{"en",
                                   "way\"<",
                                   "1",
@@ -137,10 +137,10 @@ TEST(OsmInfoAnswer, LeavesOutPartsWhoseNamesAreNoElements) {
   EXPECT_EQ(xml.find('x', xml.find("<addressparts>")), std::string::npos);
 }
 
-TEST(OsmInfoSettings, HoldTheDefaultsWithoutAFile) {
+TEST(OsmInfoSettings, HaveDefaultsWithoutFile) {
   const TempDir folder;
   const Settings settings = readSettings(folder.path("missing"), false);
-  EXPECT_EQ(settings.serverUrl, "") << "no server is asked unless one is configured";
+  EXPECT_EQ(settings.serverUrl, "") << "no server is contacted unless one is configured";
   EXPECT_EQ(settings.caFile, "");
   EXPECT_EQ(settings.connectTimeout, seconds(3));
   EXPECT_EQ(settings.timeout, seconds(20));
@@ -172,7 +172,7 @@ struct BadSettingsCase {
   const char* reason;
 };
 
-TEST(OsmInfoSettings, RefuseWrongValues) {
+TEST(OsmInfoSettings, RejectWrongValues) {
   constexpr BadSettingsCase kCases[] = {
       {"[server]\nurl=ftp://maps.lan\n",
        "the server's url begins with neither http:// nor https://"},
@@ -196,7 +196,7 @@ TEST(OsmInfoSettings, RefuseWrongValues) {
   }
 }
 
-TEST(OsmInfoSettings, RefuseAFileThatCannotBeRead) {
+TEST(OsmInfoSettings, RejectUnreadableFile) {
   const TempDir folder;
   const std::string pipe = folder.path("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0666), 0);
@@ -205,7 +205,7 @@ TEST(OsmInfoSettings, RefuseAFileThatCannotBeRead) {
   EXPECT_EQ(errorOf([&] { readSettings(missing, true); }), "cannot read " + missing);
 }
 
-TEST(OsmInfoLanguages, AreAllOfTheAnswers) {
+TEST(OsmInfoLanguages, MatchTheAnswers) {
   EXPECT_THAT(languages(), SizeIs(23));
   for (const Language& language : languages()) EXPECT_EQ(findLanguage(language.code), &language);
   EXPECT_EQ(findLanguage("xx"), nullptr);
@@ -216,7 +216,7 @@ const Language& english() {
   return *findLanguage("en");
 }
 
-TEST(OsmInfoServerReply, AsksInTheLanguage) {
+TEST(OsmInfoServerReply, RequestsTheLanguage) {
   EXPECT_EQ(requestUrl("http://maps.lan", {48.8584, -2.2945, 10}, english()),
             "http://maps.lan/reverse?format=jsonv2&addressdetails=1&lat=48.85840000&"
             "lon=-2.29450000&zoom=10&accept-language=en");
@@ -243,7 +243,7 @@ TEST(OsmInfoServerReply, KeepsThePartsInTheServersOrder) {
             "country=France;country_code=fr;");
 }
 
-TEST(OsmInfoServerReply, LeavesEmptyWhatIsMissingOrOfAnotherKind) {
+TEST(OsmInfoServerReply, LeavesMissingOrMistypedValuesEmpty) {
   for (const char* body : {"{}", R"({"osm_type":1.5,"osm_id":[],"display_name":{},"address":[1]})",
                            R"({"osm_type":null,"osm_id":null,"address":"x"})"}) {
     SCOPED_TRACE(body);
@@ -261,7 +261,7 @@ struct BadReplyCase {
   std::string reason;
 };
 
-TEST(OsmInfoServerReply, TellsWhyThereIsNoAnswer) {
+TEST(OsmInfoServerReply, ReportsWhyThereIsNoAnswer) {
   std::string characters;
   for (int count = 0; count < 100; ++count) characters += "\u4E2D";
   const BadReplyCase kCases[] = {
@@ -375,14 +375,14 @@ TEST(OsmInfoCatalogue, FindsTranslations) {
   }
 }
 
-TEST(OsmInfoCatalogue, HoldsNothingWhenItIsNone) {
+TEST(OsmInfoCatalogue, IsEmptyIfInvalid) {
   EXPECT_EQ(Catalogue().translation("x"), "");
   EXPECT_EQ(Catalogue("").translation("x"), "");
   EXPECT_EQ(Catalogue(std::string(1000, '\0')).translation("x"), "");
   EXPECT_EQ(Catalogue(compiled({})).translation("x"), "");
 }
 
-// Every prefix, and every byte turned: nothing is read beyond the bytes.
+// Tries every prefix, and every byte inverted: nothing may be read beyond the end.
 TEST(OsmInfoCatalogue, SurvivesDamage) {
   const std::string good = compiled(kTranslations);
   for (std::size_t size = 0; size < good.size(); ++size) {
@@ -399,7 +399,7 @@ TEST(OsmInfoCatalogue, SurvivesDamage) {
   }
 }
 
-TEST(OsmInfoCatalogue, LoadsFilesOnly) {
+TEST(OsmInfoCatalogue, LoadsRegularFilesOnly) {
   const TempDir folder;
   const std::string pipe = folder.path("pipe");
   ASSERT_EQ(mkfifo(pipe.c_str(), 0666), 0);

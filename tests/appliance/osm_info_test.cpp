@@ -52,7 +52,7 @@ RunResult lookUpAt(double lat, double lon, int zoom = 18, const std::string& set
   return lookUp({at(lat), at(lon, "lon"), "zoom=" + std::to_string(zoom)}, settings);
 }
 
-// The answer in one language; empty when there is none.
+// The answer in one language; empty if there is none.
 XMLNode answerIn(const RunResult& result, const std::string& language) {
   const XMLNode output = XMLNode::parseString(result.out, "output");
   for (const XMLNode& answer : output.getChildNodes("reversegeocode")) {
@@ -93,7 +93,7 @@ struct PlaceCase {
   const char* countryCode;
 };
 
-TEST(OsmInfoOffline, NamesTheCityThatPeopleWouldName) {
+TEST(OsmInfoOffline, NamesTheExpectedCity) {
   NEEDS_PLACES();
   constexpr PlaceCase kPlaces[] = {
       {"Eiffel Tower", 48.8584, 2.2945, "Paris", "fr"},
@@ -131,7 +131,7 @@ TEST(OsmInfoOffline, NamesTheCityThatPeopleWouldName) {
   }
 }
 
-TEST(OsmInfoOffline, TellsThatNothingIsNear) {
+TEST(OsmInfoOffline, ReportsThatNothingIsNear) {
   NEEDS_PLACES();
   constexpr PlaceCase kPlaces[] = {
       {"Gulf of Guinea", 0, 0, nullptr, nullptr},
@@ -158,7 +158,7 @@ struct NameCase {
   const char* country;
 };
 
-TEST(OsmInfoOffline, AnswersInEveryLanguageInTheListsOrder) {
+TEST(OsmInfoOffline, AnswersInEveryLanguageInListOrder) {
   NEEDS_PLACES();
   constexpr NameCase kNames[] = {
       {"cs", "Mnichov", "Německo"},
@@ -228,7 +228,7 @@ TEST(OsmInfoOffline, LeavesOutDetailAtCoarseZoom) {
   }
 }
 
-TEST(OsmInfoOffline, NamesACityStateOnce) {
+TEST(OsmInfoOffline, NamesCityStateOnce) {
   NEEDS_PLACES();
   const XMLNode english = answerIn(lookUpAt(48.2085, 16.3721), "en");
   EXPECT_EQ(addressOf(english), "Vienna, Austria");
@@ -236,7 +236,7 @@ TEST(OsmInfoOffline, NamesACityStateOnce) {
   EXPECT_EQ(partOf(english, "state"), "Vienna");
 }
 
-TEST(OsmInfoOffline, AnswersWellUnderASecond) {
+TEST(OsmInfoOffline, AnswersWithinASecond) {
   NEEDS_PLACES();
   auto best = std::chrono::steady_clock::duration::max();
   for (int round = 0; round < 3; ++round) {
@@ -249,7 +249,7 @@ TEST(OsmInfoOffline, AnswersWellUnderASecond) {
 #endif
 }
 
-TEST(OsmInfo, RefusesJunkArguments) {
+TEST(OsmInfo, RejectsJunkArguments) {
   const std::vector<std::string> kJunk[] = {
       {},
       {"lat=1"},
@@ -271,7 +271,7 @@ TEST(OsmInfo, RefusesJunkArguments) {
   }
 }
 
-TEST(OsmInfo, HelpsOnRequest) {
+TEST(OsmInfo, PrintsHelpOnRequest) {
   const RunResult result = lookUp({"--help"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.out, StartsWith("Usage: osm_info lat=DEGREES"));
@@ -283,7 +283,7 @@ TEST(OsmInfo, CreditsTheSourceOfItsPlaces) {
       testing::AllOf(HasSubstr("GeoNames (https://www.geonames.org)"), HasSubstr("CC BY 4.0")));
 }
 
-TEST(OsmInfo, FailsOnAConfigurationThatIsWrong) {
+TEST(OsmInfo, FailsForWrongConfiguration) {
   const RunResult wrong = lookUpAt(48.8584, 2.2945, 18, "[server]\nurl=maps.lan\n");
   EXPECT_EQ(wrong.status, 1);
   EXPECT_THAT(errorOf(wrong), HasSubstr("neither http:// nor https://"));
@@ -302,7 +302,7 @@ TEST(OsmInfo, IsInstalledWhereTheLibraryCallsIt) {
   EXPECT_THAT(run({tool, "--help"}).out, StartsWith("Usage: osm_info"));
 }
 
-TEST(OsmInfo, ServesTheLibrary) {
+TEST(OsmInfo, WorksWithTheLibrary) {
   NEEDS_PLACES();
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {
@@ -311,7 +311,7 @@ TEST(OsmInfo, ServesTheLibrary) {
     osm_param_s param{48.8584, 2.2945, 18};
     MediaLibrary::osm_place_s place{};
     ASSERT_EQ(koOsmInfo(param, place), 0);
-    EXPECT_EQ(place.osmType, 4) << "no map object";
+    EXPECT_EQ(place.osmType, 4) << "not a map object";
     EXPECT_EQ(place.osmId, "2988507");
     ASSERT_EQ(place.addresses.size(), 23U);
     ASSERT_EQ(place.addressParts.size(), 23U);
@@ -377,7 +377,7 @@ struct ReplyCase {
   const char* error;
 };
 
-TEST(OsmInfoServer, FailuresBecomeErrorsAndNothingIsAskedElsewhere) {
+TEST(OsmInfoServer, FailuresBecomeErrorsWithoutFallback) {
   NEEDS_CURL();
   const LoopbackHttp elsewhere(
       [](const std::string&) { return LoopbackHttp::reply("200 OK", kTower); });
@@ -405,7 +405,7 @@ TEST(OsmInfoServer, FailuresBecomeErrorsAndNothingIsAskedElsewhere) {
   EXPECT_EQ(elsewhere.connections(), 0);
 }
 
-TEST(OsmInfoServer, OneLanguageThatFailsFailsTheLookUp) {
+TEST(OsmInfoServer, FailureInOneLanguageFailsTheLookUp) {
   NEEDS_CURL();
   const LoopbackHttp server([](const std::string& request) {
     return request.find("=de ") != std::string::npos ? LoopbackHttp::reply("500 Broken", "")
@@ -424,14 +424,14 @@ void expectEndsWithin(std::chrono::seconds longest, const std::string& settings,
   EXPECT_LT(std::chrono::steady_clock::now() - start, longest);
 }
 
-TEST(OsmInfoServer, IsGivenUpWhenItSaysNothing) {
+TEST(OsmInfoServer, TimesOutIfSilent) {
   NEEDS_CURL();
   const LoopbackHttp server([](const std::string&) { return std::nullopt; });
   expectEndsWithin(std::chrono::seconds(8), settingsFor(server.url(), "timeout=1\n"), "timed out");
 }
 
-// The time is the whole look-up's, however the server stretches it.
-TEST(OsmInfoServer, IsGivenUpWhenItIsSlowInEveryLanguage) {
+// The time-out is for the whole look-up, however the server spreads its delays.
+TEST(OsmInfoServer, TimesOutIfSlowInEveryLanguage) {
   NEEDS_CURL();
   const LoopbackHttp server([](const std::string&) {
     std::this_thread::sleep_for(std::chrono::milliseconds(300));
@@ -440,7 +440,7 @@ TEST(OsmInfoServer, IsGivenUpWhenItIsSlowInEveryLanguage) {
   expectEndsWithin(std::chrono::seconds(8), settingsFor(server.url(), "timeout=1\n"), "");
 }
 
-TEST(OsmInfoServer, NobodyThereIsAnError) {
+TEST(OsmInfoServer, FailsIfNotRunning) {
   NEEDS_CURL();
   std::string url;
   {
@@ -449,7 +449,7 @@ TEST(OsmInfoServer, NobodyThereIsAnError) {
   expectEndsWithin(std::chrono::seconds(8), settingsFor(url), "cannot ask the server: ");
 }
 
-TEST(OsmInfoServer, IsReachedWithoutTheEnvironmentsProxy) {
+TEST(OsmInfoServer, IsReachedWithoutProxy) {
   NEEDS_CURL();
   const LoopbackHttp server(
       [](const std::string&) { return LoopbackHttp::reply("200 OK", kTower); });
@@ -462,7 +462,7 @@ TEST(OsmInfoServer, IsReachedWithoutTheEnvironmentsProxy) {
   EXPECT_EQ(result.status, 0) << result.out;
 }
 
-TEST(OsmInfoServer, HostilePartsStayWithinTheXml) {
+TEST(OsmInfoServer, HostilePartsAreEscaped) {
   NEEDS_CURL();
   const LoopbackHttp server([](const std::string&) {
     return LoopbackHttp::reply(
@@ -480,7 +480,7 @@ TEST(OsmInfoServer, HostilePartsStayWithinTheXml) {
   EXPECT_TRUE(XMLNode::parseString(result.out, "error").isEmpty()) << "would read as a failure";
 }
 
-TEST(OsmInfoServer, IsTakenFromTheFixedFile) {
+TEST(OsmInfoServer, IsConfiguredInTheFixedFile) {
   NEEDS_CURL();
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   const LoopbackHttp server(
@@ -493,7 +493,7 @@ TEST(OsmInfoServer, IsTakenFromTheFixedFile) {
   });
 }
 
-// A server with a certificate of its own making, by the openssl tool.
+// A server of the openssl tool with a self-signed certificate.
 class TlsServer {
  public:
   explicit TlsServer(const TempDir& folder) : certificate_(folder.path("cert.pem")) {
@@ -501,7 +501,7 @@ class TlsServer {
     mustRun({"openssl", "req", "-x509", "-newkey", "rsa:2048", "-nodes", "-days", "1", "-subj",
              "/CN=localhost", "-addext", "subjectAltName=DNS:localhost", "-keyout", key, "-out",
              certificate_});
-    // A port that was free a moment ago.
+    // A port that was free just now.
     const std::string free = LoopbackHttp([](const std::string&) { return std::nullopt; }).url();
     port_ = free.substr(free.rfind(':') + 1);
     process_ = fork();
@@ -528,7 +528,7 @@ class TlsServer {
   pid_t process_ = -1;
 };
 
-TEST(OsmInfoServer, IsTrustedByItsCertificateOnly) {
+TEST(OsmInfoServer, MustHaveTrustedCertificate) {
   NEEDS_CURL();
   if (run({"openssl", "version"}).status != 0) GTEST_SKIP() << "no openssl tool";
   const TempDir folder;
@@ -544,7 +544,7 @@ TEST(OsmInfoServer, IsTrustedByItsCertificateOnly) {
   for (int attempt = 0; attempt < 50; ++attempt) {
     trusted = lookUpAt(1, 1, 18, settingsFor(server.url("localhost"), trusting));
     if (trusted.status == 0) break;
-    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // the server is starting
+    std::this_thread::sleep_for(std::chrono::milliseconds(100));  // while the server starts
   }
   EXPECT_EQ(addressOf(answerIn(trusted, "en")), "Tower, Paris") << trusted.out;
 

@@ -64,7 +64,8 @@ int exitStatus(pid_t pid) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
-// What iniparser reads for "SECTION:KEY"; nothing when the key or the whole file cannot be read.
+// The value that iniparser reads for "SECTION:KEY"; empty if the key or the whole file cannot be
+// read.
 std::optional<std::string> readBack(const std::string& path, const std::string& name) {
   const std::unique_ptr<dictionary, void (*)(dictionary*)> ini(iniparser_load(path.c_str()),
                                                                iniparser_freedict);
@@ -106,7 +107,7 @@ class Setcfg : public testing::Test {
     return contentOf(file_);
   }
 
-  // In the sandbox: a small volume of its own with CONTENT in the file.
+  // For use in the sandbox: mounts a small volume with CONTENT in the file.
   void mountVolume(const std::string& content) {
     fs::create_directories("/volume");
     ASSERT_EQ(mount("tmpfs", "/volume", "tmpfs", 0, "size=64k"), 0);
@@ -154,12 +155,12 @@ TEST_F(Setcfg, ChangesOneValueAndKeepsEverythingElse) {
   }
 }
 
-TEST_F(Setcfg, FindsSectionAndKeyWhateverTheirCase) {
+TEST_F(Setcfg, FindsSectionAndKeyInAnyCase) {
   EXPECT_EQ(textAfterSetting("[Thumbnail]\nMin_Width = 50\n", "THUMBNAIL", "MIN_WIDTH", "400"),
             "[Thumbnail]\nMin_Width = 400\n");
 }
 
-TEST_F(Setcfg, AddsMissingKeyBehindLastOfItsSection) {
+TEST_F(Setcfg, AddsMissingKeyAtTheEndOfItsSection) {
   const struct {
     const char* name;
     const char* before;
@@ -205,7 +206,7 @@ TEST_F(Setcfg, CreatesMissingFileWithUsualMode) {
   EXPECT_EQ(fs::status(file_).permissions(), fs::perms(0640));
 }
 
-TEST_F(Setcfg, ValuesReadBackAsGiven) {
+TEST_F(Setcfg, WritesValuesThatReadBackUnchanged) {
   const char* kValues[] = {
       "",        " ",        " leading",     "trailing ",   "two words", "a;b",       "a#b",
       ";",       "#",        "\"quoted\"",   "'quoted'",    "it's",      "say \"x\"", "a=b",
@@ -222,7 +223,7 @@ TEST_F(Setcfg, ValuesReadBackAsGiven) {
   }
 }
 
-TEST_F(Setcfg, AnyValueReadsBackOrIsRefusedWithoutChange) {
+TEST_F(Setcfg, WritesAnyValueReadablyOrRejectsIt) {
   const std::string before = "[S]\na=1\nk = 1 ; why\n[T]\nb=2\n";
   const std::string alphabet = "ab \\\"';#=[]:\t\r\xff";
   std::minstd_rand random(7);
@@ -246,7 +247,7 @@ TEST_F(Setcfg, AnyValueReadsBackOrIsRefusedWithoutChange) {
   EXPECT_LT(refused, 60);
 }
 
-TEST_F(Setcfg, RefusesWhatNoIniFileCanHold) {
+TEST_F(Setcfg, RejectsWhatNoIniFileCanHold) {
   const struct {
     const char* name;
     std::string section;
@@ -292,7 +293,7 @@ TEST_F(Setcfg, KeepsModeAndOwner) {
   EXPECT_EQ(status.st_gid, 1235U);
 }
 
-TEST_F(Setcfg, ValueThatIsThereAlreadyLeavesTheFileAlone) {
+TEST_F(Setcfg, LeavesFileThatAlreadyHasTheValue) {
   dir_.write("a.conf", "[S]\nk = \"1\"\n");
   struct stat before {};
   struct stat after {};
@@ -313,7 +314,7 @@ TEST_F(Setcfg, LeavesNothingElseInTheFolder) {
   EXPECT_THAT(names, testing::ElementsAre("a.conf"));
 }
 
-TEST_F(Setcfg, LinkStaysAndItsTargetChanges) {
+TEST_F(Setcfg, KeepsLinkAndChangesItsTarget) {
   dir_.write("real/r.conf", "[S]\nk=1\n");
   fs::create_symlink("real/r.conf", file_);
   ASSERT_EQ(set("S", "k", "2").status, 0);
@@ -329,14 +330,14 @@ TEST_F(Setcfg, LinkStaysAndItsTargetChanges) {
   EXPECT_EQ(run({"-f", dir_.path("loop"), "S", "k", "v"}).status, 1);
 }
 
-TEST_F(Setcfg, FileInWorkingFolderNeedsNoPath) {
+TEST_F(Setcfg, AcceptsFileInWorkingFolderWithoutPath) {
   const RunResult result =
       kolum::test::run({kSetcfg, "-f", "a.conf", "S", "k", "v"}, {.folder = dir_.folder()});
   EXPECT_EQ(result.status, 0) << result.err;
   EXPECT_EQ(contentOf(file_), "[S]\nk = v\n");
 }
 
-TEST_F(Setcfg, FileThatIsNoIniFileIsLeftAlone) {
+TEST_F(Setcfg, LeavesNonIniFileUnchanged) {
   const struct {
     const char* name;
     std::string content;
@@ -358,7 +359,7 @@ TEST_F(Setcfg, FileThatIsNoIniFileIsLeftAlone) {
   }
 }
 
-TEST_F(Setcfg, WhatIsNoFileIsRefusedWithoutWaiting) {
+TEST_F(Setcfg, RejectsNonFilesWithoutBlocking) {
   const std::string fifo = dir_.path("fifo");
   ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
   EXPECT_EQ(run({"-f", fifo, "S", "k", "v"}).output, "setcfg: " + fifo + ": not a regular file\n");
@@ -367,7 +368,7 @@ TEST_F(Setcfg, WhatIsNoFileIsRefusedWithoutWaiting) {
   EXPECT_EQ(run({"-f", dir_.path("missing/a.conf"), "S", "k", "v"}).status, 1);
 }
 
-TEST_F(Setcfg, ParallelRunsLoseNothingAndReadersSeeWholeFiles) {
+TEST_F(Setcfg, LosesNothingInParallelRuns) {
   constexpr int kWriters = 8;
   constexpr int kKeys = 6;
   dir_.write("a.conf", "[S]\n" + std::string(4000, '\n') + "last = here\n");
@@ -402,7 +403,7 @@ TEST_F(Setcfg, ParallelRunsLoseNothingAndReadersSeeWholeFiles) {
   }
 }
 
-TEST_F(Setcfg, KilledRunLeavesOldOrNewFile) {
+TEST_F(Setcfg, LeavesOldOrNewFileWhenKilled) {
   const std::string head = "[S]\n" + std::string(200000, '\n') + "k = ";
   dir_.write("a.conf", head + "0\n");
   for (int i = 1; i <= 40; ++i) {
@@ -415,12 +416,12 @@ TEST_F(Setcfg, KilledRunLeavesOldOrNewFile) {
     kill(pid, SIGKILL);
     exitStatus(pid);
     const std::string now = contentOf(file_);
-    EXPECT_TRUE(now == before || now == after) << "torn";
+    EXPECT_TRUE(now == before || now == after) << "partly written";
   }
   const Outcome outcome = set("S", "k", "whole");
   EXPECT_EQ(outcome.status, 0) << outcome.output;
   EXPECT_TRUE(contentOf(file_) == head + "whole\n");
-  EXPECT_FALSE(fs::exists(dir_.path(".setcfg.new"))) << "left by a killed run";
+  EXPECT_FALSE(fs::exists(dir_.path(".setcfg.new"))) << "left behind by a killed run";
 }
 
 class FolderLock {
@@ -448,19 +449,19 @@ TEST_F(Setcfg, WaitsWhileFolderIsLocked) {
   EXPECT_EQ(contentOf(file_), "[S]\nk = v\n");
 }
 
-TEST_F(Setcfg, GivesUpWhenFolderStaysLocked) {
+TEST_F(Setcfg, GivesUpIfFolderStaysLocked) {
   const FolderLock lock(dir_.folder());
   const Outcome outcome = set("S", "k", "v");
   EXPECT_EQ(outcome.status, 1);
   EXPECT_THAT(outcome.output, HasSubstr("stays locked"));
 }
 
-TEST_F(Setcfg, FullDiskLeavesOldFile) {
+TEST_F(Setcfg, KeepsOldFileOnFullDisk) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([this] {
     const std::string before = "[S]\nk = 1\n" + std::string(20000, '\n');
     mountVolume(before);
-    std::ofstream("/volume/rest") << std::string(1 << 20, 'x');  // as much as fits
+    std::ofstream("/volume/rest") << std::string(1 << 20, 'x');  // fills the volume
     const Outcome outcome = set("S", "k", "2");
     EXPECT_EQ(outcome.status, 1);
     EXPECT_EQ(outcome.output, "setcfg: /volume/a.conf: cannot write: No space left on device\n");
@@ -472,7 +473,7 @@ TEST_F(Setcfg, FullDiskLeavesOldFile) {
   });
 }
 
-TEST_F(Setcfg, ReadOnlyFolderLeavesOldFile) {
+TEST_F(Setcfg, KeepsOldFileInReadOnlyFolder) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([this] {
     mountVolume("[S]\nk = 1\n");
@@ -486,7 +487,7 @@ TEST_F(Setcfg, ReadOnlyFolderLeavesOldFile) {
   });
 }
 
-TEST_F(Setcfg, WrongUsageGivesTwo) {
+TEST_F(Setcfg, ReturnsTwoForWrongUsage) {
   const std::vector<std::string> kRows[] = {
       {},
       {"-f"},
@@ -508,7 +509,7 @@ TEST_F(Setcfg, WrongUsageGivesTwo) {
   }
 }
 
-TEST_F(Setcfg, HelpTellsUsage) {
+TEST_F(Setcfg, PrintsUsageInHelp) {
   for (const char* option : {"-h", "--help"}) {
     const Outcome outcome = run({option});
     EXPECT_EQ(outcome.status, 0);
@@ -516,7 +517,7 @@ TEST_F(Setcfg, HelpTellsUsage) {
   }
 }
 
-TEST_F(Setcfg, ApplianceComponentInstallsItWhereTheLibraryCallsIt) {
+TEST_F(Setcfg, IsInstalledWhereTheLibraryCallsIt) {
   const std::string staging = outputs_.path("staging");
   mustRun({"cmake", "--install", KOLUM_BINARY_DIR, "--component", "appliance"},
           {.environment = {{"DESTDIR", staging}}});
