@@ -1,4 +1,4 @@
-// Every answer that the library gives about a file, as text: what two builds are compared by.
+// Every answer of the library about a file, as text, to compare two builds.
 #ifndef KOLUM_TESTS_ANSWERS_ANSWERS_H
 #define KOLUM_TESTS_ANSWERS_ANSWERS_H
 
@@ -6,8 +6,8 @@
 
 namespace kolum::test {
 
-// One line per value: "entry point.output value". Outputs are preset with a pattern, so that one
-// that stays untouched shows. Debug lines on standard output are not part of it.
+// One line per value: "entry point.output value". Outputs are preset with a pattern, so that
+// untouched ones are visible. Debug lines on standard output are not included.
 std::string answersAbout(const std::string& path);
 
 }  // namespace kolum::test

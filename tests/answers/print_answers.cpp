@@ -1,5 +1,5 @@
-// print_answers: prints every answer of the library about the files whose names come on standard
-// input, one per line. Two builds that print the same give hosts the same.
+// print_answers: prints every answer of the library about the files whose names it reads from
+// standard input, one per line. If two builds print the same, hosts get the same answers from both.
 #include <fcntl.h>
 #include <unistd.h>
 

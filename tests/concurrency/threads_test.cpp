@@ -82,7 +82,7 @@ std::string described(const std::string& path) {
   return text + " " + std::to_string(time);
 }
 
-std::string heard(const std::string& path) {
+std::string songAnswers(const std::string& path) {
   uint32_t numbers[8] = {};
   int32_t signedNumbers[2] = {};
   char profile[16] = {};
@@ -93,7 +93,7 @@ std::string heard(const std::string& path) {
   return std::to_string(result) + bytesOf(numbers) + bytesOf(signedNumbers) + profile;
 }
 
-std::string seen(const std::string& path) {
+std::string photoAnswers(const std::string& path) {
   uint32_t width = 0;
   uint32_t height = 0;
   GetPhotoHW(path.c_str(), &width, &height);
@@ -135,11 +135,11 @@ TEST(Threads, ProbeIndependently) {
   std::vector<Question> questions;
   for (const std::string& video : {turned, ts, mkv, broken}) {
     for (std::string (*const ask)(const std::string&) :
-         {probed, described, boxesOf, keyFrameOf, heard})
+         {probed, described, boxesOf, keyFrameOf, songAnswers})
       questions.push_back([ask, video] { return ask(video); });
   }
-  questions.push_back([song] { return heard(song); });
-  questions.push_back([photo] { return seen(photo); });
+  questions.push_back([song] { return songAnswers(song); });
+  questions.push_back([photo] { return photoAnswers(photo); });
   askFromManyThreads(questions, 3);
 }
 

@@ -1,7 +1,7 @@
-// Every step with its first, second, third, ... allocation failing, until it makes no more.
+// Runs every step with its first, second, third, ... allocation failing, until none is left.
 //
-// What fails are the C++ allocations of the library and of the libraries written in C++ that it
-// uses, and the library's own calls of malloc() and calloc() (through the linker's --wrap).
+// The allocations that fail are those by operator new in the library and in the C++ libraries that
+// it uses, and the library's own calls of malloc() and calloc() (through the linker's --wrap).
 #include <gtest/gtest.h>
 #include <pthread.h>
 
@@ -16,11 +16,11 @@
 namespace {
 
 constexpr int kNever = -1;
-// The number of allocations that still succeed, of this thread.
+// The number of allocations of this thread that still succeed.
 thread_local int allocationsLeft = kNever;
 thread_local bool hasFailed = false;
 
-// Programs that a step starts are not meant.
+// Processes that a step starts are not affected.
 [[maybe_unused]] const int kForksAreSpared =
     pthread_atfork(nullptr, nullptr, [] { allocationsLeft = kNever; });
 
@@ -30,7 +30,7 @@ bool mayAllocate() {
     --allocationsLeft;
     return true;
   }
-  // One fails, and what deals with that finds memory again.
+  // Only one fails, so that handling the failure can allocate.
   allocationsLeft = kNever;
   hasFailed = true;
   return false;
@@ -39,8 +39,8 @@ bool mayAllocate() {
 }  // namespace
 
 extern "C" {
-// TagLib loses what it was making when memory ran out. That is not ours to mend, and what is ours
-// is told apart by its stack.
+// TagLib itself leaks when memory runs out. Leaks of this project are still found, because their
+// stacks do not include TagLib.
 const char* __lsan_default_suppressions() {
   return "leak:libtag.so";
 }
@@ -86,7 +86,7 @@ namespace kolum::test {
 
 namespace {
 
-// How many of a step's allocations were made to fail.
+// Fails each allocation of a step in turn; returns how many there were.
 int failEachAllocation(const Step& step) {
   constexpr int kMost = 5000;
   for (int n = 0; n < kMost; ++n) {
@@ -95,19 +95,19 @@ int failEachAllocation(const Step& step) {
     const bool isDone = runDisturbed(
         step, [n] { allocationsLeft = n; }, [] { allocationsLeft = kNever; });
     if (!hasFailed) {
-      EXPECT_TRUE(isDone) << "undisturbed";
+      EXPECT_TRUE(isDone) << "no allocation failed";
       return n;
     }
   }
-  ADD_FAILURE() << "no end of allocations";
+  ADD_FAILURE() << "too many allocations";
   return kMost;
 }
 
-TEST(AllocationFaults, EachLeavesNothingBehindAndTheStepWorkingAfterwards) {
-  inWorkshop([] {
+TEST(AllocationFaults, LeaveNothingBehindAndTheStepWorking) {
+  inPreparedSandbox([] {
     for (const Step& step : steps()) {
       SCOPED_TRACE(step.name);
-      // Mounting takes its time, and what is inside the image is probed like any file.
+      // Mounting is slow, and the content of an image is probed like any other file.
       if ((step.needs & kMounts) != 0) continue;
       std::printf("%s\n", step.name.c_str());
       std::fflush(stdout);
@@ -119,8 +119,8 @@ TEST(AllocationFaults, EachLeavesNothingBehindAndTheStepWorkingAfterwards) {
   });
 }
 
-TEST(AllocationFaults, OfADiscImageLeaveNoMount) {
-  inWorkshop([] {
+TEST(AllocationFaults, LeaveNoMountOfDiscImage) {
+  inPreparedSandbox([] {
     for (const Step& step : steps()) {
       if ((step.needs & kMounts) == 0) continue;
       SCOPED_TRACE(step.name);

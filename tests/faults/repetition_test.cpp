@@ -1,4 +1,4 @@
-// Hosts run for months: what a step leaves in memory adds up, and so do threads.
+// Hosts run for months, so leaked memory and threads add up.
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -23,13 +23,13 @@ std::ptrdiff_t threads() {
   return std::distance(fs::directory_iterator("/proc/self/task"), {});
 }
 
-// In blocks in use, so that the answer is exact.
+// Counts allocated blocks, so that the result is exact.
 long memoryInUse() {
   const struct mallinfo2 info = mallinfo2();
   return static_cast<long>(info.uordblks + info.hblkhd);
 }
 
-// What so many calls of a step take.
+// The growth of memory over TIMES calls of a step.
 long growth(const Step& step, int times) {
   const long before = memoryInUse();
   for (int i = 0; i < times; ++i) {
@@ -39,9 +39,9 @@ long growth(const Step& step, int times) {
   return memoryInUse() - before;
 }
 
-// The allocator's caches hold back some blocks of FFmpeg's threads now and then, and give some out
-// again, so not every round tells; but a step that keeps the smallest block each time takes more
-// than half of that much in every one.
+// The allocator's caches sometimes keep or reuse blocks of FFmpeg's threads, so single rounds vary;
+// but a step that leaks even the smallest block on each call exceeds half of that sum in every
+// round.
 bool keepsNothing(const Step& step) {
   constexpr int kRounds = 20;
   constexpr int kCalls = 50;
@@ -51,9 +51,9 @@ bool keepsNothing(const Step& step) {
   return false;
 }
 
-TEST(Repetition, OfAnyStepTakesNoMemoryAndNoThread) {
-  if (kIsSanitized) GTEST_SKIP() << "sanitizers keep books of their own in memory";
-  inWorkshop([] {
+TEST(Repetition, LeaksNoMemoryAndNoThreads) {
+  if (kIsSanitized) GTEST_SKIP() << "sanitizers allocate memory for themselves";
+  inPreparedSandbox([] {
     for (const Step& step : steps()) {
       if ((step.needs & kMounts) != 0) continue;
       SCOPED_TRACE(step.name);

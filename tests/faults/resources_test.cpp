@@ -1,4 +1,4 @@
-// Every step without descriptors, processes, space and readable bytes.
+// Runs every step short of descriptors, processes, memory, disk space and readable bytes.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <kolum/kolum.h>
@@ -23,7 +23,7 @@ namespace kolum::test {
 
 namespace {
 
-// The lowest limit of a kind while it lives.
+// Limits a resource while it exists.
 class Limit {
  public:
   Limit(__rlimit_resource kind, rlim_t value) : kind_(kind) {
@@ -59,13 +59,13 @@ rlim_t lowestFreeDescriptor() {
   return static_cast<rlim_t>(lowest);
 }
 
-TEST(DescriptorFaults, EachLeavesNothingBehindAndTheStepWorkingAfterwards) {
-  inWorkshop([] {
+TEST(DescriptorFaults, LeaveNothingBehindAndTheStepWorking) {
+  inPreparedSandbox([] {
     constexpr rlim_t kMost = 8;
     for (const Step& step : steps()) {
       SCOPED_TRACE(step.name);
 #ifdef __SANITIZE_ADDRESS__
-      // The first look at an object of a type takes the sanitizer descriptors of its own.
+      // On first use of a type the sanitizer opens descriptors.
       EXPECT_TRUE(runUndisturbed(step));
 #endif
       const rlim_t lowest = lowestFreeDescriptor();
@@ -81,10 +81,10 @@ TEST(DescriptorFaults, EachLeavesNothingBehindAndTheStepWorkingAfterwards) {
   });
 }
 
-// Root is not bound by the limit, so the process becomes nobody, who cannot mount.
-TEST(ProcessFaults, FailWhatNeedsAProgramAndNothingElse) {
+// The limit does not apply to root, so the process becomes nobody, who cannot mount.
+TEST(ProcessFaults, FailOnlyStepsThatNeedPrograms) {
   if (geteuid() != 0) GTEST_SKIP() << "needs root";
-  inWorkshop([] {
+  inPreparedSandbox([] {
     for (const auto& entry : fs::recursive_directory_iterator(kDataVolume))
       fs::permissions(entry, fs::perms::all);
     constexpr uid_t kNobody = 65534;
@@ -108,11 +108,11 @@ TEST(ProcessFaults, FailWhatNeedsAProgramAndNothingElse) {
   });
 }
 
-TEST(MemoryFaults, LeaveNothingBehindWhateverIsMissing) {
+TEST(MemoryFaults, LeaveNothingBehindAtAnyLimit) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "sanitizers need more address space than any limit leaves";
 #else
-  inWorkshop([] {
+  inPreparedSandbox([] {
     std::ifstream statm("/proc/self/statm");
     rlim_t pages = 0;
     statm >> pages;
@@ -127,9 +127,9 @@ TEST(MemoryFaults, LeaveNothingBehindWhateverIsMissing) {
 #endif
 }
 
-TEST(FileSizeFaults, FailWhatWritesAndNothingElse) {
-  inWorkshop([] {
-    // Writers get an error in place of the signal.
+TEST(FileSizeFaults, FailOnlyStepsThatWrite) {
+  inPreparedSandbox([] {
+    // Writers get an error instead of the signal.
     signal(SIGXFSZ, SIG_IGN);
     for (const Step& step : steps()) {
       if ((step.needs & kMounts) != 0) continue;
@@ -150,7 +150,7 @@ class FullVolume {
   FullVolume(const FullVolume&) = delete;
   FullVolume& operator=(const FullVolume&) = delete;
 
-  // Takes all that is left. Files already there stay, and nothing more goes into them.
+  // Fills the volume. Existing files stay, but cannot grow.
   void fill() const {
     const std::string folder = folder_;
     std::ofstream(folder + "/filler") << std::string(128 << 10, 'x') << std::flush;
@@ -169,8 +169,8 @@ void copyTree(const std::string& from, const std::string& to) {
   fs::copy(from, to, fs::copy_options::recursive | fs::copy_options::overwrite_existing);
 }
 
-TEST(FullVolumeFaults, FailWhatWritesAndKeepWhatWasThere) {
-  inWorkshop([] {
+TEST(FullVolumeFaults, FailStepsThatWriteAndKeepExistingFiles) {
+  inPreparedSandbox([] {
     copyTree(kDataVolume, "/kept");
     const FullVolume volume(kDataVolume);
     copyTree("/kept", kDataVolume);
@@ -188,9 +188,9 @@ TEST(FullVolumeFaults, FailWhatWritesAndKeepWhatWasThere) {
   });
 }
 
-// An image needs a folder to be mounted on.
-TEST(FullVolumeFaults, KeepDiscImagesUnmounted) {
-  inWorkshop([] {
+// A full volume has no room for the mount folder.
+TEST(FullVolumeFaults, LeaveDiscImagesUnmounted) {
+  inPreparedSandbox([] {
     const FullVolume volume("/tmp");
     for (const Step& step : steps()) {
       if ((step.needs & kMounts) == 0) continue;
@@ -202,11 +202,11 @@ TEST(FullVolumeFaults, KeepDiscImagesUnmounted) {
   });
 }
 
-// The tools of the working path when something is wrong with them, and with the path itself.
-TEST(WorkingPathFaults, FailWhatNeedsItsToolsAndNothingElse) {
+// Faults of the tools in the working path, and of the path itself.
+TEST(WorkingPathFaults, FailOnlyStepsThatNeedItsTools) {
   struct Fault {
     const char* name;
-    const char* script;  // of both tools; null for none
+    const char* script;  // of both tools; null if they are missing
     bool isExecutable;
   };
   constexpr Fault kFaults[] = {
@@ -219,7 +219,7 @@ TEST(WorkingPathFaults, FailWhatNeedsItsToolsAndNothingElse) {
       {"no text", "head -c 100000 /dev/urandom", true},
       {"complains at length", "yes | head -c 1000000 >&2; exit 3", true},
   };
-  inWorkshop([&] {
+  inPreparedSandbox([&] {
     fs::create_directory("/broken");
     for (const Fault& fault : kFaults) {
       SCOPED_TRACE(fault.name);
@@ -242,8 +242,8 @@ TEST(WorkingPathFaults, FailWhatNeedsItsToolsAndNothingElse) {
   });
 }
 
-TEST(WorkingPathFaults, OfThePathItselfAreThoseOfAMissingTool) {
-  inWorkshop([] {
+TEST(WorkingPathFaults, FailLikeMissingToolsForABadPath) {
+  inPreparedSandbox([] {
     const std::string long_(PATH_MAX, 'x');
     for (const char* path : {"/nowhere/", "/files/video.mp4/", "/tools", "'; exit 0; '",
                              "/tools/\xff\xfe/", long_.c_str()}) {
@@ -258,7 +258,7 @@ TEST(WorkingPathFaults, OfThePathItselfAreThoseOfAMissingTool) {
   });
 }
 
-// Opens like any file, and fails at the first read.
+// Can be opened, but the first read fails.
 constexpr char kUnreadable[] = "/proc/self/mem";
 
 TEST(ReadFaults, FailEveryReader) {
@@ -274,7 +274,7 @@ TEST(ReadFaults, FailEveryReader) {
     unsigned number = 7;
     EXPECT_EQ(GetMp4SubFormat(kUnreadable, &number), 1);
     EXPECT_EQ(number, 0U);
-    // Neither an index nor a box was found.
+    // No box was found.
     EXPECT_EQ(CheckMp4MoovAtEnd(kUnreadable), 0);
     number = 7;
     EXPECT_EQ(ProbeTsPacketSize(kUnreadable, &number), 1);

@@ -49,7 +49,7 @@ std::string photoFile() {
   return media("faults.jpg", "-f lavfi -i testsrc2=size=64x48 -frames:v 1");
 }
 
-// Of a process of its own, which no fault of the test's process reaches.
+// Runs in its own process, so that faults in the test's process do not affect it.
 class ServerProcess {
  public:
   ServerProcess() : process_(fork()) {
@@ -65,7 +65,7 @@ class ServerProcess {
 
  private:
   [[noreturn]] static void serve() {
-    // Not to outlive a test that crashes.
+    // It must not outlive a test that crashes.
     prctl(PR_SET_PDEATHSIG, SIGKILL);
     const RunningEchoServer server(MediaLibrary::LUM::wire::kSocketPath);
     while (true) pause();
@@ -74,7 +74,7 @@ class ServerProcess {
   pid_t process_;
 };
 
-void furnish(const std::string& image) {
+void prepareSandbox(const std::string& image) {
   fs::create_directories(kFolder);
   fs::copy_file(videoFile(), kVideo);
   fs::copy_file(photoFile(), kPhoto);
@@ -85,7 +85,7 @@ void furnish(const std::string& image) {
   writeRootFile("/files/answer.xml", kSongAnswer);
   if (!image.empty()) fs::create_symlink(image, "/files/disc.iso");
   writeTool("/tools/dsf2flac", "exec cat /files/answer.xml");
-  // The source's name stands behind "-i", the target's at the end.
+  // The source's name follows "-i", and the target's is last.
   writeTool("/tools/ffmpeg", "for last; do :; done; exec cp \"$3\" \"$last\"");
   writeTool("/usr/local/sbin/convert", "exit 1");
   fs::copy_file(KOLUM_SETCFG, "/sbin/setcfg", fs::copy_options::overwrite_existing);
@@ -192,7 +192,7 @@ bool readsConfig() {
   return parseConfig(&cfg) == 0;
 }
 
-// Album art is made from a source that is gone afterwards.
+// Making album art deletes its source.
 void putSource() {
   std::error_code ignored;
   const std::string folder = std::string(kMusic) + "artist";
@@ -249,7 +249,7 @@ std::vector<Step> steps() {
       {"key frame", findsKeyFrame, kDescriptors},
       {"song", readsSong, kDescriptors},
       {"DSD texts", readsDsdTexts, kDescriptors | kPrograms | kWorkingPath},
-      // FFmpeg alone is enough.
+      // This needs no tools: FFmpeg is enough.
       {"DSD record", readsDsdRecord, kDescriptors},
       {"DSD numbers",
        [] {
@@ -284,7 +284,7 @@ std::vector<Step> steps() {
          LUM_IsTranscodeFileExist(kMusic, "video.mp4");
          return true;
        }},
-      // That it could not write a stamp is nothing that it tells.
+      // It succeeds even if it cannot write the stamp.
       {"stamp", [] { return saveLastBuildTime(kThumbLastBuildTime) == 0; }},
       {"thumbnail folder", [] { return removeSystemThumbnail(".system/thumb") == 0; }},
       {"configuration", readsConfig, kDescriptors},
@@ -292,28 +292,28 @@ std::vector<Step> steps() {
        kPrograms | kSpace},
       {"command", sendsCommand, kDescriptors},
       {"place", looksUpPlace, kDescriptors | kPrograms},
-      // A program that cannot be started counts as a success.
+      // It succeeds even if the program cannot be started.
       {"program", runsProgram},
       {"copy", [] { return copyAndChmod(kPhoto, "/data/copy.jpg") == 0; }, kPrograms},
   };
   if (fs::exists("/files/disc.iso")) {
     all.push_back(
-        {"disc image, told apart", [] { return probesRecord("disc.iso"); }, kPrograms | kMounts});
+        {"disc image, recognised", [] { return probesRecord("disc.iso"); }, kPrograms | kMounts});
     all.push_back({"disc image, opened", [] { return probesFlat("disc.iso"); },
                    kDescriptors | kPrograms | kMounts});
   }
   return all;
 }
 
-void inWorkshop(const std::function<void()>& body) {
+void inPreparedSandbox(const std::function<void()>& body) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
-  // Made outside, where they are kept.
+  // Made outside the sandbox, so that they are kept.
   videoFile();
   photoFile();
   const std::string image =
       loopMountUnavailable() ? "" : discImage(discRoot(dvdFolder()), "dvd.iso");
   runInAppliance([&] {
-    furnish(image);
+    prepareSandbox(image);
     const ServerProcess server;
     body();
   });

@@ -1,4 +1,4 @@
-// What the library does, one step an entry point, to be disturbed by the tests of this folder.
+// The library's operations, one step per entry point, which the tests in this folder disturb.
 #ifndef KOLUM_TESTS_FAULTS_STEPS_H
 #define KOLUM_TESTS_FAULTS_STEPS_H
 
@@ -10,14 +10,14 @@
 
 namespace kolum::test {
 
-// What a step cannot do without.
+// What a step needs.
 enum Need : unsigned {
   kNothing = 0,
   kDescriptors = 1,
   kPrograms = 2,
   kSpace = 4,
   kMounts = 8,
-  kWorkingPath = 16,  // the tools in the folder that KoLUM_Init is told
+  kWorkingPath = 16,  // the tools in the folder that KoLUM_Init gets
 };
 
 struct Step {
@@ -27,20 +27,20 @@ struct Step {
   std::function<void()> prepare = [] {};  // before each call, undisturbed
 };
 
-// The steps, once the sandbox is furnished with all that they need: files, tools, a data volume
-// and a server.
+// The steps. They need the files, tools, data volume and server of inPreparedSandbox().
 std::vector<Step> steps();
 
-// Folders of the furnished sandbox.
+// Folders in the sandbox of inPreparedSandbox().
 inline constexpr char kDataVolume[] = "/data";
 inline constexpr char kMusic[] = "/data/music/";
 inline constexpr char kTools[] = "/tools/";  // the working path
 
-// A shell script that can be called.
+// Writes an executable shell script.
 void writeTool(const std::string& path, const std::string& script);
 
-// Runs BODY in a furnished sandbox; skips the test where none can be had.
-void inWorkshop(const std::function<void()>& body);
+// Runs BODY in a sandbox with everything that the steps need; skips the test if no sandbox is
+// possible.
+void inPreparedSandbox(const std::function<void()>& body);
 
 // Runs PREPARE and then the step, with DISTURB before it and RESTORE after it.
 bool runDisturbed(const Step& step, const std::function<void()>& disturb,

@@ -178,17 +178,17 @@ TEST(GetAudioMetadata, AgreesWithFfprobe) {
   for (const Row& row : kRows) {
     SCOPED_TRACE(row.name);
     const std::string path = tone(row.name, row.arguments);
-    const auto told = ffprobe(path);
-    const auto& stream = told["streams"][0];
+    const auto probed = ffprobe(path);
+    const auto& stream = probed["streams"][0];
     const Song song = probe(path);
-    EXPECT_EQ(song.containerBitRate, number(told["format"], "bit_rate"));
+    EXPECT_EQ(song.containerBitRate, number(probed["format"], "bit_rate"));
     EXPECT_EQ(song.bitRate, number(stream, "bit_rate"));
     EXPECT_EQ(song.sampleRate, number(stream, "sample_rate"));
     EXPECT_EQ(song.channels, number(stream, "channels"));
     // ffprobe reports the codec's bits if the codec has a fixed number, but not the file's.
     const long long bits = number(stream, "bits_per_sample");
     EXPECT_EQ(song.bitsPerSample, bits != 0 ? bits : song.bitsPerSample);
-    const double duration = std::stod(told["format"].value("duration", "0"));
+    const double duration = std::stod(probed["format"].value("duration", "0"));
     EXPECT_EQ(song.durationSec, duration > 0 ? static_cast<uint32_t>(duration) : kUntouched);
   }
 }

@@ -719,8 +719,7 @@ TEST_F(GetDsfMetadataTest, ReadsDffFiles) {
   const songObject_st song = songOf(files_.folder(), "song.dff");
   EXPECT_STREQ(song.title, "Tool Title");
   EXPECT_STREQ(song.artist, "Artist");
-  EXPECT_EQ(song.containerFormat, static_cast<uint32_t>(FORMAT_DSF))
-      << "hosts store .dff files as DSF";
+  EXPECT_EQ(song.containerFormat, static_cast<uint32_t>(FORMAT_DSF)) << "also for .dff files";
 }
 
 TEST_F(GetDsfMetadataTest, FailsPartlyFilledIfFfmpegCannotOpenTheFile) {

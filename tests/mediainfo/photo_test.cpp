@@ -75,14 +75,14 @@ TEST(Photo, HasSizeAndPixelFormatInEveryContainer) {
     SCOPED_TRACE(row.name);
     const std::string path =
         media(row.name, std::string("-f lavfi -i testsrc=s=202x130 -frames:v 1 ") + row.arguments);
-    const Size told = size(path);
-    EXPECT_EQ(told.result, 0U);
-    EXPECT_EQ(told.width, 202U);
-    EXPECT_EQ(told.height, 130U);
+    const Size answer = size(path);
+    EXPECT_EQ(answer.result, 0U);
+    EXPECT_EQ(answer.width, 202U);
+    EXPECT_EQ(answer.height, 130U);
     const PixelFormat format = pixelFormat(path);
     EXPECT_EQ(format.result, 0U);
     EXPECT_EQ(format.value, row.format);
-    EXPECT_EQ(ffprobe(path)["streams"][0]["width"], told.width);
+    EXPECT_EQ(ffprobe(path)["streams"][0]["width"], answer.width);
   }
 }
 
@@ -106,9 +106,9 @@ TEST(Photo, IsTheFirstVideoStream) {
 
 TEST(Photo, SucceedsWithoutOutputForFileWithoutPicture) {
   const std::string path = media("no-picture.wav", "-f lavfi -i sine=d=1");
-  const Size told = size(path);
-  EXPECT_EQ(told.result, 0U);
-  expectUntouched(told);
+  const Size answer = size(path);
+  EXPECT_EQ(answer.result, 0U);
+  expectUntouched(answer);
   EXPECT_EQ(pixelFormat(path).result, 0U);
   EXPECT_EQ(pixelFormat(path).value, kNoPicture);
 }

@@ -37,8 +37,8 @@ const std::string kSourceFolder = KOLUM_TEST_SOURCE_FOLDER;
 
 // Where the sandbox is assembled, in its own mount namespace: a folder that exists everywhere, so
 // that none has to be made and removed.
-const std::string kWorkshop = "/tmp";
-const std::string kNewRoot = kWorkshop + "/root";
+const std::string kAssembly = "/tmp";
+const std::string kNewRoot = kAssembly + "/root";
 
 // Folders that are not overlaid: the system's, and /tmp, which starts empty.
 constexpr std::array kSystemFolders = {"/dev", "/proc", "/sys"};
@@ -153,7 +153,7 @@ class RootBuilder {
   bool tryOverlay(const std::string& path) {
     // These separate the options of an overlay.
     if (path.find_first_of(",:\\") != std::string::npos) return false;
-    const std::string layers = kWorkshop + "/" + std::to_string(overlays_++);
+    const std::string layers = kAssembly + "/" + std::to_string(overlays_++);
     const auto depth = path == "/" ? 0 : std::count(path.begin(), path.end(), '/');
     takeOverFolders(path, layers + "/upper", levelsToTakeOver_ - static_cast<int>(depth));
     fs::create_directory(layers + "/work");
@@ -242,7 +242,7 @@ void enterSandbox() {
   const HeldFolder build(kBuildFolder);
 
   RootBuilder root(isMachineRoot);
-  mountOrFail("tmpfs", kWorkshop, "tmpfs", 0, "size=512m");
+  mountOrFail("tmpfs", kAssembly, "tmpfs", 0, "size=512m");
   root.build();
   for (const std::string folder : kSystemFolders)
     mountOrFail(folder, kNewRoot + folder, nullptr, MS_BIND | MS_REC);

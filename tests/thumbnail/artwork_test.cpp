@@ -428,11 +428,11 @@ TEST(CheckMusicAlbumArt, RunsNothingForNamesWithQuotes) {
        {"UNKNOWN's", "UNKNOWN''s", "UNKNOWN'; echo hello > \"$HOME\"; '"}) {
     SCOPED_TRACE(artist);
     inAppliance([&](Appliance& appliance) {
-      setenv("HOME", "/tmp/told", 1);
+      setenv("HOME", "/tmp/ran", 1);
       appliance.put(file, artist + "/@_album.jpg");
       EXPECT_EQ(appliance.albumArt(artist, "Album"), 0);
       EXPECT_TRUE(runs().empty());
-      EXPECT_FALSE(fs::exists("/tmp/told"));
+      EXPECT_FALSE(fs::exists("/tmp/ran"));
     });
   }
 }
@@ -442,15 +442,15 @@ TEST(CheckMusicAlbumArt, EscapesTheBaseFolderForTheShell) {
   const std::string file = picture("300x300", ".jpg");
   inAppliance([&](Appliance& appliance) {
     fs::remove(kFfmpeg);
-    const std::string folder = appliance.music.path("$(touch told)/");
-    appliance.put(file, "$(touch told)/artist/@_album.jpg");
+    const std::string folder = appliance.music.path("$(touch ran)/");
+    appliance.put(file, "$(touch ran)/artist/@_album.jpg");
     ASSERT_EQ(chdir("/tmp"), 0);
     EXPECT_EQ(LUM_CheckMusicAlbumArt(folder.c_str(), "a", "b", appliance.relPath.data()), 0);
     EXPECT_TRUE(runs().empty());
     EXPECT_EQ(LUM_CheckMusicAlbumArt(folder.c_str(), "artist", "album", appliance.relPath.data()),
               1);
-    EXPECT_EQ(appliance.sizeOf("$(touch told)/artist/album.jpg"), "252x252");
-    EXPECT_FALSE(fs::exists("/tmp/told"));
+    EXPECT_EQ(appliance.sizeOf("$(touch ran)/artist/album.jpg"), "252x252");
+    EXPECT_FALSE(fs::exists("/tmp/ran"));
   });
 }
 
