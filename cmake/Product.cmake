@@ -3,7 +3,8 @@
 add_custom_target(kolum-product)
 add_dependencies(kolum-product kolum kolum-tool kolum-man dsf2flac osm_info setcfg)
 
-# Without this check, installing would stop at the first missing file and leave earlier ones in place.
+# Without this check, installing would stop at the first missing file and leave earlier ones in
+# place.
 install(CODE "
   foreach(file IN ITEMS
       [==[$<TARGET_FILE:kolum>]==]

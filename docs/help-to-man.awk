@@ -1,6 +1,6 @@
-# Converts a command's --help to the sections of a manual page: NAME holds its first line, SYNOPSIS the
-# usage, DESCRIPTION what follows the options, then OPERANDS, OPTIONS, COMMANDS and EXAMPLES. With
-# nested=1 everything goes into the section of the parent command.
+# Converts a command's --help to the sections of a manual page: NAME holds its first line, SYNOPSIS
+# the usage, DESCRIPTION what follows the options, then OPERANDS, OPTIONS, COMMANDS and EXAMPLES.
+# With nested=1 everything goes into the section of the parent command.
 
 function escaped(text) {
   gsub(/\\/, "\\e", text)

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# make-man-pages.sh KOLUM VERSION FOLDER: generates a manual page for each command of the kolum program
-# from its --help, so that the two cannot differ. The page of kolum itself is written by hand (kolum.1);
-# only the list of commands replaces its line "COMMANDS".
+# make-man-pages.sh KOLUM VERSION FOLDER: generates a manual page for each command of the kolum
+# program from its --help, so that the two cannot differ. The page of kolum itself is written by
+# hand (kolum.1); only the list of commands replaces its line "COMMANDS".
 set -euo pipefail
 kolum=$1 version=$2 folder=$3
 here=$(cd "$(dirname "$0")" && pwd)

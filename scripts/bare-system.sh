@@ -68,9 +68,9 @@ clone_project() {
 }
 
 # inside COMMAND [ARGUMENT...]: as root in the system, with a minimal environment. It uses a mount
-# namespace with pivot_root rather than a chroot, because the tests make namespaces there, and because
-# every mount ends with it. It has its own /dev/shm, because the library's semaphores belong to
-# whoever made them first. Downloaded packages are kept for the next system.
+# namespace with pivot_root rather than a chroot, because the tests make namespaces there, and
+# because every mount ends with it. It has its own /dev/shm, because the library's semaphores belong
+# to whoever made them first. Downloaded packages are kept for the next system.
 inside() {
   local variable environment=("HOME=/root" "PATH=$kPath" "TERM=${TERM:-dumb}" "root=$root" "archives=$archives")
   for variable in http_proxy https_proxy no_proxy; do

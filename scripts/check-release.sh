@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # check-release.sh RELEASE: follows the README like a newcomer on that Debian release (bookworm,
-# trixie, sid, ...), in bare systems: once as a user with sudo, in a folder with spaces below /tmp, where
-# root then runs the tests, too; and once as root, installing and packaging what ./run has built.
+# trixie, sid, ...), in bare systems: once as a user with sudo, in a folder with spaces below /tmp,
+# where root then runs the tests, too; and once as root, installing and packaging what ./run has
+# built.
 # check-release.sh RELEASE COMMAND [ARGUMENT...]: runs COMMAND as root in a kept system of that
 # release, so that a second run is quick.
 # Needs root and debootstrap; scripts/bare-system.sh makes the systems.

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# coverage.sh BUILD_FOLDER: runs the suite of a build with KOLUM_COVERAGE and prints per file of src/
-# which lines it does not reach, then the output of ctest. Fails if fewer than 95 % of the lines are
-# reached.
+# coverage.sh BUILD_FOLDER: runs the suite of a build with KOLUM_COVERAGE and prints per file of
+# src/ which lines it does not reach, then the output of ctest. Fails if fewer than 95 % of the
+# lines are reached.
 set -euo pipefail
 folder=$1
 find "$folder" -name '*.gcda' -delete

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# fuzz-seeds.sh FOLDER: makes the fuzzers' seeds in FOLDER, with a folder per fuzzer. Does nothing if
-# they exist.
+# fuzz-seeds.sh FOLDER: makes the fuzzers' seeds in FOLDER, with a folder per fuzzer. Does nothing
+# if they exist.
 set -euo pipefail
 [ $# -eq 1 ] || { echo "usage: fuzz-seeds.sh FOLDER" >&2; exit 2; }
 [ -e "$1/.complete" ] && exit 0

@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # fuzz.sh BUILD_FOLDER SECONDS [NAME...]: runs the fuzzers (all, or those named: "dsd", "xml") for
-# SECONDS each, two at a time. They start from the seeds made here and from the corpus of earlier runs
-# in this build folder.
+# SECONDS each, two at a time. They start from the seeds made here and from the corpus of earlier
+# runs in this build folder.
 set -euo pipefail
 folder=$1
 seconds=$2

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# make-deb.sh: builds the Debian packages libkolum1, libkolum-dev and kolum from the current commit into
-# build/deb, and checks them with lintian.
+# make-deb.sh: builds the Debian packages libkolum1, libkolum-dev and kolum from the current commit
+# into build/deb, and checks them with lintian.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 . scripts/setup.sh

@@ -1,6 +1,7 @@
 #!/usr/bin/env bash
-# make-samples.sh FOLDER: makes a small library of real media in FOLDER unless it is there already: videos,
-# songs, photos, a DSD song and a DVD folder. Existing files of these names are replaced; everything else stays.
+# make-samples.sh FOLDER: makes a small library of real media in FOLDER unless it is there already:
+# videos, songs, photos, a DSD song and a DVD folder. Existing files of these names are replaced;
+# everything else stays.
 set -euo pipefail
 [ $# -eq 1 ] || { echo "usage: make-samples.sh FOLDER" >&2; exit 2; }
 

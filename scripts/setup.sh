@@ -17,7 +17,8 @@ require_buildable_folder() {
 }
 require_buildable_folder
 
-# The number of this Debian release. Testing and sid have no number and count as newer than all others.
+# The number of this Debian release. Testing and sid have no number and count as newer than all
+# others.
 debian_release() {
   local VERSION_ID=
   [ ! -r "$kOsRelease" ] || . "$kOsRelease"
@@ -83,7 +84,8 @@ configure() {
   return 1
 }
 
-# build PRESET [TARGET...]: configures if necessary (later, Ninja reconfigures by itself) and builds quietly.
+# build PRESET [TARGET...]: configures if necessary (later, Ninja reconfigures by itself) and builds
+# quietly.
 build() {
   local preset=$1 dir=build/$1 log
   shift
@@ -95,8 +97,8 @@ build() {
   fi
 }
 
-# build_product: the release build of everything that gets installed, without the tests and the packages
-# that they need. If tests are configured already, they stay.
+# build_product: the release build of everything that gets installed, without the tests and the
+# packages that they need. If tests are configured already, they stay.
 build_product() {
   is_configured build/release || configure release -DKOLUM_BUILD_TESTS=OFF
   build release kolum-product

@@ -1,5 +1,6 @@
 #!/bin/sh
-# check_symbols.sh LIBRARY LIST: compares the library's exported dynamic symbols with the checked-in list.
+# check_symbols.sh LIBRARY LIST: compares the library's exported dynamic symbols with the checked-in
+# list.
 # To accept a change: check_symbols.sh --write LIBRARY LIST
 set -eu
 symbols() { nm -D --defined-only "$1" | awk '{ print $3 }' | LC_ALL=C sort -u; }

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check_completion.sh KOLUM SOURCE-FOLDER: checks that bash, zsh and fish offer what the parser accepts, and
-# files with any name. It runs the real shells, with a temporary home.
+# check_completion.sh KOLUM SOURCE-FOLDER: checks that bash, zsh and fish offer what the parser
+# accepts, and files with any name. It runs the real shells, with a temporary home.
 set -euo pipefail
 kolum=$1 source=$2
 scripts=$source/tools/kolum/completion

@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: checks that every command has a manual page, a
-# section in docs/tool.md and an example in its help.
+# check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: checks that every command has a manual
+# page, a section in docs/tool.md and an example in its help.
 set -euo pipefail
 kolum=$1 source=$2 man=$3
 failures=0
@@ -8,7 +8,8 @@ fail() { printf '%s\n' "$*"; failures=$((failures + 1)); }
 
 commands_of() { awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit } on { print $1 }'; }
 
-# Languages are numbered by their position in the library's list, so all lists must have the same order.
+# Languages are numbered by their position in the library's list, so all lists must have the same
+# order.
 languages_in() { sed -n '/ kLanguages\[\] = {/,/^};/p' "$source/$1"; }
 known=$(languages_in src/geocode/osm_answer.cpp | grep -o '"[a-z-]*"' | tr -d '"')
 [ "$(wc -l <<<"$known")" = 23 ] || fail "languages: $known"

@@ -1,6 +1,6 @@
 #!/bin/sh
-# check_install.sh BUILD-FOLDER SOURCE-FOLDER SAMPLES: installs into a fresh folder; the installation must
-# be self-contained and relocatable.
+# check_install.sh BUILD-FOLDER SOURCE-FOLDER SAMPLES: installs into a fresh folder; the
+# installation must be self-contained and relocatable.
 set -eu
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT

@@ -1,13 +1,14 @@
 #!/usr/bin/env bash
-# check_packages.sh SOURCE-FOLDER: checks which packages scripts/packages.txt selects on old and new releases,
-# including those without a number.
+# check_packages.sh SOURCE-FOLDER: checks which packages scripts/packages.txt selects on old and new
+# releases, including those without a number.
 set -euo pipefail
 cd -- "$1"
 . scripts/setup.sh
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 
-# expect_package PACKAGE OS-RELEASE-LINE...: PACKAGE must be the only TagLib package that is selected.
+# expect_package PACKAGE OS-RELEASE-LINE...: PACKAGE must be the only TagLib package that is
+# selected.
 expect_package() {
   local package=$1 wanted
   shift

@@ -8,7 +8,8 @@ trap 'rm -rf "$folder"' EXIT
 "$source/scripts/make-samples.sh" "$samples" >/dev/null
 failures=0
 
-# fits COMMAND ARGUMENT...: the output must fit; status 1 is allowed, as some runs fail for some files.
+# fits COMMAND ARGUMENT...: the output must fit; status 1 is allowed, as some runs fail for some
+# files.
 fits() {
   local output
   output=$("$kolum" "$@" --json) || [ $? -eq 1 ]

@@ -1,5 +1,6 @@
-# zsh_candidates.zsh FOLDER LINE: prints what zsh offers at the end of LINE with the completion in FOLDER,
-# one per line. A separate zsh at a pseudo-terminal completes; its compadd records what is added.
+# zsh_candidates.zsh FOLDER LINE: prints what zsh offers at the end of LINE with the completion in
+# FOLDER, one per line. A separate zsh at a pseudo-terminal completes; its compadd records what is
+# added.
 emulate -R zsh
 zmodload zsh/zpty zsh/zselect
 export ZDOTDIR=$(mktemp -d) COMPLETIONS=$1
