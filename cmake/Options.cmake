@@ -9,8 +9,7 @@ target_compile_options(kolum_options INTERFACE
   -Wall -Wextra -Wpedantic -Wconversion -Wshadow
   $<$<BOOL:${KOLUM_WARNINGS_AS_ERRORS}>:-Werror>)
 target_include_directories(kolum_options INTERFACE
-  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
-  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/src>)
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
 
 # GCC 12 falsely reports overlapping copies in ordinary string concatenation.
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_LESS 13)

@@ -5,14 +5,14 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "ipc/answer.h"
+#include "server/answer.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   namespace wire = MediaLibrary::LUM::wire;
-  kolum::ipc::Buffer buffer = {};
+  kolum::server::Buffer buffer = {};
   std::copy_n(data, std::min(size, wire::kAnswerReadMax), buffer.begin());
   MediaLibrary::LUM::SocketResp_t answer = {};
-  if (!kolum::ipc::takeAnswer(buffer, answer)) return 0;
+  if (!kolum::server::takeAnswer(buffer, answer)) return 0;
   if ((answer.data != nullptr) != (answer.length != 0)) std::abort();
   if (answer.data != nullptr) {
     const std::size_t room = wire::kAnswerTextMax + 1;

@@ -7,7 +7,7 @@
 #include <cstdlib>
 #include <string>
 
-#include "config/configParser.h"
+#include "config/config.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const int fd = memfd_create("configuration", MFD_CLOEXEC);
@@ -15,6 +15,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   if (fd < 0 || ftruncate(fd, 0) != 0) std::abort();
   if (pwrite(fd, data, size, 0) != static_cast<ssize_t>(size)) std::abort();
   lumCfg_s cfg{};
-  kolum::readConfigFiles(path, path, cfg);
+  kolum::config::readConfigFiles(path, path, cfg);
   return 0;
 }

@@ -6,7 +6,7 @@
 #include <span>
 #include <string>
 
-#include "video/dlna.h"
+#include "dlna/naming.h"
 
 namespace {
 
@@ -39,7 +39,7 @@ class Numbers {
 }  // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  using namespace kolum::video;
+  using namespace kolum::dlna;
   if (size == 0) return 0;
   Numbers numbers(data, size);
   const auto pick = [&numbers](const auto& list) {

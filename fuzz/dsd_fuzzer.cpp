@@ -5,15 +5,16 @@
 #include <cstdint>
 #include <cstdlib>
 
+#include "base/xml_node.h"
 #include "dsf2flac/document.h"
 #include "dsf2flac/dsd_file.h"
 #include "fuzz/memory_file.h"
-#include "mediainfo/dsf_tags.h"
-#include "xml/xml_node.h"
+#include "read/tags/dsf_tags.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const kolum::fuzz::MemoryFile file(data, size);
-  kolum::mediainfo::readDsfTags(file.path());
+  if (const auto source = kolum::media::Source::open(file.path()))
+    kolum::tags::readDsfTags(*source);
   const auto facts = kolum::dsf2flac::readDsdFile(file.path());
   if (!facts) return 0;
   // Whatever the tags hold, the library can read the tool's document.

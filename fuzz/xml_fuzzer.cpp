@@ -4,15 +4,15 @@
 #include <string_view>
 #include <utility>
 
-#include "mediainfo/dsf_tool.h"
-#include "xml/xml_node.h"
+#include "base/xml_node.h"
+#include "read/tags/dsd_tool.h"
 
 namespace {
 
 void readSong(std::string_view text) {
   XMLNode tag = XMLNode::parseString(text, "ID3TAG");
   if (tag.isEmpty()) return;
-  const kolum::mediainfo::DsfDocument document(std::move(tag));
+  const kolum::tags::DsdDocument document(std::move(tag));
   for (const char* element : {"TITLE", "ARTIST", "ALBUM"}) document.text(element);
   for (const char* element : {"YEAR", "TRACK", "DURATION", "CHANNEL", "FREQUENCY"})
     document.number(element);

@@ -96,7 +96,8 @@ class KOLUM_EXPORT UnixSocket {
   int Close() noexcept;
 
  private:
-  friend struct UnixSocketFields; /* how tests look at the fields */
+  friend struct UnixSocketAccess; /* how its operations reach the fields */
+  friend struct UnixSocketFields; /* how tests look at them */
 
   sockaddr_un m_sockAddr;   /* filled by Open, handed on whole */
   int m_socketFd;           /* -1: none */

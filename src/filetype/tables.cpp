@@ -3,11 +3,13 @@
 // A row's position is the file type's identity: classification reports it, and exclusion masks and
 // the configuration address it as a bit. Rows are never moved or removed; new ones go to the end.
 // Extensions are in lower case, with their dot, at most kLongestExtension characters.
-#include <kolum/filetype.h>
+#include "filetype/tables.h"
+
 #include <kolum/identifiers.h>
 
-#include <cstdint>
 #include <iterator>
+
+namespace kolum::filetype {
 
 namespace {
 
@@ -20,9 +22,10 @@ constexpr MediaFileInfo kTerminator = {nullptr, nullptr, 0, 0};
 
 }  // namespace
 
+// Hidden: what the library itself reads. The exported names below are the same tables.
 extern "C" {
 
-const MediaFileInfo g_VideoFileInfo[] = {
+extern const MediaFileInfo kVideoRows[] = {
     {".ifo", "video/dvdifo", 0, 0},
     {".bdmv", "video/bdmv", 0, 0},
     {".m2ts", "video/mpeg", 0, 0},
@@ -61,7 +64,7 @@ const MediaFileInfo g_VideoFileInfo[] = {
 
 // Some pairings look wrong and are what hosts store: ".dts" as WAV, ".mka" as MP3, AIFF as
 // little-endian PCM.
-const MediaFileInfo g_SongFileInfo[] = {
+extern const MediaFileInfo kMusicRows[] = {
     {".mp3", "audio/mpeg", songIds(FORMAT_MP3, 0, CODEC_ID_MP3), 0},
     {".aac", "audio/x-aac", songIds(FORMAT_AAC, 0, CODEC_ID_AAC), 1},
     {".wav", "audio/x-wav", songIds(FORMAT_WAV, 0, CODEC_ID_PCM_S16LE), 1},
@@ -87,7 +90,7 @@ const MediaFileInfo g_SongFileInfo[] = {
     kTerminator,
 };
 
-const MediaFileInfo g_PictureFileInfo[] = {
+extern const MediaFileInfo kPhotoRows[] = {
     {".jpeg", "image/jpeg", 1, 0},       {".jpe", "image/jpeg", 1, 0},
     {".jpg", "image/jpeg", 1, 0},        {".bmp", "image/bmp", 2, 0},
     {".gif", "image/gif", 3, 0},         {".png", "image/png", 4, 0},
@@ -107,7 +110,7 @@ const MediaFileInfo g_PictureFileInfo[] = {
     {".insp", "image/jpeg", 1, 0},       kTerminator,
 };
 
-const MediaFileInfo g_PlaylistFileInfo[] = {
+extern const MediaFileInfo kPlaylistRows[] = {
     {".m3u", "text/plain", 0, 0},
     {".pls", "text/plain", 0, 0},
     {".wpl", "application/vnd.ms-wpl", 0, 0},
@@ -115,26 +118,27 @@ const MediaFileInfo g_PlaylistFileInfo[] = {
     kTerminator,
 };
 
-static_assert(std::size(g_VideoFileInfo) == 34);
-static_assert(std::size(g_SongFileInfo) == 23);
-static_assert(std::size(g_PictureFileInfo) == 34);
-static_assert(std::size(g_PlaylistFileInfo) == 5);
-
-const std::uint64_t g_VideoFileInfoSize = std::size(g_VideoFileInfo);
-const std::uint64_t g_SongFileInfoSize = std::size(g_SongFileInfo);
-const std::uint64_t g_PictureFileInfoSize = std::size(g_PictureFileInfo);
-
-const int kScannedFlagNotReady = 0;
-const int kScannedFlagFound = 1;
-const int kScannedFlagThumbNotReady = 2;
-const int kScannedFlagNotFound = 16;
-const int kScannedFlagOversize = 17;
-const int kScannedFlagPathInvalid = 18;
-const int kScannedFlagLessThanMin = 20;
-const int kScannedFlagInBlacklist = 21;
-const int kScannedFlagNeedRegen = 22;
-const int kScannedFlagNeedUpdate = 23;
-const int kScannedFlagScanning = 66;
-const int kScannedFlagParamError = 90;
-
 }  // extern "C"
+
+static_assert(std::size(kVideoRows) == 34);
+static_assert(std::size(kMusicRows) == 23);
+static_assert(std::size(kPhotoRows) == 34);
+static_assert(std::size(kPlaylistRows) == 5);
+
+std::span<const MediaFileInfo> rowsOf(KindNumber kind) {
+  static constexpr std::span<const MediaFileInfo> kTables[kKindCount] = {kMusicRows, kPhotoRows,
+                                                                         kVideoRows, kPlaylistRows};
+  return kTables[kind].first(kTables[kind].size() - 1);
+}
+
+}  // namespace kolum::filetype
+
+#define KOLUM_PUBLISH(name, rows) \
+  extern const MediaFileInfo name[std::size(kolum::filetype::rows)] __attribute__((alias(#rows)));
+
+extern "C" {
+KOLUM_PUBLISH(g_VideoFileInfo, kVideoRows)
+KOLUM_PUBLISH(g_SongFileInfo, kMusicRows)
+KOLUM_PUBLISH(g_PictureFileInfo, kPhotoRows)
+KOLUM_PUBLISH(g_PlaylistFileInfo, kPlaylistRows)
+}

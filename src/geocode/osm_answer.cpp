@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <iterator>
 #include <string>
+#include <utility>
 
-#include "support/log.h"
-#include "xml/xml_node.h"
+#include "base/log.h"
 
 using MediaLibrary::osm_place_s;
 
@@ -46,7 +46,7 @@ void addAnswer(const XMLNode& answer, osm_place_s& place) {
   place.osmType = osmTypeOf(osmType);
   place.osmId = osmId;
   place.addressParts.push_back({language, {}});
-  parseAddressXml(parts, place.addressParts.back().units);
+  addAddressParts(parts, place.addressParts.back().units);
   place.addresses.push_back({language, result.getText()});
 }
 
@@ -62,6 +62,14 @@ XMLNode errorIn(std::string_view xml) {
 }
 
 }  // namespace
+
+void addAddressParts(const XMLNode& node, std::vector<MediaLibrary::osm_addr_unit_s>& units) {
+  for (const XMLNode& part : node.getChildNodes()) {
+    std::string name = part.getName();
+    std::string value = part.getText();
+    if (!name.empty() && !value.empty()) units.push_back({std::move(name), std::move(value)});
+  }
+}
 
 int languageIndex(std::string_view code) {
   return positionIn(kLanguages, code);

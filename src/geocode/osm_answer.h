@@ -14,6 +14,9 @@
 #include <kolum/geocode.h>
 
 #include <string_view>
+#include <vector>
+
+#include "base/xml_node.h"
 
 namespace kolum::geocode {
 
@@ -26,6 +29,9 @@ int languageIndex(std::string_view code);
 
 // The map object's kind in the records; 4 for every other.
 int osmTypeOf(std::string_view type);
+
+// Adds the child elements of NODE that hold a text, by name.
+void addAddressParts(const XMLNode& node, std::vector<MediaLibrary::osm_addr_unit_s>& units);
 
 // Fills PLACE and returns one of the codes above. PLACE is emptied once the XML is understood.
 int readAnswer(std::string_view xml, MediaLibrary::osm_place_s& place);

@@ -6,7 +6,7 @@
 
 namespace kolum::media {
 
-// FFmpeg's mark of an unknown level.
+// FFmpeg's mark of an unknown profile or level.
 inline constexpr int kUnknownLevel = -99;
 
 // The name that a codec (CODEC_ID_*) gives to FFmpeg's level number: "3.1" for 31 of H.264; empty

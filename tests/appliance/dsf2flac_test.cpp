@@ -9,12 +9,12 @@
 #include <string>
 #include <vector>
 
+#include "base/xml_node.h"
 #include "dsf2flac/document.h"
 #include "support/child_process.h"
 #include "support/dsd_builder.h"
 #include "support/media_factory.h"
 #include "support/temp_dir.h"
-#include "xml/xml_node.h"
 
 namespace kolum::test {
 namespace {

@@ -13,10 +13,10 @@
 #include <vector>
 
 #include "appliance/loopback_http.h"
+#include "base/xml_node.h"
 #include "support/appliance_sandbox.h"
 #include "support/child_process.h"
 #include "support/temp_dir.h"
-#include "xml/xml_node.h"
 
 namespace {
 

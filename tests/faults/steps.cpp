@@ -13,7 +13,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "ipc/running_echo_server.h"
+#include "server/running_echo_server.h"
 #include "support/appliance_sandbox.h"
 #include "support/disc_media.h"
 #include "support/dsd_builder.h"

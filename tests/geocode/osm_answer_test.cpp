@@ -7,9 +7,9 @@
 #include <utility>
 #include <vector>
 
+#include "base/xml_node.h"
 #include "support/child_process.h"
 #include "support/log_recorder.h"
-#include "xml/xml_node.h"
 
 namespace {
 

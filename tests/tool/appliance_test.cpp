@@ -10,7 +10,7 @@
 #include <filesystem>
 #include <thread>
 
-#include "ipc/running_echo_server.h"
+#include "server/running_echo_server.h"
 #include "support/appliance_sandbox.h"
 #include "support/temp_dir.h"
 #include "tool/kolum_run.h"

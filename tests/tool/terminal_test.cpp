@@ -6,7 +6,7 @@
 #include <filesystem>
 #include <string>
 
-#include "support/shell.h"
+#include "base/shell.h"
 #include "support/temp_dir.h"
 #include "tool/kolum_run.h"
 

@@ -5,9 +5,10 @@
 #include <algorithm>
 #include <string_view>
 
-#include "av/input.h"
-#include "av/recognition.h"
+#include "media/container.h"
 #include "media_files.h"
+#include "read/ffmpeg/input.h"
+#include "read/ffmpeg/recognition.h"
 
 namespace kolum::tool {
 
@@ -23,55 +24,61 @@ bool isAmong(const std::string_view (&names)[kCount], std::string_view name) {
   return std::find(std::begin(names), std::end(names), name) != std::end(names);
 }
 
-bool isPicture(const av::Input& input) {
-  const std::string_view demuxer = input.demuxer();
+std::string_view tagOf(const media::Container& container, std::string_view key) {
+  for (const auto& [name, value] : container.tags)
+    if (name == key) return value;
+  return "";
+}
+
+bool isPicture(const media::Container& container) {
+  const std::string_view demuxer = container.demuxer;
   if (demuxer.ends_with("_pipe") || isAmong(kPictureDemuxers, demuxer)) return true;
-  const auto brand = input.tagWithPrefix("major_brand");
-  return demuxer == av::kDemuxerMp4 && brand && isAmong(kPictureBrands, *brand);
+  return demuxer == media::kDemuxerMp4 && isAmong(kPictureBrands, tagOf(container, "major_brand"));
 }
 
 // DSD in one of its own containers.
-bool isDsd(const av::Input& input) {
-  const av::Stream* song = input.firstStream(av::MediaType::kAudio);
-  const bool isContainer = input.demuxer() == "dsf" || input.demuxer() == "iff";
+bool isDsd(const media::Container& container) {
+  const media::Stream* song = container.first(media::StreamType::kAudio);
+  const bool isContainer = container.demuxer == "dsf" || container.demuxer == "iff";
   return song != nullptr && isContainer &&
-         (song->codecName().starts_with("dsd") || song->codecName() == "dst");
+         (song->codecName.starts_with("dsd") || song->codecName == "dst");
 }
 
-std::int64_t areaOf(const av::Stream& stream) {
-  return std::int64_t{stream.width()} * stream.height();
+std::int64_t areaOf(const media::Stream& stream) {
+  return std::int64_t{stream.width} * stream.height;
 }
 
 // The stream of a type with the largest picture, the first among equals; null when there is none.
-const av::Stream* largest(const av::Input& input, av::MediaType type) {
-  const av::Stream* found = nullptr;
-  for (const av::Stream& stream : input.streams()) {
-    if (stream.type() != type) continue;
+const media::Stream* largest(const media::Container& container, media::StreamType type) {
+  const media::Stream* found = nullptr;
+  for (const media::Stream& stream : container.streams) {
+    if (stream.type != type) continue;
     if (found == nullptr || areaOf(stream) > areaOf(*found)) found = &stream;
   }
   return found;
 }
 
-std::string unknownCodec(const av::Stream* stream) {
-  if (stream == nullptr || ffmpegCodecIdConvert(stream->classicCodec()) >= 0) return "";
-  return std::string(stream->codecName());
+std::string unknownCodec(const media::Stream* stream) {
+  if (stream == nullptr || ffmpegCodecIdConvert(stream->codec) >= 0) return "";
+  return stream->codecName;
 }
 
-void addStreams(const av::Input& input, Content& content) {
-  const av::Stream* video = largest(input, av::MediaType::kVideo);
-  const av::Stream* audio = input.firstStream(av::MediaType::kAudio);
+void addStreams(const media::Container& container, Content& content) {
+  const media::Stream* video = largest(container, media::StreamType::kVideo);
+  const media::Stream* audio = container.first(media::StreamType::kAudio);
   // What is left of a damaged index may be streams of no known type.
   content.isOpen = video != nullptr || audio != nullptr ||
-                   input.firstStream(av::MediaType::kSubtitle) != nullptr;
+                   container.first(media::StreamType::kSubtitle) != nullptr;
   content.hasVideo = video != nullptr;
   content.hasAudio = audio != nullptr;
-  content.isPicture = video != nullptr && isPicture(input);
-  content.isDsd = isDsd(input);
+  content.isPicture = video != nullptr && isPicture(container);
+  content.isDsd = isDsd(container);
   content.isFilm =
-      !content.isPicture &&
-      std::any_of(input.streams().begin(), input.streams().end(), [](const av::Stream& stream) {
-        return stream.type() == av::MediaType::kVideo && !stream.isAttachedPicture();
-      });
+      !content.isPicture && std::any_of(container.streams.begin(), container.streams.end(),
+                                        [](const media::Stream& stream) {
+                                          return stream.type == media::StreamType::kVideo &&
+                                                 !stream.isAttachedPicture;
+                                        });
   content.unknownVideoCodec = unknownCodec(video);
   content.unknownAudioCodec = unknownCodec(audio);
 }
@@ -79,11 +86,14 @@ void addStreams(const av::Input& input, Content& content) {
 }  // namespace
 
 Content contentOf(const std::string& path) {
-  const av::Recognition recognition = av::recognize(path.c_str());
   Content content;
+  const auto source = media::Source::open(path);
+  if (!source) return content;
+  const ffmpeg::Recognition recognition = ffmpeg::recognize(*source);
   content.format = recognition.format;
   content.opensFurtherFiles = recognition.opensFurtherFiles;
-  if (const auto input = av::Input::openWithStreams(path.c_str())) addStreams(*input, content);
+  if (const auto input = ffmpeg::Input::open(*source, ffmpeg::Depth::kStreams))
+    addStreams(input->container(), content);
   return content;
 }
 
@@ -95,12 +105,11 @@ int kindOf(const Content& content) {
 }
 
 std::optional<Picture> pictureOf(const std::string& path) {
-  const auto input = av::Input::openWithStreams(path.c_str());
-  const av::Stream* stream = input ? input->firstStream(av::MediaType::kVideo) : nullptr;
-  if (stream == nullptr || stream->pixelFormatName().empty()) return std::nullopt;
-  return Picture{static_cast<std::uint32_t>(stream->width()),
-                 static_cast<std::uint32_t>(stream->height()),
-                 std::string(stream->pixelFormatName())};
+  const auto container = ffmpeg::readContainer(path, ffmpeg::Depth::kStreams);
+  const media::Stream* stream = container ? container->first(media::StreamType::kVideo) : nullptr;
+  if (stream == nullptr || stream->pixelFormat.empty()) return std::nullopt;
+  return Picture{static_cast<std::uint32_t>(stream->width),
+                 static_cast<std::uint32_t>(stream->height), stream->pixelFormat};
 }
 
 }  // namespace kolum::tool

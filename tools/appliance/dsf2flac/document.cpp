@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "xml/xml_node.h"
+#include "base/xml_node.h"
 
 namespace kolum::dsf2flac {
 

@@ -4,8 +4,9 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "av/input.h"
 #include "dsf2flac/dff_tag.h"
+#include "media/classic_codecs.h"
+#include "read/ffmpeg/input.h"
 
 namespace kolum::dsf2flac {
 
@@ -17,9 +18,9 @@ constexpr int kSamplesPerByte = 8;
 constexpr std::string_view kDsdCodecs[] = {"dsd_lsbf", "dsd_msbf", "dsd_lsbf_planar",
                                            "dsd_msbf_planar", "dst"};
 
-bool isDsd(const av::Stream& stream) {
+bool isDsd(const media::Stream& stream) {
   return std::any_of(std::begin(kDsdCodecs), std::end(kDsdCodecs), [&](std::string_view name) {
-    return stream.classicCodec() == av::classicCodecNumber(name);
+    return stream.codec == media::classicCodecNumber(name);
   });
 }
 
@@ -47,8 +48,8 @@ int leadingNumber(const std::string& text) {
   return number > 0 && number < 100'000 ? static_cast<int>(number) : 0;
 }
 
-void takeTags(const av::Input& input, DsdFacts& facts) {
-  for (const auto& [key, value] : input.tags()) {
+void takeTags(const media::Container& container, DsdFacts& facts) {
+  for (const auto& [key, value] : container.tags) {
     for (const TextRow& row : kTexts)
       if (row.key == key) facts.*row.field = value;
     for (const NumberRow& row : kNumbers)
@@ -69,17 +70,17 @@ void takeDffTag(const std::string& path, DsdFacts& facts) {
 }  // namespace
 
 std::optional<DsdFacts> readDsdFile(const std::string& path) {
-  const auto input = av::Input::openWithStreams(path.c_str());
-  if (!input) return std::nullopt;
-  const auto& streams = input->streams();
+  const auto container = ffmpeg::readContainer(path, ffmpeg::Depth::kStreams);
+  if (!container) return std::nullopt;
+  const auto& streams = container->streams;
   const auto stream = std::find_if(streams.begin(), streams.end(), isDsd);
   if (stream == streams.end()) return std::nullopt;
 
   DsdFacts facts;
-  facts.seconds = std::max<std::int64_t>(input->duration(), 0) / av::kTimeBase;
-  facts.channels = stream->channels();
-  facts.frequency = std::int64_t{stream->sampleRate()} * kSamplesPerByte;
-  takeTags(*input, facts);
+  facts.seconds = std::max<std::int64_t>(container->duration, 0) / media::kTimeBase;
+  facts.channels = stream->channels;
+  facts.frequency = std::int64_t{stream->sampleRate} * kSamplesPerByte;
+  takeTags(*container, facts);
   takeDffTag(path, facts);
   return facts;
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "xml/xml_node.h"
+#include "base/xml_node.h"
 
 namespace kolum::osm_info {
 

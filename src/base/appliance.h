@@ -1,0 +1,11 @@
+// Files of the appliance that more than one family reads.
+#ifndef KOLUM_BASE_APPLIANCE_H
+#define KOLUM_BASE_APPLIANCE_H
+
+namespace kolum {
+
+inline constexpr char kLibraryConfigFile[] = "/etc/config/medialibrary.conf";
+
+}  // namespace kolum
+
+#endif

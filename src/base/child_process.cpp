@@ -1,0 +1,177 @@
+#include "base/child_process.h"
+
+#include <fcntl.h>
+#include <poll.h>
+#include <signal.h>
+#include <spawn.h>
+#include <sys/syscall.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <utility>
+
+namespace kolum {
+
+namespace {
+
+constexpr std::chrono::milliseconds kLookAgain{
+    20};  // where the kernel has no descriptors of processes
+
+struct FileActions {
+  posix_spawn_file_actions_t value;
+  FileActions() { posix_spawn_file_actions_init(&value); }
+  ~FileActions() { posix_spawn_file_actions_destroy(&value); }
+};
+
+struct Attributes {
+  posix_spawnattr_t value;
+  Attributes() { posix_spawnattr_init(&value); }
+  ~Attributes() { posix_spawnattr_destroy(&value); }
+};
+
+// The child's pid, or a negative number. WRITEEND becomes its standard output, unless it is
+// negative.
+pid_t spawn(const std::vector<std::string>& arguments, int writeEnd) {
+  FileActions actions;
+  if (writeEnd >= 0) posix_spawn_file_actions_adddup2(&actions.value, writeEnd, STDOUT_FILENO);
+  Attributes attributes;
+  posix_spawnattr_setpgroup(&attributes.value, 0);
+  posix_spawnattr_setflags(&attributes.value, POSIX_SPAWN_SETPGROUP);
+  std::vector<char*> argv;
+  argv.reserve(arguments.size() + 1);
+  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+  argv.push_back(nullptr);
+  pid_t pid = -1;
+  const int error =
+      posix_spawn(&pid, argv[0], &actions.value, &attributes.value, argv.data(), environ);
+  return error == 0 ? pid : -1;
+}
+
+}  // namespace
+
+std::optional<ChildProcess> ChildProcess::start(const std::vector<std::string>& arguments,
+                                                Output output) {
+  Descriptor readEnd;
+  Descriptor writeEnd;
+  if (output == Output::kCollected) {
+    std::array<int, 2> ends = {-1, -1};
+    if (pipe2(ends.data(), O_CLOEXEC) != 0) return std::nullopt;
+    readEnd.reset(ends[0]);
+    writeEnd.reset(ends[1]);
+    fcntl(readEnd.get(), F_SETFL, O_NONBLOCK);
+  }
+  const pid_t pid = spawn(arguments, writeEnd.get());
+  if (pid < 0) return std::nullopt;
+  return ChildProcess(pid, std::move(readEnd));
+}
+
+std::optional<ChildProcess> ChildProcess::startShell(const std::string& line, Output output) {
+  return start({"/bin/sh", "-c", line}, output);
+}
+
+ChildProcess::ChildProcess(pid_t pid, Descriptor pipe)
+    : pid_(pid),
+      pipe_(std::move(pipe)),
+      process_(static_cast<int>(syscall(SYS_pidfd_open, pid, 0))) {}
+
+ChildProcess::ChildProcess(ChildProcess&& other) noexcept
+    : pid_(std::exchange(other.pid_, -1)),
+      pipe_(std::move(other.pipe_)),
+      process_(std::move(other.process_)),
+      output_(std::move(other.output_)),
+      status_(other.status_) {}
+
+ChildProcess::~ChildProcess() {
+  if (pid_ < 0) return;
+  killGroup();
+  reap();
+}
+
+ChildProcess::Ending ChildProcess::finish(std::chrono::milliseconds timeLimit,
+                                          std::size_t maxOutput) {
+  const Clock::time_point deadline = Clock::now() + timeLimit;
+  const bool isCollected = pipe_.isOpen();
+  Ending ending = Ending::kByItself;
+  for (;;) {
+    // Looked for before the output is read: what the program has printed is all there then.
+    const bool ended = hasEnded();
+    readOutput(maxOutput);
+    if (output_.size() > maxOutput)
+      ending = Ending::kPrintedTooMuch;
+    else if (!ended && Clock::now() >= deadline)
+      ending = Ending::kTimeOver;
+    if (ended || ending != Ending::kByItself) break;
+    waitForNews(deadline);
+  }
+  if (isCollected || ending != Ending::kByItself) killGroup();
+  reap();
+  if (ending != Ending::kByItself) status_.reset();
+  return ending;
+}
+
+// Until there is output, the program has ended or the deadline has come.
+void ChildProcess::waitForNews(Clock::time_point deadline) const {
+  auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
+  if (!process_.isOpen()) left = std::min(left, kLookAgain);
+  // Negative descriptors are left out.
+  std::array<pollfd, 2> awaited = {{{pipe_.get(), POLLIN, 0}, {process_.get(), POLLIN, 0}}};
+  poll(awaited.data(), awaited.size(), static_cast<int>(std::clamp<long>(left.count(), 0, 60'000)));
+}
+
+// What there is, up to a little more than MAXOUTPUT bytes in all.
+void ChildProcess::readOutput(std::size_t maxOutput) {
+  std::array<char, 65536> piece;
+  while (pipe_.isOpen() && output_.size() <= maxOutput) {
+    const ssize_t count = read(pipe_.get(), piece.data(), piece.size());
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0 && errno == EAGAIN) return;
+    if (count > 0) {
+      output_.append(piece.data(), static_cast<std::size_t>(count));
+      continue;
+    }
+    // Everybody has closed it; the program may go on.
+    pipe_.reset();
+  }
+}
+
+// The program is left to be reaped, so that its number stays its own.
+bool ChildProcess::hasEnded() const {
+  siginfo_t info = {};
+  const int result = waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
+  return result == 0 ? info.si_pid != 0 : errno == ECHILD;
+}
+
+void ChildProcess::killGroup() const {
+  kill(-pid_, SIGKILL);
+  // It may not have come so far as to make its group.
+  kill(pid_, SIGKILL);
+}
+
+void ChildProcess::reap() {
+  int status = 0;
+  pid_t found = -1;
+  do {
+    found = waitpid(pid_, &status, 0);
+  } while (found < 0 && errno == EINTR);
+  if (found == pid_) status_ = status;
+  pid_ = -1;
+}
+
+int runShell(const std::string& line, std::chrono::milliseconds timeLimit) {
+  auto child = ChildProcess::startShell(line, ChildProcess::Output::kInherited);
+  if (!child) return -1;
+  child->finish(timeLimit);
+  return child->status().value_or(-1);
+}
+
+std::optional<std::string> outputOfShell(const std::string& line,
+                                         std::chrono::milliseconds timeLimit) {
+  auto child = ChildProcess::startShell(line, ChildProcess::Output::kCollected);
+  if (!child) return std::nullopt;
+  return child->finish(timeLimit) == ChildProcess::Ending::kByItself ? child->output() : "";
+}
+
+}  // namespace kolum

@@ -1,0 +1,34 @@
+// Classification of files by their names.
+#ifndef KOLUM_FILETYPE_INDEX_H
+#define KOLUM_FILETYPE_INDEX_H
+
+#include <kolum/filetype.h>
+
+#include <cstdint>
+#include <optional>
+#include <span>
+
+#include "filetype/tables.h"
+
+namespace kolum::filetype {
+
+struct Classified {
+  int result = 0;    // the kind, as KoLUM_GetFilenameType answers it; 0 when there is none
+  unsigned row = 0;  // from 1; 0 when the name has no row
+};
+
+// DOT is the last "." in the name. KINDS are the bits of the kinds to look for. buildIndex() comes
+// first.
+Classified classify(const char* fileName, const char* dot, unsigned kinds);
+
+// Excludes the rows whose bits are set, on top of those that are always excluded.
+void setExclusions(KindNumber kind, std::uint64_t rows);
+
+// Fills the buckets of all kinds; to be called once.
+void buildIndex();
+// The buckets of a kind; empty ones before buildIndex().
+std::span<MediaHashNode* const> bucketsOf(KindNumber kind);
+
+}  // namespace kolum::filetype
+
+#endif

@@ -1,0 +1,21 @@
+// The file name extensions that the media library knows.
+#ifndef KOLUM_FILETYPE_TABLES_H
+#define KOLUM_FILETYPE_TABLES_H
+
+#include <kolum/filetype.h>
+
+#include <array>
+#include <cstdint>
+#include <span>
+
+namespace kolum::filetype {
+
+// Kinds as masks and the configuration number them.
+enum KindNumber { kMusic, kPhoto, kVideo, kPlaylist, kKindCount };
+
+// Rows without the closing one.
+std::span<const MediaFileInfo> rowsOf(KindNumber kind);
+
+}  // namespace kolum::filetype
+
+#endif

@@ -1,0 +1,97 @@
+#include "media/source.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <utility>
+
+namespace kolum::media {
+
+namespace {
+
+Descriptor openWithoutWaiting(const std::string& path) {
+  return Descriptor(::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY));
+}
+
+}  // namespace
+
+std::optional<Source> Source::open(const std::string& path) {
+  Descriptor descriptor = openWithoutWaiting(path);
+  return descriptor.isOpen() ? adopt(std::move(descriptor), path) : std::nullopt;
+}
+
+std::optional<Source> Source::openUnchecked(const std::string& path) {
+  Descriptor descriptor = openWithoutWaiting(path);
+  if (!descriptor.isOpen()) return std::nullopt;
+  return Source(std::move(descriptor), path);
+}
+
+std::optional<Source> Source::adopt(Descriptor descriptor, std::string name) {
+  struct stat status = {};
+  if (fstat(descriptor.get(), &status) != 0) return std::nullopt;
+  if (!S_ISREG(status.st_mode) && !S_ISBLK(status.st_mode)) return std::nullopt;
+  Source source(std::move(descriptor), std::move(name));
+  source.size_ = status.st_size;
+  return source;
+}
+
+// cppcheck-suppress passedByValue; it is moved from
+Source::Source(Descriptor descriptor, std::string name) noexcept
+    : descriptor_(std::move(descriptor)), name_(std::move(name)) {}
+
+std::int64_t Source::size() const {
+  if (!size_) {
+    struct stat status = {};
+    size_ = fstat(descriptor_.get(), &status) == 0 ? status.st_size : 0;
+  }
+  return *size_;
+}
+
+std::ptrdiff_t Source::readAt(std::int64_t position, std::span<std::uint8_t> out) const {
+  if (position < 0 || position >= static_cast<std::int64_t>(head_.size()))
+    return readDirectly(position, out);
+  const auto begin = static_cast<std::size_t>(position);
+  const std::size_t fromHead = std::min(out.size(), head_.size() - begin);
+  std::memcpy(out.data(), head_.data() + begin, fromHead);
+  if (fromHead == out.size()) return static_cast<std::ptrdiff_t>(fromHead);
+  const std::ptrdiff_t rest =
+      readDirectly(static_cast<std::int64_t>(head_.size()), out.subspan(fromHead));
+  // What was read before a failure counts, as for read().
+  return static_cast<std::ptrdiff_t>(fromHead) + std::max<std::ptrdiff_t>(rest, 0);
+}
+
+void Source::keepHead() const {
+  if (!head_.empty()) return;
+  head_.resize(kHeadSize);
+  const std::ptrdiff_t got = readDirectly(0, head_);
+  head_.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+}
+
+bool Source::canSeekTo(std::int64_t position) const {
+  return ::lseek(descriptor_.get(), position, SEEK_SET) >= 0;
+}
+
+std::optional<std::int64_t> Source::distanceToData(std::int64_t position) const {
+  const off_t data = ::lseek(descriptor_.get(), position, SEEK_DATA);
+  if (data < 0 && errno == ENXIO) return std::nullopt;
+  return std::max<std::int64_t>(data - position, 0);
+}
+
+std::ptrdiff_t Source::readDirectly(std::int64_t position, std::span<std::uint8_t> out) const {
+  std::size_t done = 0;
+  while (done < out.size()) {
+    const ssize_t got = ::pread(descriptor_.get(), out.data() + done, out.size() - done,
+                                position + static_cast<std::int64_t>(done));
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return done > 0 ? static_cast<std::ptrdiff_t>(done) : -1;
+    if (got == 0) break;
+    done += static_cast<std::size_t>(got);
+  }
+  return static_cast<std::ptrdiff_t>(done);
+}
+
+}  // namespace kolum::media

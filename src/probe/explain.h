@@ -1,0 +1,22 @@
+// How the DLNA profile of a video came about.
+#ifndef KOLUM_PROBE_EXPLAIN_H
+#define KOLUM_PROBE_EXPLAIN_H
+
+#include <kolum/dlna.h>
+
+#include <optional>
+
+#include "probe/video.h"
+
+namespace kolum::probe {
+
+struct Explained {
+  std::optional<DlnaNaming> naming;  // empty when the video cannot be probed
+  Trace trace;
+};
+
+Explained explainProfile(const ProbeRequest& asked);
+
+}  // namespace kolum::probe
+
+#endif

@@ -1,0 +1,38 @@
+// Finding the key frame to start playing from.
+#ifndef KOLUM_PROBE_KEY_FRAMES_H
+#define KOLUM_PROBE_KEY_FRAMES_H
+
+#include <cstdint>
+#include <optional>
+
+#include "base/trace.h"
+#include "read/ffmpeg/input.h"
+
+namespace kolum::probe {
+
+// How many packets a search looks at before it gives up.
+inline constexpr int kSearchedPackets = 3600;
+
+// SECONDS after START in units of the time base. 64-bit arithmetic that wraps.
+std::int64_t timestampAfter(std::int64_t start, std::int64_t seconds, media::Rational timeBase);
+
+// The same with SECONDS in units of the time base wrapped to 32 bits.
+std::int64_t timestampAfter32(std::int64_t start, std::int32_t seconds, media::Rational timeBase);
+
+// The time in seconds, from the stream's start, of the key frame where playing a video stream from
+// SECONDS begins; empty when none is found or the stream cannot be decoded. Every packet counts
+// towards kSearchedPackets.
+std::optional<double> keyFrameTime(const ffmpeg::Input& input, const media::Stream& stream,
+                                   std::int64_t seconds);
+
+// The search on its own, in all video streams in turn. It reports what goes wrong.
+struct KeyFrameSearch {
+  std::optional<double> time;
+  Trace trace;
+};
+KeyFrameSearch searchKeyFrame(const char* url, std::int32_t seconds);
+void reportParameterError(Trace& trace);
+
+}  // namespace kolum::probe
+
+#endif

@@ -1,0 +1,25 @@
+// The photo probe.
+#ifndef KOLUM_PROBE_PHOTO_H
+#define KOLUM_PROBE_PHOTO_H
+
+#include <optional>
+#include <string>
+
+namespace kolum::probe {
+
+struct PhotoFacts {
+  int width = 0;
+  int height = 0;
+  int pixelFormat = 0;  // FFmpeg's number in release 57; -1 when unknown
+};
+
+struct PhotoResult {
+  bool isReadable = false;
+  std::optional<PhotoFacts> picture;  // empty when the file has none
+};
+
+PhotoResult probePhoto(const std::string& path);
+
+}  // namespace kolum::probe
+
+#endif

@@ -1,0 +1,49 @@
+// Which file a video's name stands for: DVD folders, Blu-ray folders and disc images lead to a main
+// title, every other name to itself.
+#ifndef KOLUM_READ_DISC_DISC_H
+#define KOLUM_READ_DISC_DISC_H
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "base/trace.h"
+#include "media/source.h"
+
+namespace kolum::disc {
+
+enum class Kind { kNone, kDvdFolder, kBlurayFolder, kImage };
+
+// By the name alone; the two index names are case-sensitive, the image suffix is not.
+Kind kindOf(std::string_view fileName);
+
+// The title that a disc is probed by.
+struct Title {
+  std::string root;  // the disc's folder, with its closing "/"
+  // The file to open. Empty when the host reports a DVD title without naming a file.
+  std::string path;
+  // FORMAT_DVDIFO, FORMAT_BDBDMV, FORMAT_DVDISO or FORMAT_BDISO.
+  std::uint32_t containerFormat = 0;
+  // Bytes of all files of a DVD title; 0 for Blu-ray.
+  long long size = 0;
+};
+
+// FOLDER is the one that holds VIDEO_TS.IFO, with its closing "/"; an empty one is the current.
+std::optional<Title> dvdFolderTitle(const std::string& folder);
+// FOLDER is the one that holds index.bdmv, with its closing "/".
+std::optional<Title> blurayFolderTitle(const std::string& folder, Trace& trace);
+// The title of a mounted image, DVD before Blu-ray.
+std::optional<Title> imageTitle(const std::string& mountFolder, Trace& trace);
+
+// Opens a title's file. Nothing on a disc leads out of it: a link to elsewhere is not followed.
+std::optional<media::Source> open(const Title& title);
+
+// The largest regular file in FOLDER whose suffix begins with EXTENSION, in any letter case; of
+// equal ones the last in the folder's own order.
+std::optional<std::string> largestFile(const std::string& folder, std::string_view extension,
+                                       Trace& trace);
+
+}  // namespace kolum::disc
+
+#endif

@@ -1,0 +1,127 @@
+// The one door to FFmpeg: its headers, and all that differs between its releases.
+//
+// Built and tried with libavformat 59, 61 and 62; written for 57 to 63. Each difference is a small
+// function under a name of our own; the release that brought the change stands beside it.
+#ifndef KOLUM_READ_FFMPEG_FFMPEG_H
+#define KOLUM_READ_FFMPEG_FFMPEG_H
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/avutil.h>
+#include <libavutil/dict.h>
+#include <libavutil/display.h>
+#include <libavutil/mathematics.h>
+#include <libavutil/pixdesc.h>
+#include <libavutil/rational.h>
+#include <libavutil/spherical.h>
+}
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+
+namespace kolum::ffmpeg::release {
+
+// Formats register by themselves since 58.9.
+inline void registerFormats() {
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
+  av_register_all();
+#endif
+}
+
+// The demuxers in turn, null behind the last; POSITION begins as null. By this call since 58.9.
+inline const AVInputFormat* nextDemuxer(void*& position) {
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
+  AVInputFormat* next = av_iformat_next(static_cast<AVInputFormat*>(position));
+  position = next;
+  return next;
+#else
+  return av_demuxer_iterate(&position);
+#endif
+}
+
+// Channel layouts became a structure of their own in 59.24.
+inline int channels(const AVCodecParameters& parameters) {
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(59, 24, 100)
+  return parameters.channels;
+#else
+  return parameters.ch_layout.nb_channels;
+#endif
+}
+
+// The frame rate of the bitstream's headers has a field of its own since 60.31; earlier releases
+// have none, and need none.
+inline AVRational statedFrameRate([[maybe_unused]] const AVCodecParameters& parameters) {
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(60, 31, 100)
+  return {0, 1};
+#else
+  return parameters.framerate;
+#endif
+}
+
+// A context can be freed by a call of its own since 57.80.
+inline void freeIoContext(AVIOContext*& context) {
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(57, 80, 100)
+  av_freep(&context);
+#else
+  avio_context_free(&context);
+#endif
+}
+
+struct SideData {
+  AVPacketSideDataType type;
+  const std::uint8_t* data;
+  std::size_t size;
+};
+
+// Side data moved from the stream to its codec parameters in 60.15.
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(60, 15, 100)
+inline int sideDataCount(const AVStream& stream) {
+  return stream.nb_side_data;
+}
+inline SideData sideData(const AVStream& stream, int index) {
+  const AVPacketSideData& entry = stream.side_data[index];
+  return {entry.type, entry.data, static_cast<std::size_t>(entry.size)};
+}
+#else
+inline int sideDataCount(const AVStream& stream) {
+  return stream.codecpar->nb_coded_side_data;
+}
+inline SideData sideData(const AVStream& stream, int index) {
+  const AVPacketSideData& entry = stream.codecpar->coded_side_data[index];
+  return {entry.type, entry.data, entry.size};
+}
+#endif
+
+struct TileGrid {
+  int width;
+  int height;
+  const AVStream* firstTile;
+};
+
+// The picture that a stream is a tile of. Pictures of tiles are groups of streams since 61.7;
+// earlier releases do not read them.
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(61, 7, 100)
+inline std::optional<TileGrid> tileGridOf(const AVFormatContext& /*context*/,
+                                          const AVStream& /*stream*/) {
+  return std::nullopt;
+}
+#else
+inline std::optional<TileGrid> tileGridOf(const AVFormatContext& context, const AVStream& stream) {
+  for (unsigned g = 0; g < context.nb_stream_groups; ++g) {
+    const AVStreamGroup& group = *context.stream_groups[g];
+    if (group.type != AV_STREAM_GROUP_PARAMS_TILE_GRID) continue;
+    AVStream** const end = group.streams + group.nb_streams;
+    if (std::find(group.streams, end, &stream) == end) continue;
+    const AVStreamGroupTileGrid& grid = *group.params.tile_grid;
+    return TileGrid{grid.width, grid.height, group.streams[0]};
+  }
+  return std::nullopt;
+}
+#endif
+
+}  // namespace kolum::ffmpeg::release
+
+#endif

@@ -1,0 +1,47 @@
+// FFmpeg's way to a file's bytes: an AVIOContext over an opened source, with a limit on zeros.
+#ifndef KOLUM_READ_FFMPEG_SOURCE_READER_H
+#define KOLUM_READ_FFMPEG_SOURCE_READER_H
+
+#include <cstdint>
+#include <memory>
+
+#include "media/source.h"
+
+struct AVIOContext;
+
+namespace kolum::ffmpeg {
+
+// Recordings and downloads in progress are often as long on the disk as they are to become. An
+// operation that has met so many zero bytes is at the end of the file until it jumps elsewhere,
+// unless the file system knows of a hole that ends soon: what follows it counts.
+inline constexpr std::int64_t kZerosLimit = std::int64_t{64} << 20;
+inline constexpr std::int64_t kLongestHole = std::int64_t{1} << 30;
+
+class SourceReader {
+ public:
+  // SOURCE outlives the reader.
+  explicit SourceReader(const media::Source& source);
+  SourceReader(const SourceReader&) = delete;
+  SourceReader& operator=(const SourceReader&) = delete;
+  ~SourceReader();
+
+  AVIOContext* context() const { return context_; }
+  // Begins an operation: its zeros are counted from none.
+  void renew() { zerosLeft_ = kZerosLimit; }
+
+ private:
+  static int readPacket(void* reader, std::uint8_t* buffer, int size);
+  static std::int64_t seek(void* reader, std::int64_t offset, int whence);
+  int read(std::span<std::uint8_t> out);
+  std::int64_t seekTo(std::int64_t position);
+  void countZeros(std::span<const std::uint8_t> bytes);
+
+  const media::Source& source_;
+  AVIOContext* context_;
+  std::int64_t position_ = 0;
+  std::int64_t zerosLeft_ = kZerosLimit;
+};
+
+}  // namespace kolum::ffmpeg
+
+#endif

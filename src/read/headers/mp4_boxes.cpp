@@ -1,0 +1,143 @@
+#include "read/headers/mp4_boxes.h"
+
+#include <kolum/identifiers.h>
+
+#include <algorithm>
+#include <array>
+#include <span>
+#include <string_view>
+
+#include "base/bytes.h"
+
+namespace kolum::headers {
+
+namespace {
+
+constexpr std::size_t kBrandWindow = 64;
+constexpr std::size_t kHeaderSize = 8;
+constexpr std::size_t kLargeHeaderSize = 16;
+
+// A box of any other type ends the walk.
+constexpr std::array<std::string_view, 10> kKnownBoxes = {
+    "free", "junk", "mdat", "moov", "pnot", "skip", "wide", "PICT", "uuid", "ftyp",
+};
+
+// Tells a fast-start file from a plain one.
+struct LayoutCodes {
+  std::uint32_t fastStart;
+  std::uint32_t plain;
+};
+
+// A brand is told by its first characters; the first row that fits wins. Brands whose two codes
+// differ need the box walk; "isom" is never reported as fast start, which hosts count on.
+struct BrandRow {
+  std::string_view prefix;
+  LayoutCodes codes;
+};
+
+constexpr auto kBrands = std::to_array<BrandRow>({
+    {"M4A", {MPEG4_M4A, MPEG4_M4A}},
+    {"M4V", {MPEG4_M4V, MPEG4_M4V}},
+    {"MSNV", {MPEG4_MSNV, MPEG4_MSNV}},
+    {"mp4", {MPEG4_MP4_FASTSTART, MPEG4_MP4}},
+    {"mjp", {MPEG4_MJP2, MPEG4_MJP2}},
+    {"qt", {MPEG4_MOV_FASTSTART, MPEG4_MOV}},
+    {"isom", {MPEG4_ISOM, MPEG4_ISOM}},
+    {"3g2", {MPEG4_3G2, MPEG4_3G2}},
+    {"3gp", {MPEG4_3GP, MPEG4_3GP}},
+});
+
+std::string_view asText(std::span<const std::uint8_t> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
+// The size is signed: a 64-bit size beyond the
+// signed range is negative and ends the walk instead of leading it in circles.
+struct Box {
+  std::int64_t offset = 0;
+  std::int64_t size = 0;
+  std::array<std::uint8_t, 4> type = {};
+
+  bool is(std::string_view name) const { return asText(type) == name; }
+  bool isKnown() const {
+    return std::any_of(kKnownBoxes.begin(), kKnownBoxes.end(),
+                       [this](std::string_view name) { return is(name); });
+  }
+};
+
+// SIZE bytes at OFFSET; empty when the file ends before.
+template <std::size_t kSize>
+std::optional<std::array<std::uint8_t, kSize>> bytesAt(const media::Source& source,
+                                                       std::int64_t offset) {
+  std::array<std::uint8_t, kSize> bytes = {};
+  if (source.readAt(offset, bytes) != static_cast<std::ptrdiff_t>(kSize)) return std::nullopt;
+  return bytes;
+}
+
+std::optional<Box> readBox(const media::Source& source, std::int64_t offset) {
+  const auto header = bytesAt<kHeaderSize>(source, offset);
+  if (!header) return std::nullopt;
+  ByteReader bytes(*header);
+  Box box;
+  box.offset = offset;
+  box.size = static_cast<std::int64_t>(bytes.bigEndian(4));
+  std::ranges::copy(bytes.take(box.type.size()), box.type.begin());
+  return box;
+}
+
+// False when the 64-bit size cannot be read.
+bool readLargeSize(const media::Source& source, Box& box) {
+  const auto large = bytesAt<kLargeHeaderSize - kHeaderSize>(
+      source, box.offset + static_cast<std::int64_t>(kHeaderSize));
+  if (!large) return false;
+  box.size = static_cast<std::int64_t>(ByteReader(*large).bigEndian(large->size()));
+  return true;
+}
+
+// Where the next box starts; empty where no file position is. Only the file system knows how far
+// positions go beyond the end of the file.
+std::optional<std::int64_t> endOf(const Box& box, const media::Source& source) {
+  std::int64_t end = 0;
+  if (__builtin_add_overflow(box.offset, box.size, &end) || end < 0) return std::nullopt;
+  if (end > source.size() && !source.canSeekTo(end)) return std::nullopt;
+  return end;
+}
+
+}  // namespace
+
+MoovPosition moovPosition(const media::Source& source) {
+  bool lastIsMoov = false;
+  std::int64_t offset = 0;
+  while (const auto found = readBox(source, offset)) {
+    Box box = *found;
+    lastIsMoov = box.is("moov");
+    const bool isFileType = box.is("ftyp");
+    if (!isFileType && box.size == 1 && !readLargeSize(source, box)) break;
+    const auto end = endOf(box, source);
+    if (!end || (isFileType && *end > source.size())) return MoovPosition::kUnreadable;
+    if (!box.isKnown()) return MoovPosition::kLastOrUnknownBox;
+    if (box.size < static_cast<std::int64_t>(kHeaderSize)) break;
+    offset = *end;
+  }
+  return lastIsMoov ? MoovPosition::kLastOrUnknownBox : MoovPosition::kNotLast;
+}
+
+std::optional<std::uint32_t> mp4SubFormat(const media::Source& source) {
+  const auto window = bytesAt<kBrandWindow>(source, 0);
+  if (!window) return std::nullopt;
+  const std::string_view text = asText(*window);
+  const std::size_t found = text.find("ftyp");
+  // Not found is beyond the window, too. The last start position leaves a byte behind the brand.
+  constexpr std::size_t kLastStart = 55;
+  if (found > kLastStart) return std::nullopt;
+  const std::string_view brand = text.substr(found + 4, 4);
+
+  const auto row = std::find_if(kBrands.begin(), kBrands.end(), [&](const BrandRow& candidate) {
+    return brand.starts_with(candidate.prefix);
+  });
+  if (row == kBrands.end()) return 0;
+  if (row->codes.fastStart == row->codes.plain) return row->codes.plain;
+  return moovPosition(source) == MoovPosition::kNotLast ? row->codes.fastStart : row->codes.plain;
+}
+
+}  // namespace kolum::headers

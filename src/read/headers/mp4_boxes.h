@@ -1,0 +1,21 @@
+// The top-level boxes of an MP4 or QuickTime file, read without FFmpeg.
+#ifndef KOLUM_READ_HEADERS_MP4_BOXES_H
+#define KOLUM_READ_HEADERS_MP4_BOXES_H
+
+#include <cstdint>
+#include <optional>
+
+#include "media/source.h"
+
+namespace kolum::headers {
+
+// Where a file's "moov" box stands. The values are the results of CheckMp4MoovAtEnd.
+enum class MoovPosition { kNotLast = 0, kLastOrUnknownBox = 1, kUnreadable = 2 };
+MoovPosition moovPosition(const media::Source& source);
+
+// The MPEG4_* sub-format of a file, 0 for a brand that is not known; empty when no brand is found.
+std::optional<std::uint32_t> mp4SubFormat(const media::Source& source);
+
+}  // namespace kolum::headers
+
+#endif

@@ -1,0 +1,205 @@
+#include "server/socket.h"
+
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+#include <sys/types.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <utility>
+
+#include "base/log.h"
+#include "base/text.h"
+
+namespace kolum::server {
+
+namespace {
+
+constexpr char kSource[] = "SocketUtil";
+
+constexpr mode_t kEveryUser = 0777;
+
+bool exists(const char* path) {
+  struct stat status {};
+  return stat(path, &status) == 0;
+}
+
+// As write(), but a peer that has closed never ends the host process with SIGPIPE.
+ssize_t writeOnce(int fd, const void* buf, std::size_t len) {
+  const ssize_t sent = ::send(fd, buf, len, MSG_NOSIGNAL);
+  return sent < 0 && errno == ENOTSOCK ? ::write(fd, buf, len) : sent;
+}
+
+}  // namespace
+
+void resetErrors(const SocketFields& socket) {
+  socket.error = 0;
+  socket.code = kSuccess;
+}
+
+int open(const SocketFields& socket, std::string path) {
+  resetErrors(socket);
+  if (*path.c_str() == '\0') {
+    KOLUM_LOG_AS(kSource, "Open", "socketPath is empty\n");
+    return socket.code = kInvalidArgument;
+  }
+  socket.path = std::move(path);
+  socket.descriptor = ::socket(AF_UNIX, SOCK_STREAM, 0);
+  if (socket.descriptor < 0) {
+    socket.error = errno;
+    KOLUM_LOG_AS(kSource, "Open", "create socket fail, errno=%d, strerror=%s\n", socket.error,
+                 strerror(socket.error));
+    return socket.code = kSocketFailed;
+  }
+  socket.address = {};
+  socket.address.sun_family = AF_UNIX;
+  kolum::copyText(socket.address.sun_path, socket.path.c_str());
+  return kSuccess;
+}
+
+int bind(const SocketFields& socket) {
+  resetErrors(socket);
+  const char* file = socket.path.c_str();
+  if (exists(file) && std::remove(file) != 0) {
+    socket.error = errno;
+    KOLUM_LOG_AS(kSource, "Bind", "remove() sockFilePath %s fail, errno=%d, strerror=%s\n", file,
+                 socket.error, strerror(socket.error));
+    return socket.code = kRemoveFailed;
+  }
+  if (::bind(socket.descriptor, reinterpret_cast<const sockaddr*>(&socket.address),
+             sizeof socket.address) != 0) {
+    socket.error = errno;
+    KOLUM_LOG_AS(kSource, "Bind", "server bind() fail, errno=%d, strerror=%s\n", socket.error,
+                 strerror(socket.error));
+    return socket.code = kBindFailed;
+  }
+  // Only a warning, and that is wanted: a server whose file some users cannot open still serves the
+  // others.
+  if (chmod(file, kEveryUser) != 0) {
+    socket.error = errno;
+    KOLUM_LOG_AS(kSource, "Bind", "chmod %s fail, errno=%d strerror=%s\n", file, socket.error,
+                 strerror(socket.error));
+  }
+  return kSuccess;
+}
+
+int listen(const SocketFields& socket, int backlog) {
+  resetErrors(socket);
+  if (backlog < 1) {
+    KOLUM_LOG_AS(kSource, "Listen", "listen invalid : %d\n", backlog);
+    return socket.code = kInvalidArgument;
+  }
+  if (::listen(socket.descriptor, backlog) != 0) {
+    socket.error = errno;
+    KOLUM_LOG_AS(kSource, "Listen", "listen() failed, errno=%d, strerror=%s\n", socket.error,
+                 strerror(socket.error));
+    return socket.code = kListenFailed;
+  }
+  socket.state = kListening;
+  return kSuccess;
+}
+
+// The one operation that goes on after an interruption: a server has to outlive signals, while a
+// client's Read and Write hand every failure to the caller.
+int accept(const SocketFields& socket) {
+  resetErrors(socket);
+  for (;;) {
+    const int fd = ::accept(socket.descriptor, nullptr, nullptr);
+    if (fd >= 0) return fd;
+    socket.error = errno;
+    if (socket.error <= 0 || socket.error == EINTR) continue;
+    KOLUM_LOG_AS(kSource, "Accept", "accept() fail, errno=%d, strerror=%s\n", socket.error,
+                 strerror(socket.error));
+    socket.code = kAcceptFailed;
+    return -1;
+  }
+}
+
+int connect(const SocketFields& socket, long seconds, long microseconds) {
+  resetErrors(socket);
+  if (seconds < 0 || microseconds < 0) {
+    KOLUM_LOG_AS(kSource, "Connect", "invalid timeout : sec:%d, micro sec :%d\n",
+                 static_cast<int>(seconds), static_cast<int>(microseconds));
+    return socket.code = kInvalidArgument;
+  }
+  const timeval timeOut{.tv_sec = seconds, .tv_usec = microseconds};
+  for (const int direction : {SO_RCVTIMEO, SO_SNDTIMEO}) {
+    if (setsockopt(socket.descriptor, SOL_SOCKET, direction, &timeOut, sizeof timeOut) == 0)
+      continue;
+    socket.error = errno;
+    KOLUM_LOG_AS(kSource, "Connect", "setsockopt() timeout fail, errno=%d, strerror=%s\n",
+                 socket.error, strerror(socket.error));
+    return socket.code = kTimeOutFailed;
+  }
+  if (::connect(socket.descriptor, reinterpret_cast<const sockaddr*>(&socket.address),
+                sizeof socket.address) != 0) {
+    socket.error = errno;
+    KOLUM_LOG_AS(kSource, "Connect", "connect() fail, errno=%d, strerror=%s\n", socket.error,
+                 strerror(socket.error));
+    return socket.code = kConnectFailed;
+  }
+  socket.state = kConnected;
+  return kSuccess;
+}
+
+// Read and Write keep no errno: after their failures getErrorCode gives 9 and getErrno 0. That is
+// wanted, hosts tell by it a failed exchange from a failed connection.
+int read(const SocketFields& socket, void* buffer, unsigned long length) {
+  resetErrors(socket);
+  if (socket.descriptor < 0) {
+    KOLUM_LOG_AS(kSource, "Read", "invalid read, no socket to read.\n");
+    socket.code = kReadWriteFailed;
+    return -1;
+  }
+  if (length > 0) std::memset(buffer, 0, length);
+  const ssize_t count = ::read(socket.descriptor, buffer, length);
+  if (count < 0) {
+    const int error = errno;
+    KOLUM_LOG_AS(kSource, "Read", "read() failed, socket=%d, errno=%d ,strerror=%s\n",
+                 socket.descriptor, error, strerror(error));
+    socket.code = kReadWriteFailed;
+  }
+  return static_cast<int>(count);  // fits: the kernel moves at most 2 GiB at a time
+}
+
+int write(const SocketFields& socket, const void* buffer, unsigned long length) {
+  resetErrors(socket);
+  if (socket.descriptor < 0) {
+    KOLUM_LOG_AS(kSource, "Write", "invalid write, no socket to write.\n");
+    socket.code = kReadWriteFailed;
+    return -1;
+  }
+  const ssize_t count = writeOnce(socket.descriptor, buffer, length);
+  if (count < 0) {
+    const int error = errno;
+    KOLUM_LOG_AS(kSource, "Write", "write() failed, socket=%d, errno=%d ,strerror=%s\n",
+                 socket.descriptor, error, strerror(error));
+    socket.code = kReadWriteFailed;
+  }
+  return static_cast<int>(count);
+}
+
+int close(const SocketFields& socket) {
+  if (socket.descriptor < 1) return kSuccess;
+  if (::close(socket.descriptor) != 0) {
+    socket.error = errno;
+    socket.code = kCloseFailed;
+    KOLUM_LOG_AS(kSource, "Close", "close m_socketFd %d fail, errno=%d, strerror=%s\n",
+                 socket.descriptor, socket.error, strerror(socket.error));
+    return 1;
+  }
+  socket.descriptor = -1;
+  socket.state = kNone;
+  return kSuccess;
+}
+
+// Descriptor 0 counts as no socket, here and in close(): an object never closes the standard input
+// of its host.
+Socket::~Socket() {
+  if (descriptor_ > 0) ::close(descriptor_);
+}
+
+}  // namespace kolum::server

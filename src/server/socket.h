@@ -1,0 +1,71 @@
+// Local stream sockets: the operations of the public UnixSocket, and a socket of the library's own.
+#ifndef KOLUM_SERVER_SOCKET_H
+#define KOLUM_SERVER_SOCKET_H
+
+#include <sys/un.h>
+
+#include <string>
+
+namespace kolum::server {
+
+// Results of operations; kept as "code" until the next one.
+enum SocketCode : int {
+  kSuccess = 0,
+  kInvalidArgument = 2,
+  kSocketFailed = 3,
+  kBindFailed = 4,
+  kListenFailed = 5,
+  kAcceptFailed = 6,
+  kConnectFailed = 7,
+  kTimeOutFailed = 8,
+  kReadWriteFailed = 9,
+  kRemoveFailed = 10,
+  kCloseFailed = 11,
+};
+
+enum SocketState : int { kNone = 0, kConnected = 1, kAccepted = 2, kListening = 3 };
+
+// The fields of a socket, wherever they are.
+struct SocketFields {
+  sockaddr_un& address;
+  int& descriptor;
+  int& error;  // the system's errno
+  int& code;
+  int& state;
+  std::string& path;
+};
+
+// What each does and answers, <kolum/socket.h> says.
+void resetErrors(const SocketFields& socket);
+int open(const SocketFields& socket, std::string path);
+int bind(const SocketFields& socket);
+int listen(const SocketFields& socket, int backlog);
+// The connection's descriptor; negative when there is none.
+int accept(const SocketFields& socket);
+int connect(const SocketFields& socket, long seconds, long microseconds);
+int read(const SocketFields& socket, void* buffer, unsigned long length);
+int write(const SocketFields& socket, const void* buffer, unsigned long length);
+int close(const SocketFields& socket);
+
+// A client's socket, closed on destruction.
+class Socket {
+ public:
+  Socket() = default;
+  Socket(const Socket&) = delete;
+  Socket& operator=(const Socket&) = delete;
+  ~Socket();
+
+  SocketFields fields() { return {address_, descriptor_, error_, code_, state_, path_}; }
+
+ private:
+  sockaddr_un address_ = {};
+  int descriptor_ = -1;
+  int error_ = 0;
+  int code_ = kSuccess;
+  int state_ = kNone;
+  std::string path_;
+};
+
+}  // namespace kolum::server
+
+#endif

@@ -1,0 +1,48 @@
+#!/bin/sh
+# check_forbidden_includes.sh COMPILE_COMMANDS ROOT: for each layer, a copy of one of its sources with
+# an include that the layer may not have must not compile, though the source itself does.
+set -eu
+commands=$1
+root=$2
+scratch=$(mktemp -d)
+trap 'rm -rf "$scratch"' EXIT
+failed=0
+
+# The command that compiles a source, up to the output file.
+command_for() {
+  sed -n "s|^ *\"command\": \"\(.*\) -o [^ ]*$(basename "$1").o -c .*/$1\",*\$|\1|p" "$commands" | sed 's/\\"/"/g' | head -1
+}
+
+# refuses SOURCE HEADER: HEADER is a file of the project.
+refuses() {
+  [ -f "$root/src/$2" ] || { echo "there is no src/$2"; failed=1; return; }
+  command=$(command_for "src/$1")
+  [ -n "$command" ] || { echo "nothing compiles src/$1"; failed=1; return; }
+  cp "$root/src/$1" "$scratch/plain.cpp"
+  { printf '#include "%s"\n' "$2"; cat "$root/src/$1"; } >"$scratch/forbidden.cpp"
+  if ! (cd "$(dirname "$commands")" && eval "$command" -fsyntax-only "$scratch/plain.cpp") 2>"$scratch/said"; then
+    echo "src/$1 does not compile by itself:"; cat "$scratch/said"; failed=1; return
+  fi
+  if (cd "$(dirname "$commands")" && eval "$command" -fsyntax-only "$scratch/forbidden.cpp") 2>"$scratch/said"; then
+    echo "src/$1 compiles with src/$2"; failed=1
+  elif ! grep -q "$2: No such file" "$scratch/said"; then
+    echo "src/$1 with src/$2 fails for another reason:"; cat "$scratch/said"; failed=1
+  fi
+}
+
+refuses base/text.cpp media/source.h
+refuses media/levels.cpp dlna/naming.h
+refuses media/source.cpp read/ffmpeg/input.h
+refuses read/headers/ts_packets.cpp read/ffmpeg/input.h
+refuses read/ffmpeg/file_demuxers.cpp read/tags/dsf_tags.h
+refuses read/tags/dsd_tool.cpp read/ffmpeg/input.h
+refuses read/disc/image.cpp probe/video.h
+refuses dlna/audio_class.cpp read/ffmpeg/input.h
+refuses probe/creation.cpp api/guarded.h
+refuses filetype/tables.cpp probe/video.h
+refuses frame/notifications.cpp media/source.h
+refuses server/answer.cpp media/source.h
+refuses config/config.cpp media/source.h
+refuses artwork/cover.cpp read/ffmpeg/input.h
+refuses geocode/osm_answer.cpp media/source.h
+exit $failed
