@@ -28,7 +28,7 @@ nobody 'getenv' 'the library reads no environment variable' $(sources src)
 nobody '#include "(config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \
   'the tool stands on the public headers, and on no family' $(sources tools/kolum)
 nobody '#include "av/' 'only content.cpp of the tool looks at src/av' \
-  $(sources tools/kolum | grep -v '^tools/kolum/content.cpp')
+  $(sources tools/kolum | grep -v '^tools/kolum/files/content.cpp')
 nobody 'LIBAV[A-Z]+_VERSION' "differences between FFmpeg's releases stand in src/av/ffmpeg.h" \
   $(sources src | grep -v '^src/av/ffmpeg.h')
 nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \

@@ -12,7 +12,7 @@ commands_of() { awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit } on { p
 languages_in() { sed -n '/ kLanguages\[\] = {/,/^};/p' "$source/$1"; }
 known=$(languages_in src/geocode/osm_answer.cpp | grep -o '"[a-z-]*"' | tr -d '"')
 [ "$(wc -l <<<"$known")" = 23 ] || fail "languages: $known"
-[ "$(languages_in tools/kolum/languages.cpp | grep -o '"[a-z-]*"' | tr -d '"')" = "$known" ] ||
+[ "$(languages_in tools/kolum/commands/languages.cpp | grep -o '"[a-z-]*"' | tr -d '"')" = "$known" ] ||
   fail "kolum geocode lists other languages"
 [ "$(languages_in tools/appliance/osm_info/languages.cpp | sed -n 's/^ *{"\([a-z-]*\)".*/\1/p')" = "$known" ] ||
   fail "osm_info lists other languages"
@@ -27,7 +27,7 @@ for command in $commands; do
   [ -f "$page" ] || fail "no page for $command"
 done
 # The codes of failures: those of the tool, of its documentation and of the schema are the same.
-codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/tools/kolum/failure.cpp" | sort)
+codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/tools/kolum/terminal/failure.cpp" | sort)
 [ "$(wc -l <<<"$codes")" -ge 20 ] || fail "codes of failures: $codes"
 documented=$(sed -n '/^| `code` |/,/^$/p' "$source/docs/tool.md" | sed '1,2d' | cut -d'|' -f2 | grep -o '[a-z-]*' | sort)
 [ "$documented" = "$codes" ] || fail "docs/tool.md has other codes of failures: $documented"

@@ -7,13 +7,13 @@
 #include <system_error>
 #include <vector>
 
-#include "command_tree.h"
 #include "commands.h"
-#include "context.h"
-#include "help.h"
-#include "interruption.h"
-#include "syntax.h"
-#include "text.h"
+#include "terminal/command_tree.h"
+#include "terminal/context.h"
+#include "terminal/help.h"
+#include "terminal/interruption.h"
+#include "terminal/syntax.h"
+#include "terminal/text.h"
 
 namespace {
 

@@ -1,0 +1,130 @@
+#include <kolum/dlna.h>
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "files/diagnosis.h"
+#include "files/file_types.h"
+#include "files/media_files.h"
+#include "files/song.h"
+#include "terminal/arguments.h"
+#include "terminal/command.h"
+#include "terminal/context.h"
+#include "terminal/syntax.h"
+#include "terminal/text.h"
+
+namespace kolum::tool {
+
+namespace {
+
+struct Options {
+  MediaFileArguments files;
+  int audioStream = 0;
+  bool explain = false;
+};
+
+nlohmann::ordered_json testJson(const DlnaTest& test) {
+  return {{"wanted", test.wanted}, {"actual", test.actual}, {"held", test.held}};
+}
+
+// A candidate's block: its tests, one a line, with what the file has.
+Result candidateResult(const DlnaCandidate& candidate) {
+  Result result = Result::titled(candidate.name + (candidate.taken ? ": fits" : ": does not fit"));
+  result.data("name", candidate.name);
+  result.data("taken", candidate.taken);
+  nlohmann::ordered_json tests = nlohmann::ordered_json::array();
+  for (const DlnaTest& test : candidate.tests) {
+    tests.push_back(testJson(test));
+    result.show((test.held ? "ok    " : "FAIL  ") + test.wanted, "has " + test.actual);
+  }
+  result.data("tests", std::move(tests));
+  return result;
+}
+
+void addNext(Result& result, const DlnaCandidate& candidate) {
+  nlohmann::ordered_json missing = nlohmann::ordered_json::array();
+  std::string label = "For " + candidate.name;
+  for (const DlnaTest& test : candidate.tests) {
+    if (test.held) continue;
+    missing.push_back(testJson(test));
+    result.show(std::exchange(label, ""), "needs " + test.wanted + ", has " + test.actual);
+  }
+  result.data("next", {{"name", candidate.name}, {"missing", std::move(missing)}});
+}
+
+void addExplanation(Result& result, const DlnaNaming& naming) {
+  nlohmann::ordered_json details = nlohmann::ordered_json::object();
+  for (const DlnaDetail& detail : naming.details) {
+    details[detail.label] = detail.value;
+    result.show(capitalized(detail.label), detail.value);
+  }
+  result.data("details", std::move(details));
+  result.texts("remarks", "Remark", naming.remarks);
+  if (naming.next >= 0) addNext(result, naming.candidates[static_cast<std::size_t>(naming.next)]);
+  std::vector<Result> candidates;
+  for (const DlnaCandidate& candidate : naming.candidates) {
+    candidates.push_back(candidateResult(candidate));
+  }
+  result.list("candidates", std::move(candidates));
+}
+
+// Only names of videos come with their explanation.
+std::optional<DlnaNaming> nameSong(const MediaPath& path) {
+  const auto song = readSong(path);
+  if (!song) return std::nullopt;
+  DlnaNaming naming;
+  naming.profile = song->dlnaProfile;
+  if (const MediaFileInfo* type = fileTypeOfName(path.name, kMusicBit))
+    naming.mimeType = type->mimeType;
+  naming.remarks = {
+      "songs are named by their codec, container and numbers; kolum probe shows them"};
+  return naming;
+}
+
+std::optional<DlnaNaming> nameVideo(const MediaPath& path, int audioStream) {
+  DlnaNaming naming;
+  const bool isNamed =
+      ExplainDlnaProfile(path.folder.c_str(), path.name.c_str(), audioStream, &naming) == 0;
+  return isNamed ? std::optional(naming) : std::nullopt;
+}
+
+void printNaming(Context& context, const MediaFile& file, const Options& options) {
+  const MediaPath& path = file.path;
+  const bool isSong = file.kind == kMusic;
+  const auto found = isSong ? nameSong(path) : nameVideo(path, options.audioStream);
+  if (!found)
+    return context.fail(path.given, diagnose(path, isSong ? Wanted::kSong : Wanted::kVideo));
+  const DlnaNaming& naming = *found;
+  Result result = Result::ofFile(path.given);
+  if (!naming.profile.empty()) result.data("dlnaProfile", naming.profile);
+  result.show("DLNA profile", naming.profile.empty() ? "(none)" : naming.profile);
+  if (!naming.mimeType.empty()) result.data("mimeType", naming.mimeType);
+  result.show("MIME type", naming.mimeType.empty() ? "(none)" : naming.mimeType);
+  if (options.explain) addExplanation(result, naming);
+  context.printer.block(result);
+}
+
+void run(Context& context, const Options& options) {
+  forEachMediaFile(context, options.files, kVideoBit | kMusicBit,
+                   [&](const MediaFile& file) { printNaming(context, file, options); });
+}
+
+}  // namespace
+
+Action defineDlna(Syntax& syntax) {
+  auto options = std::make_shared<Options>();
+  addMediaFileArguments(syntax, options->files);
+  syntax.flag("--explain", options->explain, "Tells how the profile was found, or why none was");
+  addAudioStreamOption(syntax, options->audioStream);
+  syntax.help(
+      "Names the DLNA media format profile and MIME type of videos and songs. With --explain it "
+      "also\n"
+      "says what counted about a video, every name that was considered, each test with what the "
+      "file\n"
+      "has, and what would have to change for the next better name.\n"
+      "\nExample:\n  kolum dlna --explain movie.mp4");
+  return [options](Context& context) { run(context, *options); };
+}
+
+}  // namespace kolum::tool

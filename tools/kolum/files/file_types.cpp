@@ -1,0 +1,110 @@
+#include "files/file_types.h"
+
+#include <kolum/identifiers.h>
+
+#include <algorithm>
+#include <sstream>
+
+#include "files/identifiers.h"
+#include "files/media_files.h"
+#include "terminal/arguments.h"
+#include "terminal/context.h"
+#include "terminal/numbers.h"
+#include "terminal/syntax.h"
+
+namespace kolum::tool {
+
+namespace {
+
+// The playlist table publishes no size: its rows end with one without an extension.
+std::span<const MediaFileInfo> rowsOf(const MediaFileInfo* table) {
+  std::size_t count = 0;
+  while (table[count].extension != nullptr) ++count;
+  return {table, count};
+}
+
+const FileTypeTable& tableNamed(const std::string& name) {
+  const std::span<const FileTypeTable> tables = fileTypeTables();
+  const auto table =
+      std::find_if(tables.begin(), tables.end(), [&](const auto& t) { return name == t.name; });
+  if (table == tables.end()) {
+    throw UsageError("unknown kind \"" + name + "\": video, music, photo or playlist");
+  }
+  return *table;
+}
+
+}  // namespace
+
+std::span<const FileTypeTable> fileTypeTables() {
+  static const FileTypeTable kTables[] = {
+      {kVideo, kVideoBit, 2, "video", rowsOf(g_VideoFileInfo)},
+      {kMusic, kMusicBit, 0, "music", rowsOf(g_SongFileInfo)},
+      {kPhoto, kPhotoBit, 1, "photo", rowsOf(g_PictureFileInfo)},
+      {kPlaylist, kPlaylistBit, 3, "playlist", rowsOf(g_PlaylistFileInfo)},
+  };
+  return kTables;
+}
+
+const FileTypeTable* fileTypesOfKind(int kind) {
+  const std::span<const FileTypeTable> tables = fileTypeTables();
+  const auto table =
+      std::find_if(tables.begin(), tables.end(), [&](const auto& t) { return t.kind == kind; });
+  return table == tables.end() ? nullptr : &*table;
+}
+
+void addKindsOption(Syntax& syntax, std::vector<std::string>& kinds) {
+  syntax.repeatedOption("--kinds", "KIND,...", kinds,
+                        "Only these kinds: video, music, photo, playlist");
+}
+
+unsigned kindBits(const std::vector<std::string>& kinds) {
+  if (kinds.empty()) return kEveryKind;
+  unsigned bits = 0;
+  for (const std::string& list : kinds) {
+    std::istringstream names(list);
+    for (std::string kind; std::getline(names, kind, ',');) bits |= tableNamed(kind).bit;
+  }
+  return bits;
+}
+
+void setExclusionMask(const std::string& value) {
+  const std::size_t equals = value.find('=');
+  const std::string kind = value.substr(0, equals);
+  const FileTypeTable& table = tableNamed(kind);
+  const auto mask = parseNumber(equals == std::string::npos ? "" : value.substr(equals + 1));
+  if (!mask || KoLUM_SetFileTypeUmaskInternal(table.maskNumber, *mask) != 0) {
+    throw UsageError("no mask from 0 to 0x7fffffffffffffff in \"" + value + "\"");
+  }
+}
+
+void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row) {
+  const MediaFileInfo& type = table.rows[row];
+  result.data("extension", type.extension);
+  result.data("mimeType", type.mimeType);
+  if (table.kind == kPhoto) result.data("pictureFormat", type.formatIds);
+  if (table.kind != kMusic) return;
+  const auto codec = static_cast<int>(type.formatIds >> 32);
+  result.data("containerFormat", containerNames(static_cast<unsigned>(type.formatIds)).json());
+  result.data("audioCodec", codecIdentifier(codec).json());
+  result.data("flag", type.flag);
+}
+
+const MediaFileInfo* fileTypeOfName(const std::string& name, unsigned bit) {
+  unsigned row = 0;
+  const int kind = KoLUM_GetFilenameType(name.c_str(), &row, bit, nullptr);
+  const FileTypeTable* table = fileTypesOfKind(kind);
+  return table == nullptr ? nullptr : &table->rows[row - 1];
+}
+
+const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit) {
+  const MediaFileInfo* type = fileTypeOfName(name, bit);
+  if (type != nullptr) result.text("mimeType", "MIME type", type->mimeType);
+  return type;
+}
+
+bool isDsdName(const std::string& name) {
+  const MediaFileInfo* type = fileTypeOfName(name, kMusicBit);
+  return type != nullptr && type->formatIds >> 32 == CODEC_ID_DSD;
+}
+
+}  // namespace kolum::tool
