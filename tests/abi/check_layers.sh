@@ -29,6 +29,11 @@ nobody '#include "(config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail
   'the tool stands on the public headers, and on no family' $(sources tools/kolum)
 nobody '#include "av/' 'only content.cpp of the tool looks at src/av' \
   $(sources tools/kolum | grep -v '^tools/kolum/files/content.cpp')
+nobody '#include "(commands|files|machine)[/.]' "the tool's terminal/ stands on nothing else of it" \
+  $(sources tools/kolum/terminal)
+nobody '#include "(commands|files|terminal)[/.]' "the tool's machine/ stands on nothing else of it" \
+  $(sources tools/kolum/machine)
+nobody '#include "commands[/.]' "the tool's files/ know no command" $(sources tools/kolum/files)
 nobody 'LIBAV[A-Z]+_VERSION' "differences between FFmpeg's releases stand in src/av/ffmpeg.h" \
   $(sources src | grep -v '^src/av/ffmpeg.h')
 nobody '#include "(av|config|filetype|frame|geocode|ipc|mediainfo|support|thumbnail|video|xml)/' \

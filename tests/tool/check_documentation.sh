@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: every command has its manual page, its
-# section in docs/tool.md and an example in its help.
+# check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: every command that the program lists has its
+# manual page, its section in docs/tool.md, an example in its help, and its JSON in the schema.
 set -euo pipefail
 kolum=$1 source=$2 man=$3
 failures=0
@@ -25,6 +25,10 @@ for command in $commands; do
   grep -qx "## $command" "$source/docs/tool.md" || fail "docs/tool.md lacks $command"
   grep -q '^Examples\?:$' <<<"$("$kolum" "$command" --help)" || fail "$command has no example"
   [ -f "$page" ] || fail "no page for $command"
+  [ "$command" = help ] && continue  # prints text only
+  grep -qF "\"#/\$defs/$command\"" "$source/docs/kolum.schema.json" || fail "the schema lacks $command"
+  grep -rqE "^(.*do )?fits $command( |\$)|expectFitsSchema\(\"$command\"" "$source/tests/tool" ||
+    fail "no test of the JSON of $command"
 done
 # The codes of failures: those of the tool, of its documentation and of the schema are the same.
 codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/tools/kolum/terminal/failure.cpp" | sort)

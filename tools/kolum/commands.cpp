@@ -4,6 +4,10 @@ namespace kolum::tool {
 
 // In the order in which --help lists them: the name, what it is for in one line (those without one
 // are not listed), and the function in commands/ that defines it.
+//
+// The function says how the command is written (terminal/syntax.h; terminal/arguments.h has what
+// commands share) and what its --help says beyond that, and returns the action. The action prints
+// through context.printer and reports with context.fail().
 #define KOLUM_COMMANDS(ENTRY)                                                         \
   ENTRY("probe", "What is in media files", defineProbe)                               \
   ENTRY("info", "The streams of a file, for players", defineInfo)                     \

@@ -133,17 +133,17 @@ void showFolder(Context& context, const SystemThumbnail& thumbnail) {
 
 Action defineAlbum(Syntax& syntax) {
   auto names = std::make_shared<MusicNames>();
-  syntax.operand("BASE", names->base, "The music thumbnails' folder");
-  syntax.operand("ARTIST", names->artist, "The artist's name");
-  syntax.operand("ALBUM", names->album, "The album's name");
+  syntax.operand({"BASE", Offer::kFiles}, names->base, "The music thumbnails' folder");
+  syntax.operand({"ARTIST"}, names->artist, "The artist's name");
+  syntax.operand({"ALBUM"}, names->album, "The album's name");
   syntax.help("Example:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");
   return [names](Context& context) { makeAlbum(context, *names); };
 }
 
 Action defineArtist(Syntax& syntax) {
   auto names = std::make_shared<MusicNames>();
-  syntax.operand("BASE", names->base, "The music thumbnails' folder");
-  syntax.operand("ARTIST", names->artist, "The artist's name");
+  syntax.operand({"BASE", Offer::kFiles}, names->base, "The music thumbnails' folder");
+  syntax.operand({"ARTIST"}, names->artist, "The artist's name");
   syntax.help("Example:\n  kolum artwork artist /share/.thumbs/ \"The Oscillators\"");
   return [names](Context& context) { showArtist(context, *names); };
 }
@@ -157,8 +157,8 @@ Action defineTranscoded(Syntax& syntax) {
 
 Action defineFolder(Syntax& syntax) {
   auto thumbnail = std::make_shared<SystemThumbnail>();
-  syntax.operand("TYPE", thumbnail->mediaType, "The media type's number, 0 to 20");
-  syntax.operand("ITEM", thumbnail->item, "The item's number");
+  syntax.operand({"TYPE"}, thumbnail->mediaType, "The media type's number, 0 to 20");
+  syntax.operand({"ITEM"}, thumbnail->item, "The item's number");
   syntax.help("Example:\n  kolum artwork folder 3 4660");
   return [thumbnail](Context& context) { showFolder(context, *thumbnail); };
 }

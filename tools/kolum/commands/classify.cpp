@@ -50,9 +50,8 @@ Action defineClassify(Syntax& syntax) {
   auto options = std::make_shared<Options>();
   addFileArguments(syntax, options->files);
   addKindsOption(syntax, options->kinds);
-  syntax.repeatedOption("--mask", "KIND=MASK", options->masks,
-                        "Excludes the rows whose bits (row - 1) are set, in decimal or with 0x");
-  syntax.option("--tag", "N", options->tag, {0, 255}, "A tag byte, handed back for videos");
+  addMasksOption(syntax, options->masks);
+  syntax.option("--tag", {"N"}, options->tag, {0, 255}, "A tag byte, handed back for videos");
   syntax.help(
       "Tells the kind of a file by its name alone (the file need not exist): music, video, photo,\n"
       "playlist or none. The row is the type's place in the table that \"kolum extensions\" "

@@ -153,6 +153,10 @@ void set(Context& context, const Setting& setting) {
                "not changed, " + tool + " or its preparation answered " + std::to_string(status));
 }
 
+Words sectionNames() {
+  return {"KOLUMSERVER", "THUMBNAIL"};
+}
+
 Action defineShow(Syntax& syntax) {
   syntax.help("Example:\n  kolum config show --json");
   return show;
@@ -160,9 +164,10 @@ Action defineShow(Syntax& syntax) {
 
 Action defineSet(Syntax& syntax) {
   auto setting = std::make_shared<Setting>();
-  syntax.operand("SECTION", setting->section, "KOLUMSERVER or THUMBNAIL");
-  syntax.operand("KEY", setting->key, "As \"config show\" prints it");
-  syntax.operand("VALUE", setting->value, "The new value");
+  syntax.operand({"SECTION", Offer::kWords, sectionNames}, setting->section,
+                 "KOLUMSERVER or THUMBNAIL");
+  syntax.operand({"KEY"}, setting->key, "As \"config show\" prints it");
+  syntax.operand({"VALUE"}, setting->value, "The new value");
   syntax.help("Example:\n  kolum config set THUMBNAIL QUALITY 3");
   return [setting](Context& context) { set(context, *setting); };
 }

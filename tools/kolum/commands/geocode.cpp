@@ -47,12 +47,15 @@ Identifier language(int index) {
   return {index, std::string(known ? languages[static_cast<std::size_t>(index)] : "other")};
 }
 
-void checkLanguage(const std::string& code) {
+Words languageCodes() {
   const auto languages = placeLanguages();
-  if (code.empty() || std::find(languages.begin(), languages.end(), code) != languages.end())
-    return;
-  throw UsageError("--language takes one of " + joined({languages.begin(), languages.end()}) +
-                   ", not \"" + code + "\"");
+  return {languages.begin(), languages.end()};
+}
+
+void checkLanguage(const std::string& code) {
+  const Words known = languageCodes();
+  if (code.empty() || std::find(known.begin(), known.end(), code) != known.end()) return;
+  throw UsageError("--language takes one of " + joined(known) + ", not \"" + code + "\"");
 }
 
 Identifier objectType(int type) {
@@ -132,11 +135,11 @@ void run(Context& context, const Options& options) {
 
 Action defineGeocode(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  syntax.operand("LATITUDE", options->latitude, "Degrees, north positive");
-  syntax.operand("LONGITUDE", options->longitude, "Degrees, east positive");
-  syntax.option("--zoom", "N", options->zoom, {0, kBuilding},
+  syntax.operand({"LATITUDE"}, options->latitude, "Degrees, north positive");
+  syntax.operand({"LONGITUDE"}, options->longitude, "Degrees, east positive");
+  syntax.option("--zoom", {"N"}, options->zoom, {0, kBuilding},
                 "Level of detail, 0 the world to 18 a building");
-  syntax.option("--language", "CODE", options->language,
+  syntax.option("--language", {"CODE", Offer::kWords, languageCodes}, options->language,
                 "Prints the address in this language only");
   syntax.help(
       "Tells the place of a position and its address in several languages. The tool osm_info looks "

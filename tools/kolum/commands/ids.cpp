@@ -87,6 +87,19 @@ std::optional<Type> parseAs(const std::string& value) {
   return static_cast<Type>(*number);
 }
 
+Words tableNames() {
+  Words words;
+  for (const NamedEnumeration& table : enumerations()) words.emplace_back(table.name);
+  return words;
+}
+
+Words codecNames() {
+  Words words;
+  for (const NamedNumber& row : codecs().rows)
+    words.emplace_back(row.name.substr(codecs().prefix.size()));
+  return words;
+}
+
 int codecNumber(const std::string& value) {
   if (value.empty()) return CODEC_ID_NONE;
   if (const NamedNumber* row = codecs().find(std::string_view(value)))
@@ -172,9 +185,11 @@ void run(Context& context, const Options& options) {
 
 Action defineIds(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  syntax.operand("TABLE", options->table, "formats, brands, codecs, profiles or exceptions");
-  syntax.operands("VALUE", options->values, "Names or numbers to look up");
-  syntax.option("--codec", "CODEC", options->codec, "The codec that profile numbers belong to");
+  syntax.operand({"TABLE", Offer::kWords, tableNames}, options->table,
+                 "formats, brands, codecs, profiles or exceptions");
+  syntax.operands({"VALUE"}, options->values, "Names or numbers to look up");
+  syntax.option("--codec", {"CODEC", Offer::kWords, codecNames}, options->codec,
+                "The codec that profile numbers belong to");
   syntax.flag("--ffmpeg", options->ffmpeg, "Converts FFmpeg's numbers");
   syntax.help(
       "Prints a table of the library's identifiers, or looks values up in it: names with or "

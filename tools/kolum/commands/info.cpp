@@ -156,7 +156,7 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
 Action defineInfo(Syntax& syntax) {
   auto options = std::make_shared<Options>();
   addMediaFileArguments(syntax, options->files);
-  syntax.option("--seek", "SECONDS", options->seekSeconds, {1, INT_MAX},
+  syntax.option("--seek", {"SECONDS"}, options->seekSeconds, {1, INT_MAX},
                 "Also finds the key frame to start from");
   syntax.help(
       "Lists the video, audio and subtitle streams of videos and songs as a player needs them.\n"

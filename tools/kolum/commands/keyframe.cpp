@@ -43,7 +43,7 @@ void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
 
 Action defineKeyframe(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  syntax.operand("SECONDS", options->seconds, {0, INT_MAX}, "From the start of the video");
+  syntax.operand({"SECONDS"}, options->seconds, {0, INT_MAX}, "From the start of the video");
   addMediaFileArguments(syntax, options->files);
   syntax.help(
       "Finds the key frame from which a player starts to play at SECONDS: mostly the first one at "

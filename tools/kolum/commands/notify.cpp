@@ -86,7 +86,7 @@ Action defineWait(Syntax& syntax) {
   constexpr int kLongestWait = 1000000000;
   auto options = std::make_shared<Options>();
   syntax.flag("--stop", options->stopChannel, "Waits on the stop channel");
-  syntax.option("--seconds", "N", options->seconds, {0, kLongestWait},
+  syntax.option("--seconds", {"N"}, options->seconds, {0, kLongestWait},
                 "Gives up after N seconds, with exit status 1");
   syntax.help("Example:\n  kolum notify wait --seconds 60 && echo changed");
   return withChannels([options](Context& context) { wait(context, *options); });

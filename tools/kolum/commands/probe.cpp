@@ -30,6 +30,12 @@ constexpr Prober kProbers[] = {
     {kPhoto, kPhotoBit, "photo", probePhoto},
 };
 
+Words proberWords() {
+  Words words;
+  for (const Prober& prober : kProbers) words.emplace_back(prober.word);
+  return words;
+}
+
 // The prober that the first operand asks for; a lone operand always names a file.
 const Prober* forcedProber(FileArguments& files) {
   const bool moreNames = files.operands.size() > 1 || !files.listFile.empty();
@@ -73,7 +79,7 @@ void run(Context& context, Options& options) {
 
 Action defineProbe(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addMediaFileArguments(syntax, options->files);
+  addMediaFileArguments(syntax, options->files, proberWords);
   addAudioStreamOption(syntax, options->probe.audioStream);
   syntax.help(
       "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"

@@ -107,10 +107,11 @@ void run(Context& context, const Options& options) {
 
 Action defineSend(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  syntax.operand("COMMAND", options->command, "The server's command code");
-  syntax.operands("VALUE", options->values, "Numbers, sent as 64 bits each");
-  syntax.option("--text", "TEXT", options->text, "Sends this text as the payload");
-  syntax.option("--payload", "FILE", options->payloadFile, "Sends this file's bytes");
+  syntax.operand({"COMMAND"}, options->command, "The server's command code");
+  syntax.operands({"VALUE"}, options->values, "Numbers, sent as 64 bits each");
+  syntax.option("--text", {"TEXT"}, options->text, "Sends this text as the payload");
+  syntax.option("--payload", {"FILE", Offer::kFiles}, options->payloadFile,
+                "Sends this file's bytes");
   syntax.help(
       "Sends one command to the media-library server and prints its answer. The exit status is 1\n"
       "when no server answers, or it answers with another result than 1. A payload holds at most\n"

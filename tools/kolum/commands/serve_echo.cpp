@@ -71,7 +71,7 @@ void run(Context& context, const std::string& socketPath) {
 
 Action defineServeEcho(Syntax& syntax) {
   auto socketPath = std::make_shared<std::string>(MediaLibrary::LUM::wire::kSocketPath);
-  syntax.option("--socket", "PATH", *socketPath,
+  syntax.option("--socket", {"PATH", Offer::kFiles}, *socketPath,
                 std::string("The socket file to serve (default ") + *socketPath + ")");
   syntax.help(
       "A small media-library server for trying things: prints every command it gets and answers\n"

@@ -33,6 +33,18 @@ const FileTypeTable& tableNamed(const std::string& name) {
   return *table;
 }
 
+Words kindNames() {
+  Words words;
+  for (const FileTypeTable& table : fileTypeTables()) words.emplace_back(table.name);
+  return words;
+}
+
+Words kindMasks() {
+  Words words = kindNames();
+  for (std::string& word : words) word += '=';
+  return words;
+}
+
 }  // namespace
 
 std::span<const FileTypeTable> fileTypeTables() {
@@ -53,7 +65,7 @@ const FileTypeTable* fileTypesOfKind(int kind) {
 }
 
 void addKindsOption(Syntax& syntax, std::vector<std::string>& kinds) {
-  syntax.repeatedOption("--kinds", "KIND,...", kinds,
+  syntax.repeatedOption("--kinds", {"KIND,...", Offer::kWordList, kindNames}, kinds,
                         "Only these kinds: video, music, photo, playlist");
 }
 
@@ -65,6 +77,11 @@ unsigned kindBits(const std::vector<std::string>& kinds) {
     for (std::string kind; std::getline(names, kind, ',');) bits |= tableNamed(kind).bit;
   }
   return bits;
+}
+
+void addMasksOption(Syntax& syntax, std::vector<std::string>& masks) {
+  syntax.repeatedOption("--mask", {"KIND=MASK", Offer::kWordStarts, kindMasks}, masks,
+                        "Excludes the rows whose bits (row - 1) are set, in decimal or with 0x");
 }
 
 void setExclusionMask(const std::string& value) {

@@ -31,7 +31,9 @@ const FileTypeTable* fileTypesOfKind(int kind);
 void addKindsOption(Syntax& syntax, std::vector<std::string>& kinds);
 unsigned kindBits(const std::vector<std::string>& kinds);
 
-// Sets the mask that a "--mask KIND=MASK" value tells; throws UsageError when it cannot be.
+// "--mask KIND=MASK": adds the option; setExclusionMask sets the mask that a value names, and
+// throws UsageError when it cannot be.
+void addMasksOption(Syntax& syntax, std::vector<std::string>& masks);
 void setExclusionMask(const std::string& value);
 
 // What a table's row says beyond its name: JSON keys only, except for songs' identifiers.

@@ -213,10 +213,10 @@ class Walk {
 
 }  // namespace
 
-void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments) {
-  addFileArguments(syntax, arguments.names);
+void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments, Words (*leadingWords)()) {
+  addFileArguments(syntax, arguments.names, leadingWords);
   syntax.flag("--all", arguments.byContent, "Goes by what is in the files, not by their names");
-  syntax.repeatedOption("--exclude", "GLOB", arguments.excluded,
+  syntax.repeatedOption("--exclude", {"GLOB"}, arguments.excluded,
                         "Leaves files and folders out that match; can be given again");
 }
 

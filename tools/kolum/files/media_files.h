@@ -36,7 +36,8 @@ struct MediaFileArguments {
   std::vector<std::string> excluded;
 };
 
-void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments);
+void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments,
+                           Words (*leadingWords)() = nullptr);
 
 // Calls VISIT for every file behind the names, in order and as they come. A folder that holds a DVD
 // (VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) counts as one video, named by that file; any other

@@ -31,13 +31,14 @@ void forEachInList(Context& context, const std::string& listFile, bool byNul,
 }  // namespace
 
 void addAudioStreamOption(Syntax& syntax, int& index) {
-  syntax.option("--audio-stream", "N", index, {0, INT_MAX},
+  syntax.option("--audio-stream", {"N"}, index, {0, INT_MAX},
                 "The audio stream that counts, from 0; beyond the last the first");
 }
 
-void addFileArguments(Syntax& syntax, FileArguments& arguments) {
-  syntax.operands("FILE", arguments.operands, "Files; \"-\" reads names from standard input");
-  syntax.option("--files-from", "LIST", arguments.listFile,
+void addFileArguments(Syntax& syntax, FileArguments& arguments, Words (*leadingWords)()) {
+  syntax.operands({"FILE", Offer::kFiles, leadingWords}, arguments.operands,
+                  "Files; \"-\" reads names from standard input");
+  syntax.option("--files-from", {"LIST", Offer::kFiles}, arguments.listFile,
                 "Reads file names from LIST, NUL- or newline-separated");
   syntax.flag("-0,--null", arguments.isNulSeparated, "Names in lists end with NUL only");
 }

@@ -21,7 +21,8 @@ struct FileArguments {
   bool isNulSeparated = false;
 };
 
-void addFileArguments(Syntax& syntax, FileArguments& arguments);
+// LEADINGWORDS: what may stand in front of the files.
+void addFileArguments(Syntax& syntax, FileArguments& arguments, Words (*leadingWords)() = nullptr);
 
 // Throws UsageError when no name was asked for.
 void requireNames(const FileArguments& arguments);

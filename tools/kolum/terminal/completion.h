@@ -1,14 +1,12 @@
-// What may follow the words of a command line, from the parser's own tables. The completions of
-// bash, zsh and fish (folder completion/) ask for it with "kolum complete".
+// What may follow the words of a command line, from the parser's own tables and what commands said.
+// The completions of bash, zsh and fish (folder completion/) ask for it with "kolum complete".
 #ifndef KOLUM_TOOL_TERMINAL_COMPLETION_H
 #define KOLUM_TOOL_TERMINAL_COMPLETION_H
 
 #include <string>
 #include <vector>
 
-namespace CLI {
-class App;
-}
+#include "terminal/syntax.h"
 
 namespace kolum::tool {
 
@@ -24,7 +22,7 @@ struct Completion {
 };
 
 // WORDS: those after the program's name; the last one is being typed.
-Completion complete(const CLI::App& root, std::vector<std::string> words);
+Completion complete(const CLI::App& root, const Grammar& grammar, Words words);
 
 }  // namespace kolum::tool
 

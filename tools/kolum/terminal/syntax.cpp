@@ -64,46 +64,53 @@ CLI::Option* addTexts(CLI::App& parser, const std::string& name, std::vector<std
 
 }  // namespace
 
-void Syntax::operand(const std::string& name, std::string& value, const std::string& meaning) {
-  addText(parser_, name, value, meaning)->required();
+void Syntax::operand(const Placeholder& name, std::string& value, const std::string& meaning) {
+  grammar_.placeholders[addText(parser_, name.name, value, meaning)->required()] = name;
 }
 
-void Syntax::operand(const std::string& name, int& value, NumberRange range,
+void Syntax::operand(const Placeholder& name, int& value, NumberRange range,
                      const std::string& meaning) {
-  addNumber(parser_, name, value, range, meaning)->required();
+  CLI::Option* operand = addNumber(parser_, name.name, value, range, meaning)->required();
+  grammar_.placeholders[operand] = name;
 }
 
-void Syntax::operands(const std::string& name, std::vector<std::string>& values,
+void Syntax::operands(const Placeholder& name, std::vector<std::string>& values,
                       const std::string& meaning) {
-  addTexts(parser_, name, values, meaning)->expected(1, kAnyNumber)->allow_extra_args();
+  CLI::Option* operands = addTexts(parser_, name.name, values, meaning);
+  operands->expected(1, kAnyNumber)->allow_extra_args();
+  grammar_.placeholders[operands] = name;
 }
 
 void Syntax::flag(const std::string& name, bool& value, const std::string& meaning) {
   parser_.add_flag(name, value, meaning);
 }
 
-void Syntax::option(const std::string& name, const std::string& placeholder, std::string& value,
+void Syntax::option(const std::string& name, const Placeholder& placeholder, std::string& value,
                     const std::string& meaning) {
-  addText(parser_, name, value, meaning)->type_name(placeholder);
+  setPlaceholder(addText(parser_, name, value, meaning), placeholder);
 }
 
-void Syntax::option(const std::string& name, const std::string& placeholder,
+void Syntax::option(const std::string& name, const Placeholder& placeholder,
                     std::optional<std::string>& value, const std::string& meaning) {
-  addText(parser_, name, value, meaning)->type_name(placeholder);
+  setPlaceholder(addText(parser_, name, value, meaning), placeholder);
 }
 
-void Syntax::option(const std::string& name, const std::string& placeholder, int& value,
+void Syntax::option(const std::string& name, const Placeholder& placeholder, int& value,
                     NumberRange range, const std::string& meaning) {
-  addNumber(parser_, name, value, range, meaning)->type_name(placeholder);
+  setPlaceholder(addNumber(parser_, name, value, range, meaning), placeholder);
 }
 
-void Syntax::repeatedOption(const std::string& name, const std::string& placeholder,
+void Syntax::repeatedOption(const std::string& name, const Placeholder& placeholder,
                             std::vector<std::string>& values, const std::string& meaning) {
-  addTexts(parser_, name, values, meaning)
-      ->expected(1)
-      ->allow_extra_args(false)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll)
-      ->type_name(placeholder);
+  CLI::Option* option = addTexts(parser_, name, values, meaning);
+  option->expected(1)->allow_extra_args(false)->multi_option_policy(
+      CLI::MultiOptionPolicy::TakeAll);
+  setPlaceholder(option, placeholder);
+}
+
+void Syntax::setPlaceholder(CLI::Option* option, const Placeholder& placeholder) {
+  option->type_name(placeholder.name);
+  grammar_.placeholders[option] = placeholder;
 }
 
 void Syntax::commands(std::span<const Command> commands) {
@@ -111,8 +118,8 @@ void Syntax::commands(std::span<const Command> commands) {
   for (const Command& command : commands) {
     CLI::App* nested = parser_.add_subcommand(command.name, command.summary);
     if (nested->get_description().empty()) nested->group("");  // not listed
-    Syntax syntax(*nested, actions_);
-    if (Action action = command.define(syntax)) actions_[nested] = std::move(action);
+    Syntax syntax(*nested, grammar_);
+    if (Action action = command.define(syntax)) grammar_.actions[nested] = std::move(action);
   }
 }
 

@@ -11,15 +11,20 @@
 #include <vector>
 
 #include "terminal/command.h"
+#include "terminal/placeholder.h"
 
 namespace CLI {
 class App;
-}
+class Option;
+}  // namespace CLI
 
 namespace kolum::tool {
 
-// The actions of commands that do something themselves, by their parsers.
-using Actions = std::map<const CLI::App*, Action>;
+// What commands say of themselves beyond what the parser keeps.
+struct Grammar {
+  std::map<const CLI::App*, Action> actions;  // of those that do something themselves
+  std::map<const CLI::Option*, Placeholder> placeholders;
+};
 
 struct NumberRange {
   int least;
@@ -31,24 +36,23 @@ struct NumberRange {
 // what is none in their range.
 class Syntax {
  public:
-  Syntax(CLI::App& parser, Actions& actions) : parser_(parser), actions_(actions) {}
+  Syntax(CLI::App& parser, Grammar& grammar) : parser_(parser), grammar_(grammar) {}
 
-  void operand(const std::string& name, std::string& value, const std::string& meaning);
-  void operand(const std::string& name, int& value, NumberRange range, const std::string& meaning);
+  void operand(const Placeholder& name, std::string& value, const std::string& meaning);
+  void operand(const Placeholder& name, int& value, NumberRange range, const std::string& meaning);
   // Any number of them, none included.
-  void operands(const std::string& name, std::vector<std::string>& values,
+  void operands(const Placeholder& name, std::vector<std::string>& values,
                 const std::string& meaning);
 
   void flag(const std::string& name, bool& value, const std::string& meaning);
-  // PLACEHOLDER stands for the value in the help.
-  void option(const std::string& name, const std::string& placeholder, std::string& value,
+  void option(const std::string& name, const Placeholder& placeholder, std::string& value,
               const std::string& meaning);
-  void option(const std::string& name, const std::string& placeholder,
+  void option(const std::string& name, const Placeholder& placeholder,
               std::optional<std::string>& value, const std::string& meaning);
-  void option(const std::string& name, const std::string& placeholder, int& value,
+  void option(const std::string& name, const Placeholder& placeholder, int& value,
               NumberRange range, const std::string& meaning);
   // It may be given several times.
-  void repeatedOption(const std::string& name, const std::string& placeholder,
+  void repeatedOption(const std::string& name, const Placeholder& placeholder,
                       std::vector<std::string>& values, const std::string& meaning);
 
   // One of them has to be named.
@@ -56,12 +60,15 @@ class Syntax {
   // What --help says beyond all these.
   void help(const std::string& text);
 
-  // The parser of the whole program.
+  // The parser of the whole program, and what its commands said.
   const CLI::App& root() const;
+  const Grammar& grammar() const { return grammar_; }
 
  private:
+  void setPlaceholder(CLI::Option* option, const Placeholder& placeholder);
+
   CLI::App& parser_;
-  Actions& actions_;
+  Grammar& grammar_;
 };
 
 // The arguments in the parser's own (reversed) order, those that it would misread marked. File
