@@ -30,15 +30,14 @@ constexpr std::size_t kLongestExtension = 9;
 // Rows 7 (".dts") and 10 (".ac3") of the songs, whose exclusion no mask lifts.
 constexpr std::uint64_t kMusicExclusions = 0x240;
 
-// Kinds as masks and the configuration number them.
-enum KindNumber { kMusic, kPhoto, kVideo, kPlaylist, kKindCount };
+constexpr std::size_t kKindCount = 4;
 
 constexpr std::array<std::uint64_t, kKindCount> kBuiltInExclusions = {kMusicExclusions, 0, 0, 0};
 std::array<std::uint64_t, kKindCount> masks = kBuiltInExclusions;
 
 // Kinds in the order in which they are tried and printed.
 struct Kind {
-  KindNumber number;
+  unsigned number;  // MEDIA_KIND_MASK_*
   unsigned interest;
   int result;
   const MediaFileInfo* table;
@@ -46,10 +45,12 @@ struct Kind {
 };
 
 constexpr std::array<Kind, kKindCount> kKinds = {{
-    {kVideo, 2, 2, g_VideoFileInfo, g_pHashVideo},
-    {kMusic, 1, 1, g_SongFileInfo, g_pHashMusic},
-    {kPhoto, 4, 3, g_PictureFileInfo, g_pHashPicture},
-    {kPlaylist, 8, 5, g_PlaylistFileInfo, g_pHashPlaylist},
+    {MEDIA_KIND_MASK_VIDEO, MEDIA_KIND_BIT_VIDEO, MEDIA_KIND_VIDEO, g_VideoFileInfo, g_pHashVideo},
+    {MEDIA_KIND_MASK_MUSIC, MEDIA_KIND_BIT_MUSIC, MEDIA_KIND_MUSIC, g_SongFileInfo, g_pHashMusic},
+    {MEDIA_KIND_MASK_PHOTO, MEDIA_KIND_BIT_PHOTO, MEDIA_KIND_PHOTO, g_PictureFileInfo,
+     g_pHashPicture},
+    {MEDIA_KIND_MASK_PLAYLIST, MEDIA_KIND_BIT_PLAYLIST, MEDIA_KIND_PLAYLIST, g_PlaylistFileInfo,
+     g_pHashPlaylist},
 }};
 
 // Rows of the video table that stand for whole discs, by the names of their index files.
@@ -110,7 +111,7 @@ bool isExcluded(const Kind& kind, unsigned row) {
 
 // Index files of discs count under their own names only.
 bool isAccepted(const Kind& kind, unsigned row, std::string_view fileName) {
-  if (kind.number != kVideo) return true;
+  if (kind.number != MEDIA_KIND_MASK_VIDEO) return true;
   if (row == kDvdRow) {
     return endsWithIgnoringCase(fileName, "video_ts.ifo") ||
            endsWithIgnoringCase(fileName, "vr_mangr.ifo");
@@ -119,7 +120,7 @@ bool isAccepted(const Kind& kind, unsigned row, std::string_view fileName) {
 }
 
 struct Classified {
-  int result = 0;
+  int result = MEDIA_KIND_NONE;
   unsigned row = 0;
 };
 
@@ -133,7 +134,7 @@ Classified classify(const char* fileName, const char* dot, unsigned kinds) {
     if (!row) continue;
     // An excluded match ends the search: the extension is in one table only.
     if (isExcluded(kind, *row)) return {};
-    return {isAccepted(kind, *row, fileName) ? kind.result : 0, *row + 1};
+    return {isAccepted(kind, *row, fileName) ? kind.result : MEDIA_KIND_NONE, *row + 1};
   }
   return {};
 }
@@ -146,7 +147,6 @@ using namespace kolum::filetype;
 
 int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int kinds,
                           unsigned int* tag) {
-  constexpr unsigned kVideoInterest = 2;
   [[maybe_unused]] static const bool kIndexIsBuilt = (buildIndex(), true);
   if (fileName == nullptr) return 0;
 
@@ -154,7 +154,7 @@ int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int 
   const Classified classified = dot != nullptr ? classify(fileName, dot, kinds) : Classified{};
   if (row != nullptr) *row = classified.row;
   if (tag != nullptr)
-    *tag = dot != nullptr && (kinds & kVideoInterest) != 0 ? kinds >> 8 & 0xFF : 0;
+    *tag = dot != nullptr && (kinds & MEDIA_KIND_BIT_VIDEO) != 0 ? kinds >> 8 & 0xFF : 0;
   return classified.result;
 }
 

@@ -98,11 +98,11 @@ int KoLUM_TimedWaitNotification(int seconds) {
   timespec deadline = {};
   if (clock_gettime(CLOCK_REALTIME, &deadline) != 0) {
     KoLUM_WaitNotification();
-    return 0;
+    return NOTIFICATION_RECEIVED;
   }
   deadline.tv_sec += seconds;
-  if (changes.waitUntil(deadline) == 0) return 0;
-  return errno == ETIMEDOUT ? 1 : -1;
+  if (changes.waitUntil(deadline) == 0) return NOTIFICATION_RECEIVED;
+  return errno == ETIMEDOUT ? NOTIFICATION_TIMED_OUT : NOTIFICATION_FAILED;
 }
 
 int KoLUM_WaitStopNotification() {
@@ -113,8 +113,8 @@ int KoLUM_WaitStopNotificationTimeOut(int seconds) {
   const timespec deadline = {.tv_sec = std::time(nullptr) + seconds, .tv_nsec = 0};
   int result = stop.waitUntil(deadline);
   while (result != 0 && errno == EINTR) result = stop.waitUntil(deadline);
-  if (result == 0) return 0;
-  return errno == ETIMEDOUT ? 1 : 2;
+  if (result == 0) return NOTIFICATION_RECEIVED;
+  return errno == ETIMEDOUT ? NOTIFICATION_TIMED_OUT : NOTIFICATION_STOP_FAILED;
 }
 
 int KoLUM_ClearNotification() {

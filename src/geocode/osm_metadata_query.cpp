@@ -49,10 +49,10 @@ std::string commandFor(const osm_param_s& param) {
 int lookUp(const osm_param_s& param, osm_place_s& place) {
   const std::string command = commandFor(param);
   KOLUM_LOG_AS(kSource, kLookUp, "@@@@@@@@cmd:%s", command.c_str());
-  int result = geocode::kNoAnswer;
+  int result = PLACE_NO_ANSWER;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     result = parseOsmInfo(command.c_str(), place);
-    if (result == geocode::kSuccess) return result;
+    if (result == PLACE_FOUND) return result;
     KOLUM_LOG_AS(kSource, kLookUp, "retry:%d", attempt);
     // After the last attempt, too: wanted, it keeps hosts from asking a tool in trouble at once
     // again.
@@ -69,17 +69,17 @@ int koOsmInfo(osm_param_s& param, osm_place_s& place) noexcept {
   try {
     return lookUp(param, place);
   } catch (const std::exception&) {
-    return geocode::kNoAnswer;
+    return PLACE_NO_ANSWER;
   }
 }
 
 int parseOsmInfo(const char* command, osm_place_s& place) noexcept {
   try {
-    if (command == nullptr) return geocode::kNoAnswer;
+    if (command == nullptr) return PLACE_NO_ANSWER;
     const auto output = kolum::outputOf(command);
-    return output ? geocode::readAnswer(*output, place) : geocode::kNoAnswer;
+    return output ? geocode::readAnswer(*output, place) : PLACE_NO_ANSWER;
   } catch (const std::exception&) {
-    return geocode::kNoAnswer;
+    return PLACE_NO_ANSWER;
   }
 }
 

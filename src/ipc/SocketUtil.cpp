@@ -20,20 +20,6 @@ namespace {
 
 constexpr char kSource[] = "SocketUtil";
 
-enum ErrorCode : int {
-  kSuccess = 0,
-  kInvalidArgument = 2,
-  kSocketFailed = 3,
-  kBindFailed = 4,
-  kListenFailed = 5,
-  kAcceptFailed = 6,
-  kConnectFailed = 7,
-  kTimeOutFailed = 8,
-  kReadWriteFailed = 9,
-  kRemoveFailed = 10,
-  kCloseFailed = 11,
-};
-
 enum State : int { kNone = 0, kConnected = 1, kAccepted = 2, kListening = 3 };
 
 constexpr mode_t kEveryUser = 0777;
@@ -52,10 +38,10 @@ ssize_t writeOnce(int fd, const void* buf, std::size_t len) {
 }  // namespace
 
 UnixSocket::UnixSocket() noexcept
-    : m_sockAddr{}, m_socketFd(-1), m_errno(0), m_errorCode(kSuccess), m_state(kNone) {}
+    : m_sockAddr{}, m_socketFd(-1), m_errno(0), m_errorCode(UNIX_SOCKET_OK), m_state(kNone) {}
 
 UnixSocket::UnixSocket(int fd) noexcept
-    : m_sockAddr{}, m_socketFd(fd), m_errno(0), m_errorCode(kSuccess), m_state(kAccepted) {}
+    : m_sockAddr{}, m_socketFd(fd), m_errno(0), m_errorCode(UNIX_SOCKET_OK), m_state(kAccepted) {}
 
 // Here, in isValid and in Close, descriptor 0 counts as no socket. That is wanted: an object never
 // closes the standard input of its host.
@@ -73,7 +59,7 @@ int UnixSocket::getErrorCode() noexcept {
 
 void UnixSocket::resetErrorCodes() noexcept {
   m_errno = 0;
-  m_errorCode = kSuccess;
+  m_errorCode = UNIX_SOCKET_OK;
 }
 
 bool UnixSocket::isValid() noexcept {
@@ -84,19 +70,19 @@ int UnixSocket::Open(std::string socketPath) noexcept {
   resetErrorCodes();
   if (*socketPath.c_str() == '\0') {
     KOLUM_LOG(kSource, "socketPath is empty\n");
-    return m_errorCode = kInvalidArgument;
+    return m_errorCode = UNIX_SOCKET_INVALID_ARGUMENT;
   }
   m_socketPath = std::move(socketPath);
   m_socketFd = socket(AF_UNIX, SOCK_STREAM, 0);
   if (m_socketFd < 0) {
     m_errno = errno;
     KOLUM_LOG(kSource, "create socket fail, errno=%d, strerror=%s\n", m_errno, strerror(m_errno));
-    return m_errorCode = kSocketFailed;
+    return m_errorCode = UNIX_SOCKET_CREATE_FAILED;
   }
   m_sockAddr = {};
   m_sockAddr.sun_family = AF_UNIX;
   kolum::copyText(m_sockAddr.sun_path, m_socketPath.c_str());
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 int UnixSocket::Bind() noexcept {
@@ -106,12 +92,12 @@ int UnixSocket::Bind() noexcept {
     m_errno = errno;
     KOLUM_LOG(kSource, "remove() sockFilePath %s fail, errno=%d, strerror=%s\n", path, m_errno,
               strerror(m_errno));
-    return m_errorCode = kRemoveFailed;
+    return m_errorCode = UNIX_SOCKET_REMOVE_FAILED;
   }
   if (bind(m_socketFd, reinterpret_cast<const sockaddr*>(&m_sockAddr), sizeof m_sockAddr) != 0) {
     m_errno = errno;
     KOLUM_LOG(kSource, "server bind() fail, errno=%d, strerror=%s\n", m_errno, strerror(m_errno));
-    return m_errorCode = kBindFailed;
+    return m_errorCode = UNIX_SOCKET_BIND_FAILED;
   }
   // Only a warning, and that is wanted: a server whose file some users cannot open still serves the
   // others.
@@ -119,22 +105,22 @@ int UnixSocket::Bind() noexcept {
     m_errno = errno;
     KOLUM_LOG(kSource, "chmod %s fail, errno=%d strerror=%s\n", path, m_errno, strerror(m_errno));
   }
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 int UnixSocket::Listen(int backlog) noexcept {
   resetErrorCodes();
   if (backlog < 1) {
     KOLUM_LOG(kSource, "listen invalid : %d\n", backlog);
-    return m_errorCode = kInvalidArgument;
+    return m_errorCode = UNIX_SOCKET_INVALID_ARGUMENT;
   }
   if (listen(m_socketFd, backlog) != 0) {
     m_errno = errno;
     KOLUM_LOG(kSource, "listen() failed, errno=%d, strerror=%s\n", m_errno, strerror(m_errno));
-    return m_errorCode = kListenFailed;
+    return m_errorCode = UNIX_SOCKET_LISTEN_FAILED;
   }
   m_state = kListening;
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 // The one operation that goes on after an interruption: a server has to outlive signals, while a
@@ -147,7 +133,7 @@ UnixSocket* UnixSocket::Accept() noexcept {
     m_errno = errno;
     if (m_errno <= 0 || m_errno == EINTR) continue;
     KOLUM_LOG(kSource, "accept() fail, errno=%d, strerror=%s\n", m_errno, strerror(m_errno));
-    m_errorCode = kAcceptFailed;
+    m_errorCode = UNIX_SOCKET_ACCEPT_FAILED;
     return nullptr;
   }
 }
@@ -157,7 +143,7 @@ int UnixSocket::Connect(long sec, long usec) noexcept {
   if (sec < 0 || usec < 0) {
     KOLUM_LOG(kSource, "invalid timeout : sec:%d, micro sec :%d\n", static_cast<int>(sec),
               static_cast<int>(usec));
-    return m_errorCode = kInvalidArgument;
+    return m_errorCode = UNIX_SOCKET_INVALID_ARGUMENT;
   }
   const timeval timeOut{.tv_sec = sec, .tv_usec = usec};
   for (const int direction : {SO_RCVTIMEO, SO_SNDTIMEO}) {
@@ -165,15 +151,15 @@ int UnixSocket::Connect(long sec, long usec) noexcept {
     m_errno = errno;
     KOLUM_LOG(kSource, "setsockopt() timeout fail, errno=%d, strerror=%s\n", m_errno,
               strerror(m_errno));
-    return m_errorCode = kTimeOutFailed;
+    return m_errorCode = UNIX_SOCKET_TIME_OUT_FAILED;
   }
   if (connect(m_socketFd, reinterpret_cast<const sockaddr*>(&m_sockAddr), sizeof m_sockAddr) != 0) {
     m_errno = errno;
     KOLUM_LOG(kSource, "connect() fail, errno=%d, strerror=%s\n", m_errno, strerror(m_errno));
-    return m_errorCode = kConnectFailed;
+    return m_errorCode = UNIX_SOCKET_CONNECT_FAILED;
   }
   m_state = kConnected;
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 // Read and Write keep no errno: after their failures getErrorCode gives 9 and getErrno 0. That is
@@ -182,7 +168,7 @@ int UnixSocket::Read(void* buf, unsigned long len) noexcept {
   resetErrorCodes();
   if (m_socketFd < 0) {
     KOLUM_LOG(kSource, "invalid read, no socket to read.\n");
-    m_errorCode = kReadWriteFailed;
+    m_errorCode = UNIX_SOCKET_READ_WRITE_FAILED;
     return -1;
   }
   if (len > 0) std::memset(buf, 0, len);
@@ -191,7 +177,7 @@ int UnixSocket::Read(void* buf, unsigned long len) noexcept {
     const int error = errno;
     KOLUM_LOG(kSource, "read() failed, socket=%d, errno=%d ,strerror=%s\n", m_socketFd, error,
               strerror(error));
-    m_errorCode = kReadWriteFailed;
+    m_errorCode = UNIX_SOCKET_READ_WRITE_FAILED;
   }
   return static_cast<int>(count);  // fits: the kernel moves at most 2 GiB at a time
 }
@@ -200,7 +186,7 @@ int UnixSocket::Write(void* buf, unsigned long len) noexcept {
   resetErrorCodes();
   if (m_socketFd < 0) {
     KOLUM_LOG(kSource, "invalid write, no socket to write.\n");
-    m_errorCode = kReadWriteFailed;
+    m_errorCode = UNIX_SOCKET_READ_WRITE_FAILED;
     return -1;
   }
   const ssize_t count = writeOnce(m_socketFd, buf, len);
@@ -208,23 +194,23 @@ int UnixSocket::Write(void* buf, unsigned long len) noexcept {
     const int error = errno;
     KOLUM_LOG(kSource, "write() failed, socket=%d, errno=%d ,strerror=%s\n", m_socketFd, error,
               strerror(error));
-    m_errorCode = kReadWriteFailed;
+    m_errorCode = UNIX_SOCKET_READ_WRITE_FAILED;
   }
   return static_cast<int>(count);
 }
 
 int UnixSocket::Close() noexcept {
-  if (m_socketFd < 1) return kSuccess;
+  if (m_socketFd < 1) return UNIX_SOCKET_OK;
   if (close(m_socketFd) != 0) {
     m_errno = errno;
-    m_errorCode = kCloseFailed;
+    m_errorCode = UNIX_SOCKET_CLOSE_FAILED;
     KOLUM_LOG(kSource, "close m_socketFd %d fail, errno=%d, strerror=%s\n", m_socketFd, m_errno,
               strerror(m_errno));
     return 1;
   }
   m_socketFd = -1;
   m_state = kNone;
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 }  // namespace MediaLibrary::LUM

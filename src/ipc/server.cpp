@@ -17,9 +17,6 @@ const char* kLumServerStatusName[5] = {"idle", "busy", "stop", "pause", "sleep"}
 
 namespace {
 
-constexpr int kFailure = 1;
-constexpr int kActionFailure = 3;
-
 static_assert(wire::kRequestPayloadMax == 4080 && wire::kAnswerTextMax == 4071);
 
 template <typename Number>
@@ -41,24 +38,24 @@ void buildRequest(Buffer& buffer, int command, const char* data, std::size_t len
 int exchange(SocketResp_t& resp, int command, const char* data, std::size_t len) {
   Buffer buffer;
   UnixSocket server;
-  if (server.Open(wire::kSocketPath) != 0) return kFailure;
-  if (server.Connect(wire::kTimeOutSeconds, 0) != 0) return kFailure;
+  if (server.Open(wire::kSocketPath) != 0) return LUM_COMMAND_FAILED;
+  if (server.Connect(wire::kTimeOutSeconds, 0) != 0) return LUM_COMMAND_FAILED;
   buildRequest(buffer, command, data, len);
-  if (server.Write(buffer.data(), wire::kRequestPayloadOffset + len) < 0) return kFailure;
+  if (server.Write(buffer.data(), wire::kRequestPayloadOffset + len) < 0) return LUM_COMMAND_FAILED;
   buffer.fill(0);
-  if (server.Read(buffer.data(), wire::kAnswerReadMax) < 0) return kFailure;
-  if (!kolum::ipc::takeAnswer(buffer, resp)) return kFailure;
-  return resp.result == wire::kResultSuccess ? 0 : kFailure;
+  if (server.Read(buffer.data(), wire::kAnswerReadMax) < 0) return LUM_COMMAND_FAILED;
+  if (!kolum::ipc::takeAnswer(buffer, resp)) return LUM_COMMAND_FAILED;
+  return resp.result == wire::kResultSuccess ? LUM_COMMAND_OK : LUM_COMMAND_FAILED;
 }
 
 }  // namespace
 
 int sendCommand(SocketResp_t* resp, int command, const char* data, unsigned long len) noexcept {
-  if (resp == nullptr || len > wire::kRequestPayloadMax) return kFailure;
+  if (resp == nullptr || len > wire::kRequestPayloadMax) return LUM_COMMAND_FAILED;
   try {
     return exchange(*resp, command, data, len);
   } catch (const std::exception&) {
-    return kFailure;
+    return LUM_COMMAND_FAILED;
   }
 }
 
@@ -70,7 +67,7 @@ int sendActionToLumServer(int command, int value1, int value2) noexcept {
   SocketResp_t resp{};
   // A text that comes with a failure stays allocated: kept as it is, no caller could see a change.
   // NOLINTNEXTLINE(clang-analyzer-unix.Malloc)
-  if (sendCommand(&resp, command, payload.data(), payload.size()) != 0) return kActionFailure;
+  if (sendCommand(&resp, command, payload.data(), payload.size()) != 0) return LUM_ACTION_FAILED;
   std::free(resp.data);
-  return 0;
+  return LUM_COMMAND_OK;
 }

@@ -60,17 +60,14 @@ void writeText(char* output, std::size_t size, const std::string& text) {
 
 // What callers of these functions find before anything can fail.
 void writePresets(const FlatOutputs& out) {
-  constexpr int kUpright = 1;
-  constexpr int kNoSubtitles = 16;
-  preset(out.orientation, kUpright);
-  preset(out.subtitleMode, kNoSubtitles);
+  preset(out.orientation, VIDEO_ORIENTATION_UPRIGHT);
+  preset(out.subtitleMode, SUBTITLE_MODE_OTHER);
   preset(out.subtitleCount, 0);
   preset(out.is360, 0);
 }
 
 void writeFacts(const VideoFacts& facts, const FlatOutputs& out) {
   using Record = videoObject_st;
-  constexpr int kFileHasSubtitles = 0;
   writeFact(out.width, facts.width);
   writeFact(out.height, facts.height);
   writeFact(out.bitRate, facts.bitRate);
@@ -91,7 +88,7 @@ void writeFacts(const VideoFacts& facts, const FlatOutputs& out) {
   writeFact(out.audioProfile, facts.audioProfile);
   writeFact(out.audioLevel, facts.audioLevel);
   writeFact(out.orientation, facts.orientation);
-  if (facts.fileHasSubtitles) preset(out.subtitleMode, kFileHasSubtitles);
+  if (facts.fileHasSubtitles) preset(out.subtitleMode, SUBTITLE_MODE_FILE);
   writeFact(out.subtitleCount, facts.subtitleCount);
   writeText(out.yearMonth, sizeof(Record::yearMonth), facts.yearMonth);
   writeText(out.creationDate, sizeof(Record::creationDate), facts.creationDate);

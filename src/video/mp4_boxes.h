@@ -2,13 +2,19 @@
 #ifndef KOLUM_VIDEO_MP4_BOXES_H
 #define KOLUM_VIDEO_MP4_BOXES_H
 
+#include <kolum/video.h>
+
 #include <cstdint>
 #include <optional>
 
 namespace kolum::video {
 
 // Where a file's "moov" box stands. The values are the results of CheckMp4MoovAtEnd.
-enum class MoovPosition { kNotLast = 0, kLastOrUnknownBox = 1, kUnreadable = 2 };
+enum class MoovPosition {
+  kNotLast = MP4_MOOV_NOT_LAST,
+  kLastOrUnknownBox = MP4_MOOV_LAST,
+  kUnreadable = MP4_MOOV_UNREADABLE
+};
 
 MoovPosition moovPosition(const char* path);
 

@@ -57,7 +57,8 @@ struct OrientationRow {
   std::uint32_t orientation;
 };
 
-constexpr auto kOrientations = std::to_array<OrientationRow>({{180, 3}, {270, 6}, {90, 8}});
+constexpr auto kOrientations = std::to_array<OrientationRow>(
+    {{180, VIDEO_ORIENTATION_180}, {270, VIDEO_ORIENTATION_270}, {90, VIDEO_ORIENTATION_90}});
 
 std::string_view mimeTypeOf(std::string_view demuxer) {
   for (const MimeTypeRow& row : kMimeTypes)
@@ -188,7 +189,7 @@ void Probe::chooseAudioStream() {
 }
 
 void Probe::readAudioFacts() {
-  facts_.audioClass = kAudioClassNone;
+  facts_.audioClass = AUDIO_CLASS_NONE;
   if (!audio_) return;
   const int codec = ffmpegCodecIdConvert(audio_->classicCodec());
   if (codec < 0) return;

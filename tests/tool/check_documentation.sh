@@ -8,15 +8,6 @@ fail() { printf '%s\n' "$*"; failures=$((failures + 1)); }
 
 commands_of() { awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit } on { print $1 }'; }
 
-# The numbers of languages are their places in the library's list.
-languages_in() { sed -n '/ kLanguages\[\] = {/,/^};/p' "$source/$1"; }
-known=$(languages_in src/geocode/osm_answer.cpp | grep -o '"[a-z-]*"' | tr -d '"')
-[ "$(wc -l <<<"$known")" = 23 ] || fail "languages: $known"
-[ "$(languages_in tools/kolum/commands/languages.cpp | grep -o '"[a-z-]*"' | tr -d '"')" = "$known" ] ||
-  fail "kolum geocode lists other languages"
-[ "$(languages_in tools/appliance/osm_info/languages.cpp | sed -n 's/^ *{"\([a-z-]*\)".*/\1/p')" = "$known" ] ||
-  fail "osm_info lists other languages"
-
 commands=$("$kolum" --help | commands_of)
 [ -n "$commands" ] || fail "no commands"
 for command in $commands; do
