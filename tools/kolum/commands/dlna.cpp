@@ -75,7 +75,7 @@ std::optional<DlnaNaming> nameSong(const MediaPath& path) {
   if (!song) return std::nullopt;
   DlnaNaming naming;
   naming.profile = song->dlnaProfile;
-  if (const MediaFileInfo* type = fileTypeOfName(path.name, kMusicBit))
+  if (const MediaFileInfo* type = fileTypeOfName(path.name, MEDIA_KIND_BIT_MUSIC))
     naming.mimeType = type->mimeType;
   naming.remarks = {
       "songs are named by their codec, container and numbers; kolum probe shows them"};
@@ -91,7 +91,7 @@ std::optional<DlnaNaming> nameVideo(const MediaPath& path, int audioStream) {
 
 void printNaming(Context& context, const MediaFile& file, const Options& options) {
   const MediaPath& path = file.path;
-  const bool isSong = file.kind == kMusic;
+  const bool isSong = file.kind == MEDIA_KIND_MUSIC;
   const auto found = isSong ? nameSong(path) : nameVideo(path, options.audioStream);
   if (!found)
     return context.fail(path.given, diagnose(path, isSong ? Wanted::kSong : Wanted::kVideo));
@@ -106,7 +106,7 @@ void printNaming(Context& context, const MediaFile& file, const Options& options
 }
 
 void run(Context& context, const Options& options) {
-  forEachMediaFile(context, options.files, kVideoBit | kMusicBit,
+  forEachMediaFile(context, options.files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
                    [&](const MediaFile& file) { printNaming(context, file, options); });
 }
 

@@ -74,7 +74,7 @@ Action defineDsf(Syntax& syntax) {
       "\nExample:\n  kolum dsf Music/*.dsf");
   return [files](Context& context) {
     initLibrary();
-    forEachMediaFile(context, *files, kMusicBit, [&](const MediaFile& file) {
+    forEachMediaFile(context, *files, MEDIA_KIND_BIT_MUSIC, [&](const MediaFile& file) {
       if (isWanted(file, files->byContent)) describe(context, file.path);
     });
   };

@@ -24,8 +24,8 @@ struct Options {
 
 // Codec and container names for songs, the picture format's number for photos.
 std::string implied(const FileTypeTable& table, const MediaFileInfo& type) {
-  if (table.kind == kPhoto) return "picture format " + std::to_string(type.formatIds);
-  if (table.kind != kMusic) return "";
+  if (table.kind == MEDIA_KIND_PHOTO) return "picture format " + std::to_string(type.formatIds);
+  if (table.kind != MEDIA_KIND_MUSIC) return "";
   return containerNames(static_cast<unsigned>(type.formatIds)).text() + ", codec " +
          codecText(static_cast<int>(type.formatIds >> 32), PROFILE_UNKNOWN);
 }

@@ -2,13 +2,12 @@
 #include <kolum/host.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <memory>
 
-#include "commands/languages.h"
+#include "files/identifiers.h"
 #include "machine/appliance.h"
 #include "machine/programs.h"
 #include "terminal/command.h"
@@ -21,11 +20,17 @@ namespace kolum::tool {
 
 namespace {
 
+using MediaLibrary::kPlaceLanguageCodes;
 using MediaLibrary::osm_place_s;
 
 constexpr int kBuilding = 18;
 
-constexpr auto kObjectTypes = std::to_array<const char*>({"node", "way", "relation", "other"});
+constexpr NamedNumber kObjectTypes[] = {
+    {"node", MAP_OBJECT_NODE},
+    {"way", MAP_OBJECT_WAY},
+    {"relation", MAP_OBJECT_RELATION},
+    {"other", MAP_OBJECT_OTHER},
+};
 
 struct Options {
   std::string latitude;
@@ -42,14 +47,12 @@ double degrees(const std::string& text, const char* what, double limit) {
 }
 
 Identifier language(int index) {
-  const auto languages = placeLanguages();
-  const bool known = index >= 0 && index < static_cast<int>(languages.size());
-  return {index, std::string(known ? languages[static_cast<std::size_t>(index)] : "other")};
+  const bool isKnown = index >= 0 && index < PLACE_LANGUAGE_OTHER;
+  return {index, isKnown ? kPlaceLanguageCodes[index] : "other"};
 }
 
 Words languageCodes() {
-  const auto languages = placeLanguages();
-  return {languages.begin(), languages.end()};
+  return {std::begin(kPlaceLanguageCodes), std::end(kPlaceLanguageCodes)};
 }
 
 void checkLanguage(const std::string& code) {
@@ -59,8 +62,7 @@ void checkLanguage(const std::string& code) {
 }
 
 Identifier objectType(int type) {
-  const bool known = type >= 1 && type <= static_cast<int>(kObjectTypes.size());
-  return {type, known ? kObjectTypes[static_cast<std::size_t>(type - 1)] : ""};
+  return named(kObjectTypes, type);
 }
 
 // One attempt with the stand-in; numbers are all that reaches the shell besides its path.
@@ -122,8 +124,9 @@ void run(Context& context, const Options& options) {
   osm_place_s place = {};
   const int status =
       tool == kOsmInfoTool ? koOsmInfo(query, place) : askStandIn(tool, query, place);
-  if (status != 0) {
-    return context.fail(tool, status == 2 ? "the tool knows no place there" : "no usable answer");
+  if (status != PLACE_FOUND) {
+    return context.fail(
+        tool, status == PLACE_TOOL_ERROR ? "the tool knows no place there" : "no usable answer");
   }
   std::vector<Result> addresses = addressResults(place, options.language);
   if (!addresses.empty()) return print(context, query, place, std::move(addresses));

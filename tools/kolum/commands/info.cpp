@@ -83,7 +83,7 @@ nlohmann::ordered_json streamJson(const MediaStreamInfo& stream, int codec) {
   if (stream.streamType == MEDIA_STREAM_SUBTITLE) return json;
   if (const int profile = profileOf(stream); profile != PROFILE_UNKNOWN)
     json["profile"] = profileIdentifier(profile, codec).json();
-  if (stream.level != kUnknownLevel) json["level"] = stream.level;
+  if (stream.level != LEVEL_UNKNOWN) json["level"] = stream.level;
   if (stream.streamType == MEDIA_STREAM_VIDEO) addVideo(json, stream);
   if (stream.streamType == MEDIA_STREAM_AUDIO) addAudio(json, stream);
   return json;
@@ -162,7 +162,7 @@ Action defineInfo(Syntax& syntax) {
       "Lists the video, audio and subtitle streams of videos and songs as a player needs them.\n"
       "\nExample:\n  kolum info --seek 90 movie.mkv");
   return [options](Context& context) {
-    forEachMediaFile(context, options->files, kVideoBit | kMusicBit,
+    forEachMediaFile(context, options->files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
                      [&](const MediaFile& file) { printInfo(context, file.path, *options); });
   };
 }

@@ -51,7 +51,7 @@ Action defineKeyframe(Syntax& syntax) {
       "after it.\n"
       "\nExample:\n  kolum keyframe 90 movie.mkv");
   return [options](Context& context) {
-    forEachMediaFile(context, options->files, kVideoBit, [&](const MediaFile& file) {
+    forEachMediaFile(context, options->files, MEDIA_KIND_BIT_VIDEO, [&](const MediaFile& file) {
       printKeyFrame(context, file, options->seconds);
     });
   };

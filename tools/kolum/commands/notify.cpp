@@ -42,7 +42,7 @@ void clear(Context& context) {
   answer(context, "clear", "all", "Both channels emptied.");
 }
 
-// 0 posted, 1 timed out, anything else an error.
+// NOTIFICATION_*.
 int waitFor(const Options& options) {
   if (options.seconds < 0) {
     return options.stopChannel ? KoLUM_WaitStopNotification() : KoLUM_WaitNotification();
@@ -54,10 +54,10 @@ int waitFor(const Options& options) {
 void wait(Context& context, const Options& options) {
   const char* channel = options.stopChannel ? "stop" : "changes";
   switch (waitFor(options)) {
-    case 0:
+    case NOTIFICATION_RECEIVED:
       return answer(context, "wait", channel,
                     options.stopChannel ? "Stop received." : "Change received.");
-    case 1:
+    case NOTIFICATION_TIMED_OUT:
       return context.fail("nothing posted within " + std::to_string(options.seconds) + " s");
     default:
       return context.fail(std::string("the wait failed: ") + std::strerror(errno));

@@ -25,9 +25,9 @@ struct Prober {
 };
 
 constexpr Prober kProbers[] = {
-    {kVideo, kVideoBit, "video", probeVideo},
-    {kMusic, kMusicBit, "audio", probeAudio},
-    {kPhoto, kPhotoBit, "photo", probePhoto},
+    {MEDIA_KIND_VIDEO, MEDIA_KIND_BIT_VIDEO, "video", probeVideo},
+    {MEDIA_KIND_MUSIC, MEDIA_KIND_BIT_MUSIC, "audio", probeAudio},
+    {MEDIA_KIND_PHOTO, MEDIA_KIND_BIT_PHOTO, "photo", probePhoto},
 };
 
 Words proberWords() {
@@ -58,7 +58,8 @@ const Prober* proberOf(int kind) {
 // Of a file that is of no kind with a prober.
 Failure kindFailure(const MediaFile& file, bool byContent) {
   if (auto failure = readingFailure(file.path.full())) return *failure;
-  if (file.kind == kPlaylist) return {Cause::kPlaylist, "a playlist has nothing to probe"};
+  if (file.kind == MEDIA_KIND_PLAYLIST)
+    return {Cause::kPlaylist, "a playlist has nothing to probe"};
   if (byContent) return diagnose(file.path, Wanted::kStreams);
   return {Cause::kUnknownName,
           "no media file by its name; --all goes by what is in it, and \"kolum probe "
@@ -67,7 +68,9 @@ Failure kindFailure(const MediaFile& file, bool byContent) {
 
 void run(Context& context, Options& options) {
   const Prober* forced = forcedProber(options.files.names);
-  const unsigned kinds = forced != nullptr ? forced->bit : kVideoBit | kMusicBit | kPhotoBit;
+  const unsigned kinds = forced != nullptr
+                             ? forced->bit
+                             : MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC | MEDIA_KIND_BIT_PHOTO;
   forEachMediaFile(context, options.files, kinds, [&](const MediaFile& file) {
     const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
     if (prober != nullptr) return prober->probe(context, file.path, options.probe);

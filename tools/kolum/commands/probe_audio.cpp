@@ -30,7 +30,7 @@ void addStream(Result& result, const Song& song) {
     addProfile(result, "audioProfile", song.profile, number);
     codec = codecText(number, song.profile);
   }
-  if (song.level != kUnknownLevel) result.data("audioLevel", song.level);
+  if (song.level != LEVEL_UNKNOWN) result.data("audioLevel", song.level);
   const Sound sound = {.sampleRate = known(song.sampleRate),
                        .channels = known(song.channels),
                        .bitsPerSample = known(song.bitsPerSample),
@@ -45,9 +45,9 @@ void probeAudio(Context& context, const MediaPath& path, const ProbeOptions&) {
   const auto song = readSong(path);
   if (!song) return context.fail(path.given, diagnose(path, Wanted::kSong));
   Result result = Result::ofFile(path.given);
-  addKind(result, kMusic);
+  addKind(result, MEDIA_KIND_MUSIC);
   if (song->containerFormat != Song::kUnset) addContainer(result, song->containerFormat);
-  addMimeTypeOfName(result, path.name, kMusicBit);
+  addMimeTypeOfName(result, path.name, MEDIA_KIND_BIT_MUSIC);
   result.text("dlnaProfile", "DLNA profile", song->dlnaProfile);
   if (song->duration != Song::kUnset) result.duration("duration", "Duration", song->duration);
   if (const auto bitRate = known(song->containerBitRate); bitRate != 0)

@@ -15,8 +15,8 @@ void probePhoto(Context& context, const MediaPath& path, const ProbeOptions&) {
   const auto picture = pictureOf(path.full());
   if (!picture) return context.fail(path.given, diagnose(path, Wanted::kPicture));
   Result result = Result::ofFile(path.given);
-  addKind(result, kPhoto);
-  if (const MediaFileInfo* type = addMimeTypeOfName(result, path.name, kPhotoBit)) {
+  addKind(result, MEDIA_KIND_PHOTO);
+  if (const MediaFileInfo* type = addMimeTypeOfName(result, path.name, MEDIA_KIND_BIT_PHOTO)) {
     result.data("pictureFormat", type->formatIds);
   }
   result.known("width", picture->width);

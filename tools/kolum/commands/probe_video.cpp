@@ -37,7 +37,7 @@ std::string ratioText(int num, int den) {
 }
 
 void addLevel(Result& result, const char* key, int level) {
-  if (level != kUnknownLevel) result.data(key, level);
+  if (level != LEVEL_UNKNOWN) result.data(key, level);
 }
 
 void addAspect(Result& result, const videoObject_st& record) {
@@ -57,6 +57,17 @@ std::string aspectText(const videoObject_st& record) {
   return text;
 }
 
+std::string rotationText(unsigned orientation) {
+  switch (orientation) {
+    case VIDEO_ORIENTATION_180:
+      return "180 degrees";
+    case VIDEO_ORIENTATION_270:
+      return "270 degrees";
+    default:
+      return "90 degrees";
+  }
+}
+
 void addPicture(Result& result, const videoObject_st& record) {
   if (record.width == kUnset) return;
   if (record.width > 0) result.data("width", record.width);
@@ -68,8 +79,7 @@ void addPicture(Result& result, const videoObject_st& record) {
                                  hasRate ? decimalText(record.frameRate, 3) + " frames/s" : ""}));
   if (record.orientation != 0) {
     result.data("orientation", record.orientation);
-    const char* degrees = record.orientation == 3 ? "180" : record.orientation == 6 ? "270" : "90";
-    result.show("Rotation", std::string(degrees) + " degrees");
+    result.show("Rotation", rotationText(record.orientation));
   }
   if (record.is360 != 0) {
     result.data("is360", true);
@@ -105,7 +115,7 @@ void addAudioStream(Result& result, const videoObject_st& record) {
   addSound(result, sound);
   result.show("Audio",
               joined({codecText(record.audioCodec, record.audioProfile), soundText(sound)}));
-  if (record.audioClass != 0)
+  if (record.audioClass != AUDIO_CLASS_NONE)
     result.show("Audio class", audioClassIdentifier(record.audioClass).text());
 }
 
@@ -129,7 +139,7 @@ void addDates(Result& result, const videoObject_st& record) {
 
 Result videoResult(const MediaPath& path, const videoObject_st& record) {
   Result result = Result::ofFile(path.given);
-  addKind(result, kVideo);
+  addKind(result, MEDIA_KIND_VIDEO);
   addContainer(result, record.containerFormat);
   result.text("mimeType", "MIME type", record.mimeType);
   result.text("dlnaProfile", "DLNA profile", record.dlnaProfile);

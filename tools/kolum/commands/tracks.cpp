@@ -54,7 +54,7 @@ Action defineTracks(Syntax& syntax) {
       "the picture and whether streams are encrypted.\n"
       "\nExample:\n  kolum tracks --json movie.mkv");
   return [files](Context& context) {
-    forEachMediaFile(context, *files, kVideoBit | kMusicBit,
+    forEachMediaFile(context, *files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
                      [&](const MediaFile& file) { visit(context, file); });
   };
 }

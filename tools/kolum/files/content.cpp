@@ -1,5 +1,6 @@
 #include "files/content.h"
 
+#include <kolum/filetype.h>
 #include <kolum/identifiers.h>
 
 #include <algorithm>
@@ -7,7 +8,6 @@
 
 #include "av/input.h"
 #include "av/recognition.h"
-#include "files/media_files.h"
 
 namespace kolum::tool {
 
@@ -88,10 +88,10 @@ Content contentOf(const std::string& path) {
 }
 
 int kindOf(const Content& content) {
-  if (content.format.empty()) return kNoMedia;
-  if (content.isPicture) return kPhoto;
-  if (content.isFilm) return kVideo;
-  return content.hasAudio ? kMusic : kNoMedia;
+  if (content.format.empty()) return MEDIA_KIND_NONE;
+  if (content.isPicture) return MEDIA_KIND_PHOTO;
+  if (content.isFilm) return MEDIA_KIND_VIDEO;
+  return content.hasAudio ? MEDIA_KIND_MUSIC : MEDIA_KIND_NONE;
 }
 
 std::optional<Picture> pictureOf(const std::string& path) {

@@ -27,8 +27,8 @@ struct Content {
 
 Content contentOf(const std::string& path);
 
-// The MediaKind of a file by its content; kNoMedia also when only its name makes FFmpeg take it for
-// media.
+// The kind (MEDIA_KIND_*) of a file by its content; MEDIA_KIND_NONE also when only its name makes
+// FFmpeg take it for media.
 int kindOf(const Content& content);
 
 struct Picture {

@@ -49,10 +49,14 @@ Words kindMasks() {
 
 std::span<const FileTypeTable> fileTypeTables() {
   static const FileTypeTable kTables[] = {
-      {kVideo, kVideoBit, 2, "video", rowsOf(g_VideoFileInfo)},
-      {kMusic, kMusicBit, 0, "music", rowsOf(g_SongFileInfo)},
-      {kPhoto, kPhotoBit, 1, "photo", rowsOf(g_PictureFileInfo)},
-      {kPlaylist, kPlaylistBit, 3, "playlist", rowsOf(g_PlaylistFileInfo)},
+      {MEDIA_KIND_VIDEO, MEDIA_KIND_BIT_VIDEO, MEDIA_KIND_MASK_VIDEO,
+       kindIdentifier(MEDIA_KIND_VIDEO).name, rowsOf(g_VideoFileInfo)},
+      {MEDIA_KIND_MUSIC, MEDIA_KIND_BIT_MUSIC, MEDIA_KIND_MASK_MUSIC,
+       kindIdentifier(MEDIA_KIND_MUSIC).name, rowsOf(g_SongFileInfo)},
+      {MEDIA_KIND_PHOTO, MEDIA_KIND_BIT_PHOTO, MEDIA_KIND_MASK_PHOTO,
+       kindIdentifier(MEDIA_KIND_PHOTO).name, rowsOf(g_PictureFileInfo)},
+      {MEDIA_KIND_PLAYLIST, MEDIA_KIND_BIT_PLAYLIST, MEDIA_KIND_MASK_PLAYLIST,
+       kindIdentifier(MEDIA_KIND_PLAYLIST).name, rowsOf(g_PlaylistFileInfo)},
   };
   return kTables;
 }
@@ -70,7 +74,7 @@ void addKindsOption(Syntax& syntax, std::vector<std::string>& kinds) {
 }
 
 unsigned kindBits(const std::vector<std::string>& kinds) {
-  if (kinds.empty()) return kEveryKind;
+  if (kinds.empty()) return MEDIA_KIND_BITS_ALL;
   unsigned bits = 0;
   for (const std::string& list : kinds) {
     std::istringstream names(list);
@@ -98,8 +102,8 @@ void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row
   const MediaFileInfo& type = table.rows[row];
   result.data("extension", type.extension);
   result.data("mimeType", type.mimeType);
-  if (table.kind == kPhoto) result.data("pictureFormat", type.formatIds);
-  if (table.kind != kMusic) return;
+  if (table.kind == MEDIA_KIND_PHOTO) result.data("pictureFormat", type.formatIds);
+  if (table.kind != MEDIA_KIND_MUSIC) return;
   const auto codec = static_cast<int>(type.formatIds >> 32);
   result.data("containerFormat", containerNames(static_cast<unsigned>(type.formatIds)).json());
   result.data("audioCodec", codecIdentifier(codec).json());
@@ -120,7 +124,7 @@ const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, 
 }
 
 bool isDsdName(const std::string& name) {
-  const MediaFileInfo* type = fileTypeOfName(name, kMusicBit);
+  const MediaFileInfo* type = fileTypeOfName(name, MEDIA_KIND_BIT_MUSIC);
   return type != nullptr && type->formatIds >> 32 == CODEC_ID_DSD;
 }
 

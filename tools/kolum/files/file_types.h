@@ -15,10 +15,10 @@ namespace kolum::tool {
 class Syntax;
 
 struct FileTypeTable {
-  int kind;             // as classification answers it
-  unsigned bit;         // by which classification is asked for it
-  unsigned maskNumber;  // of its exclusion mask
-  const char* name;
+  int kind;             // MEDIA_KIND_*
+  unsigned bit;         // MEDIA_KIND_BIT_*
+  unsigned maskNumber;  // MEDIA_KIND_MASK_*
+  std::string name;
   std::span<const MediaFileInfo> rows;
 };
 

@@ -1,9 +1,12 @@
 #include "files/identifiers.h"
 
+#include <kolum/filetype.h>
 #include <kolum/identifiers.h>
+#include <kolum/video.h>
 
 #include <algorithm>
 
+#include "media/levels.h"
 #include "terminal/text.h"
 
 namespace kolum::tool {
@@ -30,32 +33,27 @@ constexpr NamedNumber kPlayExceptions[] = {
 #undef KOLUM_NAMED_NUMBER
 
 constexpr NamedNumber kKinds[] = {
-    {"none", 0}, {"music", 1}, {"video", 2}, {"photo", 3}, {"playlist", 5},
+    {"none", MEDIA_KIND_NONE},   {"music", MEDIA_KIND_MUSIC},       {"video", MEDIA_KIND_VIDEO},
+    {"photo", MEDIA_KIND_PHOTO}, {"playlist", MEDIA_KIND_PLAYLIST},
 };
 
 constexpr NamedNumber kAudioClasses[] = {
-    {"none", 0},
-    {"MP3", 1},
-    {"AC-3 or DTS", 2},
-    {"WMA up to 193 kbit/s", 3},
-    {"WMA up to 385 kbit/s", 4},
-    {"WMA Pro", 5},
-    {"MP2", 6},
-    {"PCM", 7},
-    {"AAC-LC stereo", 8},
-    {"AAC-LC multichannel", 9},
-    {"AMR", 10},
-    {"other AAC", CODEC_ID_AAC},
+    {"none", AUDIO_CLASS_NONE},
+    {"MP3", AUDIO_CLASS_MP3},
+    {"AC-3 or DTS", AUDIO_CLASS_AC3},
+    {"WMA up to 193 kbit/s", AUDIO_CLASS_WMA_BASE},
+    {"WMA up to 385 kbit/s", AUDIO_CLASS_WMA_FULL},
+    {"WMA Pro", AUDIO_CLASS_WMA_PRO},
+    {"MP2", AUDIO_CLASS_MP2},
+    {"PCM", AUDIO_CLASS_PCM},
+    {"AAC-LC stereo", AUDIO_CLASS_AAC_STEREO},
+    {"AAC-LC multichannel", AUDIO_CLASS_AAC_MULTICHANNEL},
+    {"AMR", AUDIO_CLASS_AMR},
+    {"other AAC", AUDIO_CLASS_AAC_OTHER},
 };
 
 char lower(char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
-
-Identifier named(std::span<const NamedNumber> rows, std::int64_t id) {
-  const auto row =
-      std::find_if(rows.begin(), rows.end(), [&](const auto& r) { return r.id == id; });
-  return {id, row == rows.end() ? "" : std::string(row->name)};
 }
 
 }  // namespace
@@ -107,6 +105,12 @@ std::span<const NamedEnumeration> enumerations() {
       {"exceptions", playExceptions},
   };
   return kEnumerations;
+}
+
+Identifier named(std::span<const NamedNumber> rows, std::int64_t id) {
+  const auto row =
+      std::find_if(rows.begin(), rows.end(), [&](const auto& r) { return r.id == id; });
+  return {id, row == rows.end() ? "" : std::string(row->name)};
 }
 
 Identifier codecIdentifier(int codec) {

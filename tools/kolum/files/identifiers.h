@@ -7,7 +7,6 @@
 #include <string>
 #include <string_view>
 
-#include "media/levels.h"
 #include "terminal/output.h"
 #include "terminal/text.h"
 
@@ -42,12 +41,13 @@ struct NamedEnumeration {
 
 std::span<const NamedEnumeration> enumerations();
 
+// A number with its name in ROWS, without one when it is not there.
+Identifier named(std::span<const NamedNumber> rows, std::int64_t id);
 Identifier codecIdentifier(int codec);
 // A profile's number means something only with its codec: the codec's own name for it wins.
 Identifier profileIdentifier(int profile, int codec);
 // A codec with its profile in words, "H264 constrained baseline"; an unknown profile is left out.
 std::string codecText(int codec, int profile);
-using media::kUnknownLevel;
 // A level in the codec's own words, "level 4.1"; empty when unknown.
 std::string levelText(int codec, int level);
 Identifier playExceptionIdentifier(unsigned playException);

@@ -42,12 +42,12 @@ int kindByName(const std::string& path, unsigned kinds) {
 
 bool isOfKinds(int kind, unsigned kinds) {
   switch (kind) {
-    case kMusic:
-      return (kinds & kMusicBit) != 0;
-    case kVideo:
-      return (kinds & kVideoBit) != 0;
-    case kPhoto:
-      return (kinds & kPhotoBit) != 0;
+    case MEDIA_KIND_MUSIC:
+      return (kinds & MEDIA_KIND_BIT_MUSIC) != 0;
+    case MEDIA_KIND_VIDEO:
+      return (kinds & MEDIA_KIND_BIT_VIDEO) != 0;
+    case MEDIA_KIND_PHOTO:
+      return (kinds & MEDIA_KIND_BIT_PHOTO) != 0;
     default:
       return false;
   }
@@ -79,15 +79,15 @@ class Walk {
     if (isFolder && index.empty()) return namedFolder(name);
     const std::string& path = isFolder ? index : name;
     const bool isFile = S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
-    file(path, isFile ? kindOf(path) : kindByName(path, kEveryKind), true);
+    file(path, isFile ? kindOf(path) : kindByName(path, MEDIA_KIND_BITS_ALL), true);
   }
 
  private:
   // With --all what is in the file decides, and its name where that says nothing.
   int kindOf(const std::string& path) const {
     const int byContent =
-        arguments_.byContent ? tool::kindOf(contentOf(splitPath(path).full())) : kNoMedia;
-    return byContent != kNoMedia ? byContent : kindByName(path, kEveryKind);
+        arguments_.byContent ? tool::kindOf(contentOf(splitPath(path).full())) : MEDIA_KIND_NONE;
+    return byContent != MEDIA_KIND_NONE ? byContent : kindByName(path, MEDIA_KIND_BITS_ALL);
   }
 
   void namedFolder(const std::string& name) {
@@ -145,7 +145,7 @@ class Walk {
   void subfolder(const std::string& path) {
     const std::string index = discIndex(path);
     if (index.empty()) return folder(path);
-    if ((kinds_ & kVideoBit) != 0) file(index, kVideo, false);
+    if ((kinds_ & MEDIA_KIND_BIT_VIDEO) != 0) file(index, MEDIA_KIND_VIDEO, false);
   }
 
   // Names in byte order; folders that cannot be listed are reported.
@@ -191,11 +191,11 @@ class Walk {
 
   void found(const std::string& path) {
     const int kind = kindOf(path);
-    if (kind == kNoMedia) return skipped_.add(lastPart(path));
+    if (kind == MEDIA_KIND_NONE) return skipped_.add(lastPart(path));
     isKnownFound_ = true;
     // Some extensions are those of several kinds.
-    const bool isWanted =
-        arguments_.byContent ? isOfKinds(kind, kinds_) : kindByName(path, kinds_) != kNoMedia;
+    const bool isWanted = arguments_.byContent ? isOfKinds(kind, kinds_)
+                                               : kindByName(path, kinds_) != MEDIA_KIND_NONE;
     if (isWanted) file(path, kind, false);
   }
 

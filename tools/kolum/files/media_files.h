@@ -2,6 +2,8 @@
 #ifndef KOLUM_TOOL_FILES_MEDIA_FILES_H
 #define KOLUM_TOOL_FILES_MEDIA_FILES_H
 
+#include <kolum/filetype.h>
+
 #include <functional>
 #include <string>
 #include <string_view>
@@ -12,11 +14,6 @@
 #include "terminal/context.h"
 
 namespace kolum::tool {
-
-// Kinds as classification answers them, and the bits by which it is asked for them.
-enum MediaKind { kNoMedia = 0, kMusic = 1, kVideo = 2, kPhoto = 3, kPlaylist = 5 };
-enum KindBits : unsigned { kMusicBit = 1, kVideoBit = 2, kPhotoBit = 4, kPlaylistBit = 8 };
-inline constexpr unsigned kEveryKind = kMusicBit | kVideoBit | kPhotoBit | kPlaylistBit;
 
 // The index files that stand for a disc.
 inline constexpr std::string_view kDvdIndex = "VIDEO_TS.IFO";

@@ -25,7 +25,7 @@ struct Song {
   std::uint32_t containerFormat = kUnset;  // also the library's own "no number"
   std::uint32_t codec = kUnset;
   std::int32_t profile = PROFILE_UNKNOWN;
-  std::int32_t level = kUnknownLevel;
+  std::int32_t level = LEVEL_UNKNOWN;
   char dlnaProfile[64] = "";
 
   bool isDsd() const { return containerFormat == FORMAT_DSF || containerFormat == FORMAT_DFF; }
