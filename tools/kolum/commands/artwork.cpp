@@ -34,10 +34,6 @@ struct SystemThumbnail {
   std::string item;
 };
 
-std::string withSlash(const std::string& folder) {
-  return folder.ends_with('/') ? folder : folder + "/";
-}
-
 void print(Context& context, const std::string& base, const char* relativePath) {
   Result result = Result::ofFile(base + relativePath);
   result.data("relativePath", relativePath);

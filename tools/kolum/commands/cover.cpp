@@ -22,8 +22,7 @@ struct Options {
 
 // The folder to search for a name: itself when it is a folder, else the one it lies in.
 std::string folderOf(const std::string& name, bool isFolder) {
-  if (!isFolder) return splitPath(name).folder;
-  return name.ends_with('/') ? name : name + "/";
+  return isFolder ? withSlash(name) : splitPath(name).folder;
 }
 
 void findCover(Context& context, const std::string& name) {

@@ -24,8 +24,12 @@ struct Options {
   bool explain = false;
 };
 
-nlohmann::ordered_json testJson(const DlnaTest& test) {
-  return {{"wanted", test.wanted}, {"actual", test.actual}, {"held", test.held}};
+Result testObject(const DlnaTest& test) {
+  Result object;
+  object.data("wanted", test.wanted);
+  object.data("actual", test.actual);
+  object.data("held", test.held);
+  return object;
 }
 
 // A candidate's block: its tests, one a line, with what the file has.
@@ -33,33 +37,36 @@ Result candidateResult(const DlnaCandidate& candidate) {
   Result result = Result::titled(candidate.name + (candidate.taken ? ": fits" : ": does not fit"));
   result.data("name", candidate.name);
   result.data("taken", candidate.taken);
-  nlohmann::ordered_json tests = nlohmann::ordered_json::array();
+  std::vector<Result> tests;
   for (const DlnaTest& test : candidate.tests) {
-    tests.push_back(testJson(test));
+    tests.push_back(testObject(test));
     result.show((test.held ? "ok    " : "FAIL  ") + test.wanted, "has " + test.actual);
   }
-  result.data("tests", std::move(tests));
+  result.data("tests", tests);
   return result;
 }
 
 void addNext(Result& result, const DlnaCandidate& candidate) {
-  nlohmann::ordered_json missing = nlohmann::ordered_json::array();
+  std::vector<Result> missing;
   std::string label = "For " + candidate.name;
   for (const DlnaTest& test : candidate.tests) {
     if (test.held) continue;
-    missing.push_back(testJson(test));
+    missing.push_back(testObject(test));
     result.show(std::exchange(label, ""), "needs " + test.wanted + ", has " + test.actual);
   }
-  result.data("next", {{"name", candidate.name}, {"missing", std::move(missing)}});
+  Result next;
+  next.data("name", candidate.name);
+  next.data("missing", missing);
+  result.data("next", next);
 }
 
 void addExplanation(Result& result, const DlnaNaming& naming) {
-  nlohmann::ordered_json details = nlohmann::ordered_json::object();
+  Result details;
   for (const DlnaDetail& detail : naming.details) {
-    details[detail.label] = detail.value;
+    details.data(detail.label, detail.value);
     result.show(capitalized(detail.label), detail.value);
   }
-  result.data("details", std::move(details));
+  result.data("details", details);
   result.texts("remarks", "Remark", naming.remarks);
   if (naming.next >= 0) addNext(result, naming.candidates[static_cast<std::size_t>(naming.next)]);
   std::vector<Result> candidates;

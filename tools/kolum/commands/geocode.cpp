@@ -80,14 +80,16 @@ Result addressResult(const osm_place_s& place, std::size_t index) {
   const MediaLibrary::osm_address_s& address = place.addresses[index];
   const Identifier identifier = language(address.language);
   Result result = Result::titled(identifier.name + ": " + address.address);
-  result.data("language", identifier.json());
+  result.data("language", identifier);
   result.data("address", address.address);
-  nlohmann::ordered_json parts = nlohmann::ordered_json::array();
+  std::vector<Result> parts;
   for (const MediaLibrary::osm_addr_unit_s& unit : place.addressParts[index].units) {
-    parts.push_back({{"name", unit.name}, {"value", unit.value}});
+    Result& part = parts.emplace_back();
+    part.data("name", unit.name);
+    part.data("value", unit.value);
     result.show(unit.name, unit.value);
   }
-  result.data("parts", std::move(parts));
+  result.data("parts", parts);
   return result;
 }
 
@@ -108,7 +110,7 @@ void print(Context& context, const osm_param_s& query, const osm_place_s& place,
   result.data("zoom", query.zoom);
   result.show("Position", decimalText(query.lat, 8) + ", " + decimalText(query.lon, 8));
   const Identifier type = objectType(place.osmType);
-  result.data("osmType", type.json());
+  result.data("osmType", type);
   result.data("osmId", place.osmId);
   result.show("Map object", joined({type.name, place.osmId}));
   result.list("addresses", std::move(addresses));

@@ -1,6 +1,7 @@
 #include <kolum/identifiers.h>
 
 #include <memory>
+#include <optional>
 #include <utility>
 
 #include "files/identifiers.h"
@@ -21,12 +22,12 @@ struct Options {
   bool ffmpeg = false;
 };
 
-void printRow(Context& context, const nlohmann::ordered_json& ffmpeg, const Identifier& identifier,
+void printRow(Context& context, std::optional<int> ffmpeg, const Identifier& identifier,
               const std::string& extension = "") {
   Result result;
-  if (!ffmpeg.is_null()) {
-    result.data("ffmpeg", ffmpeg);
-    result.show("", ffmpeg.dump());
+  if (ffmpeg) {
+    result.data("ffmpeg", *ffmpeg);
+    result.show("", std::to_string(*ffmpeg));
   }
   result.data("id", identifier.id);
   if (!identifier.name.empty()) result.data("name", identifier.name);
@@ -113,7 +114,7 @@ void printAll(Context& context, const Options& options, const Enumeration& enume
   startTable(context, options.ffmpeg, isFormats);
   if (!options.ffmpeg) {
     for (const NamedNumber& row : enumeration.rows) {
-      printRow(context, nullptr, {row.id, std::string(row.name)},
+      printRow(context, std::nullopt, {row.id, std::string(row.name)},
                isFormats ? attachedName(row.id) : "");
     }
     return;
@@ -145,18 +146,18 @@ void printValue(Context& context, const Enumeration& enumeration, const std::str
     const auto number = parseAs<unsigned>(value);
     const std::optional<unsigned> id = number ? number : containerNamed(value);
     if (!id || containerIdentifier(*id).name.empty()) return context.fail(value, "no such format");
-    return printRow(context, nullptr, containerIdentifier(*id), attachedName(*id));
+    return printRow(context, std::nullopt, containerIdentifier(*id), attachedName(*id));
   }
   if (const NamedNumber* row = enumeration.find(std::string_view(value))) {
-    return printRow(context, nullptr, {row->id, std::string(row->name)});
+    return printRow(context, std::nullopt, {row->id, std::string(row->name)});
   }
   if (const auto number = parseAs<int>(value); number && isProfiles && codec != CODEC_ID_NONE) {
-    return printRow(context, nullptr, profileIdentifier(*number, codec));
+    return printRow(context, std::nullopt, profileIdentifier(*number, codec));
   }
   const auto number = parseNumber(value);
   const NamedNumber* row = number ? enumeration.find(*number) : nullptr;
   if (row == nullptr) return context.fail(value, "no such name or number");
-  printRow(context, nullptr, {row->id, std::string(row->name)});
+  printRow(context, std::nullopt, {row->id, std::string(row->name)});
 }
 
 void run(Context& context, const Options& options) {

@@ -35,11 +35,10 @@ Identifier streamType(unsigned type) {
   return {type, names[std::min<std::size_t>(type, std::size(names) - 1)]};
 }
 
-nlohmann::ordered_json codecJson(const MediaStreamInfo& stream, int codec) {
-  nlohmann::ordered_json json = nlohmann::ordered_json::object();
-  if (codec >= 0) json = codecIdentifier(codec).json();
-  json["ffmpeg"] = stream.codecId;
-  return json;
+Result codecObject(const MediaStreamInfo& stream, int codec) {
+  Result object = codec >= 0 ? codecIdentifier(codec).object() : Result();
+  object.data("ffmpeg", stream.codecId);
+  return object;
 }
 
 // The record keeps an audio stream's profile where a video stream's bit rate stands.
@@ -48,45 +47,46 @@ int profileOf(const MediaStreamInfo& stream) {
                                                  : stream.profile;
 }
 
-// A number, unless it is 0, which stands for unknown.
-void addKnown(nlohmann::ordered_json& json, const char* key, std::int64_t value) {
-  if (value != 0) json[key] = value;
-}
-
 double realFrameRate(const MediaStreamInfo& stream) {
   if (stream.frameRateDen == 0) return 0;
   return static_cast<double>(stream.frameRateNum) / stream.frameRateDen;
 }
 
-void addVideo(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
-  addKnown(json, "bitRate", stream.bitRate);
-  addKnown(json, "width", stream.width);
-  addKnown(json, "height", stream.height);
-  json["rotation"] = stream.rotation;
-  if (const double rate = realFrameRate(stream); rate > 0) json["realFrameRate"] = rate;
-  json["frameRate"] = stream.frameRate;
-  json["frameRateNum"] = stream.frameRateNum;
-  json["frameRateDen"] = stream.frameRateDen;
-  json["isDivx"] = stream.isDivx != 0;
+// A width or height, unless it is 0, which stands for unknown.
+void addSize(Result& object, const char* key, int pixels) {
+  if (pixels != 0) object.data(key, pixels);
 }
 
-void addAudio(nlohmann::ordered_json& json, const MediaStreamInfo& stream) {
-  addKnown(json, "sampleRate", stream.sampleRate);
-  addKnown(json, "bitsPerSample", stream.bitsPerSample);
-  addKnown(json, "channels", stream.channels);
+void addVideo(Result& object, const MediaStreamInfo& stream) {
+  object.known("bitRate", stream.bitRate);
+  addSize(object, "width", stream.width);
+  addSize(object, "height", stream.height);
+  object.data("rotation", stream.rotation);
+  if (const double rate = realFrameRate(stream); rate > 0) object.data("realFrameRate", rate);
+  object.data("frameRate", stream.frameRate);
+  object.data("frameRateNum", stream.frameRateNum);
+  object.data("frameRateDen", stream.frameRateDen);
+  object.data("isDivx", stream.isDivx != 0);
 }
 
-nlohmann::ordered_json streamJson(const MediaStreamInfo& stream, int codec) {
-  nlohmann::ordered_json json = {{"type", streamType(stream.streamType).json()},
-                                 {"streamId", stream.streamId},
-                                 {"codec", codecJson(stream, codec)}};
-  if (stream.streamType == MEDIA_STREAM_SUBTITLE) return json;
+void addAudio(Result& object, const MediaStreamInfo& stream) {
+  object.known("sampleRate", stream.sampleRate);
+  object.known("bitsPerSample", stream.bitsPerSample);
+  object.known("channels", stream.channels);
+}
+
+Result streamObject(const MediaStreamInfo& stream, int codec) {
+  Result object;
+  object.data("type", streamType(stream.streamType));
+  object.data("streamId", stream.streamId);
+  object.data("codec", codecObject(stream, codec));
+  if (stream.streamType == MEDIA_STREAM_SUBTITLE) return object;
   if (const int profile = profileOf(stream); profile != PROFILE_UNKNOWN)
-    json["profile"] = profileIdentifier(profile, codec).json();
-  if (stream.level != LEVEL_UNKNOWN) json["level"] = stream.level;
-  if (stream.streamType == MEDIA_STREAM_VIDEO) addVideo(json, stream);
-  if (stream.streamType == MEDIA_STREAM_AUDIO) addAudio(json, stream);
-  return json;
+    object.data("profile", profileIdentifier(profile, codec));
+  if (stream.level != LEVEL_UNKNOWN) object.data("level", stream.level);
+  if (stream.streamType == MEDIA_STREAM_VIDEO) addVideo(object, stream);
+  if (stream.streamType == MEDIA_STREAM_AUDIO) addAudio(object, stream);
+  return object;
 }
 
 std::string frameRateText(const MediaStreamInfo& stream) {
@@ -116,14 +116,14 @@ std::string streamText(const MediaStreamInfo& stream, int codec) {
 }
 
 void addStreams(Result& result, const MediaInfo& info) {
-  nlohmann::ordered_json streams = nlohmann::ordered_json::array();
+  std::vector<Result> streams;
   for (int i = 0; i < info.streamCount; ++i) {
     const MediaStreamInfo& stream = info.streams[i];
     const int codec = ffmpegCodecIdConvert(static_cast<int>(stream.codecId));
-    streams.push_back(streamJson(stream, codec));
+    streams.push_back(streamObject(stream, codec));
     result.show(capitalized(streamType(stream.streamType).name), streamText(stream, codec));
   }
-  result.data("streams", std::move(streams));
+  result.data("streams", streams);
 }
 
 void printInfo(Context& context, const MediaPath& path, const Options& options) {
@@ -138,7 +138,7 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
   Result result = Result::ofFile(path.given);
   addContainer(result, info->containerFormat);
   if (info->sourceKind != FORMAT_UNKNOWN)
-    result.data("sourceKind", containerNames(info->sourceKind).json());
+    result.data("sourceKind", containerNames(info->sourceKind).object());
   if (info->sourceKind == FORMAT_DVDIFO) result.show("Source", "main title of a DVD");
   if (info->sourceKind == FORMAT_BDBDMV) result.show("Source", "largest stream of a Blu-ray disc");
   if (info->duration != kUnknownDuration) result.duration("duration", "Duration", info->duration);

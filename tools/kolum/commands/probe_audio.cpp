@@ -26,7 +26,7 @@ void addStream(Result& result, const Song& song) {
   std::string codec;
   if (song.codec != Song::kUnset) {
     const int number = static_cast<int>(song.codec);
-    result.data("audioCodec", codecIdentifier(number).json());
+    result.data("audioCodec", codecIdentifier(number));
     addProfile(result, "audioProfile", song.profile, number);
     codec = codecText(number, song.profile);
   }

@@ -89,7 +89,7 @@ void addPicture(Result& result, const videoObject_st& record) {
 
 void addVideoStream(Result& result, const videoObject_st& record) {
   if (record.videoCodec == kUnset) return;
-  result.data("videoCodec", codecIdentifier(record.videoCodec).json());
+  result.data("videoCodec", codecIdentifier(record.videoCodec));
   addProfile(result, "videoProfile", record.videoProfile, record.videoCodec);
   addLevel(result, "videoLevel", record.videoLevel);
   result.known("videoBitRate", record.videoBitRate);
@@ -104,9 +104,9 @@ void addVideoStream(Result& result, const videoObject_st& record) {
 
 void addAudioStream(Result& result, const videoObject_st& record) {
   if (record.audioCodec == kUnset) return;
-  result.data("audioCodec", codecIdentifier(record.audioCodec).json());
+  result.data("audioCodec", codecIdentifier(record.audioCodec));
   addProfile(result, "audioProfile", record.audioProfile, record.audioCodec);
-  result.data("audioClass", audioClassIdentifier(record.audioClass).json());
+  result.data("audioClass", audioClassIdentifier(record.audioClass));
   addLevel(result, "audioLevel", record.audioLevel);
   const Sound sound = {.sampleRate = record.sampleRate,
                        .channels = record.channels,

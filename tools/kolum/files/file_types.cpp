@@ -105,8 +105,8 @@ void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row
   if (table.kind == MEDIA_KIND_PHOTO) result.data("pictureFormat", type.formatIds);
   if (table.kind != MEDIA_KIND_MUSIC) return;
   const auto codec = static_cast<int>(type.formatIds >> 32);
-  result.data("containerFormat", containerNames(static_cast<unsigned>(type.formatIds)).json());
-  result.data("audioCodec", codecIdentifier(codec).json());
+  result.data("containerFormat", containerNames(static_cast<unsigned>(type.formatIds)).object());
+  result.data("audioCodec", codecIdentifier(codec));
   result.data("flag", type.flag);
 }
 

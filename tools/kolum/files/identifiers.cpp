@@ -6,6 +6,7 @@
 
 #include <algorithm>
 
+#include "ascii.h"
 #include "media/levels.h"
 #include "terminal/text.h"
 
@@ -51,10 +52,6 @@ constexpr NamedNumber kAudioClasses[] = {
     {"AMR", AUDIO_CLASS_AMR},
     {"other AAC", AUDIO_CLASS_AAC_OTHER},
 };
-
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 }  // namespace
 
@@ -155,14 +152,14 @@ std::string codecText(int codec, int profile) {
   const std::string prefix = std::string(family) + "_";
   std::string words =
       name.substr(name.starts_with(prefix) ? prefix.size() : profiles().prefix.size());
-  for (char& c : words) c = c == '_' ? ' ' : lower(c);
+  for (char& c : words) c = c == '_' ? ' ' : ascii::lower(c);
   return text + " " + words;
 }
 
 std::string levelText(int codec, int level) {
   const std::string name = media::levelName(codec, level);
   if (name.empty()) return "";
-  const bool isNumber = name.front() >= '0' && name.front() <= '9';
+  const bool isNumber = ascii::isDigit(name.front());
   return isNumber ? "level " + name : name + " level";
 }
 
@@ -180,11 +177,12 @@ Identifier audioClassIdentifier(unsigned audioClass) {
   return named(kAudioClasses, audioClass);
 }
 
-nlohmann::ordered_json ContainerNames::json() const {
-  nlohmann::ordered_json json = {{"id", id}};
-  if (!format.empty()) json["name"] = format;
-  if (!brand.empty()) json["brand"] = brand;
-  return json;
+Result ContainerNames::object() const {
+  Result object;
+  object.data("id", id);
+  if (!format.empty()) object.data("name", format);
+  if (!brand.empty()) object.data("brand", brand);
+  return object;
 }
 
 std::string ContainerNames::text() const {
@@ -202,12 +200,12 @@ ContainerNames containerNames(unsigned containerFormat) {
 
 void addKind(Result& result, int kind) {
   const Identifier identifier = kindIdentifier(kind);
-  result.data("kind", identifier.json());
+  result.data("kind", identifier);
   result.show("Kind", identifier.name);
 }
 
 void addProfile(Result& result, const char* key, int profile, int codec) {
-  if (profile != PROFILE_UNKNOWN) result.data(key, profileIdentifier(profile, codec).json());
+  if (profile != PROFILE_UNKNOWN) result.data(key, profileIdentifier(profile, codec));
 }
 
 void addSound(Result& result, const Sound& sound) {
@@ -220,7 +218,7 @@ void addSound(Result& result, const Sound& sound) {
 void addContainer(Result& result, unsigned containerFormat) {
   if (containerFormat == FORMAT_UNKNOWN) return;
   const ContainerNames names = containerNames(containerFormat);
-  result.data("containerFormat", names.json());
+  result.data("containerFormat", names.object());
   result.show("Container", names.text());
 }
 

@@ -60,8 +60,8 @@ struct ContainerNames {
   std::string format;
   std::string brand;
 
-  nlohmann::ordered_json json() const;  // {"id":262152,"name":"FORMAT_MPEG4","brand":"MPEG4_MOV"}
-  std::string text() const;             // "MPEG4, brand MOV"
+  Result object() const;     // {"id":262152,"name":"FORMAT_MPEG4","brand":"MPEG4_MOV"}
+  std::string text() const;  // "MPEG4, brand MOV"
 };
 
 ContainerNames containerNames(unsigned containerFormat);

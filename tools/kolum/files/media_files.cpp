@@ -123,11 +123,6 @@ class Walk {
     visit_({split, kind, isNamed, isDisc});
   }
 
-  static std::string withSlash(std::string path) {
-    if (path.empty() || path.back() != '/') path += '/';
-    return path;
-  }
-
   // The index file of the disc in a folder, empty when it holds none.
   static std::string discIndex(const std::string& folder) {
     struct stat status = {};

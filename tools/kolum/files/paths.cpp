@@ -9,4 +9,9 @@ MediaPath splitPath(std::string_view path) {
   return {given, given.substr(0, slash + 1), given.substr(slash + 1)};
 }
 
+std::string withSlash(std::string folder) {
+  if (!folder.ends_with('/')) folder += '/';
+  return folder;
+}
+
 }  // namespace kolum::tool

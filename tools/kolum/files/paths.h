@@ -19,6 +19,9 @@ struct MediaPath {
 
 MediaPath splitPath(std::string_view path);
 
+// The folder with its closing "/".
+std::string withSlash(std::string folder);
+
 }  // namespace kolum::tool
 
 #endif

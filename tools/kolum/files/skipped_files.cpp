@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "ascii.h"
 #include "terminal/text.h"
 
 namespace kolum::tool {
@@ -19,10 +20,7 @@ std::string extensionOf(std::string_view name) {
   if (dot == std::string_view::npos || name.size() - dot - 1 > kLongestExtension ||
       dot + 1 == name.size())
     return kNoExtension;
-  std::string extension(name.substr(dot));
-  for (char& c : extension)
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  return extension;
+  return ascii::lower(name.substr(dot));
 }
 
 }  // namespace

@@ -5,7 +5,10 @@
 namespace kolum::tool {
 
 void addFailure(Result& result, const Failure& failure) {
-  result.data("error", {{"code", codeOf(failure.cause)}, {"reason", failure.reason}});
+  Result error;
+  error.data("code", codeOf(failure.cause));
+  error.data("reason", failure.reason);
+  result.data("error", error);
 }
 
 void Context::fail(std::string_view name, std::string_view reason) {

@@ -1,6 +1,7 @@
 #include "terminal/output.h"
 
 #include <algorithm>
+#include <nlohmann/json.hpp>
 #include <utility>
 
 #include "terminal/text.h"
@@ -27,16 +28,24 @@ std::string coloured(bool inColour, std::string_view colour, const std::string& 
 
 }  // namespace
 
-nlohmann::ordered_json Identifier::json() const {
-  nlohmann::ordered_json json = {{"id", id}};
-  if (!name.empty()) json["name"] = name;
-  return json;
+Result Identifier::object() const {
+  Result object;
+  object.data("id", id);
+  if (!name.empty()) object.data("name", name);
+  return object;
 }
 
 std::string Identifier::text() const {
   const std::string number = std::to_string(id);
   return name.empty() ? number : name.substr(prefix.size()) + " (" + number + ")";
 }
+
+using Json = nlohmann::ordered_json;
+
+Result::Result() : json_(std::make_unique<Json>(Json::object())) {}
+Result::Result(Result&&) noexcept = default;
+Result& Result::operator=(Result&&) noexcept = default;
+Result::~Result() = default;
 
 Result Result::ofFile(std::string_view file) {
   Result result = titled(std::string(file));
@@ -51,8 +60,42 @@ Result Result::titled(std::string title) {
   return result;
 }
 
-void Result::data(const std::string& key, nlohmann::ordered_json value) {
-  json_[key] = std::move(value);
+void Result::put(const std::string& key, bool value) {
+  (*json_)[key] = value;
+}
+
+void Result::put(const std::string& key, double value) {
+  (*json_)[key] = value;
+}
+
+void Result::put(const std::string& key, std::int64_t value) {
+  (*json_)[key] = value;
+}
+
+void Result::put(const std::string& key, std::uint64_t value) {
+  (*json_)[key] = value;
+}
+
+void Result::data(const std::string& key, std::string_view text) {
+  (*json_)[key] = text;
+}
+
+void Result::data(const std::string& key, const Result& object) {
+  (*json_)[key] = object.json();
+}
+
+void Result::data(const std::string& key, const Identifier& identifier) {
+  data(key, identifier.object());
+}
+
+void Result::data(const std::string& key, const std::vector<std::string>& texts) {
+  (*json_)[key] = texts;
+}
+
+void Result::data(const std::string& key, const std::vector<Result>& objects) {
+  Json array = Json::array();
+  for (const Result& object : objects) array.push_back(object.json());
+  (*json_)[key] = std::move(array);
 }
 
 void Result::known(const std::string& key, std::uint64_t value) {
@@ -75,7 +118,7 @@ void Result::number(const std::string& key, std::string label, std::int64_t valu
 }
 
 void Result::identifier(const std::string& key, std::string label, const Identifier& value) {
-  data(key, value.json());
+  data(key, value);
   show(std::move(label), value.text());
 }
 
@@ -102,9 +145,7 @@ void Result::texts(const std::string& key, const std::string& label,
 }
 
 void Result::list(const std::string& key, std::vector<Result> items) {
-  nlohmann::ordered_json array = nlohmann::ordered_json::array();
-  for (const Result& item : items) array.push_back(item.json_);
-  data(key, std::move(array));
+  data(key, items);
   for (Result& item : items) sections_.push_back(std::move(item));
 }
 
@@ -141,8 +182,8 @@ std::string Result::asRow(const std::vector<std::size_t>& widths) const {
 
 void Printer::jsonLine(const Result& result) {
   // Texts may hold any bytes: what is not UTF-8 becomes U+FFFD, so that every line is valid JSON.
-  using Handler = nlohmann::ordered_json::error_handler_t;
-  nlohmann::ordered_json line = {{"schema", kJsonSchema}};
+  using Handler = Json::error_handler_t;
+  Json line = {{"schema", kJsonSchema}};
   line.update(result.json());
   raw(line.dump(-1, ' ', false, Handler::replace) + "\n");
 }

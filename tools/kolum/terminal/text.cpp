@@ -8,6 +8,8 @@
 #include <cstdio>
 #include <ctime>
 
+#include "ascii.h"
+
 namespace kolum::tool {
 
 namespace {
@@ -131,9 +133,7 @@ std::string percentEncoded(std::string_view bytes) {
   constexpr std::string_view kPlain = "-._~/";
   std::string out;
   for (const char c : bytes) {
-    const bool alphanumeric =
-        (c >= '0' && c <= '9') || (c >= 'A' && c <= 'Z') || (c >= 'a' && c <= 'z');
-    if (alphanumeric || kPlain.find(c) != std::string_view::npos) {
+    if (ascii::isLetter(c) || ascii::isDigit(c) || kPlain.find(c) != std::string_view::npos) {
       out += c;
     } else {
       out += formatted("%%%02X", static_cast<unsigned char>(c));
@@ -202,8 +202,7 @@ std::string pictureSizeText(std::int64_t width, std::int64_t height) {
 }
 
 std::string capitalized(std::string text) {
-  if (!text.empty() && text[0] >= 'a' && text[0] <= 'z')
-    text[0] = static_cast<char>(text[0] - 'a' + 'A');
+  if (!text.empty()) text[0] = ascii::upper(text[0]);
   return text;
 }
 
