@@ -10,13 +10,10 @@
 
 namespace {
 
-constexpr int kVideo = 2;
-constexpr unsigned kVideosOnly = 2;
-
 bool isVideo(const std::string& name) {
   unsigned row = 0;
   unsigned tag = 0;
-  return KoLUM_GetFilenameType(name.c_str(), &row, kVideosOnly, &tag) == kVideo;
+  return KoLUM_GetFilenameType(name.c_str(), &row, MEDIA_KIND_BIT_VIDEO, &tag) == MEDIA_KIND_VIDEO;
 }
 
 void describe(const std::string& folder, const std::string& name) {

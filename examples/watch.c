@@ -7,7 +7,7 @@
 #include <kolum/kolum.h>
 #include <stdio.h>
 
-enum { VIDEO = 2, EVERY_KIND = 15, PATIENCE_IN_SECONDS = 10 };
+enum { PATIENCE_IN_SECONDS = 10 };
 
 static void describe(const char* path) {
   MediaInfo* info = NULL;
@@ -28,17 +28,17 @@ static void describe(const char* path) {
 static void classify(const char* path) {
   unsigned int row = 0;
   unsigned int tag = 0;
-  const int kind = KoLUM_GetFilenameType(path, &row, EVERY_KIND, &tag);
+  const int kind = KoLUM_GetFilenameType(path, &row, MEDIA_KIND_BITS_ALL, &tag);
   printf("%s: kind %d\n", path, kind);
-  if (kind == VIDEO) describe(path);
+  if (kind == MEDIA_KIND_VIDEO) describe(path);
 }
 
 static void waitForChange(void) {
   switch (KoLUM_TimedWaitNotification(PATIENCE_IN_SECONDS)) {
-    case 0:
+    case NOTIFICATION_RECEIVED:
       printf("the library has changed\n");
       break;
-    case 1:
+    case NOTIFICATION_TIMED_OUT:
       printf("no change\n");
       break;
     default:

@@ -10,6 +10,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   MediaLibrary::osm_place_s place{};
   const int result = kolum::geocode::readAnswer({reinterpret_cast<const char*>(data), size}, place);
   if (place.addresses.size() != place.addressParts.size()) std::abort();
-  if (result == kolum::geocode::kSuccess && place.addresses.empty()) std::abort();
+  if (result == PLACE_FOUND && place.addresses.empty()) std::abort();
   return 0;
 }

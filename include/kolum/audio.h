@@ -32,7 +32,7 @@ KOLUM_C_BEGIN
  *                     bits) for a container without a number
  *   codecId           CODEC_ID_*
  *   profile           PROFILE_*
- *   level             FFmpeg's level number, -99 unknown
+ *   level             FFmpeg's level number, or LEVEL_UNKNOWN
  *   dlnaProfile       a buffer of at least 16 bytes for the DLNA audio profile's name; untouched
  *                     when the song has none
  *
@@ -41,10 +41,10 @@ KOLUM_C_BEGIN
  * the file does not exist or cannot be opened as media, every output untouched; and when the
  * stream's codec has no number, with containerBitRate, bitRate, durationSec and profile written.
  *
- * A file named "*.dsf" or "*.dff" (in any case) is a DSD file: channels becomes 2, profile and
- * level -99, containerFormat FORMAT_DSF or FORMAT_DFF; GetDsfMetadata2 does the rest, and its
- * result is returned; codecId and dlnaProfile stay untouched. For other songs the function writes a
- * line on the duration to standard error.
+ * A file named "*.dsf" or "*.dff" (in any case) is a DSD file: channels becomes 2, profile
+ * PROFILE_UNKNOWN, level LEVEL_UNKNOWN, containerFormat FORMAT_DSF or FORMAT_DFF; GetDsfMetadata2
+ * does the rest, and its result is returned; codecId and dlnaProfile stay untouched. For other
+ * songs the function writes a line on the duration to standard error.
  */
 KOLUM_EXPORT unsigned int GetAudioMetadata(const char* folder, const char* fileName,
                                            uint32_t* containerBitRate, uint32_t* bitRate,
@@ -100,8 +100,8 @@ typedef struct songObject_st {
   uint32_t channels;        /* 2 when unknown */
   uint32_t containerFormat; /* FORMAT_DSF, of ".dff" files too */
   uint32_t reserved2;       /* never touched */
-  int32_t profile;          /* -99 */
-  int32_t level;            /* -99 */
+  int32_t profile;          /* PROFILE_UNKNOWN */
+  int32_t level;            /* LEVEL_UNKNOWN */
 } songObject_st;
 
 /*

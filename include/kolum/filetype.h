@@ -53,6 +53,32 @@ KOLUM_EXPORT extern const int kScannedFlagNeedUpdate;    /* 23 */
 KOLUM_EXPORT extern const int kScannedFlagScanning;      /* 66 */
 KOLUM_EXPORT extern const int kScannedFlagParamError;    /* 90 */
 
+/* What a file is, as its classification answers. No kind has the number 4. */
+enum {
+  MEDIA_KIND_NONE = 0, /* no media file, or one of no interest */
+  MEDIA_KIND_MUSIC = 1,
+  MEDIA_KIND_VIDEO = 2,
+  MEDIA_KIND_PHOTO = 3,
+  MEDIA_KIND_PLAYLIST = 5
+};
+
+/* The kinds of interest that classification is asked for: bits, to be combined. */
+enum {
+  MEDIA_KIND_BIT_MUSIC = 1,
+  MEDIA_KIND_BIT_VIDEO = 2,
+  MEDIA_KIND_BIT_PHOTO = 4,
+  MEDIA_KIND_BIT_PLAYLIST = 8,
+  MEDIA_KIND_BITS_ALL = 15 /* all of these */
+};
+
+/* The kinds whose rows a mask excludes. */
+enum {
+  MEDIA_KIND_MASK_MUSIC = 0,
+  MEDIA_KIND_MASK_PHOTO = 1,
+  MEDIA_KIND_MASK_VIDEO = 2,
+  MEDIA_KIND_MASK_PLAYLIST = 3
+};
+
 /* A node of the index over a table: rows whose extensions share a bucket form a chain. */
 typedef struct MediaHashNode {
   unsigned int row; /* position in the table, from 0 */
@@ -70,11 +96,10 @@ KOLUM_EXPORT extern MediaHashNode* g_pHashPlaylist[10];
 KOLUM_EXPORT extern int g_initHash;
 
 /*
- * Classifies a file by its name or path. KINDS holds the kinds of interest, 1 music, 2 video, 4
- * photo, 8 playlist, and in bits 8 to 15 a tag of the caller's. Returns 1 for music, 2 for video, 3
- * for a photo, 5 for a playlist, and 0 for everything else: an unknown or excluded extension, a
- * kind of no interest, an ".ifo" file that is not a DVD's, a ".bdmv" file that is not a Blu-ray's
- * index, a null name.
+ * Classifies a file by its name or path. KINDS holds the kinds of interest (MEDIA_KIND_BIT_*), and
+ * in bits 8 to 15 a tag of the caller's. Returns the kind (MEDIA_KIND_*), MEDIA_KIND_NONE for
+ * everything else: an unknown or excluded extension, a kind of no interest, an ".ifo" file that is
+ * not a DVD's, a ".bdmv" file that is not a Blu-ray's index, a null name.
  *
  * ROW receives the number of the matching row, from 1, or 0; of rejected ".ifo" and ".bdmv" files
  * the row as well. TAG receives the caller's tag when video is of interest and the name has a dot,
@@ -85,9 +110,8 @@ KOLUM_EXPORT int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, 
 
 /*
  * Excludes the rows whose bits are set in MASK (bit 0 is the first row) from the classification of
- * a kind: 0 music, 1 photo, 2 video, 3 playlist. The mask replaces the former one; ".dts" and
- * ".ac3" stay excluded from music whatever it says. Returns 0, or 1 for an unknown kind or a
- * negative mask.
+ * a kind (MEDIA_KIND_MASK_*). The mask replaces the former one; ".dts" and ".ac3" stay excluded
+ * from music whatever it says. Returns 0, or 1 for an unknown kind or a negative mask.
  */
 KOLUM_EXPORT int KoLUM_SetFileTypeUmaskInternal(unsigned int kind, long long mask);
 

@@ -14,6 +14,14 @@
 
 #include <kolum/export.h>
 
+/* What a wait for a notification with a bound came to. */
+enum {
+  NOTIFICATION_FAILED = -1, /* of KoLUM_TimedWaitNotification */
+  NOTIFICATION_RECEIVED = 0,
+  NOTIFICATION_TIMED_OUT = 1,
+  NOTIFICATION_STOP_FAILED = 2 /* of KoLUM_WaitStopNotificationTimeOut */
+};
+
 KOLUM_C_BEGIN
 
 /*
@@ -55,8 +63,9 @@ KOLUM_EXPORT int KoLUM_LazyNotification(void);
 KOLUM_EXPORT int KoLUM_WaitNotification(void);
 
 /*
- * Waits at most so many seconds for a post of the change semaphore. Returns 0 when there was one, 1
- * after the time, -1 on any other failure; a signal that interrupts the wait is one.
+ * Waits at most so many seconds for a post of the change semaphore. Returns NOTIFICATION_RECEIVED,
+ * NOTIFICATION_TIMED_OUT, or NOTIFICATION_FAILED on any other failure; a signal that interrupts the
+ * wait is one.
  */
 KOLUM_EXPORT int KoLUM_TimedWaitNotification(int seconds);
 
@@ -65,7 +74,8 @@ KOLUM_EXPORT int KoLUM_WaitStopNotification(void);
 
 /*
  * Waits at most so many seconds for a post of the stop semaphore; signals do not end the wait.
- * Returns 0 when there was one, 1 after the time, 2 on any other failure.
+ * Returns NOTIFICATION_RECEIVED, NOTIFICATION_TIMED_OUT, or NOTIFICATION_STOP_FAILED on any other
+ * failure.
  */
 KOLUM_EXPORT int KoLUM_WaitStopNotificationTimeOut(int seconds);
 

@@ -10,6 +10,44 @@
 
 #include <kolum/export.h>
 
+/* The languages of addresses. */
+enum {
+  PLACE_LANGUAGE_CS = 0,
+  PLACE_LANGUAGE_DA = 1,
+  PLACE_LANGUAGE_DE = 2,
+  PLACE_LANGUAGE_EL = 3,
+  PLACE_LANGUAGE_EN = 4,
+  PLACE_LANGUAGE_ES = 5,
+  PLACE_LANGUAGE_FI = 6,
+  PLACE_LANGUAGE_FR = 7,
+  PLACE_LANGUAGE_HU = 8,
+  PLACE_LANGUAGE_IT = 9,
+  PLACE_LANGUAGE_JA = 10,
+  PLACE_LANGUAGE_KO = 11,
+  PLACE_LANGUAGE_NL = 12,
+  PLACE_LANGUAGE_NO = 13,
+  PLACE_LANGUAGE_PL = 14,
+  PLACE_LANGUAGE_PT = 15,
+  PLACE_LANGUAGE_RO = 16,
+  PLACE_LANGUAGE_RU = 17,
+  PLACE_LANGUAGE_SV = 18,
+  PLACE_LANGUAGE_TH = 19,
+  PLACE_LANGUAGE_TR = 20,
+  PLACE_LANGUAGE_ZH_CN = 21,
+  PLACE_LANGUAGE_ZH_TW = 22,
+  PLACE_LANGUAGE_OTHER = 23
+};
+
+/* The kinds of map objects. */
+enum { MAP_OBJECT_NODE = 1, MAP_OBJECT_WAY = 2, MAP_OBJECT_RELATION = 3, MAP_OBJECT_OTHER = 4 };
+
+/* What looking a place up came to. */
+enum {
+  PLACE_FOUND = 0,
+  PLACE_TOOL_ERROR = 2, /* the tool answered with an error */
+  PLACE_NO_ANSWER = 3   /* the tool gave no answer that can be used */
+};
+
 #ifdef __cplusplus
 
 #include <string>
@@ -19,6 +57,11 @@
 class XMLNode;
 
 namespace MediaLibrary {
+
+/* The codes of PLACE_LANGUAGE_*, each at the place of its number. */
+inline constexpr const char* kPlaceLanguageCodes[PLACE_LANGUAGE_OTHER] = {
+    "cs", "da", "de", "el", "en", "es", "fi", "fr", "hu", "it",    "ja",   "ko",
+    "nl", "no", "pl", "pt", "ro", "ru", "sv", "th", "tr", "zh-cn", "zh-tw"};
 
 /* What is asked. */
 struct osm_param_s {
@@ -33,26 +76,22 @@ struct osm_addr_unit_s {
   std::string value; /* UTF-8 */
 };
 
-/*
- * The parts of an address in one language. Languages are numbers: 0 "cs", 1 "da", 2 "de", 3 "el",
- * 4 "en", 5 "es", 6 "fi", 7 "fr", 8 "hu", 9 "it", 10 "ja", 11 "ko", 12 "nl", 13 "no", 14 "pl",
- * 15 "pt", 16 "ro", 17 "ru", 18 "sv", 19 "th", 20 "tr", 21 "zh-cn", 22 "zh-tw", 23 any other.
- */
+/* The parts of an address in one language. */
 struct osm_addr_unitv_s {
-  int language;
+  int language;                       /* PLACE_LANGUAGE_* */
   std::vector<osm_addr_unit_s> units; /* in the tool's order */
 };
 
 /* An address as one text, in one language. */
 struct osm_address_s {
-  int language;
+  int language;        /* PLACE_LANGUAGE_* */
   std::string address; /* UTF-8 */
 };
 
 /* What is answered. */
 struct osm_place_s {
-  int osmType;       /* kind of map object: 1 node, 2 way, 3 relation, 4 any other */
-  std::string osmId; /* the map object's number */
+  int osmType;                                /* MAP_OBJECT_* */
+  std::string osmId;                          /* the map object's number */
   std::vector<osm_address_s> addresses;       /* one entry a language */
   std::vector<osm_addr_unitv_s> addressParts; /* likewise, in the same order */
 };
@@ -66,7 +105,8 @@ using MediaLibrary::osm_param_s;  // NOLINT(google-global-names-in-headers)
  * Looks a position up. Three attempts are made, with a wait of up to 1, 2 and 4 seconds after each
  * failed one, the last one included.
  *
- * Returns 0 with PLACE filled; otherwise what the last attempt returned (see parseOsmInfo).
+ * Returns PLACE_FOUND with PLACE filled; otherwise what the last attempt returned (see
+ * parseOsmInfo).
  */
 KOLUM_EXPORT int koOsmInfo(osm_param_s& param, MediaLibrary::osm_place_s& place) noexcept;
 
@@ -75,9 +115,10 @@ KOLUM_EXPORT int koOsmInfo(osm_param_s& param, MediaLibrary::osm_place_s& place)
  * without its language, its "result" with "osm_type" and "osm_id", or its "addressparts" is passed
  * over.
  *
- * Returns 0 with PLACE filled. Returns 2 when the tool answers with an error, 3 when it cannot be
- * started, prints no such XML or more than 16 MiB of it, or gives no complete answer. PLACE then
- * has no addresses when the XML was understood, and is untouched otherwise.
+ * Returns PLACE_FOUND with PLACE filled; PLACE_TOOL_ERROR when the tool answers with an error;
+ * PLACE_NO_ANSWER when it cannot be started, prints no such XML or more than 16 MiB of it, or gives
+ * no complete answer. PLACE then has no addresses when the XML was understood, and is untouched
+ * otherwise.
  */
 KOLUM_EXPORT int parseOsmInfo(const char* command, MediaLibrary::osm_place_s& place) noexcept;
 

@@ -15,6 +15,9 @@
 /* The smallest buffer that holds every name and its terminator. */
 #define KOLUM_IDENTIFIER_NAME_SIZE 64
 
+/* FFmpeg's level number of a stream whose level is not known. */
+enum { LEVEL_UNKNOWN = -99 };
+
 /*
  * Container formats: the low 16 bits of a container format identifier.
  */

@@ -26,7 +26,7 @@ typedef struct MediaStreamInfo {
   unsigned int codecId;
   int streamId; /* the container's own number, such as the PID in a transport stream */
   int profile;  /* video: PROFILE_*; audio: 0, see bitRate */
-  int level;    /* video and audio: FFmpeg's level number, -99 unknown */
+  int level;    /* video and audio: FFmpeg's level number, or LEVEL_UNKNOWN */
   /* Video: bit/s, 0 unknown. Audio: the profile, a PROFILE_* number to be read as signed
      (PROFILE_UNKNOWN is -99). */
   unsigned int bitRate;

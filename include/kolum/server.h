@@ -10,9 +10,25 @@
 
 #include <kolum/export.h>
 
+/* The server's status. */
+enum {
+  LUM_STATUS_IDLE = 0,
+  LUM_STATUS_BUSY = 1,
+  LUM_STATUS_STOP = 2,
+  LUM_STATUS_PAUSE = 3,
+  LUM_STATUS_SLEEP = 4
+};
+
+/* What a command to the server came to. */
+enum {
+  LUM_COMMAND_OK = 0,
+  LUM_COMMAND_FAILED = 1, /* of sendCommand */
+  LUM_ACTION_FAILED = 3   /* of sendActionToLumServer */
+};
+
 KOLUM_C_BEGIN
 
-/* Names of the server's status numbers 0 to 4: "idle", "busy", "stop", "pause", "sleep". */
+/* The names of LUM_STATUS_*: "idle", "busy", "stop", "pause", "sleep". */
 KOLUM_EXPORT extern const char* kLumServerStatusName[5];
 
 KOLUM_C_END
@@ -73,18 +89,19 @@ struct SocketResp_t {
  * that is kept so, as servers in the field count on it. data in RESP always has room for the
  * longest text, 4071 bytes, and its terminator; a length beyond that must not be trusted.
  *
- * Returns 0 when the server answered with result 1. Returns 1 for every other outcome: nobody
- * listens, writing or reading failed, another result, a null RESP, LEN too large, out of memory.
- * RESP is filled whenever an answer was read, also when 1 is returned (a connection closed without
- * an answer reads as result 0), and is left alone otherwise; data stays untouched when no text
- * came.
+ * Returns LUM_COMMAND_OK when the server answered with result 1, and LUM_COMMAND_FAILED for every
+ * other outcome: nobody listens, writing or reading failed, another result, a null RESP, LEN too
+ * large, out of memory. RESP is filled whenever an answer was read, also of another result (a
+ * connection closed without an answer reads as result 0), and is left alone otherwise; data stays
+ * untouched when no text came.
  */
 KOLUM_EXPORT int sendCommand(MediaLibrary::LUM::SocketResp_t* resp, int command, const char* data,
                              unsigned long len) noexcept;
 
 /*
- * Sends COMMAND with two numbers, each as signed 64-bit: VALUE1, then VALUE2. Returns 0 when the
- * server answered with result 1, 3 otherwise. An answer text is dropped.
+ * Sends COMMAND with two numbers, each as signed 64-bit: VALUE1, then VALUE2. Returns
+ * LUM_COMMAND_OK when the server answered with result 1, else LUM_ACTION_FAILED. An answer text is
+ * dropped.
  */
 KOLUM_EXPORT int sendActionToLumServer(int command, int value1, int value2) noexcept;
 

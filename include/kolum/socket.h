@@ -16,6 +16,21 @@
 
 #include <kolum/export.h>
 
+/* What an operation of UnixSocket came to: its error codes. */
+enum {
+  UNIX_SOCKET_OK = 0,
+  UNIX_SOCKET_INVALID_ARGUMENT = 2,
+  UNIX_SOCKET_CREATE_FAILED = 3,     /* socket() failed */
+  UNIX_SOCKET_BIND_FAILED = 4,       /* bind() failed */
+  UNIX_SOCKET_LISTEN_FAILED = 5,     /* listen() failed */
+  UNIX_SOCKET_ACCEPT_FAILED = 6,     /* accept() failed */
+  UNIX_SOCKET_CONNECT_FAILED = 7,    /* connect() failed */
+  UNIX_SOCKET_TIME_OUT_FAILED = 8,   /* a time-out could not be set */
+  UNIX_SOCKET_READ_WRITE_FAILED = 9, /* no socket, or read() or write() failed */
+  UNIX_SOCKET_REMOVE_FAILED = 10,    /* an old socket file could not be removed */
+  UNIX_SOCKET_CLOSE_FAILED = 11      /* close() failed */
+};
+
 #ifdef __cplusplus
 
 #include <sys/un.h>
@@ -42,10 +57,7 @@ class KOLUM_EXPORT UnixSocket {
      Write keeps none. An Accept that succeeded after an interruption leaves EINTR. */
   int getErrno() noexcept;
 
-  /* The code of the last operation: 0 success, 2 invalid argument, 3 socket() failed, 4 bind()
-     failed, 5 listen() failed, 6 accept() failed, 7 connect() failed, 8 setting a time-out failed,
-     9 no socket to read or write or read()/write() failed, 10 an old socket file could not be
-     removed, 11 close() failed. A successful Close leaves the code as it was. */
+  /* The code of the last operation, UNIX_SOCKET_*. A successful Close leaves the code as it was. */
   int getErrorCode() noexcept;
 
   /* Sets both error values to 0; every operation but Close begins with it. */
@@ -56,34 +68,37 @@ class KOLUM_EXPORT UnixSocket {
 
   /* Creates the socket and notes SOCKETPATH for Bind and Connect, of which the address holds at
      most 107 bytes: a longer path is cut there without notice. Touches no file. An object that is
-     open already loses its earlier descriptor without closing it. Returns 0; 2 when the path is
-     empty (nothing changes); 3 when there is no socket to be had. */
+     open already loses its earlier descriptor without closing it. Returns UNIX_SOCKET_OK,
+     UNIX_SOCKET_INVALID_ARGUMENT when the path is empty (nothing changes), or
+     UNIX_SOCKET_CREATE_FAILED. */
   int Open(std::string socketPath) noexcept;
 
   /* Binds to the path of Open, after removing what exists there, and opens the socket file to every
      user (mode 0777; when that fails it is only logged).
-     Returns 0; 10 when the old file could not be removed; 4 when bind() failed. */
+     Returns UNIX_SOCKET_OK, UNIX_SOCKET_REMOVE_FAILED or UNIX_SOCKET_BIND_FAILED. */
   int Bind() noexcept;
 
   /* Listens with room for BACKLOG waiting connections (at least 1).
-     Returns 0; 2 for a smaller BACKLOG; 5 when listen() failed. */
+     Returns UNIX_SOCKET_OK, UNIX_SOCKET_INVALID_ARGUMENT for a smaller BACKLOG, or
+     UNIX_SOCKET_LISTEN_FAILED. */
   int Listen(int backlog) noexcept;
 
   /* Waits, without bound, for the next connection; interruptions by signals do not end the wait.
-     Returns the connection, which the caller deletes, or null: accept() failed (code 6), or memory
-     ran out (code 0; the accepted descriptor is then left open). */
+     Returns the connection, which the caller deletes, or null: accept() failed
+     (UNIX_SOCKET_ACCEPT_FAILED), or memory ran out (UNIX_SOCKET_OK; the accepted descriptor is then
+     left open). */
   UnixSocket* Accept() noexcept;
 
   /* Connects to the path of Open. SEC seconds and USEC microseconds (below 1,000,000), none
      negative, bound every later read and write; both 0 means no bound. Connecting itself is bounded
      only by what the system does for local sockets.
-     Returns 0; 2 for a negative time; 8 when the bound could not be set; 7 when connect() failed.
-   */
+     Returns UNIX_SOCKET_OK, UNIX_SOCKET_INVALID_ARGUMENT for a negative time,
+     UNIX_SOCKET_TIME_OUT_FAILED or UNIX_SOCKET_CONNECT_FAILED. */
   int Connect(long sec, long usec) noexcept;
 
   /* Reads at most LEN bytes into BUF, which holds LEN bytes and is zeroed first, with one read().
      Returns the count, 0 when the peer has closed; negative when there is no socket (BUF is then
-     untouched) or the read failed or took too long (code 9). */
+     untouched) or the read failed or took too long (UNIX_SOCKET_READ_WRITE_FAILED). */
   int Read(void* buf, unsigned long len) noexcept;
 
   /* Writes the LEN bytes at BUF with one system call. A peer that has closed is a failure, never a
@@ -92,7 +107,8 @@ class KOLUM_EXPORT UnixSocket {
   int Write(void* buf, unsigned long len) noexcept;
 
   /* Closes the descriptor; without one (descriptor 0 counts as none) nothing is done.
-     Returns 0, or 1 when close() failed (code 11; descriptor and state stay). */
+     Returns 0, or 1 when close() failed (UNIX_SOCKET_CLOSE_FAILED is the code; descriptor and state
+     stay). */
   int Close() noexcept;
 
  private:

@@ -19,6 +19,50 @@
 
 KOLUM_C_BEGIN
 
+/* Classes of sound that DLNA names depend on (docs/dlna.md). */
+enum {
+  AUDIO_CLASS_NONE = 0, /* no sound, or of no class */
+  AUDIO_CLASS_MP3 = 1,
+  AUDIO_CLASS_AC3 = 2,      /* DTS, too */
+  AUDIO_CLASS_WMA_BASE = 3, /* WMA up to 193 kbit/s */
+  AUDIO_CLASS_WMA_FULL = 4, /* WMA up to 385 kbit/s */
+  AUDIO_CLASS_WMA_PRO = 5,
+  AUDIO_CLASS_MP2 = 6,
+  AUDIO_CLASS_PCM = 7,
+  AUDIO_CLASS_AAC_STEREO = 8,       /* AAC-LC */
+  AUDIO_CLASS_AAC_MULTICHANNEL = 9, /* AAC-LC */
+  AUDIO_CLASS_AMR = 10,
+  AUDIO_CLASS_AAC_OTHER = 0x15002 /* AAC of neither class: the number of its codec */
+};
+
+/* How a picture is turned. */
+enum {
+  VIDEO_ORIENTATION_UPRIGHT = 1, /* reported by the flat probes only */
+  VIDEO_ORIENTATION_180 = 3,     /* turned by 180 degrees */
+  VIDEO_ORIENTATION_270 = 6,     /* turned by 270 degrees */
+  VIDEO_ORIENTATION_90 = 8       /* turned by 90 degrees */
+};
+
+/* The subtitleMode of the flat probes. */
+enum {
+  SUBTITLE_MODE_FILE = 0,  /* a file, no disc, that has a subtitle stream */
+  SUBTITLE_MODE_OTHER = 16 /* everything else; the preset */
+};
+
+/* Where the "moov" box of a file stands (CheckMp4MoovAtEnd). */
+enum {
+  MP4_MOOV_NOT_LAST = 0,  /* players can start at once */
+  MP4_MOOV_LAST = 1,      /* or a box of unknown type was met */
+  MP4_MOOV_UNREADABLE = 2 /* the file cannot be read */
+};
+
+/* Sizes of MPEG transport packets in bytes (ProbeTsPacketSize). */
+enum {
+  TS_PACKET_NONE = 0, /* no transport stream */
+  TS_PACKET_PLAIN = 188,
+  TS_PACKET_STAMPED = 192 /* with a time stamp in front */
+};
+
 /*
  * What the video probe finds out about a file. The caller clears it before the call: the probe
  * clears only the text fields and creationYear, and a number it finds no value for keeps what the
@@ -42,14 +86,14 @@ typedef struct videoObject_st {
   unsigned int containerFormat; /* FORMAT_* in the low 16 bits, MPEG4_* in the high 16 */
   int videoCodec;               /* CODEC_ID_* */
   int videoProfile;             /* PROFILE_* */
-  int videoLevel;               /* FFmpeg's level number, -99 unknown */
+  int videoLevel;               /* FFmpeg's level number, or LEVEL_UNKNOWN */
   int audioCodec;               /* CODEC_ID_* */
   int audioProfile;             /* PROFILE_* */
-  unsigned int audioClass;      /* audio class for DLNA naming, 0 none (docs/dlna.md) */
-  int audioLevel;               /* FFmpeg's level number, -99 unknown */
+  unsigned int audioClass;      /* AUDIO_CLASS_* */
+  int audioLevel;               /* FFmpeg's level number, or LEVEL_UNKNOWN */
   unsigned int audioBitRate;    /* bit/s; 0 when unknown */
   int64_t creationTime;         /* seconds since 1970 */
-  unsigned int orientation;     /* 3 turned by 180 degrees, 6 by 270, 8 by 90, else untouched */
+  unsigned int orientation;     /* VIDEO_ORIENTATION_* when turned, else untouched */
   unsigned int subtitleCount;   /* subtitle streams of DVD and Blu-ray folders, else 0 */
   unsigned int is360;           /* 1 for equirectangular video, else untouched */
   unsigned int bitRate;         /* bit/s of the whole file */
@@ -85,10 +129,9 @@ KOLUM_EXPORT unsigned int GetSubtitleTrack(const char* path, unsigned int* count
 
 /*
  * Finds the layout of a file's MPEG transport packets from its first 576 bytes: PACKETSIZE receives
- * 188, 192 (packets that carry a time stamp in front) or 0 (no transport stream). Returns 1 when
- * the packets are 192 bytes long and a time stamp is not zero, else 0. A file that cannot be opened
- * or is shorter also returns 1, with the system's reason on standard error and PACKETSIZE
- * untouched.
+ * TS_PACKET_*. Returns 1 when the packets are 192 bytes long and a time stamp is not zero, else 0.
+ * A file that cannot be opened or is shorter also returns 1, with the system's reason on standard
+ * error and PACKETSIZE untouched.
  */
 KOLUM_EXPORT int ProbeTsPacketSize(const char* path, unsigned int* packetSize);
 
@@ -110,23 +153,23 @@ KOLUM_EXPORT void get_maxsizefilename(char* dir, const char* ext);
 KOLUM_EXPORT int GetMp4SubFormat(const char* path, unsigned int* subFormat);
 
 /*
- * Whether the "moov" box stands last among a file's top-level boxes. Returns 0 when it does not
- * (players can start at once), 1 when it does or a box of unknown type was met, 2 when the file
- * cannot be read.
+ * Whether the "moov" box stands last among a file's top-level boxes. Returns MP4_MOOV_*.
  */
 KOLUM_EXPORT int CheckMp4MoovAtEnd(const char* path);
 
 /*
  * The flat probes: as GetVideoMetadata1 with a record, each value in a variable of its own. All
  * return 0 on success and 1 on failure. A null output is skipped; outputs not reached keep what the
- * caller put there, except these presets: orientation 1, subtitleMode 16, subtitleCount 0, is360 0.
+ * caller put there, except these presets: orientation VIDEO_ORIENTATION_UPRIGHT, subtitleMode
+ * SUBTITLE_MODE_OTHER, subtitleCount 0, is360 0.
  * Text outputs are buffers of the sizes of the record's fields: mimeType 96 bytes, dlnaProfile 128,
  * yearMonth 8, creationDate 12. They are not cleared, so that of a file without a DLNA profile,
  * say, dlnaProfile keeps what it held: callers empty them first.
  *
  * What differs from the record: disc images are mounted and their main title is probed; subtitle
- * streams are counted for every file, and subtitleMode drops to 0 for a file (no disc) that has
- * one; creationTime becomes 0 when the stream has none; QuickTime's own entries are not read.
+ * streams are counted for every file, and subtitleMode becomes SUBTITLE_MODE_FILE for a file
+ * (no disc) that has one; creationTime becomes 0 when the stream has none; QuickTime's own entries
+ * are not read.
  */
 
 /*

@@ -72,7 +72,6 @@ void printIndex(const char* name, KindNumber kind) {
 
 int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int kinds,
                           unsigned int* tag) {
-  constexpr unsigned kVideoInterest = 2;
   [[maybe_unused]] static const bool kIndexIsBuilt = buildAndPublishIndex();
   if (fileName == nullptr) return 0;
 
@@ -80,7 +79,7 @@ int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int 
   const Classified classified = dot != nullptr ? classify(fileName, dot, kinds) : Classified{};
   if (row != nullptr) *row = classified.row;
   if (tag != nullptr)
-    *tag = dot != nullptr && (kinds & kVideoInterest) != 0 ? kinds >> 8 & 0xFF : 0;
+    *tag = dot != nullptr && (kinds & MEDIA_KIND_BIT_VIDEO) != 0 ? kinds >> 8 & 0xFF : 0;
   return classified.result;
 }
 

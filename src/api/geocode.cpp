@@ -10,12 +10,13 @@ using MediaLibrary::osm_addr_unit_s;
 using MediaLibrary::osm_place_s;
 
 int koOsmInfo(osm_param_s& param, osm_place_s& place) noexcept {
-  return api::guarded(geocode::kNoAnswer, [&] { return geocode::lookUp(param, place); });
+  return api::guarded(static_cast<int>(PLACE_NO_ANSWER),
+                      [&] { return geocode::lookUp(param, place); });
 }
 
 int parseOsmInfo(const char* command, osm_place_s& place) noexcept {
-  return api::guarded(geocode::kNoAnswer, [&] {
-    return command != nullptr ? geocode::ask(command, place) : geocode::kNoAnswer;
+  return api::guarded(static_cast<int>(PLACE_NO_ANSWER), [&] {
+    return command != nullptr ? geocode::ask(command, place) : static_cast<int>(PLACE_NO_ANSWER);
   });
 }
 

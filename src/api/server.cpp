@@ -14,13 +14,13 @@ const char* kLumServerStatusName[5] = {"idle", "busy", "stop", "pause", "sleep"}
 
 namespace {
 
-constexpr int kFailure = 1;
-constexpr int kActionFailure = 3;
-
 int send(SocketResp_t* resp, int command, const char* data, unsigned long length) noexcept {
-  return kolum::api::guarded(kFailure, [&] {
-    if (resp == nullptr || length > wire::kRequestPayloadMax) return kFailure;
-    return kolum::server::exchange(*resp, command, data, length) ? 0 : kFailure;
+  return kolum::api::guarded(static_cast<int>(LUM_COMMAND_FAILED), [&] {
+    if (resp == nullptr || length > wire::kRequestPayloadMax)
+      return static_cast<int>(LUM_COMMAND_FAILED);
+    return kolum::server::exchange(*resp, command, data, length)
+               ? static_cast<int>(LUM_COMMAND_OK)
+               : static_cast<int>(LUM_COMMAND_FAILED);
   });
 }
 
@@ -37,7 +37,7 @@ int sendActionToLumServer(int command, int value1, int value2) noexcept {
   SocketResp_t resp{};
   // A text that comes with a failure stays allocated: kept as it is, no caller could see a change.
   // NOLINTNEXTLINE(clang-analyzer-unix.Malloc)
-  if (send(&resp, command, payload.data(), payload.size()) != 0) return kActionFailure;
+  if (send(&resp, command, payload.data(), payload.size()) != 0) return LUM_ACTION_FAILED;
   std::free(resp.data);
-  return 0;
+  return LUM_COMMAND_OK;
 }

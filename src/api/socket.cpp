@@ -14,14 +14,14 @@ UnixSocket::UnixSocket() noexcept
     : m_sockAddr{},
       m_socketFd(-1),
       m_errno(0),
-      m_errorCode(server::kSuccess),
+      m_errorCode(UNIX_SOCKET_OK),
       m_state(server::kNone) {}
 
 UnixSocket::UnixSocket(int fd) noexcept
     : m_sockAddr{},
       m_socketFd(fd),
       m_errno(0),
-      m_errorCode(server::kSuccess),
+      m_errorCode(UNIX_SOCKET_OK),
       m_state(server::kAccepted) {}
 
 // Here and in isValid, descriptor 0 counts as no socket: an object never closes the standard input

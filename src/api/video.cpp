@@ -133,17 +133,14 @@ struct FlatOutputs {
 
 // What callers of these functions find before anything can fail.
 void writePresets(const FlatOutputs& out) {
-  constexpr int kUpright = 1;
-  constexpr int kNoSubtitles = 16;
-  put(out.orientation, kUpright);
-  put(out.subtitleMode, kNoSubtitles);
+  put(out.orientation, VIDEO_ORIENTATION_UPRIGHT);
+  put(out.subtitleMode, SUBTITLE_MODE_OTHER);
   put(out.subtitleCount, 0);
   put(out.is360, 0);
 }
 
 void writeFacts(const probe::VideoFacts& facts, const FlatOutputs& out) {
   using Record = videoObject_st;
-  constexpr int kFileHasSubtitles = 0;
   put(out.width, facts.width);
   put(out.height, facts.height);
   put(out.bitRate, facts.bitRate);
@@ -164,7 +161,7 @@ void writeFacts(const probe::VideoFacts& facts, const FlatOutputs& out) {
   put(out.audioProfile, facts.audioProfile);
   put(out.audioLevel, facts.audioLevel);
   put(out.orientation, facts.orientation);
-  if (facts.fileHasSubtitles) put(out.subtitleMode, kFileHasSubtitles);
+  if (facts.fileHasSubtitles) put(out.subtitleMode, SUBTITLE_MODE_FILE);
   put(out.subtitleCount, facts.subtitleCount);
   api::putText(out.yearMonth, sizeof(Record::yearMonth), facts.yearMonth);
   api::putText(out.creationDate, sizeof(Record::creationDate), facts.creationDate);

@@ -21,9 +21,9 @@ constexpr unsigned kObjectTypeLowComplexity = 2;
 constexpr unsigned kObjectTypeErrorResilientLowComplexity = 17;
 
 unsigned wmaClass(std::int64_t bitRate) {
-  if (bitRate <= kWmaBaseBitRate) return kAudioClassWmaBase;
-  if (bitRate <= kWmaFullBitRate) return kAudioClassWmaFull;
-  return kAudioClassNone;
+  if (bitRate <= kWmaBaseBitRate) return AUDIO_CLASS_WMA_BASE;
+  if (bitRate <= kWmaFullBitRate) return AUDIO_CLASS_WMA_FULL;
+  return AUDIO_CLASS_NONE;
 }
 
 bool isLowComplexity(std::span<const std::uint8_t> extraData) {
@@ -36,35 +36,35 @@ bool isLowComplexity(std::span<const std::uint8_t> extraData) {
 unsigned aacClass(const AudioClassFacts& facts) {
   const bool rateFits = facts.sampleRate >= 8000 && facts.sampleRate <= 48000;
   if (!isLowComplexity(facts.extraData) || !rateFits || facts.channels > 6)
-    return kAudioClassAacOther;
-  if (facts.channels <= 2 && facts.bitRate <= kAacStereoBitRate) return kAudioClassAacStereo;
-  if (facts.bitRate <= kAacMultichannelBitRate) return kAudioClassAacMultichannel;
-  return kAudioClassAacOther;
+    return AUDIO_CLASS_AAC_OTHER;
+  if (facts.channels <= 2 && facts.bitRate <= kAacStereoBitRate) return AUDIO_CLASS_AAC_STEREO;
+  if (facts.bitRate <= kAacMultichannelBitRate) return AUDIO_CLASS_AAC_MULTICHANNEL;
+  return AUDIO_CLASS_AAC_OTHER;
 }
 
 }  // namespace
 
 unsigned audioClass(const AudioClassFacts& facts) {
-  if (facts.codec >= kFirstPcm && facts.codec <= kLastPcm) return kAudioClassPcm;
+  if (facts.codec >= kFirstPcm && facts.codec <= kLastPcm) return AUDIO_CLASS_PCM;
   switch (facts.codec) {
     case CODEC_ID_MP3:
-      return kAudioClassMp3;
+      return AUDIO_CLASS_MP3;
     case CODEC_ID_AC3:
     case CODEC_ID_DTS:
-      return kAudioClassAc3;
+      return AUDIO_CLASS_AC3;
     case CODEC_ID_WMAV1:
     case CODEC_ID_WMAV2:
       return wmaClass(facts.bitRate);
     case CODEC_ID_WMAPRO:
-      return kAudioClassWmaPro;
+      return AUDIO_CLASS_WMA_PRO;
     case CODEC_ID_MP2:
-      return kAudioClassMp2;
+      return AUDIO_CLASS_MP2;
     case CODEC_ID_AAC:
       return aacClass(facts);
     case CODEC_ID_AMR_NB:
-      return kAudioClassAmr;
+      return AUDIO_CLASS_AMR;
     default:
-      return kAudioClassNone;
+      return AUDIO_CLASS_NONE;
   }
 }
 

@@ -2,25 +2,12 @@
 #ifndef KOLUM_DLNA_AUDIO_CLASS_H
 #define KOLUM_DLNA_AUDIO_CLASS_H
 
+#include <kolum/video.h>
+
 #include <cstdint>
 #include <span>
 
 namespace kolum::dlna {
-
-// Classes, as naming rules and the video record know them.
-inline constexpr unsigned kAudioClassNone = 0;
-inline constexpr unsigned kAudioClassMp3 = 1;
-inline constexpr unsigned kAudioClassAc3 = 2;
-inline constexpr unsigned kAudioClassWmaBase = 3;
-inline constexpr unsigned kAudioClassWmaFull = 4;
-inline constexpr unsigned kAudioClassWmaPro = 5;
-inline constexpr unsigned kAudioClassMp2 = 6;
-inline constexpr unsigned kAudioClassPcm = 7;
-inline constexpr unsigned kAudioClassAacStereo = 8;
-inline constexpr unsigned kAudioClassAacMultichannel = 9;
-inline constexpr unsigned kAudioClassAmr = 10;
-// AAC that fits neither of its classes keeps the number of its codec; naming asks for it.
-inline constexpr unsigned kAudioClassAacOther = 0x15002;
 
 struct AudioClassFacts {
   int codec = 0;  // CODEC_ID_*
@@ -30,6 +17,7 @@ struct AudioClassFacts {
   std::span<const std::uint8_t> extraData = {};
 };
 
+// AUDIO_CLASS_*.
 unsigned audioClass(const AudioClassFacts& facts);
 
 }  // namespace kolum::dlna

@@ -19,10 +19,10 @@ constexpr int kMain = 77;
 constexpr int kHigh = 100;
 
 // The audio that a name takes.
-constexpr std::int64_t kAc3[] = {kAudioClassAc3};
-constexpr std::int64_t kAacStereo[] = {kAudioClassAacStereo};
-constexpr std::int64_t kTransportAudio[] = {kAudioClassAc3, kAudioClassAacStereo,
-                                            kAudioClassAacMultichannel, kAudioClassMp3};
+constexpr std::int64_t kAc3[] = {AUDIO_CLASS_AC3};
+constexpr std::int64_t kAacStereo[] = {AUDIO_CLASS_AAC_STEREO};
+constexpr std::int64_t kTransportAudio[] = {AUDIO_CLASS_AC3, AUDIO_CLASS_AAC_STEREO,
+                                            AUDIO_CLASS_AAC_MULTICHANNEL, AUDIO_CLASS_MP3};
 constexpr std::span<const std::int64_t> kAnyAudio = {};
 
 constexpr int kAnySize = 0;
@@ -45,12 +45,12 @@ bool isTaggedAvc1(std::uint32_t tag) {
 // "AC3", "AAC_MULT5" or "MPEG1_L3"; empty for other audio.
 std::string_view audioSuffix(unsigned audioClass) {
   switch (audioClass) {
-    case kAudioClassAc3:
+    case AUDIO_CLASS_AC3:
       return "AC3";
-    case kAudioClassAacStereo:
-    case kAudioClassAacMultichannel:
+    case AUDIO_CLASS_AAC_STEREO:
+    case AUDIO_CLASS_AAC_MULTICHANNEL:
       return "AAC_MULT5";
-    case kAudioClassMp3:
+    case AUDIO_CLASS_MP3:
       return "MPEG1_L3";
     default:
       return "";
@@ -129,21 +129,21 @@ struct BaselineRow {
 constexpr int kAnyLevel = 0;
 
 constexpr auto kBaselineCif = std::to_array<BaselineRow>({
-    {"BL_CIF15_", "AAC_520", kAnyLevel, kAnyLevel, 519999, kAudioClassAacStereo},
-    {"BL_CIF15_", "AAC_940", kAnyLevel, kAnyLevel, 599999, kAudioClassAacStereo},
-    {"BL_CIF15_", "AMR", kAnyLevel, kAnyLevel, 599999, kAudioClassAmr},
-    {"BL_CIF30_", "AAC_940", kAnyLevel, kAnyLevel, 939999, kAudioClassAacStereo},
-    {"BL_CIF30_", "AMR", kAnyLevel, kAnyLevel, 4999999, kAudioClassAmr},
+    {"BL_CIF15_", "AAC_520", kAnyLevel, kAnyLevel, 519999, AUDIO_CLASS_AAC_STEREO},
+    {"BL_CIF15_", "AAC_940", kAnyLevel, kAnyLevel, 599999, AUDIO_CLASS_AAC_STEREO},
+    {"BL_CIF15_", "AMR", kAnyLevel, kAnyLevel, 599999, AUDIO_CLASS_AMR},
+    {"BL_CIF30_", "AAC_940", kAnyLevel, kAnyLevel, 939999, AUDIO_CLASS_AAC_STEREO},
+    {"BL_CIF30_", "AMR", kAnyLevel, kAnyLevel, 4999999, AUDIO_CLASS_AMR},
 });
 
 constexpr auto kBaselineSd = std::to_array<BaselineRow>({
-    {"BL_L3L_SD_", "AAC", 30, 30, 5000000, kAudioClassAacStereo},
-    {"BL_L31_HD_", "AAC", kAnyLevel, 31, 15000000, kAudioClassAacStereo},
+    {"BL_L3L_SD_", "AAC", 30, 30, 5000000, AUDIO_CLASS_AAC_STEREO},
+    {"BL_L31_HD_", "AAC", kAnyLevel, 31, 15000000, AUDIO_CLASS_AAC_STEREO},
 });
 
 constexpr auto kBaselineHd = std::to_array<BaselineRow>({
-    {"BL_L31_HD_", "AAC", kAnyLevel, 31, 15000000, kAudioClassAacStereo},
-    {"BL_L32_HD_", "AAC", kAnyLevel, 32, 21000000, kAudioClassAacStereo},
+    {"BL_L31_HD_", "AAC", kAnyLevel, 31, 15000000, AUDIO_CLASS_AAC_STEREO},
+    {"BL_L32_HD_", "AAC", kAnyLevel, 32, 21000000, AUDIO_CLASS_AAC_STEREO},
 });
 
 // The rows for frames of at most this size; the first group that holds a frame serves it alone.
@@ -260,7 +260,7 @@ std::span<const Form> transportForms(int profile) {
 
 // Every name needs packets of known size.
 bool take(Tests& tests, const TransportPackets& packets) {
-  return tests.oneOf(packetSize(packets), {188, 192}).take();
+  return tests.oneOf(packetSize(packets), {TS_PACKET_PLAIN, TS_PACKET_STAMPED}).take();
 }
 
 enum class FrameRateTest { kNone, k50Hz, k60Hz };
@@ -327,7 +327,7 @@ void writeTransportName(Naming& naming, std::string_view piece, const TransportP
   primary = kTransportPrefix;
   primary += piece;
   primary += audioSuffix(naming.facts.audioClass);
-  if (packets.size == 188) {
+  if (packets.size == TS_PACKET_PLAIN) {
     primary += "_ISO";
     return;
   }

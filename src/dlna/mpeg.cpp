@@ -75,8 +75,8 @@ void nameMpeg2InTransportStream(Naming& naming) {
   constexpr std::string_view kPrefix = "MPEG_TS_";
   // Japanese television is told by its AAC alone and has neither packet suffix nor alternative. It
   // is no aim for other files, so it is explained only where it holds.
-  if (naming.facts.audioClass == kAudioClassAacOther) {
-    naming.candidate({"MPEG_TS_JP_T"}).oneOf(audio(naming.facts), {kAudioClassAacOther}).take();
+  if (naming.facts.audioClass == AUDIO_CLASS_AAC_OTHER) {
+    naming.candidate({"MPEG_TS_JP_T"}).oneOf(audio(naming.facts), {AUDIO_CLASS_AAC_OTHER}).take();
     naming.primary() = "MPEG_TS_JP_T";
     return;
   }
@@ -85,10 +85,10 @@ void nameMpeg2InTransportStream(Naming& naming) {
   std::string primary = joined({kPrefix, pieces.primary});
   std::string_view suffix = "_ISO";
   naming.name.mimeType = "video/mpeg";
-  if (packets.size == 192) {
+  if (packets.size == TS_PACKET_STAMPED) {
     suffix = packets.isTimeStamped ? "_T" : "";
     naming.name.mimeType = kTimeStampedMimeType;
-  } else if (packets.size != 188) {
+  } else if (packets.size != TS_PACKET_PLAIN) {
     // Packets of unknown size leave the suffix alone as the name; renderers were tested with it.
     primary.clear();
     naming.remark("packets of unknown size leave nothing of the name but its suffix");
@@ -133,8 +133,8 @@ struct Mpeg4Row {
 };
 
 // Names are long, so the rows are spelled with short words.
-constexpr unsigned kAac = kAudioClassAacStereo;
-constexpr unsigned kAmr = kAudioClassAmr;
+constexpr unsigned kAac = AUDIO_CLASS_AAC_STEREO;
+constexpr unsigned kAmr = AUDIO_CLASS_AMR;
 
 constexpr auto kPhoneRows = std::to_array<Mpeg4Row>({
     {"MPEG4_P2_3GPP_SP_L0B_AAC", 176, 144, kSimple, kPhoneLevels, 128000, kAny, kAac},
@@ -190,7 +190,7 @@ void nameMpeg1(Naming& naming) {
   if (naming.candidate({"MPEG1"})
           .oneOf(width(facts), {352})
           .oneOf(height(facts), {240, 288})
-          .oneOf(audio(facts), {kAudioClassMp2, kAudioClassNone})
+          .oneOf(audio(facts), {AUDIO_CLASS_MP2, AUDIO_CLASS_NONE})
           .take()) {
     naming.primary() = "MPEG1";
   }

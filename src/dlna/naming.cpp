@@ -100,7 +100,7 @@ void describe(const DlnaFacts& facts, DlnaExplanation& explanation) {
 
 std::string packetsText(const TransportPackets& packets) {
   std::string size = valueText(packetSize(packets));
-  if (packets.size != 192) return size;
+  if (packets.size != TS_PACKET_STAMPED) return size;
   return size + (packets.isTimeStamped ? ", time-stamped" : ", time stamps empty");
 }
 

@@ -17,18 +17,18 @@ struct NumberName {
 };
 
 constexpr auto kAudioClassNames = std::to_array<NumberName>({
-    {kAudioClassNone, "none or other"},
-    {kAudioClassMp3, "MP3"},
-    {kAudioClassAc3, "AC-3 or DTS"},
-    {kAudioClassWmaBase, "WMA up to 193 kbit/s"},
-    {kAudioClassWmaFull, "WMA up to 385 kbit/s"},
-    {kAudioClassWmaPro, "WMA Pro"},
-    {kAudioClassMp2, "MP2"},
-    {kAudioClassPcm, "PCM"},
-    {kAudioClassAacStereo, "AAC-LC stereo"},
-    {kAudioClassAacMultichannel, "AAC-LC multichannel"},
-    {kAudioClassAmr, "AMR"},
-    {kAudioClassAacOther, "other AAC"},
+    {AUDIO_CLASS_NONE, "none or other"},
+    {AUDIO_CLASS_MP3, "MP3"},
+    {AUDIO_CLASS_AC3, "AC-3 or DTS"},
+    {AUDIO_CLASS_WMA_BASE, "WMA up to 193 kbit/s"},
+    {AUDIO_CLASS_WMA_FULL, "WMA up to 385 kbit/s"},
+    {AUDIO_CLASS_WMA_PRO, "WMA Pro"},
+    {AUDIO_CLASS_MP2, "MP2"},
+    {AUDIO_CLASS_PCM, "PCM"},
+    {AUDIO_CLASS_AAC_STEREO, "AAC-LC stereo"},
+    {AUDIO_CLASS_AAC_MULTICHANNEL, "AAC-LC multichannel"},
+    {AUDIO_CLASS_AMR, "AMR"},
+    {AUDIO_CLASS_AAC_OTHER, "other AAC"},
 });
 
 constexpr auto kH264Profiles = std::to_array<NumberName>({

@@ -19,17 +19,18 @@ struct AudioSuffix {
 };
 
 constexpr auto kSuffixes = std::to_array<AudioSuffix>({
-    {kAudioClassWmaBase, "BASE"},
-    {kAudioClassWmaFull, "FULL"},
-    {kAudioClassWmaPro, "PRO"},
-    {kAudioClassMp3, "MP3"},
+    {AUDIO_CLASS_WMA_BASE, "BASE"},
+    {AUDIO_CLASS_WMA_FULL, "FULL"},
+    {AUDIO_CLASS_WMA_PRO, "PRO"},
+    {AUDIO_CLASS_MP3, "MP3"},
 });
 
-constexpr std::int64_t kBase[] = {kAudioClassWmaBase};
-constexpr std::int64_t kBaseOrMp3[] = {kAudioClassWmaBase, kAudioClassMp3};
-constexpr std::int64_t kBaseToPro[] = {kAudioClassWmaBase, kAudioClassWmaFull, kAudioClassWmaPro};
+constexpr std::int64_t kBase[] = {AUDIO_CLASS_WMA_BASE};
+constexpr std::int64_t kBaseOrMp3[] = {AUDIO_CLASS_WMA_BASE, AUDIO_CLASS_MP3};
+constexpr std::int64_t kBaseToPro[] = {AUDIO_CLASS_WMA_BASE, AUDIO_CLASS_WMA_FULL,
+                                       AUDIO_CLASS_WMA_PRO};
 // Base audio has no name at the high level.
-constexpr std::int64_t kFullOrPro[] = {kAudioClassWmaFull, kAudioClassWmaPro};
+constexpr std::int64_t kFullOrPro[] = {AUDIO_CLASS_WMA_FULL, AUDIO_CLASS_WMA_PRO};
 
 // The first tier whose video tests hold decides, also when it then refuses the audio.
 struct Tier {

@@ -34,10 +34,10 @@ struct Kind {
 };
 
 constexpr std::array<Kind, kKindCount> kKinds = {{
-    {kVideo, 2, 2, videoBuckets},
-    {kMusic, 1, 1, musicBuckets},
-    {kPhoto, 4, 3, photoBuckets},
-    {kPlaylist, 8, 5, playlistBuckets},
+    {kVideo, MEDIA_KIND_BIT_VIDEO, MEDIA_KIND_VIDEO, videoBuckets},
+    {kMusic, MEDIA_KIND_BIT_MUSIC, MEDIA_KIND_MUSIC, musicBuckets},
+    {kPhoto, MEDIA_KIND_BIT_PHOTO, MEDIA_KIND_PHOTO, photoBuckets},
+    {kPlaylist, MEDIA_KIND_BIT_PLAYLIST, MEDIA_KIND_PLAYLIST, playlistBuckets},
 }};
 
 // Rows of the video table that stand for whole discs, by the names of their index files.
@@ -107,7 +107,7 @@ Classified classify(const char* fileName, const char* dot, unsigned kinds) {
     if (!row) continue;
     // An excluded match ends the search: the extension is in one table only.
     if (isExcluded(kind, *row)) return {};
-    return {isAccepted(kind, *row, fileName) ? kind.result : 0, *row + 1};
+    return {isAccepted(kind, *row, fileName) ? kind.result : MEDIA_KIND_NONE, *row + 1};
   }
   return {};
 }

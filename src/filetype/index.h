@@ -13,7 +13,7 @@
 namespace kolum::filetype {
 
 struct Classified {
-  int result = 0;    // the kind, as KoLUM_GetFilenameType answers it; 0 when there is none
+  int result = MEDIA_KIND_NONE;
   unsigned row = 0;  // from 1; 0 when the name has no row
 };
 

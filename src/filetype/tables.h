@@ -11,7 +11,13 @@
 namespace kolum::filetype {
 
 // Kinds as masks and the configuration number them.
-enum KindNumber { kMusic, kPhoto, kVideo, kPlaylist, kKindCount };
+enum KindNumber {
+  kMusic = MEDIA_KIND_MASK_MUSIC,
+  kPhoto = MEDIA_KIND_MASK_PHOTO,
+  kVideo = MEDIA_KIND_MASK_VIDEO,
+  kPlaylist = MEDIA_KIND_MASK_PLAYLIST,
+  kKindCount
+};
 
 // Rows without the closing one.
 std::span<const MediaFileInfo> rowsOf(KindNumber kind);

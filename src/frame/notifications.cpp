@@ -1,6 +1,7 @@
 #include "frame/notifications.h"
 
 #include <fcntl.h>
+#include <kolum/frame.h>
 #include <semaphore.h>
 
 #include <cerrno>
@@ -86,11 +87,11 @@ int waitForChange(int seconds) {
   timespec deadline = {};
   if (clock_gettime(CLOCK_REALTIME, &deadline) != 0) {
     changes.wait();
-    return 0;
+    return NOTIFICATION_RECEIVED;
   }
   deadline.tv_sec += seconds;
-  if (changes.waitUntil(deadline) == 0) return 0;
-  return errno == ETIMEDOUT ? 1 : -1;
+  if (changes.waitUntil(deadline) == 0) return NOTIFICATION_RECEIVED;
+  return errno == ETIMEDOUT ? NOTIFICATION_TIMED_OUT : NOTIFICATION_FAILED;
 }
 
 int clearChanges() {
@@ -109,8 +110,8 @@ int waitForStop(int seconds) {
   const timespec deadline = {.tv_sec = std::time(nullptr) + seconds, .tv_nsec = 0};
   int result = stops.waitUntil(deadline);
   while (result != 0 && errno == EINTR) result = stops.waitUntil(deadline);
-  if (result == 0) return 0;
-  return errno == ETIMEDOUT ? 1 : 2;
+  if (result == 0) return NOTIFICATION_RECEIVED;
+  return errno == ETIMEDOUT ? NOTIFICATION_TIMED_OUT : NOTIFICATION_STOP_FAILED;
 }
 
 int clearStops() {

@@ -46,10 +46,10 @@ std::string commandFor(const osm_param_s& param) {
 int lookUp(const osm_param_s& param, MediaLibrary::osm_place_s& place) {
   const std::string command = commandFor(param);
   KOLUM_LOG_AS(kSource, kLookUp, "@@@@@@@@cmd:%s", command.c_str());
-  int result = kNoAnswer;
+  int result = PLACE_NO_ANSWER;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
     result = ask(command, place);
-    if (result == kSuccess) return result;
+    if (result == PLACE_FOUND) return result;
     KOLUM_LOG_AS(kSource, kLookUp, "retry:%d", attempt);
     // After the last attempt, too: hosts do not ask a tool in trouble again at once.
     sleep(pauseOf(attempt));
@@ -59,7 +59,7 @@ int lookUp(const osm_param_s& param, MediaLibrary::osm_place_s& place) {
 
 int ask(const std::string& command, MediaLibrary::osm_place_s& place) {
   const auto output = outputOfShell(command, kToolTime);
-  return output ? readAnswer(*output, place) : kNoAnswer;
+  return output ? readAnswer(*output, place) : PLACE_NO_ANSWER;
 }
 
 // Seeded on every call: processes that fail together wait alike within a second.

@@ -10,7 +10,7 @@
 
 namespace kolum::geocode {
 
-// Codes of "geocode/osm_answer.h". Asks up to three times, with growing pauses.
+// Codes of readAnswer(). Asks up to three times, with growing pauses.
 int lookUp(const osm_param_s& param, MediaLibrary::osm_place_s& place);
 
 // The same of a command of the caller's, once.

@@ -16,13 +16,6 @@ namespace {
 constexpr char kSource[] = "osm_metadata_query";
 constexpr char kFunction[] = "parseOsmInfo";
 
-// Positions are the numbers that hosts store: append only.
-constexpr std::string_view kLanguages[] = {
-    "cs", "da", "de", "el", "en", "es", "fi", "fr", "hu", "it",    "ja",    "ko",
-    "nl", "no", "pl", "pt", "ro", "ru", "sv", "th", "tr", "zh-cn", "zh-tw",
-};
-static_assert(std::size(kLanguages) == 23);
-
 constexpr std::string_view kOsmTypes[] = {"node", "way", "relation"};
 
 // The position of TEXT in LIST, the list's length when it is not in it.
@@ -72,28 +65,28 @@ void addAddressParts(const XMLNode& node, std::vector<MediaLibrary::osm_addr_uni
 }
 
 int languageIndex(std::string_view code) {
-  return positionIn(kLanguages, code);
+  return positionIn(MediaLibrary::kPlaceLanguageCodes, code);
 }
 
 int osmTypeOf(std::string_view type) {
-  return positionIn(kOsmTypes, type) + 1;
+  return positionIn(kOsmTypes, type) + MAP_OBJECT_NODE;
 }
 
 int readAnswer(std::string_view xml, osm_place_s& place) {
   if (const XMLNode error = errorIn(xml); !error.isEmpty()) {
     KOLUM_LOG_AS(kSource, kFunction, "osm error:%s", error.getText().c_str());
-    return kToolError;
+    return PLACE_TOOL_ERROR;
   }
   XmlResults results;
   const XMLNode output = XMLNode::parseString(xml, "output", &results);
   if (output.isEmpty()) {
     KOLUM_LOG_AS(kSource, kFunction, "parse osm xml fail:%d", results.error);
-    return kNoAnswer;
+    return PLACE_NO_ANSWER;
   }
   place.addresses.clear();
   place.addressParts.clear();
   for (const XMLNode& answer : output.getChildNodes("reversegeocode")) addAnswer(answer, place);
-  return place.addresses.empty() ? kNoAnswer : kSuccess;
+  return place.addresses.empty() ? PLACE_NO_ANSWER : PLACE_FOUND;
 }
 
 }  // namespace kolum::geocode

@@ -20,20 +20,17 @@
 
 namespace kolum::geocode {
 
-inline constexpr int kSuccess = 0;
-inline constexpr int kToolError = 2;  // the tool says that it failed
-inline constexpr int kNoAnswer = 3;   // the tool says nothing of use
-
-// The language's number in the records; 23 when it has none.
+// PLACE_LANGUAGE_*.
 int languageIndex(std::string_view code);
 
-// The map object's kind in the records; 4 for every other.
+// MAP_OBJECT_*.
 int osmTypeOf(std::string_view type);
 
 // Adds the child elements of NODE that hold a text, by name.
 void addAddressParts(const XMLNode& node, std::vector<MediaLibrary::osm_addr_unit_s>& units);
 
-// Fills PLACE and returns one of the codes above. PLACE is emptied once the XML is understood.
+// Fills PLACE and returns PLACE_FOUND, PLACE_TOOL_ERROR or PLACE_NO_ANSWER. PLACE is emptied once
+// the XML is understood.
 int readAnswer(std::string_view xml, MediaLibrary::osm_place_s& place);
 
 }  // namespace kolum::geocode

@@ -2,12 +2,14 @@
 #ifndef KOLUM_MEDIA_LEVELS_H
 #define KOLUM_MEDIA_LEVELS_H
 
+#include <kolum/identifiers.h>
+
 #include <string>
 
 namespace kolum::media {
 
 // FFmpeg's mark of an unknown profile or level.
-inline constexpr int kUnknownLevel = -99;
+inline constexpr int kUnknownLevel = LEVEL_UNKNOWN;
 
 // The name that a codec (CODEC_ID_*) gives to FFmpeg's level number: "3.1" for 31 of H.264; empty
 // when the level is unknown.

@@ -1,6 +1,7 @@
 #include "probe/video.h"
 
 #include <kolum/identifiers.h>
+#include <kolum/video.h>
 
 #include <array>
 #include <cstdlib>
@@ -46,7 +47,8 @@ struct OrientationRow {
   std::uint32_t orientation;
 };
 
-constexpr auto kOrientations = std::to_array<OrientationRow>({{180, 3}, {270, 6}, {90, 8}});
+constexpr auto kOrientations = std::to_array<OrientationRow>(
+    {{180, VIDEO_ORIENTATION_180}, {270, VIDEO_ORIENTATION_270}, {90, VIDEO_ORIENTATION_90}});
 
 // One run of the probe. Each step takes what it needs from the input and adds to the facts.
 class Probe {
@@ -173,7 +175,7 @@ void Probe::chooseAudioStream() {
 }
 
 void Probe::readAudioFacts() {
-  facts_.audioClass = dlna::kAudioClassNone;
+  facts_.audioClass = AUDIO_CLASS_NONE;
   if (audio_ == nullptr) return;
   const int codec = media::codecOfFfmpeg(audio_->codec);
   if (codec < 0) return;

@@ -36,8 +36,8 @@ bool exchange(MediaLibrary::LUM::SocketResp_t& resp, int command, const char* da
   Buffer buffer;
   Socket socket;
   const SocketFields server = socket.fields();
-  if (open(server, wire::kSocketPath) != kSuccess) return false;
-  if (connect(server, wire::kTimeOutSeconds, 0) != kSuccess) return false;
+  if (open(server, wire::kSocketPath) != UNIX_SOCKET_OK) return false;
+  if (connect(server, wire::kTimeOutSeconds, 0) != UNIX_SOCKET_OK) return false;
   buildRequest(buffer, command, data, length);
   if (write(server, buffer.data(), wire::kRequestPayloadOffset + length) < 0) return false;
   buffer.fill(0);

@@ -37,14 +37,14 @@ ssize_t writeOnce(int fd, const void* buf, std::size_t len) {
 
 void resetErrors(const SocketFields& socket) {
   socket.error = 0;
-  socket.code = kSuccess;
+  socket.code = UNIX_SOCKET_OK;
 }
 
 int open(const SocketFields& socket, std::string path) {
   resetErrors(socket);
   if (*path.c_str() == '\0') {
     KOLUM_LOG_AS(kSource, "Open", "socketPath is empty\n");
-    return socket.code = kInvalidArgument;
+    return socket.code = UNIX_SOCKET_INVALID_ARGUMENT;
   }
   socket.path = std::move(path);
   socket.descriptor = ::socket(AF_UNIX, SOCK_STREAM, 0);
@@ -52,12 +52,12 @@ int open(const SocketFields& socket, std::string path) {
     socket.error = errno;
     KOLUM_LOG_AS(kSource, "Open", "create socket fail, errno=%d, strerror=%s\n", socket.error,
                  strerror(socket.error));
-    return socket.code = kSocketFailed;
+    return socket.code = UNIX_SOCKET_CREATE_FAILED;
   }
   socket.address = {};
   socket.address.sun_family = AF_UNIX;
   kolum::copyText(socket.address.sun_path, socket.path.c_str());
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 int bind(const SocketFields& socket) {
@@ -67,14 +67,14 @@ int bind(const SocketFields& socket) {
     socket.error = errno;
     KOLUM_LOG_AS(kSource, "Bind", "remove() sockFilePath %s fail, errno=%d, strerror=%s\n", file,
                  socket.error, strerror(socket.error));
-    return socket.code = kRemoveFailed;
+    return socket.code = UNIX_SOCKET_REMOVE_FAILED;
   }
   if (::bind(socket.descriptor, reinterpret_cast<const sockaddr*>(&socket.address),
              sizeof socket.address) != 0) {
     socket.error = errno;
     KOLUM_LOG_AS(kSource, "Bind", "server bind() fail, errno=%d, strerror=%s\n", socket.error,
                  strerror(socket.error));
-    return socket.code = kBindFailed;
+    return socket.code = UNIX_SOCKET_BIND_FAILED;
   }
   // Only a warning, and that is wanted: a server whose file some users cannot open still serves the
   // others.
@@ -83,23 +83,23 @@ int bind(const SocketFields& socket) {
     KOLUM_LOG_AS(kSource, "Bind", "chmod %s fail, errno=%d strerror=%s\n", file, socket.error,
                  strerror(socket.error));
   }
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 int listen(const SocketFields& socket, int backlog) {
   resetErrors(socket);
   if (backlog < 1) {
     KOLUM_LOG_AS(kSource, "Listen", "listen invalid : %d\n", backlog);
-    return socket.code = kInvalidArgument;
+    return socket.code = UNIX_SOCKET_INVALID_ARGUMENT;
   }
   if (::listen(socket.descriptor, backlog) != 0) {
     socket.error = errno;
     KOLUM_LOG_AS(kSource, "Listen", "listen() failed, errno=%d, strerror=%s\n", socket.error,
                  strerror(socket.error));
-    return socket.code = kListenFailed;
+    return socket.code = UNIX_SOCKET_LISTEN_FAILED;
   }
   socket.state = kListening;
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 // The one operation that goes on after an interruption: a server has to outlive signals, while a
@@ -113,7 +113,7 @@ int accept(const SocketFields& socket) {
     if (socket.error <= 0 || socket.error == EINTR) continue;
     KOLUM_LOG_AS(kSource, "Accept", "accept() fail, errno=%d, strerror=%s\n", socket.error,
                  strerror(socket.error));
-    socket.code = kAcceptFailed;
+    socket.code = UNIX_SOCKET_ACCEPT_FAILED;
     return -1;
   }
 }
@@ -123,7 +123,7 @@ int connect(const SocketFields& socket, long seconds, long microseconds) {
   if (seconds < 0 || microseconds < 0) {
     KOLUM_LOG_AS(kSource, "Connect", "invalid timeout : sec:%d, micro sec :%d\n",
                  static_cast<int>(seconds), static_cast<int>(microseconds));
-    return socket.code = kInvalidArgument;
+    return socket.code = UNIX_SOCKET_INVALID_ARGUMENT;
   }
   const timeval timeOut{.tv_sec = seconds, .tv_usec = microseconds};
   for (const int direction : {SO_RCVTIMEO, SO_SNDTIMEO}) {
@@ -132,17 +132,17 @@ int connect(const SocketFields& socket, long seconds, long microseconds) {
     socket.error = errno;
     KOLUM_LOG_AS(kSource, "Connect", "setsockopt() timeout fail, errno=%d, strerror=%s\n",
                  socket.error, strerror(socket.error));
-    return socket.code = kTimeOutFailed;
+    return socket.code = UNIX_SOCKET_TIME_OUT_FAILED;
   }
   if (::connect(socket.descriptor, reinterpret_cast<const sockaddr*>(&socket.address),
                 sizeof socket.address) != 0) {
     socket.error = errno;
     KOLUM_LOG_AS(kSource, "Connect", "connect() fail, errno=%d, strerror=%s\n", socket.error,
                  strerror(socket.error));
-    return socket.code = kConnectFailed;
+    return socket.code = UNIX_SOCKET_CONNECT_FAILED;
   }
   socket.state = kConnected;
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 // Read and Write keep no errno: after their failures getErrorCode gives 9 and getErrno 0. That is
@@ -151,7 +151,7 @@ int read(const SocketFields& socket, void* buffer, unsigned long length) {
   resetErrors(socket);
   if (socket.descriptor < 0) {
     KOLUM_LOG_AS(kSource, "Read", "invalid read, no socket to read.\n");
-    socket.code = kReadWriteFailed;
+    socket.code = UNIX_SOCKET_READ_WRITE_FAILED;
     return -1;
   }
   if (length > 0) std::memset(buffer, 0, length);
@@ -160,7 +160,7 @@ int read(const SocketFields& socket, void* buffer, unsigned long length) {
     const int error = errno;
     KOLUM_LOG_AS(kSource, "Read", "read() failed, socket=%d, errno=%d ,strerror=%s\n",
                  socket.descriptor, error, strerror(error));
-    socket.code = kReadWriteFailed;
+    socket.code = UNIX_SOCKET_READ_WRITE_FAILED;
   }
   return static_cast<int>(count);  // fits: the kernel moves at most 2 GiB at a time
 }
@@ -169,7 +169,7 @@ int write(const SocketFields& socket, const void* buffer, unsigned long length) 
   resetErrors(socket);
   if (socket.descriptor < 0) {
     KOLUM_LOG_AS(kSource, "Write", "invalid write, no socket to write.\n");
-    socket.code = kReadWriteFailed;
+    socket.code = UNIX_SOCKET_READ_WRITE_FAILED;
     return -1;
   }
   const ssize_t count = writeOnce(socket.descriptor, buffer, length);
@@ -177,23 +177,23 @@ int write(const SocketFields& socket, const void* buffer, unsigned long length) 
     const int error = errno;
     KOLUM_LOG_AS(kSource, "Write", "write() failed, socket=%d, errno=%d ,strerror=%s\n",
                  socket.descriptor, error, strerror(error));
-    socket.code = kReadWriteFailed;
+    socket.code = UNIX_SOCKET_READ_WRITE_FAILED;
   }
   return static_cast<int>(count);
 }
 
 int close(const SocketFields& socket) {
-  if (socket.descriptor < 1) return kSuccess;
+  if (socket.descriptor < 1) return UNIX_SOCKET_OK;
   if (::close(socket.descriptor) != 0) {
     socket.error = errno;
-    socket.code = kCloseFailed;
+    socket.code = UNIX_SOCKET_CLOSE_FAILED;
     KOLUM_LOG_AS(kSource, "Close", "close m_socketFd %d fail, errno=%d, strerror=%s\n",
                  socket.descriptor, socket.error, strerror(socket.error));
     return 1;
   }
   socket.descriptor = -1;
   socket.state = kNone;
-  return kSuccess;
+  return UNIX_SOCKET_OK;
 }
 
 // Descriptor 0 counts as no socket, here and in close(): an object never closes the standard input

@@ -2,26 +2,12 @@
 #ifndef KOLUM_SERVER_SOCKET_H
 #define KOLUM_SERVER_SOCKET_H
 
+#include <kolum/socket.h>
 #include <sys/un.h>
 
 #include <string>
 
 namespace kolum::server {
-
-// Results of operations; kept as "code" until the next one.
-enum SocketCode : int {
-  kSuccess = 0,
-  kInvalidArgument = 2,
-  kSocketFailed = 3,
-  kBindFailed = 4,
-  kListenFailed = 5,
-  kAcceptFailed = 6,
-  kConnectFailed = 7,
-  kTimeOutFailed = 8,
-  kReadWriteFailed = 9,
-  kRemoveFailed = 10,
-  kCloseFailed = 11,
-};
 
 enum SocketState : int { kNone = 0, kConnected = 1, kAccepted = 2, kListening = 3 };
 
@@ -61,7 +47,7 @@ class Socket {
   sockaddr_un address_ = {};
   int descriptor_ = -1;
   int error_ = 0;
-  int code_ = kSuccess;
+  int code_ = UNIX_SOCKET_OK;
   int state_ = kNone;
   std::string path_;
 };

@@ -29,4 +29,9 @@ nobody '#include "' 'public headers include public headers only' $(sources inclu
 nobody 'getenv' 'the library reads no environment variable' $(sources src)
 nobody '[^n](f?printf|f?puts|perror)\(' 'only src/api writes to standard output and error' \
   $(sources src/media src/read src/dlna src/probe)
+nobody '#include "(commands|files|machine)[/.]' "the tool's terminal/ includes nothing else of it" \
+  $(sources tools/kolum/terminal)
+nobody '#include "(commands|files|terminal)[/.]' "the tool's machine/ includes nothing else of it" \
+  $(sources tools/kolum/machine)
+nobody '#include "commands[/.]' "the tool's files/ know no command" $(sources tools/kolum/files)
 exit $failed

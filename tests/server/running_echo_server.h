@@ -6,7 +6,7 @@
 #include <thread>
 #include <utility>
 
-#include "../../tools/kolum/echo_server.h"
+#include "commands/echo_server.h"
 
 namespace kolum::test {
 

@@ -1,22 +1,12 @@
 #!/usr/bin/env bash
 # check_documentation.sh KOLUM SOURCE-FOLDER MAN-FOLDER: checks that every command has a manual
-# page, a section in docs/tool.md and an example in its help.
+# page, a section in docs/tool.md, an example in its help, and its JSON in the schema.
 set -euo pipefail
 kolum=$1 source=$2 man=$3
 failures=0
 fail() { printf '%s\n' "$*"; failures=$((failures + 1)); }
 
 commands_of() { awk '/^Commands:/ { on = 1; next } on && NF == 0 { exit } on { print $1 }'; }
-
-# Languages are numbered by their position in the library's list, so all lists must have the same
-# order.
-languages_in() { sed -n '/ kLanguages\[\] = {/,/^};/p' "$source/$1"; }
-known=$(languages_in src/geocode/osm_answer.cpp | grep -o '"[a-z-]*"' | tr -d '"')
-[ "$(wc -l <<<"$known")" = 23 ] || fail "languages: $known"
-[ "$(languages_in tools/kolum/languages.cpp | grep -o '"[a-z-]*"' | tr -d '"')" = "$known" ] ||
-  fail "kolum geocode lists other languages"
-[ "$(languages_in tools/appliance/osm_info/languages.cpp | sed -n 's/^ *{"\([a-z-]*\)".*/\1/p')" = "$known" ] ||
-  fail "osm_info lists other languages"
 
 commands=$("$kolum" --help | commands_of)
 [ -n "$commands" ] || fail "no commands"
@@ -26,9 +16,13 @@ for command in $commands; do
   grep -qx "## $command" "$source/docs/tool.md" || fail "docs/tool.md lacks $command"
   grep -q '^Examples\?:$' <<<"$("$kolum" "$command" --help)" || fail "$command has no example"
   [ -f "$page" ] || fail "no page for $command"
+  [ "$command" = help ] && continue  # prints text only
+  grep -qF "\"#/\$defs/$command\"" "$source/docs/kolum.schema.json" || fail "the schema lacks $command"
+  grep -rqE "^(.*do )?fits $command( |\$)|expectFitsSchema\(\"$command\"" "$source/tests/tool" ||
+    fail "no test of the JSON of $command"
 done
 # The tool, its documentation and the schema must have the same codes of failures.
-codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/tools/kolum/failure.cpp" | sort)
+codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/tools/kolum/terminal/failure.cpp" | sort)
 [ "$(wc -l <<<"$codes")" -ge 20 ] || fail "codes of failures: $codes"
 documented=$(sed -n '/^| `code` |/,/^$/p' "$source/docs/tool.md" | sed '1,2d' | cut -d'|' -f2 | grep -o '[a-z-]*' | sort)
 [ "$documented" = "$codes" ] || fail "docs/tool.md has other codes of failures: $documented"

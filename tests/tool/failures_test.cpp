@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-#include "../../tools/kolum/mounting.h"
+#include "machine/mounting.h"
 #include "support/child_process.h"
 #include "support/media_factory.h"
 #include "support/temp_dir.h"

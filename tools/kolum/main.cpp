@@ -7,13 +7,13 @@
 #include <system_error>
 #include <vector>
 
-#include "command_tree.h"
 #include "commands.h"
-#include "context.h"
-#include "help.h"
-#include "interruption.h"
-#include "syntax.h"
-#include "text.h"
+#include "terminal/command_tree.h"
+#include "terminal/context.h"
+#include "terminal/help.h"
+#include "terminal/interruption.h"
+#include "terminal/syntax.h"
+#include "terminal/text.h"
 
 namespace {
 
@@ -97,8 +97,8 @@ int run(const Channels& channels, int argc, char** argv) {
                "kolum");
   app.set_help_flag("-h,--help", "Shows this help");
   app.set_version_flag("-V,--version", "kolum " KOLUM_VERSION, "Shows the version");
-  Actions actions;
-  Syntax syntax(app, actions);
+  Grammar grammar;
+  Syntax syntax(app, grammar);
   syntax.commands(commands());
   syntax.help(
       "\"kolum COMMAND --help\" tells more about a command.\n"
@@ -110,7 +110,7 @@ int run(const Channels& channels, int argc, char** argv) {
     app.parse(protectedArguments(argc, argv));
     routeLibrary(channels, options.debug);
     Context context(channels, options.json);
-    actions.at (&innermost(app))(context);
+    grammar.actions.at (&innermost(app))(context);
     return context.failed() ? kSomeFailed : kAllDone;
   } catch (const CLI::CallForVersion& version) {
     channels.writeResults(std::string(version.what()) + "\n");

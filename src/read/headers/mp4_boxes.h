@@ -2,6 +2,8 @@
 #ifndef KOLUM_READ_HEADERS_MP4_BOXES_H
 #define KOLUM_READ_HEADERS_MP4_BOXES_H
 
+#include <kolum/video.h>
+
 #include <cstdint>
 #include <optional>
 
@@ -10,7 +12,11 @@
 namespace kolum::headers {
 
 // Where a file's "moov" box stands. The values are the results of CheckMp4MoovAtEnd.
-enum class MoovPosition { kNotLast = 0, kLastOrUnknownBox = 1, kUnreadable = 2 };
+enum class MoovPosition {
+  kNotLast = MP4_MOOV_NOT_LAST,
+  kLastOrUnknownBox = MP4_MOOV_LAST,
+  kUnreadable = MP4_MOOV_UNREADABLE
+};
 MoovPosition moovPosition(const media::Source& source);
 
 // The MPEG4_* sub-format of a file, 0 for a brand that is not known; empty when no brand is found.

@@ -1,5 +1,7 @@
 #include "read/headers/ts_packets.h"
 
+#include <kolum/video.h>
+
 #include <array>
 #include <cerrno>
 #include <cstring>
@@ -26,9 +28,10 @@ TransportPackets packetsIn(std::span<const std::uint8_t, kPacketWindow> bytes) {
     if (isSync(start + 192) && isSync(start + 384)) {
       const auto stamp = bytes.subspan(start + 188, 4);
       const bool isZero = stamp[0] == 0 && stamp[1] == 0 && stamp[2] == 0 && stamp[3] == 0;
-      return {.size = 192, .isTimeStamped = !isZero};
+      return {.size = TS_PACKET_STAMPED, .isTimeStamped = !isZero};
     }
-    if (isSync(start + 188) && isSync(start + 376)) return {.size = 188, .isTimeStamped = false};
+    if (isSync(start + 188) && isSync(start + 376))
+      return {.size = TS_PACKET_PLAIN, .isTimeStamped = false};
   }
   return {};
 }

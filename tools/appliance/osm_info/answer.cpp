@@ -2,23 +2,24 @@
 
 #include <algorithm>
 
+#include "ascii.h"
 #include "base/xml_node.h"
 
 namespace kolum::osm_info {
 
 namespace {
 
-bool isLetter(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_';
+bool startsName(char c) {
+  return ascii::isLetter(c) || c == '_';
 }
 
 bool isNameCharacter(char c) {
-  return isLetter(c) || (c >= '0' && c <= '9') || c == '-' || c == '.';
+  return startsName(c) || ascii::isDigit(c) || c == '-' || c == '.';
 }
 
 // An element "error" anywhere makes readers take the whole answer for a failure.
 bool isPartName(std::string_view name) {
-  return !name.empty() && name != "error" && isLetter(name.front()) &&
+  return !name.empty() && name != "error" && startsName(name.front()) &&
          std::all_of(name.begin(), name.end(), isNameCharacter);
 }
 

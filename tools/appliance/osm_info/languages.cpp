@@ -1,35 +1,39 @@
 #include "osm_info/languages.h"
 
+#include <kolum/geocode.h>
+
 #include <algorithm>
 
 namespace kolum::osm_info {
 
 namespace {
 
+using MediaLibrary::kPlaceLanguageCodes;
+
 constexpr Language kLanguages[] = {
-    {"cs", "cs", "cs"},
-    {"da", "da", "da"},
-    {"de", "de", "de"},
-    {"el", "el", "el"},
-    {"en", "en", "en"},
-    {"es", "es", "es"},
-    {"fi", "fi", "fi"},
-    {"fr", "fr", "fr"},
-    {"hu", "hu", "hu"},
-    {"it", "it", "it"},
-    {"ja", "ja", "ja"},
-    {"ko", "ko", "ko"},
-    {"nl", "nl", "nl"},
-    {"no", "no,nb,nn", "no,nb,nn"},
-    {"pl", "pl", "pl"},
-    {"pt", "pt", "pt,pt_BR"},
-    {"ro", "ro", "ro"},
-    {"ru", "ru", "ru"},
-    {"sv", "sv", "sv"},
-    {"th", "th", "th"},
-    {"tr", "tr", "tr"},
-    {"zh-cn", "zh-CN,zh-Hans,zh", "zh_CN,zh"},
-    {"zh-tw", "zh-TW,zh-Hant,zh", "zh_TW,zh_HK,zh"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_CS], "cs", "cs"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_DA], "da", "da"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_DE], "de", "de"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_EL], "el", "el"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_EN], "en", "en"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_ES], "es", "es"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_FI], "fi", "fi"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_FR], "fr", "fr"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_HU], "hu", "hu"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_IT], "it", "it"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_JA], "ja", "ja"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_KO], "ko", "ko"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_NL], "nl", "nl"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_NO], "no,nb,nn", "no,nb,nn"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_PL], "pl", "pl"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_PT], "pt", "pt,pt_BR"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_RO], "ro", "ro"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_RU], "ru", "ru"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_SV], "sv", "sv"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_TH], "th", "th"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_TR], "tr", "tr"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_ZH_CN], "zh-CN,zh-Hans,zh", "zh_CN,zh"},
+    {kPlaceLanguageCodes[PLACE_LANGUAGE_ZH_TW], "zh-TW,zh-Hant,zh", "zh_TW,zh_HK,zh"},
 };
 
 }  // namespace

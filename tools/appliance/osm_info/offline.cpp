@@ -4,6 +4,7 @@
 #include <utility>
 #include <vector>
 
+#include "ascii.h"
 #include "osm_info/catalogue.h"
 #include "osm_info/cities.h"
 #include "osm_info/geonames.h"
@@ -47,13 +48,6 @@ std::string translated(const std::vector<Catalogue>& catalogues, const std::stri
   return name;
 }
 
-std::string lowerCase(std::string text) {
-  for (char& c : text) {
-    if (c >= 'A' && c <= 'Z') c = static_cast<char>(c - 'A' + 'a');
-  }
-  return text;
-}
-
 // Names that say the same twice in a row, as of city states, stand once.
 std::string joined(const std::vector<AddressPart>& parts) {
   std::string text;
@@ -78,7 +72,7 @@ Answer answerIn(const Language& language, const CityNames& city, int zoom) {
   add("country", city.countryCode, city.country);
 
   const std::string address = joined(parts);
-  if (!city.countryCode.empty()) parts.push_back({"country_code", lowerCase(city.countryCode)});
+  if (!city.countryCode.empty()) parts.push_back({"country_code", ascii::lower(city.countryCode)});
   return {.language = std::string(language.code),
           .osmType = kObjectType,
           .osmId = city.id,

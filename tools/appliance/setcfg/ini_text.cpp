@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <optional>
 
+#include "ascii.h"
+
 namespace kolum::setcfg {
 
 namespace {
@@ -12,10 +14,6 @@ constexpr std::string_view kBlanks = " \t\n\v\f\r";
 constexpr std::string_view kCommentMarks = ";#";
 constexpr std::string_view kQuotes = "\"'";
 constexpr std::string_view kPlainSeparator = " = ";
-
-char lower(char c) {
-  return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
-}
 
 bool isOneOf(std::string_view set, char c) {
   return set.find(c) != set.npos;
@@ -66,10 +64,10 @@ void classify(Line& line) {
   if (body.empty() || isOneOf(kCommentMarks, body.front())) return;
   if (body.front() == '[' && body.back() == ']') {
     line.kind = Line::Kind::kSection;
-    line.name = lowerCase(trim(body.substr(1, body.find(']') - 1)));
+    line.name = ascii::lower(trim(body.substr(1, body.find(']') - 1)));
   } else if (const std::size_t equals = body.find('='); equals != body.npos) {
     line.kind = Line::Kind::kKey;
-    line.name = lowerCase(trim(body.substr(0, equals)));
+    line.name = ascii::lower(trim(body.substr(0, equals)));
   }
 }
 
@@ -168,12 +166,6 @@ std::string startLike(const Line& neighbour, std::string_view key) {
 
 }  // namespace
 
-std::string lowerCase(std::string_view text) {
-  std::string result(text);
-  std::transform(result.begin(), result.end(), result.begin(), lower);
-  return result;
-}
-
 std::vector<std::string> waysToWrite(std::string_view value, char quote) {
   std::vector<std::string> ways;
   if (quote != 0) ways.push_back(quoted(value, quote));
@@ -185,7 +177,7 @@ std::vector<std::string> waysToWrite(std::string_view value, char quote) {
 }
 
 KeyPlace::KeyPlace(std::string_view text, std::string_view section, std::string_view key) {
-  const Found found = find(text, lowerCase(section), lowerCase(key));
+  const Found found = find(text, ascii::lower(section), ascii::lower(key));
   if (found.key) {
     const Line& line = *found.key;
     const std::string_view body = line.body;

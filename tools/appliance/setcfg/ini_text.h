@@ -8,9 +8,6 @@
 
 namespace kolum::setcfg {
 
-// ASCII letters only, as iniparser folds the case of sections and keys.
-std::string lowerCase(std::string_view text);
-
 // The ways to write VALUE that may read back as VALUE, the likeliest first. QUOTE is the quote that
 // the value has in the file now, if any, and is tried before others. Which of them iniparser reads
 // back depends on its release, so each has to be tried out.

@@ -22,6 +22,7 @@
 #include <thread>
 #include <utility>
 
+#include "ascii.h"
 #include "ini_text.h"
 
 namespace kolum::setcfg {
@@ -215,8 +216,9 @@ std::optional<std::set<std::string>> entriesOf(const fs::path& path) {
 
 std::set<std::string> withEntry(std::set<std::string> entries, const std::string& section,
                                 const std::string& key, const std::string& value) {
-  const std::string lowerSection = lowerCase(section);
-  const std::string start = "[" + lowerSection + ":" + lowerCase(key) + "]=";
+  // As iniparser folds the case of sections and keys.
+  const std::string lowerSection = ascii::lower(section);
+  const std::string start = "[" + lowerSection + ":" + ascii::lower(key) + "]=";
   std::erase_if(entries, [&](const std::string& entry) { return entry.starts_with(start); });
   entries.insert(start + "[" + value + "]");
   entries.insert("[" + lowerSection + "]=UNDEF");

@@ -1,0 +1,60 @@
+#include <kolum/mediainfo.h>
+
+#include <climits>
+#include <memory>
+
+#include "files/diagnosis.h"
+#include "files/media_files.h"
+#include "terminal/arguments.h"
+#include "terminal/command.h"
+#include "terminal/context.h"
+#include "terminal/syntax.h"
+#include "terminal/text.h"
+
+namespace kolum::tool {
+
+namespace {
+
+struct Options {
+  int seconds = 0;
+  MediaFileArguments files;
+};
+
+void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
+  const std::string& shown = file.path.given;
+  if (file.isDisc) {
+    return context.fail(
+        shown,
+        Failure{Cause::kDisc, "a disc; \"kolum info --seek\" finds key frames of its main title"});
+  }
+  double keyFrame = 0;
+  if (getVideoKeyFrameTime(file.path.full().c_str(), seconds, &keyFrame) != 0) {
+    return context.fail(shown, diagnose(file.path, Wanted::kKeyFrames,
+                                        {Cause::kNoKeyFrame, "no key frame from there on"}));
+  }
+  Result result = Result::ofFile(shown);
+  result.data("seconds", seconds);
+  result.data("keyFrameTime", keyFrame);
+  result.show("Key frame", decimalText(keyFrame, 3) + " s");
+  context.printer.block(result);
+}
+
+}  // namespace
+
+Action defineKeyframe(Syntax& syntax) {
+  auto options = std::make_shared<Options>();
+  syntax.operand({"SECONDS"}, options->seconds, {0, INT_MAX}, "From the start of the video");
+  addMediaFileArguments(syntax, options->files);
+  syntax.help(
+      "Finds the key frame from which a player starts to play at SECONDS: mostly the first one at "
+      "or\n"
+      "after it.\n"
+      "\nExample:\n  kolum keyframe 90 movie.mkv");
+  return [options](Context& context) {
+    forEachMediaFile(context, options->files, MEDIA_KIND_BIT_VIDEO, [&](const MediaFile& file) {
+      printKeyFrame(context, file, options->seconds);
+    });
+  };
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,102 @@
+#include <memory>
+
+#include "commands/probe.h"
+#include "files/diagnosis.h"
+#include "files/media_files.h"
+#include "terminal/arguments.h"
+#include "terminal/command.h"
+#include "terminal/context.h"
+#include "terminal/syntax.h"
+
+namespace kolum::tool {
+
+namespace {
+
+struct Options {
+  MediaFileArguments files;
+  ProbeOptions probe;
+};
+
+struct Prober {
+  int kind;
+  unsigned bit;
+  const char* word;  // that forces it on the command line
+  void (*probe)(Context&, const MediaPath&, const ProbeOptions&);
+};
+
+constexpr Prober kProbers[] = {
+    {MEDIA_KIND_VIDEO, MEDIA_KIND_BIT_VIDEO, "video", probeVideo},
+    {MEDIA_KIND_MUSIC, MEDIA_KIND_BIT_MUSIC, "audio", probeAudio},
+    {MEDIA_KIND_PHOTO, MEDIA_KIND_BIT_PHOTO, "photo", probePhoto},
+};
+
+Words proberWords() {
+  Words words;
+  for (const Prober& prober : kProbers) words.emplace_back(prober.word);
+  return words;
+}
+
+// The prober that the first operand asks for; a lone operand always names a file.
+const Prober* forcedProber(FileArguments& files) {
+  const bool moreNames = files.operands.size() > 1 || !files.listFile.empty();
+  if (!moreNames || files.operands.empty()) return nullptr;
+  for (const Prober& prober : kProbers) {
+    if (files.operands.front() != prober.word) continue;
+    files.operands.erase(files.operands.begin());
+    return &prober;
+  }
+  return nullptr;
+}
+
+const Prober* proberOf(int kind) {
+  for (const Prober& prober : kProbers) {
+    if (prober.kind == kind) return &prober;
+  }
+  return nullptr;
+}
+
+// Of a file that is of no kind with a prober.
+Failure kindFailure(const MediaFile& file, bool byContent) {
+  if (auto failure = readingFailure(file.path.full())) return *failure;
+  if (file.kind == MEDIA_KIND_PLAYLIST)
+    return {Cause::kPlaylist, "a playlist has nothing to probe"};
+  if (byContent) return diagnose(file.path, Wanted::kStreams);
+  return {Cause::kUnknownName,
+          "no media file by its name; --all goes by what is in it, and \"kolum probe "
+          "video|audio|photo FILE\" by what you say"};
+}
+
+void run(Context& context, Options& options) {
+  const Prober* forced = forcedProber(options.files.names);
+  const unsigned kinds = forced != nullptr
+                             ? forced->bit
+                             : MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC | MEDIA_KIND_BIT_PHOTO;
+  forEachMediaFile(context, options.files, kinds, [&](const MediaFile& file) {
+    const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
+    if (prober != nullptr) return prober->probe(context, file.path, options.probe);
+    context.fail(file.path.given, kindFailure(file, options.files.byContent));
+  });
+}
+
+}  // namespace
+
+Action defineProbe(Syntax& syntax) {
+  auto options = std::make_shared<Options>();
+  addMediaFileArguments(syntax, options->files, proberWords);
+  addAudioStreamOption(syntax, options->probe.audioStream);
+  syntax.help(
+      "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
+      "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "
+      "from\n"
+      "its name; \"video\", \"audio\" or \"photo\" in front of the names forces it for all of "
+      "them.\n"
+      "--all goes by what is in each file instead.\n"
+      "\nExamples:\n"
+      "  kolum probe Movies/ holiday.mp4\n"
+      "  kolum probe video recording.dat\n"
+      "  kolum probe --all --exclude Trailers --exclude '*.tmp' /share\n"
+      "  find /share -name '*.mkv' -print0 | kolum probe --json -");
+  return [options](Context& context) { run(context, *options); };
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,62 @@
+#include <kolum/video.h>
+
+#include <memory>
+
+#include "files/diagnosis.h"
+#include "files/media_files.h"
+#include "terminal/arguments.h"
+#include "terminal/command.h"
+#include "terminal/context.h"
+#include "terminal/syntax.h"
+
+namespace kolum::tool {
+
+namespace {
+
+void printTracks(Context& context, const MediaPath& path) {
+  const std::string full = path.full();
+  unsigned audio = 0;
+  unsigned subtitles = 0;
+  unsigned isProtected = 0;
+  if (GetAudioTrack(full.c_str(), &audio) != 0 || GetSubtitleTrack(full.c_str(), &subtitles) != 0 ||
+      GetDRMProtectedInfo(full.c_str(), &isProtected) != 0) {
+    return context.fail(path.given, diagnose(path, Wanted::kStreams));
+  }
+  Result result = Result::ofFile(path.given);
+  result.number("audioTracks", "Audio tracks", audio);
+  result.number("subtitleTracks", "Subtitle tracks", subtitles);
+  // A file without video has no rotation, and one without a rotation leaves the preset.
+  unsigned degrees = 0;
+  if (GetVideoRotationDegree(path.folder.c_str(), path.name.c_str(), &degrees) == 0) {
+    result.data("rotation", degrees);
+    result.show("Rotation", std::to_string(degrees) + " degrees");
+  }
+  result.data("isProtected", isProtected != 0);
+  result.show("Protected", isProtected != 0 ? "yes, encrypted" : "no");
+  context.printer.block(result);
+}
+
+// The queries open a file as it stands; a disc has none that stands for all of it.
+void visit(Context& context, const MediaFile& file) {
+  constexpr char kDisc[] = "discs are not looked into; name one of their stream files";
+  if (!file.isDisc) return printTracks(context, file.path);
+  if (file.isNamed) return context.fail(file.path.given, Failure{Cause::kDisc, kDisc});
+  context.note(file.path.given, kDisc);
+}
+
+}  // namespace
+
+Action defineTracks(Syntax& syntax) {
+  auto files = std::make_shared<MediaFileArguments>();
+  addMediaFileArguments(syntax, *files);
+  syntax.help(
+      "Counts the audio and subtitle tracks of videos and songs, and tells the stored rotation of\n"
+      "the picture and whether streams are encrypted.\n"
+      "\nExample:\n  kolum tracks --json movie.mkv");
+  return [files](Context& context) {
+    forEachMediaFile(context, *files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
+                     [&](const MediaFile& file) { visit(context, file); });
+  };
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,116 @@
+#include "files/content.h"
+
+#include <kolum/filetype.h>
+#include <kolum/identifiers.h>
+
+#include <algorithm>
+#include <string_view>
+
+#include "files/media_files.h"
+#include "media/container.h"
+#include "read/ffmpeg/input.h"
+#include "read/ffmpeg/recognition.h"
+
+namespace kolum::tool {
+
+namespace {
+
+// Demuxers of one picture each; those whose names end in "_pipe" are further ones.
+constexpr std::string_view kPictureDemuxers[] = {"image2", "gif", "apng", "ico"};
+// The brands of pictures in the container of MPEG-4.
+constexpr std::string_view kPictureBrands[] = {"heic", "heix", "mif1", "avif"};
+
+template <std::size_t kCount>
+bool isAmong(const std::string_view (&names)[kCount], std::string_view name) {
+  return std::find(std::begin(names), std::end(names), name) != std::end(names);
+}
+
+std::string_view tagOf(const media::Container& container, std::string_view key) {
+  for (const auto& [name, value] : container.tags)
+    if (name == key) return value;
+  return "";
+}
+
+bool isPicture(const media::Container& container) {
+  const std::string_view demuxer = container.demuxer;
+  if (demuxer.ends_with("_pipe") || isAmong(kPictureDemuxers, demuxer)) return true;
+  return demuxer == media::kDemuxerMp4 && isAmong(kPictureBrands, tagOf(container, "major_brand"));
+}
+
+// DSD in one of its own containers.
+bool isDsd(const media::Container& container) {
+  const media::Stream* song = container.first(media::StreamType::kAudio);
+  const bool isContainer = container.demuxer == "dsf" || container.demuxer == "iff";
+  return song != nullptr && isContainer &&
+         (song->codecName.starts_with("dsd") || song->codecName == "dst");
+}
+
+std::int64_t areaOf(const media::Stream& stream) {
+  return std::int64_t{stream.width} * stream.height;
+}
+
+// The stream of a type with the largest picture, the first among equals; null when there is none.
+const media::Stream* largest(const media::Container& container, media::StreamType type) {
+  const media::Stream* found = nullptr;
+  for (const media::Stream& stream : container.streams) {
+    if (stream.type != type) continue;
+    if (found == nullptr || areaOf(stream) > areaOf(*found)) found = &stream;
+  }
+  return found;
+}
+
+std::string unknownCodec(const media::Stream* stream) {
+  if (stream == nullptr || ffmpegCodecIdConvert(stream->codec) >= 0) return "";
+  return stream->codecName;
+}
+
+void addStreams(const media::Container& container, Content& content) {
+  const media::Stream* video = largest(container, media::StreamType::kVideo);
+  const media::Stream* audio = container.first(media::StreamType::kAudio);
+  // What is left of a damaged index may be streams of no known type.
+  content.isOpen = video != nullptr || audio != nullptr ||
+                   container.first(media::StreamType::kSubtitle) != nullptr;
+  content.hasVideo = video != nullptr;
+  content.hasAudio = audio != nullptr;
+  content.isPicture = video != nullptr && isPicture(container);
+  content.isDsd = isDsd(container);
+  content.isFilm =
+      !content.isPicture && std::any_of(container.streams.begin(), container.streams.end(),
+                                        [](const media::Stream& stream) {
+                                          return stream.type == media::StreamType::kVideo &&
+                                                 !stream.isAttachedPicture;
+                                        });
+  content.unknownVideoCodec = unknownCodec(video);
+  content.unknownAudioCodec = unknownCodec(audio);
+}
+
+}  // namespace
+
+Content contentOf(const std::string& path) {
+  Content content;
+  const auto source = media::Source::open(path);
+  if (!source) return content;
+  const ffmpeg::Recognition recognition = ffmpeg::recognize(*source);
+  content.format = recognition.format;
+  content.opensFurtherFiles = recognition.opensFurtherFiles;
+  if (const auto input = ffmpeg::Input::open(*source, ffmpeg::Depth::kStreams))
+    addStreams(input->container(), content);
+  return content;
+}
+
+int kindOf(const Content& content) {
+  if (content.format.empty()) return MEDIA_KIND_NONE;
+  if (content.isPicture) return MEDIA_KIND_PHOTO;
+  if (content.isFilm) return MEDIA_KIND_VIDEO;
+  return content.hasAudio ? MEDIA_KIND_MUSIC : MEDIA_KIND_NONE;
+}
+
+std::optional<Picture> pictureOf(const std::string& path) {
+  const auto container = ffmpeg::readContainer(path, ffmpeg::Depth::kStreams);
+  const media::Stream* stream = container ? container->first(media::StreamType::kVideo) : nullptr;
+  if (stream == nullptr || stream->pixelFormat.empty()) return std::nullopt;
+  return Picture{static_cast<std::uint32_t>(stream->width),
+                 static_cast<std::uint32_t>(stream->height), stream->pixelFormat};
+}
+
+}  // namespace kolum::tool

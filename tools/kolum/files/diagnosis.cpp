@@ -1,0 +1,173 @@
+#include "files/diagnosis.h"
+
+#include <fcntl.h>
+#include <strings.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "files/content.h"
+#include "files/file_types.h"
+#include "files/media_files.h"
+#include "machine/mounting.h"
+
+namespace kolum::tool {
+
+namespace {
+
+constexpr std::string_view kImageSuffix = ".iso";
+
+// What can be at a path instead of a file or folder.
+struct FileKind {
+  mode_t mode;
+  const char* reason;
+};
+
+constexpr FileKind kNoFiles[] = {
+    {S_IFIFO, "a FIFO, not a file"},
+    {S_IFSOCK, "a socket, not a file"},
+    {S_IFCHR, "a device, not a file"},
+    {S_IFDIR, "a folder, not a file"},
+};
+
+std::optional<Failure> openingFailure(const std::string& path) {
+  const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (descriptor < 0) return systemFailure(errno);
+  close(descriptor);
+  return std::nullopt;
+}
+
+bool isDiscIndex(std::string_view name) {
+  return name == kDvdIndex || name == kBluRayIndex;
+}
+
+// By its name, as the library goes by it.
+bool isDiscImage(std::string_view name) {
+  return name.size() >= kImageSuffix.size() &&
+         strncasecmp(name.data() + name.size() - kImageSuffix.size(), kImageSuffix.data(),
+                     kImageSuffix.size()) == 0;
+}
+
+Failure imageFailure(Wanted wanted) {
+  if (wanted != Wanted::kVideo) {
+    return {Cause::kDiscImage,
+            "disc images are not looked into; \"kolum probe video\" describes their main title"};
+  }
+  if (const auto obstacle = mountingObstacle())
+    return {Cause::kDiscImage, "a disc image, which cannot be mounted: " + *obstacle};
+  return {Cause::kDiscImage,
+          "a disc image that cannot be mounted, or holds no DVD or Blu-ray disc"};
+}
+
+std::optional<Failure> discFailure(std::string_view name, Wanted wanted) {
+  const bool looksIntoDiscs = wanted == Wanted::kVideo || wanted == Wanted::kStreams;
+  if (!looksIntoDiscs) return std::nullopt;
+  if (isDiscIndex(name))
+    return Failure{Cause::kNoMainTitle, "a disc without a main title that can be read"};
+  if (isDiscImage(name)) return imageFailure(wanted);
+  return std::nullopt;
+}
+
+Failure damaged(const Content& content) {
+  if (content.opensFurtherFiles) {
+    return {Cause::kPlaylist,
+            "a playlist (" + content.format + "), which has no content of its own"};
+  }
+  if (content.format.empty()) return {Cause::kNotMedia, "not a media file"};
+  return {Cause::kDamaged, "begins like " + content.format +
+                               " but cannot be read: damaged, incomplete, or newer than the FFmpeg "
+                               "in use"};
+}
+
+// Where what was wanted is missing: what there is instead, and the command for it.
+std::string insteadOf(const Content& content) {
+  const char* const kinds[][2] = {
+      {"a picture", "photo"}, {"video only", "video"}, {"sound only", "audio"}};
+  if (!content.hasVideo && !content.hasAudio) return "";
+  const auto& row = kinds[content.isPicture ? 0 : content.hasVideo ? 1 : 2];
+  return std::string("; it has ") + row[0] + " (\"kolum probe " + row[1] + " FILE\" describes it)";
+}
+
+Failure missing(const char* what, const Content& content) {
+  return {Cause::kNoSuchStream, std::string("no ") + what + " in it" + insteadOf(content)};
+}
+
+std::optional<Failure> codecFailure(const std::string& codec) {
+  if (codec.empty()) return std::nullopt;
+  return Failure{Cause::kUnknownCodec, "its codec \"" + codec + "\" has no number in the library"};
+}
+
+Failure notDsd(const Content& content) {
+  const std::string format = content.format.empty() ? "" : ", but " + content.format;
+  return {Cause::kNotDsd, "not a DSD song" + format};
+}
+
+// Why the library has no numbers of a song.
+std::optional<Failure> songFailure(const std::string& name, const Content& content) {
+  if (!content.hasAudio) return missing("sound", content);
+  // Songs of these names are the external tool's.
+  if (isDsdName(name)) return noNumbersFailure();
+  return codecFailure(content.unknownAudioCodec);
+}
+
+// Why the content of a file is not what was wanted; empty when it is.
+std::optional<Failure> contentFailure(const std::string& name, const Content& content,
+                                      Wanted wanted) {
+  if (!content.isOpen) return damaged(content);
+  switch (wanted) {
+    case Wanted::kVideo:
+      if (!content.hasVideo) return missing("video", content);
+      return codecFailure(content.unknownVideoCodec);
+    case Wanted::kKeyFrames:
+      if (!content.hasVideo) return missing("video", content);
+      break;
+    case Wanted::kSong:
+      return songFailure(name, content);
+    case Wanted::kDsdSong:
+      if (!content.isDsd) return notDsd(content);
+      break;
+    case Wanted::kPicture:
+      if (!content.hasVideo) return missing("picture", content);
+      break;
+    case Wanted::kStreams:
+      break;
+  }
+  return std::nullopt;
+}
+
+std::optional<Failure> knownFailure(const MediaPath& path, Wanted wanted, Content& content) {
+  if (auto failure = readingFailure(path.full())) return failure;
+  if (auto failure = discFailure(path.name, wanted)) return failure;
+  content = contentOf(path.full());
+  return contentFailure(path.name, content, wanted);
+}
+
+}  // namespace
+
+std::optional<Failure> readingFailure(const std::string& path) {
+  struct stat status = {};
+  if (stat(path.c_str(), &status) != 0) return systemFailure(errno);
+  for (const FileKind& kind : kNoFiles)
+    if ((status.st_mode & S_IFMT) == kind.mode) return Failure{Cause::kNotAFile, kind.reason};
+  if (auto failure = openingFailure(path)) return failure;
+  if (S_ISREG(status.st_mode) && status.st_size == 0) return Failure{Cause::kEmpty, "empty file"};
+  return std::nullopt;
+}
+
+Failure noNumbersFailure() {
+  return {Cause::kNoNumbers, "dsf2flac reported no numbers for it"};
+}
+
+Failure diagnose(const MediaPath& path, Wanted wanted, const Failure& otherwise) {
+  Content content;
+  return knownFailure(path, wanted, content).value_or(otherwise);
+}
+
+Failure diagnose(const MediaPath& path, Wanted wanted) {
+  Content content;
+  const auto failure = knownFailure(path, wanted, content);
+  return failure ? *failure : damaged(content);
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,225 @@
+#include "files/media_files.h"
+
+#include <fnmatch.h>
+#include <kolum/filetype.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <filesystem>
+
+#include "files/content.h"
+#include "files/skipped_files.h"
+#include "terminal/interruption.h"
+#include "terminal/progress.h"
+#include "terminal/syntax.h"
+
+namespace kolum::tool {
+
+namespace {
+
+// Paths are joined in buffers of 1024 bytes; a longer one would name another file.
+constexpr std::size_t kLongestPath = 1023;
+
+// What makes a folder a disc, looked for in it and in the folder of that structure itself.
+constexpr const char* kDiscIndexes[] = {"VIDEO_TS/VIDEO_TS.IFO", "VIDEO_TS.IFO", "BDMV/index.bdmv",
+                                        "index.bdmv"};
+
+// Folders that are not hidden by their names, and hold what programs keep beside the media.
+constexpr std::string_view kHelperFolders[] = {"@eaDir"};
+
+std::string_view lastPart(std::string_view path) {
+  return path.substr(path.rfind('/') + 1);
+}
+
+constexpr const char* kNoFiles = "no media files in this folder";
+
+int kindByName(const std::string& path, unsigned kinds) {
+  unsigned row = 0;
+  unsigned tag = 0;
+  return KoLUM_GetFilenameType(std::string(lastPart(path)).c_str(), &row, kinds, &tag);
+}
+
+bool isOfKinds(int kind, unsigned kinds) {
+  switch (kind) {
+    case MEDIA_KIND_MUSIC:
+      return (kinds & MEDIA_KIND_BIT_MUSIC) != 0;
+    case MEDIA_KIND_VIDEO:
+      return (kinds & MEDIA_KIND_BIT_VIDEO) != 0;
+    case MEDIA_KIND_PHOTO:
+      return (kinds & MEDIA_KIND_BIT_PHOTO) != 0;
+    default:
+      return false;
+  }
+}
+
+// Whether a GLOB of --exclude stands for what lies at PATH below the folder that was named.
+bool isMatch(std::string glob, const std::string& path) {
+  while (glob.size() > 1 && glob.ends_with('/')) glob.pop_back();
+  const bool isPathGlob = glob.find('/') != std::string::npos;
+  const std::string subject = isPathGlob ? path : std::string(lastPart(path));
+  return fnmatch(glob.c_str(), subject.c_str(), FNM_PATHNAME) == 0;
+}
+
+class Walk {
+ public:
+  Walk(Context& context, const MediaFileArguments& arguments, unsigned kinds,
+       const std::function<void(const MediaFile&)>& visit)
+      : context_(context),
+        arguments_(arguments),
+        kinds_(kinds),
+        visit_(visit),
+        progress_(context.channels) {}
+
+  void named(const std::string& name) {
+    struct stat status = {};
+    if (stat(name.c_str(), &status) != 0) return context_.fail(name, systemFailure(errno));
+    const bool isFolder = S_ISDIR(status.st_mode);
+    const std::string index = isFolder ? discIndex(withSlash(name)) : "";
+    if (isFolder && index.empty()) return namedFolder(name);
+    const std::string& path = isFolder ? index : name;
+    const bool isFile = S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
+    file(path, isFile ? kindOf(path) : kindByName(path, MEDIA_KIND_BITS_ALL), true);
+  }
+
+ private:
+  // With --all what is in the file decides, and its name where that says nothing.
+  int kindOf(const std::string& path) const {
+    const int byContent =
+        arguments_.byContent ? tool::kindOf(contentOf(splitPath(path).full())) : MEDIA_KIND_NONE;
+    return byContent != MEDIA_KIND_NONE ? byContent : kindByName(path, MEDIA_KIND_BITS_ALL);
+  }
+
+  void namedFolder(const std::string& name) {
+    skipped_ = {};
+    isKnownFound_ = false;
+    below_ = withSlash(name).size();
+    const std::size_t before = visited_;
+    folder(withSlash(name));
+    const bool isEmpty = visited_ == before && skipped_.areNone();
+    if (isEmpty) context_.note(name, kNoFiles);
+    if (!skipped_.areNone()) reportSkipped(name);
+  }
+
+  // A failure where the folder holds nothing else.
+  void reportSkipped(const std::string& name) {
+    std::string text = skipped_.text();
+    if (!arguments_.byContent) text += "; --all goes by what is in them";
+    if (isKnownFound_) return context_.note(name, text);
+    context_.fail(name, Failure{Cause::kNothingKnown, std::string(kNoFiles) + ": " + text});
+  }
+
+  void file(const std::string& path, int kind, bool isNamed) {
+    Interruption::check();
+    progress_.next(path);
+    ++visited_;
+    isKnownFound_ = true;
+    const MediaPath split = splitPath(path);
+    if (split.full().size() > kLongestPath) {
+      const std::string reason = "path longer than " + std::to_string(kLongestPath) + " characters";
+      return context_.fail(path, Failure{Cause::kPathTooLong, reason});
+    }
+    const bool isDisc = split.name == kDvdIndex || split.name == kBluRayIndex;
+    visit_({split, kind, isNamed, isDisc});
+  }
+
+  // The index file of the disc in a folder, empty when it holds none.
+  static std::string discIndex(const std::string& folder) {
+    struct stat status = {};
+    for (const char* index : kDiscIndexes) {
+      if (stat((folder + index).c_str(), &status) == 0 && S_ISREG(status.st_mode))
+        return folder + index;
+    }
+    return "";
+  }
+
+  void folder(const std::string& path) {
+    for (const std::string& name : entries(path)) entry(path + name);
+  }
+
+  void subfolder(const std::string& path) {
+    const std::string index = discIndex(path);
+    if (index.empty()) return folder(path);
+    if ((kinds_ & MEDIA_KIND_BIT_VIDEO) != 0) file(index, MEDIA_KIND_VIDEO, false);
+  }
+
+  // Names in byte order; folders that cannot be listed are reported.
+  std::vector<std::string> entries(const std::string& path) {
+    std::vector<std::string> names;
+    std::error_code error;
+    std::filesystem::directory_iterator entry(path, error);
+    for (; !error && entry != std::filesystem::directory_iterator(); entry.increment(error)) {
+      names.push_back(entry->path().filename().string());
+    }
+    if (error) failed(path, error.value());
+    std::sort(names.begin(), names.end());
+    return names;
+  }
+
+  void failed(const std::string& path, int error) {
+    ++visited_;
+    isKnownFound_ = true;
+    context_.fail(path, systemFailure(error));
+  }
+
+  // By its name, which --all does not change.
+  bool isLeftOut(const std::string& path) const {
+    const std::string_view name = lastPart(path);
+    if (name.starts_with('.')) return true;
+    const std::string inFolder = path.substr(below_);
+    return std::find(std::begin(kHelperFolders), std::end(kHelperFolders), name) !=
+               std::end(kHelperFolders) ||
+           std::any_of(arguments_.excluded.begin(), arguments_.excluded.end(),
+                       [&](const std::string& glob) { return isMatch(glob, inFolder); });
+  }
+
+  void entry(const std::string& path) {
+    if (isLeftOut(path)) return;
+    struct stat status = {};
+    // What is gone since the folder was listed, or a link to nothing, is no failure.
+    if (lstat(path.c_str(), &status) != 0)
+      return errno == ENOENT || errno == ENOTDIR ? void() : failed(path, errno);
+    if (S_ISDIR(status.st_mode)) return subfolder(path + "/");
+    if (S_ISLNK(status.st_mode) && stat(path.c_str(), &status) != 0) return;
+    if (S_ISREG(status.st_mode)) found(path);
+  }
+
+  void found(const std::string& path) {
+    const int kind = kindOf(path);
+    if (kind == MEDIA_KIND_NONE) return skipped_.add(lastPart(path));
+    isKnownFound_ = true;
+    // Some extensions are those of several kinds.
+    const bool isWanted = arguments_.byContent ? isOfKinds(kind, kinds_)
+                                               : kindByName(path, kinds_) != MEDIA_KIND_NONE;
+    if (isWanted) file(path, kind, false);
+  }
+
+  Context& context_;
+  const MediaFileArguments& arguments_;
+  unsigned kinds_;
+  const std::function<void(const MediaFile&)>& visit_;
+  std::size_t visited_ = 0;
+  std::size_t below_ = 0;  // bytes of the folder that was named, with its "/"
+  SkippedFiles skipped_;
+  bool isKnownFound_ = false;  // in that folder, also of a kind that is not wanted
+  Progress progress_;
+  Interruption interruption_;
+};
+
+}  // namespace
+
+void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments, Words (*leadingWords)()) {
+  addFileArguments(syntax, arguments.names, leadingWords);
+  syntax.flag("--all", arguments.byContent, "Goes by what is in the files, not by their names");
+  syntax.repeatedOption("--exclude", {"GLOB"}, arguments.excluded,
+                        "Leaves files and folders out that match; can be given again");
+}
+
+void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,
+                      const std::function<void(const MediaFile&)>& visit) {
+  requireNames(arguments.names);
+  Walk walk(context, arguments, kinds, visit);
+  forEachName(context, arguments.names, [&](const std::string& name) { walk.named(name); });
+}
+
+}  // namespace kolum::tool

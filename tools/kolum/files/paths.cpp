@@ -1,0 +1,17 @@
+#include "files/paths.h"
+
+namespace kolum::tool {
+
+MediaPath splitPath(std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  std::string given(path);
+  if (slash == std::string_view::npos) return {given, "./", given};
+  return {given, given.substr(0, slash + 1), given.substr(slash + 1)};
+}
+
+std::string withSlash(std::string folder) {
+  if (!folder.ends_with('/')) folder += '/';
+  return folder;
+}
+
+}  // namespace kolum::tool

@@ -1,0 +1,27 @@
+// Paths as the library's entry points take them: folder with its closing "/", and name.
+#ifndef KOLUM_TOOL_FILES_PATHS_H
+#define KOLUM_TOOL_FILES_PATHS_H
+
+#include <string>
+#include <string_view>
+
+namespace kolum::tool {
+
+struct MediaPath {
+  std::string given;   // as results and messages show it
+  std::string folder;  // "./" when the path names none
+  std::string name;
+
+  // For entry points that take one path: the folder in front keeps a name such as "http:x.mp4" a
+  // file's.
+  std::string full() const { return folder + name; }
+};
+
+MediaPath splitPath(std::string_view path);
+
+// The folder with its closing "/".
+std::string withSlash(std::string folder);
+
+}  // namespace kolum::tool
+
+#endif

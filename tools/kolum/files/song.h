@@ -1,0 +1,39 @@
+// A song's numbers, as the library's probe of songs finds them.
+#ifndef KOLUM_TOOL_FILES_SONG_H
+#define KOLUM_TOOL_FILES_SONG_H
+
+#include <kolum/identifiers.h>
+
+#include <cstdint>
+#include <optional>
+
+#include "files/identifiers.h"
+#include "files/paths.h"
+
+namespace kolum::tool {
+
+struct Song {
+  // Outputs that the library finds no value for keep what they start with.
+  static constexpr std::uint32_t kUnset = UINT32_MAX;
+
+  std::uint32_t containerBitRate = kUnset;
+  std::uint32_t bitRate = kUnset;
+  std::uint32_t sampleRate = kUnset;
+  std::uint32_t bitsPerSample = kUnset;
+  std::uint32_t channels = kUnset;
+  std::uint32_t duration = kUnset;
+  std::uint32_t containerFormat = kUnset;  // also the library's own "no number"
+  std::uint32_t codec = kUnset;
+  std::int32_t profile = PROFILE_UNKNOWN;
+  std::int32_t level = LEVEL_UNKNOWN;
+  char dlnaProfile[64] = "";
+
+  bool isDsd() const { return containerFormat == FORMAT_DSF || containerFormat == FORMAT_DFF; }
+};
+
+// Empty when the file holds no song that can be probed.
+std::optional<Song> readSong(const MediaPath& path);
+
+}  // namespace kolum::tool
+
+#endif

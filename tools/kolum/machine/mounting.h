@@ -1,0 +1,19 @@
+// What this machine needs to mount disc images.
+#ifndef KOLUM_TOOL_MACHINE_MOUNTING_H
+#define KOLUM_TOOL_MACHINE_MOUNTING_H
+
+#include <optional>
+#include <string>
+
+namespace kolum::tool {
+
+// "known" when the running kernel has the file system, "as a module" when it may load MODULE.
+std::optional<std::string> fileSystem(const std::string& name, const std::string& module);
+
+// The first thing that keeps this process from mounting an image, in words; empty when nothing is
+// in the way.
+std::optional<std::string> mountingObstacle();
+
+}  // namespace kolum::tool
+
+#endif

@@ -1,0 +1,33 @@
+// The parser's own tables, for those that look something up in them: help, suggestions and the
+// shells' completion.
+#ifndef KOLUM_TOOL_TERMINAL_COMMAND_TREE_H
+#define KOLUM_TOOL_TERMINAL_COMMAND_TREE_H
+
+#include <string>
+#include <vector>
+
+namespace CLI {
+class App;
+class Option;
+}  // namespace CLI
+
+namespace kolum::tool {
+
+// The commands of a command that its --help lists.
+std::vector<const CLI::App*> listedCommands(const CLI::App& command);
+// One of them; null when there is none of that name.
+const CLI::App* findCommand(const CLI::App& command, const std::string& name);
+
+// The options of a command, and its operands, as its --help lists them.
+std::vector<const CLI::Option*> listedOptions(const CLI::App& command);
+std::vector<const CLI::Option*> listedOperands(const CLI::App& command);
+// "--json"; "-0" for an option that has no longer name.
+std::string longestName(const CLI::Option& option);
+bool takesValue(const CLI::Option& option);
+
+// The message about a word that COMMAND does not know, with the name that was probably meant.
+std::string unknownWord(const CLI::App& command, const std::string& word);
+
+}  // namespace kolum::tool
+
+#endif
