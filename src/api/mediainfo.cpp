@@ -114,7 +114,7 @@ unsigned int GetMediaInfo(const char* path, MediaInfo** info, int64_t seekSecond
     if (!result) return 1U;
     *info = infoOf(*result).release();
     if (*info == nullptr) return 1U;
-    if (searches && result->keyFrameTime) *keyFrameTime = *result->keyFrameTime;
+    if (keyFrameTime != nullptr && result->keyFrameTime) *keyFrameTime = *result->keyFrameTime;
     return 0U;
   });
 }
