@@ -8,11 +8,16 @@
 #include <cctype>
 #include <cstdint>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <memory>
 #include <optional>
+#include <span>
 #include <string>
 #include <string_view>
+#include <vector>
+
+#include "base/bytes.h"
 
 namespace {
 
@@ -30,6 +35,16 @@ struct FileCloser {
 using Directory = std::unique_ptr<DIR, DirectoryCloser>;
 using Disc = std::unique_ptr<dvd_reader_t, DiscCloser>;
 using File = std::unique_ptr<dvd_file_t, FileCloser>;
+
+// Whether a link leads out of a disc. Nothing outside belongs to it, whoever put the link there.
+bool leadsOut(const std::string& path, const std::string& disc) {
+  struct stat status = {};
+  if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return false;
+  std::error_code error;
+  const auto top = std::filesystem::canonical(disc, error);
+  const auto target = error ? top : std::filesystem::canonical(path, error);
+  return error || *target.lexically_relative(top).begin() == "..";
+}
 
 // The video files of one title set.
 struct TitleSet {
@@ -68,7 +83,8 @@ std::string videoFolder(std::string folder) {
   while (const dirent* entry = readdir(directory.get())) {
     if (strcasecmp(entry->d_name, kVideoFolder) != 0) continue;
     std::string video = folder + entry->d_name + "/";
-    if (isFolderExist(video.c_str()) != 0) return video;
+    if (isFolderExist(video.c_str()) != 0 && !leadsOut(folder + entry->d_name, folder))
+      return video;
   }
   return folder;
 }
@@ -84,6 +100,7 @@ TitleSets readTitleSets(const std::string& folder) {
     const std::string path = folder + entry->d_name;
     if (stat(path.c_str(), &status) != 0 || !S_ISREG(status.st_mode) || status.st_size == 0)
       continue;
+    if (leadsOut(path, folder)) continue;
     TitleSet& set = sets[place->titleSet];
     set.size += status.st_size;
     if (set.firstFile.empty() || place->part < set.firstPart) {
@@ -94,7 +111,8 @@ TitleSets readTitleSets(const std::string& folder) {
   return sets;
 }
 
-// Whether a pipe or a device poses as an index file: opening it could wait forever.
+// Whether a pipe or a device poses as an index file, which opening could wait for, or a link leads
+// out of the disc.
 bool holdsOddIndex(const std::string& folder) {
   const Directory directory(opendir(folder.c_str()));
   if (directory == nullptr) return false;
@@ -106,6 +124,7 @@ bool holdsOddIndex(const std::string& folder) {
     struct stat status = {};
     const std::string path = folder + entry->d_name;
     if (stat(path.c_str(), &status) == 0 && !S_ISREG(status.st_mode)) return true;
+    if (leadsOut(path, folder)) return true;
   }
   return false;
 }
@@ -115,22 +134,22 @@ constexpr std::size_t kMaxIndexSize = 32U << 20U;
 constexpr std::uint64_t kChainTableSector = 0xCC;
 
 // The whole index file of a title set, or nothing.
-std::string readIndex(dvd_reader_t* disc, int titleSet, dvd_read_domain_t domain) {
+std::vector<std::uint8_t> readIndex(dvd_reader_t* disc, int titleSet, dvd_read_domain_t domain) {
   const File file(DVDOpenFile(disc, titleSet, domain));
   if (file == nullptr) return {};
   const auto blocks = DVDFileSize(file.get());
   if (blocks <= 0 || static_cast<std::size_t>(blocks) > kMaxIndexSize / DVD_VIDEO_LB_LEN) return {};
-  std::string content(static_cast<std::size_t>(blocks) * DVD_VIDEO_LB_LEN, '\0');
+  std::vector<std::uint8_t> content(static_cast<std::size_t>(blocks) * DVD_VIDEO_LB_LEN);
   const auto size = static_cast<ssize_t>(content.size());
-  return DVDReadBytes(file.get(), content.data(), content.size()) == size ? content : std::string();
+  if (DVDReadBytes(file.get(), content.data(), content.size()) != size) return {};
+  return content;
 }
 
-// The big-endian number of SIZE bytes at AT, unless it reaches beyond the end.
-std::optional<std::uint32_t> number(std::string_view bytes, std::uint64_t at, std::size_t size) {
-  if (at > bytes.size() || bytes.size() - at < size) return std::nullopt;
-  std::uint32_t value = 0;
-  for (const char c : bytes.substr(at, size)) value = value << 8U | static_cast<unsigned char>(c);
-  return value;
+// The big-endian number of SIZE bytes at AT; 0 when it reaches beyond the end.
+std::uint32_t number(std::span<const std::uint8_t> bytes, std::uint64_t at, std::size_t size) {
+  kolum::ByteReader reader(bytes);
+  reader.skip(at);
+  return static_cast<std::uint32_t>(reader.bigEndian(size));
 }
 
 // Seconds of a playback time: hours, minutes, seconds and frames, two decimal digits a byte.
@@ -147,18 +166,18 @@ long seconds(std::uint32_t time) {
 }
 
 // The longest program chain that an index file tells of.
-long longestChain(std::string_view index) {
-  if (!index.starts_with("DVDVIDEO-VTS")) return 0;
-  const std::uint64_t sector = number(index, kChainTableSector, 4).value_or(0);
+long longestChain(std::span<const std::uint8_t> index) {
+  constexpr std::string_view kMagic = "DVDVIDEO-VTS";
+  if (kolum::ByteReader(index).text(kMagic.size()) != kMagic) return 0;
+  const std::uint64_t sector = number(index, kChainTableSector, 4);
   if (sector == 0) return 0;
   const std::uint64_t table = sector * DVD_VIDEO_LB_LEN;
-  const std::uint32_t count = number(index, table, 2).value_or(0);
+  const std::uint32_t count = number(index, table, 2);
   long longest = 0;
   for (std::uint32_t i = 0; i < count; ++i) {
     // An entry is eight bytes after the table's eight; its second half is the chain's offset.
-    const auto chain = number(index, table + 8 + std::uint64_t{i} * 8 + 4, 4);
-    const auto time = chain ? number(index, table + *chain + 4, 4) : std::nullopt;
-    if (time) longest = std::max(longest, seconds(*time));
+    const std::uint64_t chain = number(index, table + 8 + std::uint64_t{i} * 8 + 4, 4);
+    longest = std::max(longest, seconds(number(index, table + chain + 4, 4)));
   }
   return longest;
 }

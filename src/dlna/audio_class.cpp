@@ -2,6 +2,8 @@
 
 #include <kolum/identifiers.h>
 
+#include "base/bytes.h"
+
 namespace kolum::dlna {
 
 namespace {
@@ -27,8 +29,7 @@ unsigned wmaClass(std::int64_t bitRate) {
 }
 
 bool isLowComplexity(std::span<const std::uint8_t> extraData) {
-  if (extraData.empty()) return false;
-  const unsigned objectType = extraData.front() >> 3;
+  const std::uint32_t objectType = BitReader(extraData).bits(5);
   return objectType == kObjectTypeLowComplexity ||
          objectType == kObjectTypeErrorResilientLowComplexity;
 }

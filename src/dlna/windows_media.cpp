@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <array>
 
+#include "base/bytes.h"
 #include "dlna/rules.h"
 #include "media/container.h"
 
@@ -63,9 +64,8 @@ std::string_view suffixIn(const Tier& tier, unsigned audioClass) {
 
 // Where FFmpeg tells no profile, the sequence header does, in its top two bits.
 int wmv3Profile(const DlnaFacts& facts) {
-  constexpr int kProfileShift = 6;
   if (facts.profile == media::kUnknownLevel && !facts.extraData.empty())
-    return facts.extraData.front() >> kProfileShift;
+    return static_cast<int>(BitReader(facts.extraData).bits(2));
   return facts.profile;
 }
 

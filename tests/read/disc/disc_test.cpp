@@ -351,6 +351,22 @@ TEST(DiscFolder, IsNotLeftThroughLinks) {
   EXPECT_EQ(recordResult(folder.path("disc/"), "index.bdmv"), 0U) << "links within the disc count";
 }
 
+TEST(DvdFolder, IsNotLeftThroughLinks) {
+  const TempDir folder;
+  std::filesystem::copy(dvdFolder(), folder.path("outside"));
+  std::filesystem::copy(dvdFolder(), folder.path("disc"));
+  ASSERT_TRUE(dvdFolderTitle(folder.path("disc/")).has_value());
+  std::string video = dvdFolderTitle(folder.path("disc/"))->path;
+  const std::string name = video.substr(video.rfind('/') + 1);
+  std::filesystem::remove(video);
+  std::filesystem::create_symlink("../outside/" + name, video);
+  const auto title = dvdFolderTitle(folder.path("disc/"));
+  EXPECT_TRUE(!title || title->path != video);
+  std::filesystem::create_directory(folder.path("links"));
+  std::filesystem::create_directory_symlink("../outside", folder.path("links/VIDEO_TS"));
+  EXPECT_FALSE(dvdFolderTitle(folder.path("links/")).has_value());
+}
+
 TEST(DiscImage, ThatIsAPipeKeepsNobodyWaiting) {
   if (const auto why = sandboxUnavailable()) GTEST_SKIP() << *why;
   runInAppliance([] {

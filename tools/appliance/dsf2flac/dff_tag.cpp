@@ -3,9 +3,11 @@
 #include <id3v2header.h>
 #include <id3v2tag.h>
 #include <tfile.h>
-#include <tfilestream.h>
 
 #include <memory>
+
+#include "media/source.h"
+#include "read/tags/source_stream.h"
 
 namespace kolum::dsf2flac {
 
@@ -61,8 +63,9 @@ int known(unsigned number) {
 }  // namespace
 
 DffTag readDffTag(const std::string& path) {
-  TagLib::FileStream stream(path.c_str(), true);
-  if (!stream.isOpen()) return {};
+  const auto source = media::Source::open(path);
+  if (!source) return {};
+  tags::SourceStream stream(*source);
   const DffFile file(&stream);
   const TagLib::ID3v2::Tag* tag = file.tag();
   if (tag == nullptr) return {};
