@@ -7,6 +7,7 @@
 #include "api/guarded.h"
 #include "api/outputs.h"
 #include "artwork/cover.h"
+#include "base/trace.h"
 #include "media/levels.h"
 #include "probe/dsd.h"
 #include "probe/song.h"
@@ -108,7 +109,7 @@ unsigned int GetAudioMetadata(const char* folder, const char* fileName, uint32_t
     const auto path = wholePath(folder, fileName);
     if (!path) return 1U;
     const probe::SongResult song = probe::probeSong(*path, fileName, g_localWorkingPath);
-    api::write(song.trace);
+    write(song.trace);
     const probe::SongFacts& facts = song.facts;
     put(containerBitRate, facts.containerBitRate);
     put(bitRate, facts.bitRate);

@@ -1,6 +1,7 @@
 #include <kolum/dlna.h>
 
 #include "api/guarded.h"
+#include "base/trace.h"
 #include "probe/explain.h"
 
 using namespace kolum;
@@ -11,7 +12,7 @@ unsigned int ExplainDlnaProfile(const char* folder, const char* fileName, int au
     if (folder == nullptr || fileName == nullptr || naming == nullptr) return 1U;
     probe::Explained explained = probe::explainProfile(
         {.folder = folder, .fileName = fileName, .audioStreamIndex = audioStreamIndex});
-    api::write(explained.trace);
+    write(explained.trace);
     if (!explained.naming) return 1U;
     *naming = std::move(*explained.naming);
     return 0U;

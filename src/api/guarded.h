@@ -2,8 +2,6 @@
 #ifndef KOLUM_API_GUARDED_H
 #define KOLUM_API_GUARDED_H
 
-#include "base/trace.h"
-
 namespace kolum::api {
 
 // What BODY answers, or FAILURE when it throws: nothing thrown leaves the library.
@@ -15,9 +13,6 @@ Result guarded(Result failure, const Body& body) noexcept {
     return failure;
   }
 }
-
-// Writes what hosts read on standard output, on standard error and in their debug log.
-void write(const Trace& trace);
 
 }  // namespace kolum::api
 

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "api/guarded.h"
+#include "base/trace.h"
 #include "media/container.h"
 #include "probe/key_frames.h"
 #include "probe/numbers.h"
@@ -110,7 +111,7 @@ unsigned int GetMediaInfo(const char* path, MediaInfo** info, int64_t seekSecond
     Trace trace;
     const auto result =
         probe::probeStreams(path, searches ? std::optional(seekSeconds) : std::nullopt, trace);
-    api::write(trace);
+    write(trace);
     if (!result) return 1U;
     *info = infoOf(*result).release();
     if (*info == nullptr) return 1U;
@@ -130,7 +131,7 @@ unsigned int getVideoKeyFrameTime(const char* url, int seconds, double* keyFrame
       probe::reportParameterError(search.trace);
     else
       search = probe::searchKeyFrame(url, seconds);
-    api::write(search.trace);
+    write(search.trace);
     if (!search.time) return 1U;
     *keyFrameTime = *search.time;
     return 0U;

@@ -1,7 +1,6 @@
 #include <kolum/frame.h>
 #include <kolum/host.h>
 #include <kolum/thumbnail.h>
-#include <sys/stat.h>
 
 #include <cstdio>
 #include <cstring>
@@ -12,6 +11,7 @@
 #include "artwork/artwork.h"
 #include "artwork/system_thumbnails.h"
 #include "base/exec_command.h"
+#include "base/files.h"
 #include "base/log.h"
 
 namespace api = kolum::api;
@@ -65,8 +65,7 @@ int ExecCommand(const char** argv, int returnExitCode) {
 }
 
 int isFileExist(const char* path) {
-  struct stat status {};
-  return path != nullptr && stat(path, &status) == 0 ? 1 : 0;
+  return path != nullptr && kolum::exists(path) ? 1 : 0;
 }
 
 int copyAndChmod(const char* src, const char* dst) {

@@ -6,6 +6,7 @@
 
 #include "api/guarded.h"
 #include "api/outputs.h"
+#include "base/trace.h"
 #include "media/source.h"
 #include "probe/streams.h"
 #include "probe/video.h"
@@ -83,7 +84,7 @@ unsigned probeIntoRecord(const char* folder, const char* fileName, videoObject_s
                                                        .wantsAspect = wantsAspect(record),
                                                        .formatOnEntry = record.containerFormat},
                                                       probe::kRecordPolicy);
-  api::write(result.trace);
+  write(result.trace);
   writeRecord(result.facts, record);
   return result.succeeded ? 0 : 1;
 }
@@ -186,7 +187,7 @@ unsigned probeIntoOutputs(const char* folder, const char* fileName, int audioStr
                                                          .audioStreamIndex = audioStreamIndex,
                                                          .wantsAspect = out.wantsAspect()},
                                                         probe::kFlatPolicy);
-    api::write(result.trace);
+    write(result.trace);
     writeFacts(result.facts, out);
     return result.succeeded ? 0U : 1U;
   });
@@ -246,7 +247,7 @@ std::optional<media::TransportPackets> packetsOfFile(const char* path) {
   }
   Trace trace;
   const auto packets = headers::packetsOf(*source, trace);
-  api::write(trace);
+  write(trace);
   return packets;
 }
 
@@ -368,7 +369,7 @@ void get_maxsizefilename(char* dir, const char* ext) {
     if (ext == nullptr) return true;
     Trace trace;
     const auto path = disc::largestFile(folder, ext, trace);
-    api::write(trace);
+    write(trace);
     if (path) copyText(dir, kPathSize, *path);
     return true;
   });

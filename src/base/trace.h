@@ -1,5 +1,5 @@
 // What hosts read on their debug channels while a file is looked at. It is collected here, line by
-// line, and written by the exported functions alone.
+// line, and written at the edge.
 #ifndef KOLUM_BASE_TRACE_H
 #define KOLUM_BASE_TRACE_H
 
@@ -33,6 +33,9 @@ class Trace {
  private:
   std::vector<TraceLine> lines_;
 };
+
+// Writes the lines to where they belong. For the edges of programs and libraries only.
+void write(const Trace& trace);
 
 }  // namespace kolum
 

@@ -1,11 +1,10 @@
 #include "probe/key_frames.h"
 
-#include <sys/stat.h>
-
 #include <string>
 #include <string_view>
 #include <type_traits>
 
+#include "base/files.h"
 #include "base/log.h"
 #include "media/source.h"
 #include "read/ffmpeg/packets.h"
@@ -159,8 +158,7 @@ bool hasScheme(std::string_view url) {
 // exists under that name is a file, whatever it looks like.
 std::optional<std::string> pathOf(const char* url) {
   constexpr std::string_view kFileScheme = "file:";
-  struct stat status = {};
-  if (!hasScheme(url) || stat(url, &status) == 0) return url;
+  if (!hasScheme(url) || exists(url)) return url;
   if (std::string_view(url).starts_with(kFileScheme)) return url + kFileScheme.size();
   return std::nullopt;
 }

@@ -1,8 +1,8 @@
 #include "probe/song.h"
 
 #include <kolum/identifiers.h>
-#include <sys/stat.h>
 
+#include "base/files.h"
 #include "base/log.h"
 #include "base/text.h"
 #include "dlna/audio_profile.h"
@@ -78,8 +78,7 @@ std::uint32_t dsdFormat(std::string_view path) {
 void describeDsd(const std::string& path, std::uint32_t format, const char* toolFolder,
                  SongResult& result) {
   constexpr int kStereo = 2;
-  struct stat status = {};
-  if (stat(path.c_str(), &status) != 0) return;
+  if (!exists(path.c_str())) return;
   result.facts.channels = kStereo;
   result.facts.profile = PROFILE_UNKNOWN;
   result.facts.level = media::kUnknownLevel;

@@ -11,6 +11,7 @@
 #include <cstring>
 #include <utility>
 
+#include "base/files.h"
 #include "base/log.h"
 #include "base/text.h"
 
@@ -21,11 +22,6 @@ namespace {
 constexpr char kSource[] = "SocketUtil";
 
 constexpr mode_t kEveryUser = 0777;
-
-bool exists(const char* path) {
-  struct stat status {};
-  return stat(path, &status) == 0;
-}
 
 // As write(), but a peer that has closed never ends the host process with SIGPIPE.
 ssize_t writeOnce(int fd, const void* buf, std::size_t len) {

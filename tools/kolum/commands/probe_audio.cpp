@@ -1,3 +1,5 @@
+#include <kolum/identifiers.h>
+
 #include <cstdint>
 
 #include "commands/probe.h"
@@ -12,29 +14,19 @@ namespace kolum::tool {
 
 namespace {
 
-// A number of the song; 0 when it has none.
-std::uint64_t known(std::uint32_t value) {
-  return value == Song::kUnset ? 0 : value;
-}
-
-// DSD songs tell their bit rate in kbit/s.
-std::uint64_t bitRateOf(const Song& song) {
-  return known(song.bitRate) * (song.isDsd() ? 1000 : 1);
-}
-
 void addStream(Result& result, const Song& song) {
   std::string codec;
-  if (song.codec != Song::kUnset) {
-    const int number = static_cast<int>(song.codec);
-    result.data("audioCodec", codecIdentifier(number));
-    addProfile(result, "audioProfile", song.profile, number);
-    codec = codecText(number, song.profile);
+  if (song.codec) {
+    const int profile = song.profile.value_or(PROFILE_UNKNOWN);
+    result.data("audioCodec", codecIdentifier(*song.codec));
+    addProfile(result, "audioProfile", profile, *song.codec);
+    codec = codecText(*song.codec, profile);
   }
-  if (song.level != LEVEL_UNKNOWN) result.data("audioLevel", song.level);
-  const Sound sound = {.sampleRate = known(song.sampleRate),
-                       .channels = known(song.channels),
-                       .bitsPerSample = known(song.bitsPerSample),
-                       .bitRate = bitRateOf(song)};
+  if (song.level.value_or(LEVEL_UNKNOWN) != LEVEL_UNKNOWN) result.data("audioLevel", *song.level);
+  const Sound sound = {.sampleRate = song.sampleRate,
+                       .channels = song.channels,
+                       .bitsPerSample = song.bitsPerSample,
+                       .bitRate = song.bitRate};
   addSound(result, sound);
   result.show("Audio", joined({codec, soundText(sound)}));
 }
@@ -46,12 +38,11 @@ void probeAudio(Context& context, const MediaPath& path, const ProbeOptions&) {
   if (!song) return context.fail(path.given, diagnose(path, Wanted::kSong));
   Result result = Result::ofFile(path.given);
   addKind(result, MEDIA_KIND_MUSIC);
-  if (song->containerFormat != Song::kUnset) addContainer(result, song->containerFormat);
+  if (song->containerFormat) addContainer(result, *song->containerFormat);
   addMimeTypeOfName(result, path.name, MEDIA_KIND_BIT_MUSIC);
   result.text("dlnaProfile", "DLNA profile", song->dlnaProfile);
-  if (song->duration != Song::kUnset) result.duration("duration", "Duration", song->duration);
-  if (const auto bitRate = known(song->containerBitRate); bitRate != 0)
-    result.bitRate("bitRate", "Bit rate", bitRate);
+  if (song->duration) result.duration("duration", "Duration", *song->duration);
+  if (song->containerBitRate != 0) result.bitRate("bitRate", "Bit rate", song->containerBitRate);
   addStream(result, *song);
   context.printer.block(result);
 }

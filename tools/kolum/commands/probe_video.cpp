@@ -1,59 +1,44 @@
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
 
-#include <climits>
 #include <cmath>
 #include <string>
 
+#include "base/trace.h"
 #include "commands/probe.h"
 #include "files/diagnosis.h"
 #include "files/identifiers.h"
 #include "files/media_files.h"
+#include "probe/video.h"
 #include "terminal/text.h"
 
 namespace kolum::tool {
 
 namespace {
 
-// The probe writes only what it finds, so every number starts with a value that no file has.
-constexpr int kUnset = INT_MIN;
-constexpr unsigned kUnsetUnsigned = UINT_MAX;
-constexpr int64_t kUnsetTime = INT64_MIN;
-
-videoObject_st blankRecord() {
-  videoObject_st record = {};
-  record.width = record.height = record.duration = kUnset;
-  record.videoCodec = record.audioCodec = kUnset;
-  record.bitRate = record.subtitleCount = kUnsetUnsigned;
-  record.creationTime = kUnsetTime;
-  // Non-zero asks for the aspect fields.
-  record.sampleAspectNum = record.sampleAspectDen = kUnset;
-  record.displayAspectNum = record.displayAspectDen = kUnset;
-  return record;
-}
+using Facts = probe::VideoFacts;
 
 std::string ratioText(int num, int den) {
   return std::to_string(num) + ":" + std::to_string(den);
 }
 
-void addLevel(Result& result, const char* key, int level) {
-  if (level != LEVEL_UNKNOWN) result.data(key, level);
+void addLevel(Result& result, const char* key, std::optional<int> level) {
+  if (level && *level != LEVEL_UNKNOWN) result.data(key, *level);
 }
 
-void addAspect(Result& result, const videoObject_st& record) {
-  if (record.displayAspectDen == kUnset) return;
-  result.data("sampleAspectNum", record.sampleAspectNum);
-  result.data("sampleAspectDen", record.sampleAspectDen);
-  result.data("displayAspectNum", record.displayAspectNum);
-  result.data("displayAspectDen", record.displayAspectDen);
+void addAspect(Result& result, const Facts& facts) {
+  if (!facts.aspect) return;
+  result.data("sampleAspectNum", facts.aspect->sample.num);
+  result.data("sampleAspectDen", facts.aspect->sample.den);
+  result.data("displayAspectNum", facts.aspect->display.num);
+  result.data("displayAspectDen", facts.aspect->display.den);
 }
 
-std::string aspectText(const videoObject_st& record) {
-  if (record.displayAspectDen == kUnset) return "";
-  std::string text = "shown as " + ratioText(record.displayAspectNum, record.displayAspectDen);
-  if (record.sampleAspectNum != record.sampleAspectDen) {
-    text += " (pixels " + ratioText(record.sampleAspectNum, record.sampleAspectDen) + ")";
-  }
+std::string aspectText(const Facts& facts) {
+  if (!facts.aspect) return "";
+  const auto& [sample, display] = *facts.aspect;
+  std::string text = "shown as " + ratioText(display.num, display.den);
+  if (sample.num != sample.den) text += " (pixels " + ratioText(sample.num, sample.den) + ")";
   return text;
 }
 
@@ -68,107 +53,112 @@ std::string rotationText(unsigned orientation) {
   }
 }
 
-void addPicture(Result& result, const videoObject_st& record) {
-  if (record.width == kUnset) return;
-  if (record.width > 0) result.data("width", record.width);
-  if (record.height > 0) result.data("height", record.height);
-  addAspect(result, record);
-  const bool hasRate = std::isfinite(record.frameRate) && record.frameRate > 0;
-  if (hasRate) result.data("frameRate", record.frameRate);
-  result.show("Picture", joined({pictureSizeText(record.width, record.height), aspectText(record),
-                                 hasRate ? decimalText(record.frameRate, 3) + " frames/s" : ""}));
-  if (record.orientation != 0) {
-    result.data("orientation", record.orientation);
-    result.show("Rotation", rotationText(record.orientation));
+void addPicture(Result& result, const Facts& facts) {
+  if (!facts.width || !facts.height) return;
+  if (*facts.width > 0) result.data("width", *facts.width);
+  if (*facts.height > 0) result.data("height", *facts.height);
+  addAspect(result, facts);
+  const double rate = facts.frameRate.value_or(0);
+  const bool hasRate = std::isfinite(rate) && rate > 0;
+  if (hasRate) result.data("frameRate", rate);
+  result.show("Picture", joined({pictureSizeText(*facts.width, *facts.height), aspectText(facts),
+                                 hasRate ? decimalText(rate, 3) + " frames/s" : ""}));
+  if (facts.orientation) {
+    result.data("orientation", *facts.orientation);
+    result.show("Rotation", rotationText(*facts.orientation));
   }
-  if (record.is360 != 0) {
+  if (facts.isEquirectangular) {
     result.data("is360", true);
     result.show("360 degrees", "yes, equirectangular");
   }
 }
 
-void addVideoStream(Result& result, const videoObject_st& record) {
-  if (record.videoCodec == kUnset) return;
-  result.data("videoCodec", codecIdentifier(record.videoCodec));
-  addProfile(result, "videoProfile", record.videoProfile, record.videoCodec);
-  addLevel(result, "videoLevel", record.videoLevel);
-  result.known("videoBitRate", record.videoBitRate);
-  result.show("Video", joined({codecText(record.videoCodec, record.videoProfile),
-                               levelText(record.videoCodec, record.videoLevel),
-                               record.videoBitRate == 0 ? "" : bitRateText(record.videoBitRate)}));
-  if (record.playException != 0) {
+void addVideoStream(Result& result, const Facts& facts) {
+  if (!facts.videoCodec) return;
+  const int codec = *facts.videoCodec;
+  const int profile = facts.videoProfile.value_or(PROFILE_UNKNOWN);
+  const auto bitRate = static_cast<std::uint64_t>(facts.videoBitRate.value_or(0));
+  result.data("videoCodec", codecIdentifier(codec));
+  addProfile(result, "videoProfile", profile, codec);
+  addLevel(result, "videoLevel", facts.videoLevel);
+  result.known("videoBitRate", bitRate);
+  result.show("Video", joined({codecText(codec, profile),
+                               levelText(codec, facts.videoLevel.value_or(LEVEL_UNKNOWN)),
+                               bitRate == 0 ? "" : bitRateText(bitRate)}));
+  if (facts.playException) {
     result.identifier("playException", "Play exception",
-                      playExceptionIdentifier(record.playException));
+                      playExceptionIdentifier(*facts.playException));
   }
 }
 
-void addAudioStream(Result& result, const videoObject_st& record) {
-  if (record.audioCodec == kUnset) return;
-  result.data("audioCodec", codecIdentifier(record.audioCodec));
-  addProfile(result, "audioProfile", record.audioProfile, record.audioCodec);
-  result.data("audioClass", audioClassIdentifier(record.audioClass));
-  addLevel(result, "audioLevel", record.audioLevel);
-  const Sound sound = {.sampleRate = record.sampleRate,
-                       .channels = record.channels,
-                       .bitsPerSample = record.bitsPerSample,
-                       .bitRate = record.audioBitRate};
+void addAudioStream(Result& result, const Facts& facts) {
+  if (!facts.audioCodec) return;
+  const int codec = *facts.audioCodec;
+  const int profile = facts.audioProfile.value_or(PROFILE_UNKNOWN);
+  const unsigned audioClass = facts.audioClass.value_or(AUDIO_CLASS_NONE);
+  result.data("audioCodec", codecIdentifier(codec));
+  addProfile(result, "audioProfile", profile, codec);
+  result.data("audioClass", audioClassIdentifier(audioClass));
+  addLevel(result, "audioLevel", facts.audioLevel);
+  const Sound sound = {.sampleRate = static_cast<std::uint64_t>(facts.sampleRate.value_or(0)),
+                       .channels = static_cast<std::uint64_t>(facts.channels.value_or(0)),
+                       .bitsPerSample = static_cast<std::uint64_t>(facts.bitsPerSample.value_or(0)),
+                       .bitRate = static_cast<std::uint64_t>(facts.audioBitRate.value_or(0))};
   addSound(result, sound);
-  result.show("Audio",
-              joined({codecText(record.audioCodec, record.audioProfile), soundText(sound)}));
-  if (record.audioClass != AUDIO_CLASS_NONE)
-    result.show("Audio class", audioClassIdentifier(record.audioClass).text());
+  result.show("Audio", joined({codecText(codec, profile), soundText(sound)}));
+  if (audioClass != AUDIO_CLASS_NONE)
+    result.show("Audio class", audioClassIdentifier(audioClass).text());
 }
 
 // Counted for discs only.
-void addSubtitles(Result& result, const MediaPath& path, const videoObject_st& record) {
+void addSubtitles(Result& result, const MediaPath& path, const Facts& facts) {
   const bool isDisc = path.name == kDvdIndex || path.name == kBluRayIndex;
-  if (!isDisc || record.subtitleCount == kUnsetUnsigned) return;
-  result.data("subtitleCount", record.subtitleCount);
-  if (record.subtitleCount != 0) result.show("Subtitles", std::to_string(record.subtitleCount));
+  if (!isDisc || !facts.subtitleCount) return;
+  result.data("subtitleCount", *facts.subtitleCount);
+  if (*facts.subtitleCount != 0) result.show("Subtitles", std::to_string(*facts.subtitleCount));
 }
 
-void addDates(Result& result, const videoObject_st& record) {
-  if (record.creationTime != kUnsetTime) {
-    result.data("creationTime", record.creationTime);
-    result.show("Created", dateText(record.creationTime));
+void addDates(Result& result, const Facts& facts) {
+  if (facts.creationTime) {
+    result.data("creationTime", *facts.creationTime);
+    result.show("Created", dateText(*facts.creationTime));
   }
-  if (record.creationYear != 0) result.data("creationYear", record.creationYear);
-  if (record.yearMonth[0] != '\0') result.data("yearMonth", record.yearMonth);
-  if (record.creationDate[0] != '\0') result.data("creationDate", record.creationDate);
+  if (facts.creationYear.value_or(0) != 0) result.data("creationYear", *facts.creationYear);
+  if (!facts.yearMonth.empty()) result.data("yearMonth", facts.yearMonth);
+  if (!facts.creationDate.empty()) result.data("creationDate", facts.creationDate);
 }
 
-Result videoResult(const MediaPath& path, const videoObject_st& record) {
+Result videoResult(const MediaPath& path, const Facts& facts) {
   Result result = Result::ofFile(path.given);
   addKind(result, MEDIA_KIND_VIDEO);
-  addContainer(result, record.containerFormat);
-  result.text("mimeType", "MIME type", record.mimeType);
-  result.text("dlnaProfile", "DLNA profile", record.dlnaProfile);
-  if (record.duration != kUnset) result.duration("duration", "Duration", record.duration);
-  if (record.bitRate != kUnsetUnsigned && record.bitRate != 0) {
-    result.bitRate("bitRate", "Bit rate", record.bitRate);
-  }
-  addPicture(result, record);
-  addVideoStream(result, record);
-  addAudioStream(result, record);
-  addSubtitles(result, path, record);
-  addDates(result, record);
-  result.text("contentIdentifier", "Content identifier", record.contentIdentifier);
+  addContainer(result, facts.containerFormat.value_or(FORMAT_UNKNOWN));
+  result.text("mimeType", "MIME type", facts.mimeType);
+  result.text("dlnaProfile", "DLNA profile", facts.dlnaProfile);
+  // Scaled by its title's size, the duration of a short DVD comes to nothing.
+  const bool isLost = path.name == kDvdIndex && facts.duration == 0;
+  if (facts.duration && !isLost) result.duration("duration", "Duration", *facts.duration);
+  if (facts.bitRate.value_or(0) != 0)
+    result.bitRate("bitRate", "Bit rate", static_cast<std::uint64_t>(*facts.bitRate));
+  addPicture(result, facts);
+  addVideoStream(result, facts);
+  addAudioStream(result, facts);
+  addSubtitles(result, path, facts);
+  addDates(result, facts);
+  result.text("contentIdentifier", "Content identifier", facts.contentIdentifier);
   return result;
 }
 
 }  // namespace
 
 void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& options) {
-  videoObject_st record = blankRecord();
-  // A DVD's duration is scaled by its title's size, whatever stands there; 0 is none.
-  const bool isDvd = path.name == kDvdIndex;
-  if (isDvd) record.duration = 0;
-  if (GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, options.audioStream) !=
-      0) {
-    return context.fail(path.given, diagnose(path, Wanted::kVideo));
-  }
-  if (isDvd && record.duration == 0) record.duration = kUnset;
-  context.printer.block(videoResult(path, record));
+  const probe::ProbeResult video = probe::probeVideo({.folder = path.folder,
+                                                      .fileName = path.name,
+                                                      .audioStreamIndex = options.audioStream,
+                                                      .wantsAspect = true},
+                                                     probe::kRecordPolicy);
+  write(video.trace);
+  if (!video.succeeded) return context.fail(path.given, diagnose(path, Wanted::kVideo));
+  context.printer.block(videoResult(path, video.facts));
 }
 
 }  // namespace kolum::tool

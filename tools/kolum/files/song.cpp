@@ -1,23 +1,64 @@
 #include "files/song.h"
 
-#include <kolum/audio.h>
+#include <kolum/frame.h>
+#include <kolum/identifiers.h>
 
+#include "base/trace.h"
 #include "files/file_types.h"
 #include "machine/library.h"
+#include "media/container.h"
+#include "probe/song.h"
 
 namespace kolum::tool {
+
+namespace {
+
+std::uint64_t known(const std::optional<std::int64_t>& number) {
+  return number.value_or(0) > 0 ? static_cast<std::uint64_t>(*number) : 0;
+}
+
+std::uint64_t known(const std::optional<std::int32_t>& number) {
+  return number.value_or(0) > 0 ? static_cast<std::uint64_t>(*number) : 0;
+}
+
+// The DSD tool reports no bit rate: it is that of all channels' samples, in whole kbit/s.
+void addDsd(Song& song, const probe::DsdNumbers& numbers) {
+  constexpr std::uint64_t kKilobit = 1000;
+  if (numbers.duration) song.duration = *numbers.duration;
+  if (numbers.channels) song.channels = known(numbers.channels);
+  if (!numbers.sampleRate) return;
+  song.sampleRate = known(numbers.sampleRate);
+  song.bitRate = song.channels * song.sampleRate / kKilobit * kKilobit;
+}
+
+Song songOf(const probe::SongFacts& facts) {
+  Song song = {.containerBitRate = known(facts.containerBitRate),
+               .bitRate = known(facts.bitRate),
+               .sampleRate = known(facts.sampleRate),
+               .bitsPerSample = known(facts.bitsPerSample),
+               .channels = known(facts.channels),
+               .duration = facts.duration,
+               .containerFormat = facts.containerFormat,
+               .codec = facts.codec,
+               .profile = facts.profile,
+               .level = facts.level,
+               .dlnaProfile = facts.dlnaProfile};
+  if (song.containerFormat == media::kOtherSongFormat) song.containerFormat.reset();
+  if (facts.dsd) addDsd(song, *facts.dsd);
+  return song;
+}
+
+}  // namespace
 
 std::optional<Song> readSong(const MediaPath& path) {
   // A tool reads DSD songs, so the library has to know where it is.
   if (isDsdName(path.name)) initLibrary();
-  Song song;
-  const bool isRead =
-      GetAudioMetadata(path.folder.c_str(), path.name.c_str(), &song.containerBitRate,
-                       &song.bitRate, &song.sampleRate, &song.bitsPerSample, &song.channels,
-                       &song.duration, &song.containerFormat, &song.codec, &song.profile,
-                       &song.level, song.dlnaProfile) == 0;
-  const bool isFound = song.codec != Song::kUnset || song.sampleRate != Song::kUnset;
-  return isRead && isFound ? std::optional(song) : std::nullopt;
+  const probe::SongResult result = probe::probeSong(path.full(), path.name, g_localWorkingPath);
+  write(result.trace);
+  const auto& dsd = result.facts.dsd;
+  const bool isFound = result.facts.codec || result.facts.sampleRate || (dsd && dsd->sampleRate);
+  if (!result.succeeded || !isFound) return std::nullopt;
+  return songOf(result.facts);
 }
 
 }  // namespace kolum::tool

@@ -2,33 +2,26 @@
 #ifndef KOLUM_TOOL_FILES_SONG_H
 #define KOLUM_TOOL_FILES_SONG_H
 
-#include <kolum/identifiers.h>
-
 #include <cstdint>
 #include <optional>
+#include <string>
 
-#include "files/identifiers.h"
 #include "files/paths.h"
 
 namespace kolum::tool {
 
 struct Song {
-  // Outputs that the library finds no value for keep what they start with.
-  static constexpr std::uint32_t kUnset = UINT32_MAX;
-
-  std::uint32_t containerBitRate = kUnset;
-  std::uint32_t bitRate = kUnset;
-  std::uint32_t sampleRate = kUnset;
-  std::uint32_t bitsPerSample = kUnset;
-  std::uint32_t channels = kUnset;
-  std::uint32_t duration = kUnset;
-  std::uint32_t containerFormat = kUnset;  // also the library's own "no number"
-  std::uint32_t codec = kUnset;
-  std::int32_t profile = PROFILE_UNKNOWN;
-  std::int32_t level = LEVEL_UNKNOWN;
-  char dlnaProfile[64] = "";
-
-  bool isDsd() const { return containerFormat == FORMAT_DSF || containerFormat == FORMAT_DFF; }
+  std::uint64_t containerBitRate = 0;  // bit/s; 0 when unknown, as the others
+  std::uint64_t bitRate = 0;           // bit/s
+  std::uint64_t sampleRate = 0;
+  std::uint64_t bitsPerSample = 0;
+  std::uint64_t channels = 0;
+  std::optional<std::int64_t> duration;  // seconds
+  std::optional<std::uint32_t> containerFormat;
+  std::optional<int> codec;
+  std::optional<int> profile;
+  std::optional<int> level;
+  std::string dlnaProfile;
 };
 
 // Empty when the file holds no song that can be probed.

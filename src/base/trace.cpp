@@ -1,10 +1,10 @@
-#include "api/guarded.h"
+#include "base/trace.h"
 
 #include <cstdio>
 
 #include "base/log.h"
 
-namespace kolum::api {
+namespace kolum {
 
 void write(const Trace& trace) {
   for (const TraceLine& line : trace.lines()) {
@@ -22,4 +22,4 @@ void write(const Trace& trace) {
   }
 }
 
-}  // namespace kolum::api
+}  // namespace kolum
