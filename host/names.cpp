@@ -8,6 +8,8 @@
 #include <string>
 #include <string_view>
 
+#include "base/utf8.h"
+
 namespace {
 
 constexpr char kReplacement = '_';
@@ -71,18 +73,15 @@ class ScopedLocale {
 std::string lowerFileName(std::string_view text) {
   const ScopedLocale locale(kUtf8Locale);
   std::string out;
-  std::mbstate_t reading = {};
   while (!text.empty()) {
-    wchar_t character = 0;
-    const std::size_t used = std::mbrtowc(&character, text.data(), text.size(), &reading);
-    if (used == 0 || used > text.size()) {
+    const kolum::Utf8Character character = kolum::firstUtf8Character(text);
+    if (character.length == 0) {
       out += kReplacement;
       text.remove_prefix(1);
-      reading = {};
       continue;
     }
-    text.remove_prefix(used);
-    const auto lower = std::towlower(static_cast<wint_t>(character));
+    text.remove_prefix(character.length);
+    const auto lower = std::towlower(static_cast<wint_t>(character.code));
     if (!isFileSafe(lower)) {
       out += kReplacement;
       continue;

@@ -2,6 +2,7 @@
 
 #include <cstring>
 
+#include "base/appliance.h"
 #include "frame/notifications.h"
 
 namespace frame = kolum::frame;
@@ -10,8 +11,6 @@ char* g_localWorkingPath = nullptr;
 
 namespace {
 
-constexpr const char* kDefaultWorkingPath = "/usr/local/medialibrary/bin/";
-
 bool isInitialised = false;
 
 }  // namespace
@@ -19,7 +18,7 @@ bool isInitialised = false;
 int KoLUM_Init(const char* workingPath) {
   if (isInitialised) return 0;
   // Never freed, even when the call fails: a caller may hold the pointer.
-  g_localWorkingPath = strdup(workingPath != nullptr ? workingPath : kDefaultWorkingPath);
+  g_localWorkingPath = strdup(workingPath != nullptr ? workingPath : kolum::kApplianceTools);
   isInitialised = frame::openChannels();
   return isInitialised ? 0 : 1;
 }

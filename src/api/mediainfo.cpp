@@ -126,11 +126,13 @@ void Free_MediaInfo(MediaInfo* info) {
 
 unsigned int getVideoKeyFrameTime(const char* url, int seconds, double* keyFrameTime) {
   return api::guarded(1U, [&] {
-    probe::KeyFrameSearch search;
-    if (url == nullptr || keyFrameTime == nullptr || seconds < 0)
-      probe::reportParameterError(search.trace);
-    else
-      search = probe::searchKeyFrame(url, seconds);
+    if (url == nullptr || keyFrameTime == nullptr || seconds < 0) {
+      Trace trace;
+      probe::reportParameterError(trace);
+      write(trace);
+      return 1U;
+    }
+    const probe::KeyFrameSearch search = probe::searchKeyFrame(url, seconds);
     write(search.trace);
     if (!search.time) return 1U;
     *keyFrameTime = *search.time;

@@ -2,6 +2,8 @@
 
 #include <string_view>
 
+#include "base/appliance.h"
+
 namespace kolum::artwork {
 
 namespace {
@@ -45,9 +47,9 @@ std::optional<std::string> convertCommand(const std::string& temporaryFolder,
                                           int pixels) {
   if (!canBeQuoted(source) || !canBeQuoted(target)) return std::nullopt;
   const std::string size = std::to_string(pixels);
-  return fitted("MAGICK_TMPDIR=\"" + inDoubleQuotes(temporaryFolder) +
-                "\" /usr/local/sbin/convert -limit memory 64 -limit map 128 -resize " + size + "x" +
-                size + " '" + source + "' '" + target + "'");
+  return fitted("MAGICK_TMPDIR=\"" + inDoubleQuotes(temporaryFolder) + "\" " + kConvertTool +
+                " -limit memory 64 -limit map 128 -resize " + size + "x" + size + " '" + source +
+                "' '" + target + "'");
 }
 
 }  // namespace kolum::artwork

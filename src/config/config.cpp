@@ -26,8 +26,6 @@ constexpr char kUpdate[] = "updateConfig";
 constexpr int kSuccess = 0;
 constexpr int kFailure = 1;
 
-constexpr char kServerFile[] = "/.system/lumserver.conf";  // below the data volume
-constexpr char kSetTool[] = "/sbin/setcfg";
 constexpr std::size_t kCommandSize = 256;
 constexpr std::chrono::seconds kTouchTime{30};
 
@@ -197,7 +195,7 @@ int update(const std::string& section, const std::string& key, const std::string
     KOLUM_LOG_AS(kSource, kUpdate, "can not get mount path\n");
     return kFailure;
   }
-  const std::string path = dir + kServerFile;
+  const std::string path = dir + kServerConfigFile;
   if (!touch(path)) {
     KOLUM_LOG_AS(kSource, kUpdate, "unable to touch\n");
     return kFailure;
@@ -222,7 +220,7 @@ bool readFiles(lumCfg_s& cfg) {
     KOLUM_LOG_AS(kSource, kParse, "unable to get mount path\n");
     return false;
   }
-  if (!readConfigFiles(dir + kServerFile, kLibraryConfigFile, cfg)) return false;
+  if (!readConfigFiles(dir + kServerConfigFile, kLibraryConfigFile, cfg)) return false;
   repairSizes(cfg);
   return true;
 }

@@ -22,6 +22,26 @@ constexpr std::int64_t kAacMultichannelBitRate = 1440000;
 constexpr unsigned kObjectTypeLowComplexity = 2;
 constexpr unsigned kObjectTypeErrorResilientLowComplexity = 17;
 
+struct ClassName {
+  std::int64_t audioClass;
+  std::string_view name;
+};
+
+constexpr ClassName kNames[] = {
+    {AUDIO_CLASS_NONE, "none"},
+    {AUDIO_CLASS_MP3, "MP3"},
+    {AUDIO_CLASS_AC3, "AC-3 or DTS"},
+    {AUDIO_CLASS_WMA_BASE, "WMA up to 193 kbit/s"},
+    {AUDIO_CLASS_WMA_FULL, "WMA up to 385 kbit/s"},
+    {AUDIO_CLASS_WMA_PRO, "WMA Pro"},
+    {AUDIO_CLASS_MP2, "MP2"},
+    {AUDIO_CLASS_PCM, "PCM"},
+    {AUDIO_CLASS_AAC_STEREO, "AAC-LC stereo"},
+    {AUDIO_CLASS_AAC_MULTICHANNEL, "AAC-LC multichannel"},
+    {AUDIO_CLASS_AMR, "AMR"},
+    {AUDIO_CLASS_AAC_OTHER, "other AAC"},
+};
+
 unsigned wmaClass(std::int64_t bitRate) {
   if (bitRate <= kWmaBaseBitRate) return AUDIO_CLASS_WMA_BASE;
   if (bitRate <= kWmaFullBitRate) return AUDIO_CLASS_WMA_FULL;
@@ -67,6 +87,12 @@ unsigned audioClass(const AudioClassFacts& facts) {
     default:
       return AUDIO_CLASS_NONE;
   }
+}
+
+std::string_view audioClassName(std::int64_t audioClass) {
+  for (const ClassName& row : kNames)
+    if (row.audioClass == audioClass) return row.name;
+  return "";
 }
 
 }  // namespace kolum::dlna

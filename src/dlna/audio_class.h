@@ -6,6 +6,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 namespace kolum::dlna {
 
@@ -19,6 +20,9 @@ struct AudioClassFacts {
 
 // AUDIO_CLASS_*.
 unsigned audioClass(const AudioClassFacts& facts);
+
+// The name of a class for people; empty for a number that is none.
+std::string_view audioClassName(std::int64_t audioClass);
 
 }  // namespace kolum::dlna
 

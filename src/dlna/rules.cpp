@@ -16,21 +16,6 @@ struct NumberName {
   const char* name;
 };
 
-constexpr auto kAudioClassNames = std::to_array<NumberName>({
-    {AUDIO_CLASS_NONE, "none or other"},
-    {AUDIO_CLASS_MP3, "MP3"},
-    {AUDIO_CLASS_AC3, "AC-3 or DTS"},
-    {AUDIO_CLASS_WMA_BASE, "WMA up to 193 kbit/s"},
-    {AUDIO_CLASS_WMA_FULL, "WMA up to 385 kbit/s"},
-    {AUDIO_CLASS_WMA_PRO, "WMA Pro"},
-    {AUDIO_CLASS_MP2, "MP2"},
-    {AUDIO_CLASS_PCM, "PCM"},
-    {AUDIO_CLASS_AAC_STEREO, "AAC-LC stereo"},
-    {AUDIO_CLASS_AAC_MULTICHANNEL, "AAC-LC multichannel"},
-    {AUDIO_CLASS_AMR, "AMR"},
-    {AUDIO_CLASS_AAC_OTHER, "other AAC"},
-});
-
 constexpr auto kH264Profiles = std::to_array<NumberName>({
     {44, "CAVLC 4:4:4"},
     {66, "Baseline"},
@@ -64,7 +49,9 @@ std::string nameIn(std::span<const NumberName> names, std::int64_t number) {
 }
 
 std::string audioText(std::int64_t audioClass) {
-  return nameIn(kAudioClassNames, audioClass);
+  if (audioClass == AUDIO_CLASS_NONE) return "none or other";
+  const std::string_view name = audioClassName(audioClass);
+  return name.empty() ? plainText(audioClass) : std::string(name);
 }
 
 std::string bitRateText(std::int64_t rate) {

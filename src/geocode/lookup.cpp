@@ -10,6 +10,7 @@
 #include <cstdlib>
 #include <ctime>
 
+#include "base/appliance.h"
 #include "base/child_process.h"
 #include "base/log.h"
 #include "geocode/osm_answer.h"
@@ -21,7 +22,6 @@ namespace {
 constexpr char kSource[] = "osm_metadata_query";
 constexpr char kLookUp[] = "koOsmInfo";
 
-constexpr char kTool[] = "/usr/local/medialibrary/bin/osm_info";
 constexpr std::size_t kCommandSize = 1024;
 constexpr int kAttempts = 3;
 constexpr std::chrono::seconds kToolTime{60};
@@ -35,7 +35,7 @@ std::string decimal(double value) {
 }
 
 std::string commandFor(const osm_param_s& param) {
-  std::string command = std::string(kTool) + " lat=" + decimal(param.lat) +
+  std::string command = std::string(kOsmInfoTool) + " lat=" + decimal(param.lat) +
                         " lon=" + decimal(param.lon) + " zoom=" + std::to_string(param.zoom);
   command.resize(std::min(command.size(), kCommandSize - 1));
   return command;

@@ -5,9 +5,9 @@
 #include <filesystem>
 #include <memory>
 
+#include "base/appliance.h"
 #include "files/media_files.h"
 #include "files/paths.h"
-#include "machine/appliance.h"
 #include "machine/library.h"
 #include "machine/programs.h"
 #include "terminal/arguments.h"

@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <memory>
 
-#include "machine/appliance.h"
+#include "base/appliance.h"
 #include "machine/programs.h"
 #include "terminal/command.h"
 #include "terminal/context.h"

@@ -11,7 +11,7 @@
 #include <set>
 #include <utility>
 
-#include "machine/appliance.h"
+#include "base/appliance.h"
 #include "machine/mounting.h"
 #include "machine/programs.h"
 #include "terminal/command.h"

@@ -3,11 +3,11 @@
 
 #include <memory>
 
+#include "base/appliance.h"
 #include "files/diagnosis.h"
 #include "files/file_types.h"
 #include "files/identifiers.h"
 #include "files/media_files.h"
-#include "machine/appliance.h"
 #include "terminal/arguments.h"
 #include "terminal/command.h"
 #include "terminal/context.h"

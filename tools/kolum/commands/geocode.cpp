@@ -7,8 +7,8 @@
 #include <cstring>
 #include <memory>
 
+#include "base/appliance.h"
 #include "files/identifiers.h"
-#include "machine/appliance.h"
 #include "machine/programs.h"
 #include "terminal/command.h"
 #include "terminal/context.h"

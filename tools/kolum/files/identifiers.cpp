@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "ascii.h"
+#include "dlna/audio_class.h"
 #include "media/levels.h"
 #include "terminal/text.h"
 
@@ -36,21 +37,6 @@ constexpr NamedNumber kPlayExceptions[] = {
 constexpr NamedNumber kKinds[] = {
     {"none", MEDIA_KIND_NONE},   {"music", MEDIA_KIND_MUSIC},       {"video", MEDIA_KIND_VIDEO},
     {"photo", MEDIA_KIND_PHOTO}, {"playlist", MEDIA_KIND_PLAYLIST},
-};
-
-constexpr NamedNumber kAudioClasses[] = {
-    {"none", AUDIO_CLASS_NONE},
-    {"MP3", AUDIO_CLASS_MP3},
-    {"AC-3 or DTS", AUDIO_CLASS_AC3},
-    {"WMA up to 193 kbit/s", AUDIO_CLASS_WMA_BASE},
-    {"WMA up to 385 kbit/s", AUDIO_CLASS_WMA_FULL},
-    {"WMA Pro", AUDIO_CLASS_WMA_PRO},
-    {"MP2", AUDIO_CLASS_MP2},
-    {"PCM", AUDIO_CLASS_PCM},
-    {"AAC-LC stereo", AUDIO_CLASS_AAC_STEREO},
-    {"AAC-LC multichannel", AUDIO_CLASS_AAC_MULTICHANNEL},
-    {"AMR", AUDIO_CLASS_AMR},
-    {"other AAC", AUDIO_CLASS_AAC_OTHER},
 };
 
 }  // namespace
@@ -174,7 +160,7 @@ Identifier kindIdentifier(int kind) {
 }
 
 Identifier audioClassIdentifier(unsigned audioClass) {
-  return named(kAudioClasses, audioClass);
+  return {audioClass, std::string(dlna::audioClassName(audioClass))};
 }
 
 Result ContainerNames::object() const {

@@ -1,4 +1,5 @@
 #include "machine/programs.h"
+#include "base/appliance.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -6,8 +7,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <sstream>
-
-#include "machine/appliance.h"
 
 namespace kolum::tool {
 

@@ -4,39 +4,15 @@
 #include <wchar.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdio>
 #include <ctime>
 
 #include "ascii.h"
+#include "base/utf8.h"
 
 namespace kolum::tool {
 
 namespace {
-
-// One character at the start of a text: its code point and length in bytes; length 0 when the bytes
-// there are no UTF-8 (overlong forms, surrogates and numbers beyond Unicode included).
-struct Character {
-  char32_t code;
-  std::size_t length;
-};
-
-Character firstCharacter(std::string_view text) {
-  const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
-  const unsigned char lead = byte(0);
-  if (lead < 0x80) return {lead, 1};
-  const std::size_t length = lead >= 0xF0 ? 4 : lead >= 0xE0 ? 3 : 2;
-  if (lead < 0xC2 || lead > 0xF4 || text.size() < length) return {0, 0};
-  char32_t code = lead & (0xFFU >> (length + 1));
-  for (std::size_t i = 1; i < length; ++i) {
-    if ((byte(i) & 0xC0) != 0x80) return {0, 0};
-    code = code << 6 | (byte(i) & 0x3F);
-  }
-  constexpr std::array<char32_t, 5> kSmallest = {0, 0, 0x80, 0x800, 0x10000};
-  const bool surrogate = code >= 0xD800 && code <= 0xDFFF;
-  if (code < kSmallest[length] || code > 0x10FFFF || surrogate) return {0, 0};
-  return {code, length};
-}
 
 struct Range {
   char32_t first;
@@ -75,7 +51,7 @@ std::string escaped(char32_t code) {
 }
 
 // CHARACTER, the first of BYTES.
-std::string printableCharacter(std::string_view bytes, const Character& character) {
+std::string printableCharacter(std::string_view bytes, const Utf8Character& character) {
   if (character.length == 0) return formatted("\\x%02x", static_cast<unsigned char>(bytes[0]));
   if (character.code == '\\') return "\\\\";
   if (isUnsafe(character.code)) return escaped(character.code);
@@ -100,7 +76,7 @@ std::size_t columnsOf(char32_t code) {
 
 bool isUtf8(std::string_view bytes) {
   while (!bytes.empty()) {
-    const Character character = firstCharacter(bytes);
+    const Utf8Character character = firstUtf8Character(bytes);
     if (character.length == 0) return false;
     bytes.remove_prefix(character.length);
   }
@@ -110,7 +86,7 @@ bool isUtf8(std::string_view bytes) {
 std::string printable(std::string_view bytes) {
   std::string out;
   while (!bytes.empty()) {
-    const Character character = firstCharacter(bytes);
+    const Utf8Character character = firstUtf8Character(bytes);
     out += printableCharacter(bytes, character);
     bytes.remove_prefix(std::max<std::size_t>(character.length, 1));
   }
@@ -121,7 +97,7 @@ std::string_view cutToColumns(std::string_view text, std::size_t columns) {
   std::size_t length = 0;
   std::size_t used = 0;
   while (length < text.size()) {
-    const Character character = firstCharacter(text.substr(length));
+    const Utf8Character character = firstUtf8Character(text.substr(length));
     used += columnsOf(character.code);
     if (used > columns) break;
     length += std::max<std::size_t>(character.length, 1);
