@@ -1,4 +1,4 @@
-// Files of the appliance that more than one family reads.
+// Files of the appliance that several families read.
 #ifndef KOLUM_BASE_APPLIANCE_H
 #define KOLUM_BASE_APPLIANCE_H
 
