@@ -59,7 +59,7 @@ std::optional<FilePlace> placeOf(std::string_view name) {
   return place;
 }
 
-// FOLDER, or the VIDEO_TS folder in it, with a closing "/". An empty one is the current folder.
+// FOLDER, or the VIDEO_TS folder in it, with a trailing "/". An empty FOLDER means the current one.
 std::string videoFolder(std::string folder) {
   if (folder.empty()) folder = "./";
   if (folder.back() != '/') folder += '/';
@@ -94,7 +94,7 @@ TitleSets readTitleSets(const std::string& folder) {
   return sets;
 }
 
-// Whether a pipe or a device poses as an index file: opening it could wait forever.
+// Whether an index file is a pipe or a device: opening it could block forever.
 bool holdsOddIndex(const std::string& folder) {
   const Directory directory(opendir(folder.c_str()));
   if (directory == nullptr) return false;
@@ -110,11 +110,11 @@ bool holdsOddIndex(const std::string& folder) {
   return false;
 }
 
-// The index files are read here and not by libdvdread's own parser, which crashes on damaged ones.
+// libdvdread's own parser is not used for the index files: it crashes on damaged ones.
 constexpr std::size_t kMaxIndexSize = 32U << 20U;
 constexpr std::uint64_t kChainTableSector = 0xCC;
 
-// The whole index file of a title set, or nothing.
+// The whole index file of a title set; empty if it cannot be read.
 std::string readIndex(dvd_reader_t* disc, int titleSet, dvd_read_domain_t domain) {
   const File file(DVDOpenFile(disc, titleSet, domain));
   if (file == nullptr) return {};
@@ -133,8 +133,8 @@ std::optional<std::uint32_t> number(std::string_view bytes, std::uint64_t at, st
   return value;
 }
 
-// Seconds of a playback time: hours, minutes, seconds and frames, two decimal digits a byte.
-// 0 for what is no decimal number.
+// A playback time in seconds, from hours, minutes, seconds and frames with two decimal digits per
+// byte. 0 if it is not a decimal number.
 long seconds(std::uint32_t time) {
   long total = 0;
   for (const unsigned shift : {24U, 16U, 8U}) {
@@ -146,7 +146,7 @@ long seconds(std::uint32_t time) {
   return total;
 }
 
-// The longest program chain that an index file tells of.
+// The playing time of the longest program chain in an index file.
 long longestChain(std::string_view index) {
   if (!index.starts_with("DVDVIDEO-VTS")) return 0;
   const std::uint64_t sector = number(index, kChainTableSector, 4).value_or(0);
@@ -163,7 +163,8 @@ long longestChain(std::string_view index) {
   return longest;
 }
 
-// The longest program chain of a title set; 0 when neither its index file nor the copy tells.
+// The playing time of a title set's longest program chain; 0 if neither its index file nor the
+// backup gives one.
 long longestPlayback(dvd_reader_t* disc, int titleSet) {
   for (const auto domain : {DVD_READ_INFO_FILE, DVD_READ_INFO_BACKUP_FILE})
     if (const long playback = longestChain(readIndex(disc, titleSet, domain))) return playback;
@@ -179,8 +180,8 @@ Disc openDisc(const std::string& folder) {
   return Disc(DVDOpen2(nullptr, &kQuiet, folder.c_str()));
 }
 
-// The title set that plays longest, the larger of equal ones. Sets whose IFO files cannot be read
-// count as playing for no time, so on a disc with damaged ones the size alone decides.
+// The title set that plays longest; among equals the larger one. Sets whose IFO files cannot be
+// read count as having no playing time, so on a damaged disc the size alone decides.
 const TitleSet* mainTitleSet(const std::string& folder, const TitleSets& sets) {
   if (sets.empty()) return nullptr;
   const Disc disc = openDisc(folder);
