@@ -1,4 +1,4 @@
-// dsf2flac -i FILE -f: the appliance's tool for DSD files, as far as describing them goes.
+// dsf2flac -i FILE -f: the part of the appliance's DSD tool that describes files.
 #include <getopt.h>
 
 #include <cstdio>

@@ -44,7 +44,7 @@ std::chrono::seconds secondsOf(const IniFile& ini, const char* key, std::chrono:
   return std::chrono::seconds(seconds);
 }
 
-// Codes parted by commas, with spaces around them.
+// Codes separated by commas, with or without spaces around them.
 std::vector<const Language*> languagesOf(std::string_view text) {
   std::vector<const Language*> wanted;
   while (!text.empty()) {
