@@ -2,12 +2,12 @@
 
 namespace kolum::tool {
 
-// In the order in which --help lists them: the name, what it is for in one line (those without one
-// are not listed), and the function in commands/ that defines it.
+// In the order of --help: the name, its purpose in one line (commands without one are not listed),
+// and the function in commands/ that defines it.
 //
-// The function says how the command is written (terminal/syntax.h; terminal/arguments.h has what
-// commands share) and what its --help says beyond that, and returns the action. The action prints
-// through context.printer and reports with context.fail().
+// The function describes the command line (terminal/syntax.h; terminal/arguments.h has arguments
+// that commands share) and the rest of its --help, and returns the action. The action prints
+// through context.printer and reports failures with context.fail().
 #define KOLUM_COMMANDS(ENTRY)                                                         \
   ENTRY("probe", "What is in media files", defineProbe)                               \
   ENTRY("info", "The streams of a file, for players", defineInfo)                     \

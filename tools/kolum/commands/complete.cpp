@@ -9,7 +9,7 @@ namespace kolum::tool {
 
 namespace {
 
-// A line of flags for the shell, then a line for each candidate: the word, a tab, its meaning.
+// A line of flags for the shell, then a line per candidate: the word, a tab, its meaning.
 std::string answerOf(const Completion& completion) {
   std::string answer = std::string(completion.takesFiles ? "files " : "") +
                        (completion.goesOn ? "nospace" : "") + "\n";

@@ -20,7 +20,7 @@ struct Options {
   bool names = false;
 };
 
-// The folder to search for a name: itself when it is a folder, else the one it lies in.
+// The folder to search for a name: the name itself if it is a folder, else the folder it is in.
 std::string folderOf(const std::string& name, bool isFolder) {
   return isFolder ? withSlash(name) : splitPath(name).folder;
 }

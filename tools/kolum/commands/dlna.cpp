@@ -32,7 +32,7 @@ Result testObject(const DlnaTest& test) {
   return object;
 }
 
-// A candidate's block: its tests, one a line, with what the file has.
+// A candidate's block: one test per line, with the file's value.
 Result candidateResult(const DlnaCandidate& candidate) {
   Result result = Result::titled(candidate.name + (candidate.taken ? ": fits" : ": does not fit"));
   result.data("name", candidate.name);
@@ -76,7 +76,7 @@ void addExplanation(Result& result, const DlnaNaming& naming) {
   result.list("candidates", std::move(candidates));
 }
 
-// Only names of videos come with their explanation.
+// Only videos' names can be explained.
 std::optional<DlnaNaming> nameSong(const MediaPath& path) {
   const auto song = readSong(path);
   if (!song) return std::nullopt;

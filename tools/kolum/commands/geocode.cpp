@@ -65,9 +65,9 @@ Identifier objectType(int type) {
   return named(kObjectTypes, type);
 }
 
-// One attempt with the stand-in; numbers are all that reaches the shell besides its path.
+// One attempt with the stand-in; besides its path only numbers reach the shell.
 int askStandIn(std::string tool, const osm_param_s& query, osm_place_s& place) {
-  tool.resize(4 * tool.size() + sizeof "''");  // the room that the shell's word may take
+  tool.resize(4 * tool.size() + sizeof "''");  // the longest form of the shell word
   StringConvert2SystemCmdFilename(tool.data());
   tool.resize(std::strlen(tool.data()));
   char arguments[128];

@@ -10,7 +10,7 @@ namespace kolum::tool {
 
 namespace {
 
-// The help of the command that TOPICS leads to, from ROOT on.
+// The help of the command that TOPICS lead to, starting at ROOT.
 std::string helpOn(const CLI::App& root, const std::vector<std::string>& topics) {
   const CLI::App* command = &root;
   for (const std::string& topic : topics) {

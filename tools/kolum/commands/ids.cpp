@@ -80,7 +80,7 @@ std::string attachedName(std::int64_t id) {
   return extension;
 }
 
-// A number that fits the library's parameters of type TYPE.
+// A number within the range of the library's parameter type TYPE.
 template <typename Type>
 std::optional<Type> parseAs(const std::string& value) {
   const auto number = parseNumber(value);

@@ -64,7 +64,7 @@ void wait(Context& context, const Options& options) {
   }
 }
 
-// ACT needs the channels.
+// Wraps ACT, which needs the channels.
 Action withChannels(Action act) {
   return [act = std::move(act)](Context& context) {
     if (!initLibrary()) return context.fail("the notification channels cannot be opened");

@@ -20,7 +20,7 @@ struct Options {
 struct Prober {
   int kind;
   unsigned bit;
-  const char* word;  // that forces it on the command line
+  const char* word;  // to force it on the command line
   void (*probe)(Context&, const MediaPath&, const ProbeOptions&);
 };
 
@@ -36,7 +36,7 @@ Words proberWords() {
   return words;
 }
 
-// The prober that the first operand asks for; a lone operand always names a file.
+// The prober forced by the first operand; a single operand is always a file.
 const Prober* forcedProber(FileArguments& files) {
   const bool moreNames = files.operands.size() > 1 || !files.listFile.empty();
   if (!moreNames || files.operands.empty()) return nullptr;
@@ -55,7 +55,7 @@ const Prober* proberOf(int kind) {
   return nullptr;
 }
 
-// Of a file that is of no kind with a prober.
+// For a file whose kind has no prober.
 Failure kindFailure(const MediaFile& file, bool byContent) {
   if (auto failure = readingFailure(file.path.full())) return *failure;
   if (file.kind == MEDIA_KIND_PLAYLIST)

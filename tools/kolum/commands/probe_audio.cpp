@@ -12,12 +12,12 @@ namespace kolum::tool {
 
 namespace {
 
-// A number of the song; 0 when it has none.
+// A number of the song; 0 if unknown.
 std::uint64_t known(std::uint32_t value) {
   return value == Song::kUnset ? 0 : value;
 }
 
-// DSD songs tell their bit rate in kbit/s.
+// The library reports the bit rate of DSD songs in kbit/s.
 std::uint64_t bitRateOf(const Song& song) {
   return known(song.bitRate) * (song.isDsd() ? 1000 : 1);
 }

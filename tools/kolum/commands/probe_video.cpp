@@ -119,7 +119,7 @@ void addAudioStream(Result& result, const videoObject_st& record) {
     result.show("Audio class", audioClassIdentifier(record.audioClass).text());
 }
 
-// Counted for discs only.
+// Subtitles are counted for discs only.
 void addSubtitles(Result& result, const MediaPath& path, const videoObject_st& record) {
   const bool isDisc = path.name == kDvdIndex || path.name == kBluRayIndex;
   if (!isDisc || record.subtitleCount == kUnsetUnsigned) return;
@@ -160,7 +160,7 @@ Result videoResult(const MediaPath& path, const videoObject_st& record) {
 
 void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& options) {
   videoObject_st record = blankRecord();
-  // A DVD's duration is scaled by its title's size, whatever stands there; 0 is none.
+  // A DVD's duration is scaled by its title's size, even a meaningless one; 0 means unknown.
   const bool isDvd = path.name == kDvdIndex;
   if (isDvd) record.duration = 0;
   if (GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, options.audioStream) !=

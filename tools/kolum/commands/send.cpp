@@ -89,7 +89,7 @@ void print(Context& context, int command, const MediaLibrary::LUM::SocketResp_t&
 void run(Context& context, const Options& options) {
   const int command = commandCode(options.command);
   const std::string payload = payloadOf(options);
-  // The record is left alone when no answer comes.
+  // The record stays unchanged if no answer comes.
   constexpr std::int64_t kNoAnswer = std::numeric_limits<std::int64_t>::min();
   MediaLibrary::LUM::SocketResp_t answer = {kNoAnswer, 0, nullptr};
   const int status =

@@ -26,7 +26,7 @@ Result requestResult(const EchoRequest& request) {
   return result;
 }
 
-// The signals by which people end a server, taken by a thread that waits for them.
+// The signals that end a server, received by a thread that waits for them.
 sigset_t endingSignals() {
   sigset_t signals;
   sigemptyset(&signals);
@@ -62,7 +62,7 @@ void run(Context& context, const std::string& socketPath) {
   } catch (...) {
     failure = std::current_exception();
   }
-  kill(getpid(), SIGTERM);  // ends the waiter when no signal did
+  kill(getpid(), SIGTERM);  // ends the waiting thread if no signal did
   waiter.join();
   if (failure) std::rethrow_exception(failure);
 }

@@ -25,7 +25,7 @@ void printTracks(Context& context, const MediaPath& path) {
   Result result = Result::ofFile(path.given);
   result.number("audioTracks", "Audio tracks", audio);
   result.number("subtitleTracks", "Subtitle tracks", subtitles);
-  // A file without video has no rotation, and one without a rotation leaves the preset.
+  // The call fails for a file without video, and leaves the preset if no rotation is stored.
   unsigned degrees = 0;
   if (GetVideoRotationDegree(path.folder.c_str(), path.name.c_str(), &degrees) == 0) {
     result.data("rotation", degrees);
@@ -36,7 +36,7 @@ void printTracks(Context& context, const MediaPath& path) {
   context.printer.block(result);
 }
 
-// The queries open a file as it stands; a disc has none that stands for all of it.
+// The queries open single files; on a disc no file represents the whole.
 void visit(Context& context, const MediaFile& file) {
   constexpr char kDisc[] = "discs are not looked into; name one of their stream files";
   if (!file.isDisc) return printTracks(context, file.path);

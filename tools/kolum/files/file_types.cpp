@@ -16,7 +16,7 @@ namespace kolum::tool {
 
 namespace {
 
-// The playlist table publishes no size: its rows end with one without an extension.
+// The playlist table publishes no size: its last row has no extension.
 std::span<const MediaFileInfo> rowsOf(const MediaFileInfo* table) {
   std::size_t count = 0;
   while (table[count].extension != nullptr) ++count;

@@ -8,7 +8,7 @@
 namespace kolum::tool {
 
 std::optional<Song> readSong(const MediaPath& path) {
-  // A tool reads DSD songs, so the library has to know where it is.
+  // An external tool reads DSD songs, so the library must know where it is.
   if (isDsdName(path.name)) initLibrary();
   Song song;
   const bool isRead =

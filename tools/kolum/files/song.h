@@ -1,4 +1,4 @@
-// A song's numbers, as the library's probe of songs finds them.
+// A song's data, as the library's song probe finds it.
 #ifndef KOLUM_TOOL_FILES_SONG_H
 #define KOLUM_TOOL_FILES_SONG_H
 
@@ -13,7 +13,7 @@
 namespace kolum::tool {
 
 struct Song {
-  // Outputs that the library finds no value for keep what they start with.
+  // Outputs without a value keep this preset.
   static constexpr std::uint32_t kUnset = UINT32_MAX;
 
   std::uint32_t containerBitRate = kUnset;
@@ -22,7 +22,7 @@ struct Song {
   std::uint32_t bitsPerSample = kUnset;
   std::uint32_t channels = kUnset;
   std::uint32_t duration = kUnset;
-  std::uint32_t containerFormat = kUnset;  // also the library's own "no number"
+  std::uint32_t containerFormat = kUnset;  // also the library's own value for "unknown"
   std::uint32_t codec = kUnset;
   std::int32_t profile = PROFILE_UNKNOWN;
   std::int32_t level = LEVEL_UNKNOWN;
@@ -31,7 +31,7 @@ struct Song {
   bool isDsd() const { return containerFormat == FORMAT_DSF || containerFormat == FORMAT_DFF; }
 };
 
-// Empty when the file holds no song that can be probed.
+// Empty if the file contains no song that can be probed.
 std::optional<Song> readSong(const MediaPath& path);
 
 }  // namespace kolum::tool
