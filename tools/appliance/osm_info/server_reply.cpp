@@ -76,7 +76,7 @@ Answer readReply(long httpStatus, std::string_view body, const Language& languag
   if (httpStatus != kHttpOk) {
     throw LookUpError("the server answers with status " + std::to_string(httpStatus));
   }
-  if (!reply.is_object()) throw LookUpError("the server's answer is no JSON object");
+  if (!reply.is_object()) throw LookUpError("the server's answer is not a JSON object");
   return {.language = std::string(language.code),
           .osmType = textOf(reply, "osm_type"),
           .osmId = textOf(reply, "osm_id"),
