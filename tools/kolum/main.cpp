@@ -28,7 +28,7 @@ struct CommonOptions {
 
 // The options of every command and sub-command.
 void addCommonOptions(CLI::App& parser, CommonOptions& options) {
-  parser.add_flag("--json", options.json, "Prints one JSON object a line");
+  parser.add_flag("--json", options.json, "Prints one JSON object per line");
   parser.add_flag("--debug", options.debug, "Shows the library's debug lines on standard error");
   for (CLI::App* nested : parser.get_subcommands({})) addCommonOptions(*nested, options);
 }
@@ -93,15 +93,14 @@ std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 int run(const Channels& channels, int argc, char** argv) {
-  CLI::App app("Tells what is in media files, and speaks to the media library around them.",
-               "kolum");
+  CLI::App app("Describes media files, and talks to the media library around them.", "kolum");
   app.set_help_flag("-h,--help", "Shows this help");
   app.set_version_flag("-V,--version", "kolum " KOLUM_VERSION, "Shows the version");
   Grammar grammar;
   Syntax syntax(app, grammar);
   syntax.commands(commands());
   syntax.help(
-      "\"kolum COMMAND --help\" tells more about a command.\n"
+      "\"kolum COMMAND --help\" describes a command.\n"
       "Exit status: 0 all done, 1 something failed, 2 wrong usage.");
   CommonOptions options;
   addCommonOptions(app, options);

@@ -120,7 +120,7 @@ void showFolder(Context& context, const SystemThumbnail& thumbnail) {
   char name[16] = "";
   if (!mediaType || !item || *mediaType < 0 || *mediaType > UINT32_MAX ||
       getSystemThumbFolderName(static_cast<unsigned>(*mediaType), *item, sizeof name, name) != 0) {
-    throw UsageError("TYPE is a number from 0 to 20, ITEM one from 1");
+    throw UsageError("TYPE must be from 0 to 20, ITEM at least 1");
   }
   Result result;
   result.text("folder", "Folder", name);
@@ -174,7 +174,7 @@ Action defineArtwork(Syntax& syntax) {
       "artist.jpg\n"
       "and a thumbnail for each album. An album's thumbnails are made from the picture "
       "\"@_ALBUM.jpg\" or\n"
-      "\".png\" beside them, which is deleted afterwards: by ffmpeg, and where it makes none by "
+      "\".png\" beside them, which is deleted afterwards: by ffmpeg, or if it makes none by "
       "ImageMagick\n"
       "(/usr/local/sbin/convert, else convert on the PATH).\n"
       "\nExample:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");

@@ -150,7 +150,7 @@ void set(Context& context, const Setting& setting) {
   if (status == 0) return;
   if (reportMissing(context, dataDir, {tool}, X_OK)) return;
   context.fail(dataDir + kServerConfigFile,
-               "not changed, " + tool + " or its preparation answered " + std::to_string(status));
+               "not changed, " + tool + " or its preparation returned " + std::to_string(status));
 }
 
 Words sectionNames() {
@@ -181,11 +181,9 @@ Action defineConfig(Syntax& syntax) {
   };
   syntax.commands(kCommands);
   syntax.help(
-      "The media-library server's configuration: the data volume's .system/lumserver.conf, and "
-      "for\n"
-      "one setting /etc/config/medialibrary.conf. Settings are changed by /sbin/setcfg, or where "
-      "there\n"
-      "is none by the stand-in that is installed with kolum.\n"
+      "The media-library server's configuration: the data volume's .system/lumserver.conf, and\n"
+      "/etc/config/medialibrary.conf for one setting. /sbin/setcfg changes settings, or if it is\n"
+      "missing the stand-in installed with kolum.\n"
       "\nExamples:\n"
       "  kolum config show\n"
       "  kolum config set THUMBNAIL QUALITY 3");

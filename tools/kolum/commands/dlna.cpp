@@ -122,14 +122,13 @@ void run(Context& context, const Options& options) {
 Action defineDlna(Syntax& syntax) {
   auto options = std::make_shared<Options>();
   addMediaFileArguments(syntax, options->files);
-  syntax.flag("--explain", options->explain, "Tells how the profile was found, or why none was");
+  syntax.flag("--explain", options->explain, "Explains how the profile was found, or why none was");
   addAudioStreamOption(syntax, options->audioStream);
   syntax.help(
       "Names the DLNA media format profile and MIME type of videos and songs. With --explain it "
       "also\n"
-      "says what counted about a video, every name that was considered, each test with what the "
-      "file\n"
-      "has, and what would have to change for the next better name.\n"
+      "lists the properties of a video that counted, every name considered, each test with the\n"
+      "file's value, and what would have to change for the next better name.\n"
       "\nExample:\n  kolum dlna --explain movie.mp4");
   return [options](Context& context) { run(context, *options); };
 }

@@ -69,7 +69,7 @@ struct FixedProgram {
 // The programs that the library runs for its hosts.
 constexpr FixedProgram kFixedPrograms[] = {
     {"/usr/local/medialibrary/bin/ffmpeg", "album thumbnails"},
-    {kConvertTool, "album thumbnails where ffmpeg makes none"},
+    {kConvertTool, "album thumbnails if ffmpeg makes none"},
     {"/usr/local/medialibrary/bin/dsf2flac", "DSD songs"},
     {kOsmInfoTool, "places"},
     {kSetTool, "changing the configuration"},
@@ -218,7 +218,7 @@ Action defineDoctor(Syntax& syntax) {
       print(context, finding);
       isComplete = isComplete && (finding.group != &kHere || finding.found.has_value());
     }
-    if (!isComplete) context.fail("something is missing that is needed on every machine");
+    if (!isComplete) context.fail("something needed on every machine is missing");
   };
 }
 

@@ -78,7 +78,7 @@ Action defineExtensions(Syntax& syntax) {
       "\nExample:\n  kolum extensions --kinds music");
   return [options](Context& context) {
     if (options->xml && (context.json || !options->kinds.empty())) {
-      throw UsageError("--xml goes with no other option");
+      throw UsageError("--xml cannot be combined with other options");
     }
     run(context, *options);
   };

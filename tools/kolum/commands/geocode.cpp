@@ -147,14 +147,11 @@ Action defineGeocode(Syntax& syntax) {
   syntax.option("--language", {"CODE", Offer::kWords, languageCodes}, options->language,
                 "Prints the address in this language only");
   syntax.help(
-      "Tells the place of a position and its address in several languages. The tool osm_info looks "
-      "it\n"
-      "up: the appliance's, else the stand-in built beside kolum.\n"
-      "\nThe stand-in's places are GeoNames data (https://www.geonames.org, licence CC BY 4.0), "
-      "unless a\n"
-      "server of your own is configured, which commonly has OpenStreetMap data (licence ODbL): "
-      "name\n"
-      "the source wherever you show places.\n"
+      "Prints the place at a position and its address in several languages. The tool osm_info\n"
+      "finds it: the appliance's, else the stand-in built with kolum.\n"
+      "\nThe stand-in's places are GeoNames data (https://www.geonames.org, licence CC BY 4.0),\n"
+      "unless your own server is configured, which usually has OpenStreetMap data (licence ODbL):\n"
+      "name the source wherever you show places.\n"
       "\nExample:\n  kolum geocode 48.8584 2.2945 --language en");
   return [options](Context& context) { run(context, *options); };
 }

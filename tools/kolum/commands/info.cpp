@@ -97,7 +97,7 @@ std::string frameRateText(const MediaStreamInfo& stream) {
 std::string videoText(const MediaStreamInfo& stream) {
   return joined(
       {pictureSizeText(stream.width, stream.height), frameRateText(stream),
-       stream.rotation == 0 ? "" : "turned by " + std::to_string(stream.rotation) + " degrees",
+       stream.rotation == 0 ? "" : "rotated by " + std::to_string(stream.rotation) + " degrees",
        stream.bitRate == 0 ? "" : bitRateText(stream.bitRate), stream.isDivx == 0 ? "" : "DivX"});
 }
 

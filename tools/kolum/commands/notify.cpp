@@ -102,7 +102,7 @@ Action defineClear(Syntax& syntax) {
 Action defineNotify(Syntax& syntax) {
   static constexpr Command kCommands[] = {
       {"post", "Posts a change: wakes the server", definePost},
-      {"stop", "Posts a stop: asks a waiter to finish", defineStop},
+      {"stop", "Posts a stop: asks a waiting process to stop", defineStop},
       {"wait", "Waits for a change, or with --stop for a stop", defineWait},
       {"clear", "Empties both channels", defineClear},
   };

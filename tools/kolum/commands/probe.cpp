@@ -62,8 +62,8 @@ Failure kindFailure(const MediaFile& file, bool byContent) {
     return {Cause::kPlaylist, "a playlist has nothing to probe"};
   if (byContent) return diagnose(file.path, Wanted::kStreams);
   return {Cause::kUnknownName,
-          "no media file by its name; --all goes by what is in it, and \"kolum probe "
-          "video|audio|photo FILE\" by what you say"};
+          "not a media file by its name; --all decides by its content, and \"kolum probe "
+          "video|audio|photo FILE\" forces a kind"};
 }
 
 void run(Context& context, Options& options) {
@@ -85,12 +85,12 @@ Action defineProbe(Syntax& syntax) {
   addMediaFileArguments(syntax, options->files, proberWords);
   addAudioStreamOption(syntax, options->probe.audioStream);
   syntax.help(
-      "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
+      "Describes media files. A folder stands for the media in it; one with a DVD\n"
       "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "
       "from\n"
-      "its name; \"video\", \"audio\" or \"photo\" in front of the names forces it for all of "
+      "its name; \"video\", \"audio\" or \"photo\" before the names forces it for all of "
       "them.\n"
-      "--all goes by what is in each file instead.\n"
+      "--all decides by each file's content instead.\n"
       "\nExamples:\n"
       "  kolum probe Movies/ holiday.mp4\n"
       "  kolum probe video recording.dat\n"

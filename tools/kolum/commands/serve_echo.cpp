@@ -74,7 +74,7 @@ Action defineServeEcho(Syntax& syntax) {
   syntax.option("--socket", {"PATH", Offer::kFiles}, *socketPath,
                 std::string("The socket file to serve (default ") + *socketPath + ")");
   syntax.help(
-      "A small media-library server for trying things: prints every command it gets and answers\n"
+      "A small media-library server for experiments: prints every command it gets and answers\n"
       "with result 1 and the command's own payload as text, until it is interrupted.\n"
       "\nExample:\n"
       "  kolum serve-echo &\n"

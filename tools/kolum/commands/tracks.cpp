@@ -38,7 +38,7 @@ void printTracks(Context& context, const MediaPath& path) {
 
 // The queries open single files; on a disc no file represents the whole.
 void visit(Context& context, const MediaFile& file) {
-  constexpr char kDisc[] = "discs are not looked into; name one of their stream files";
+  constexpr char kDisc[] = "discs are not opened; name one of their stream files";
   if (!file.isDisc) return printTracks(context, file.path);
   if (file.isNamed) return context.fail(file.path.given, Failure{Cause::kDisc, kDisc});
   context.note(file.path.given, kDisc);
@@ -50,8 +50,8 @@ Action defineTracks(Syntax& syntax) {
   auto files = std::make_shared<MediaFileArguments>();
   addMediaFileArguments(syntax, *files);
   syntax.help(
-      "Counts the audio and subtitle tracks of videos and songs, and tells the stored rotation of\n"
-      "the picture and whether streams are encrypted.\n"
+      "Counts the audio and subtitle tracks of videos and songs, and reports the picture's stored\n"
+      "rotation and whether streams are encrypted.\n"
       "\nExample:\n  kolum tracks --json movie.mkv");
   return [files](Context& context) {
     forEachMediaFile(context, *files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,

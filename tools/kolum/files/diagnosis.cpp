@@ -52,7 +52,7 @@ bool isDiscImage(std::string_view name) {
 Failure imageFailure(Wanted wanted) {
   if (wanted != Wanted::kVideo) {
     return {Cause::kDiscImage,
-            "disc images are not looked into; \"kolum probe video\" describes their main title"};
+            "disc images are not opened; \"kolum probe video\" describes their main title"};
   }
   if (const auto obstacle = mountingObstacle())
     return {Cause::kDiscImage, "a disc image, which cannot be mounted: " + *obstacle};
@@ -156,7 +156,7 @@ std::optional<Failure> readingFailure(const std::string& path) {
 }
 
 Failure noNumbersFailure() {
-  return {Cause::kNoNumbers, "dsf2flac reported no numbers for it"};
+  return {Cause::kNoNumbers, "dsf2flac reported no technical data"};
 }
 
 Failure diagnose(const MediaPath& path, Wanted wanted, const Failure& otherwise) {

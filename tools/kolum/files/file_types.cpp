@@ -94,7 +94,7 @@ void setExclusionMask(const std::string& value) {
   const FileTypeTable& table = tableNamed(kind);
   const auto mask = parseNumber(equals == std::string::npos ? "" : value.substr(equals + 1));
   if (!mask || KoLUM_SetFileTypeUmaskInternal(table.maskNumber, *mask) != 0) {
-    throw UsageError("no mask from 0 to 0x7fffffffffffffff in \"" + value + "\"");
+    throw UsageError("\"" + value + "\" has no mask from 0 to 0x7fffffffffffffff");
   }
 }
 

@@ -104,7 +104,7 @@ class Walk {
   // Reported as a failure if there is nothing else in the folder.
   void reportSkipped(const std::string& name) {
     std::string text = skipped_.text();
-    if (!arguments_.byContent) text += "; --all goes by what is in them";
+    if (!arguments_.byContent) text += "; --all decides by their content";
     if (isKnownFound_) return context_.note(name, text);
     context_.fail(name, Failure{Cause::kNothingKnown, std::string(kNoFiles) + ": " + text});
   }
@@ -210,9 +210,9 @@ class Walk {
 
 void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments, Words (*leadingWords)()) {
   addFileArguments(syntax, arguments.names, leadingWords);
-  syntax.flag("--all", arguments.byContent, "Goes by what is in the files, not by their names");
+  syntax.flag("--all", arguments.byContent, "Decides by the files' content, not by their names");
   syntax.repeatedOption("--exclude", {"GLOB"}, arguments.excluded,
-                        "Leaves files and folders out that match; can be given again");
+                        "Leaves out matching files and folders; may be repeated");
 }
 
 void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,

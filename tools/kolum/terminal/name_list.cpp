@@ -67,7 +67,7 @@ class NameList {
 
 Failure listFailure(const NameList& list) {
   if (list.isMixed())
-    return {Cause::kSystemError, "some names end with newlines and some with NUL; say -0"};
+    return {Cause::kSystemError, "some names end with newlines and some with NUL; use -0"};
   return systemFailure(ENAMETOOLONG);
 }
 
