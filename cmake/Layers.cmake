@@ -1,10 +1,10 @@
 # kolum_layer(NAME [OBJECT] FOLDER folder SOURCES file... [USES layer...] [NEEDS library...])
 #
 # A layer of the library: the sources of src/FOLDER, which is the current folder. They see their own
-# headers, those of the layers in USES and of what these use, and no others: an include that goes
-# another way does not compile. To that end each layer has an include folder of its own in the build
-# tree, with nothing in it but a link to the layer's sources. NEEDS are libraries from elsewhere,
-# seen by this layer alone. OBJECT: an object library, for what nothing else refers to.
+# headers, those of the layers in USES and of the layers these use, and no others: any other include
+# does not compile. For this each layer has its own include folder in the build tree, which contains
+# only a link to the layer's sources. NEEDS are external libraries, visible to this layer only.
+# OBJECT: an object library, for code that nothing else refers to.
 function(kolum_layer name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "OBJECT" "FOLDER" "SOURCES;USES;NEEDS")
   set(root ${PROJECT_BINARY_DIR}/layers/${name})
@@ -24,7 +24,7 @@ function(kolum_layer name)
   target_include_directories(kolum_${name} PUBLIC ${root})
   target_link_libraries(kolum_${name} PUBLIC kolum::options ${arg_USES} PRIVATE ${arg_NEEDS})
   if(KOLUM_COVERAGE)
-    # Tests of many processes and threads write the same counts.
+    # Tests with several processes and threads update the same counters.
     target_compile_options(kolum_${name} PRIVATE --coverage -fprofile-update=atomic)
     target_link_options(kolum_${name} PUBLIC --coverage)
   endif()

@@ -16,7 +16,7 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   target_compile_options(kolum_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
-# Shared objects have no undefined symbols, except those that a sanitizer's run-time defines.
+# Shared objects have no undefined symbols, except those defined by a sanitizer's run-time.
 set(KOLUM_NO_UNDEFINED -Wl,--no-undefined)
 if(KOLUM_SANITIZE)
   set(KOLUM_NO_UNDEFINED)

@@ -1,5 +1,5 @@
-# Files for find_package(kolum) and pkg-config. Neither holds an absolute path, so that the prefix
-# can be moved.
+# Files for find_package(kolum) and pkg-config. Neither contains an absolute path, so that the
+# prefix can be moved.
 include(CMakePackageConfigHelpers)
 
 set(cmake_folder ${CMAKE_INSTALL_LIBDIR}/cmake/kolum)

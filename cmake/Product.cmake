@@ -1,5 +1,5 @@
 # One target for everything that gets installed, without the tests: cmake --build FOLDER --target
-# kolum-product. Included before every install(), because the check below has to run first.
+# kolum-product. Included before every install(), because the check below must run first.
 add_custom_target(kolum-product)
 add_dependencies(kolum-product kolum kolum-tool kolum-man dsf2flac osm_info setcfg)
 

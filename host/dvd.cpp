@@ -36,7 +36,7 @@ using Directory = std::unique_ptr<DIR, DirectoryCloser>;
 using Disc = std::unique_ptr<dvd_reader_t, DiscCloser>;
 using File = std::unique_ptr<dvd_file_t, FileCloser>;
 
-// Whether a link leads out of a disc. Nothing outside belongs to it, whoever put the link there.
+// Whether a path is a link that leads out of a disc.
 bool leadsOut(const std::string& path, const std::string& disc) {
   struct stat status = {};
   if (lstat(path.c_str(), &status) != 0 || !S_ISLNK(status.st_mode)) return false;
@@ -74,7 +74,7 @@ std::optional<FilePlace> placeOf(std::string_view name) {
   return place;
 }
 
-// FOLDER, or the VIDEO_TS folder in it, with a closing "/". An empty one is the current folder.
+// FOLDER, or the VIDEO_TS folder in it, with a trailing "/". An empty FOLDER means the current one.
 std::string videoFolder(std::string folder) {
   if (folder.empty()) folder = "./";
   if (folder.back() != '/') folder += '/';
@@ -111,8 +111,8 @@ TitleSets readTitleSets(const std::string& folder) {
   return sets;
 }
 
-// Whether a pipe or a device poses as an index file, which opening could wait for, or a link leads
-// out of the disc.
+// Whether an index file is a pipe or a device, which opening could block on, or a link out of the
+// disc.
 bool holdsOddIndex(const std::string& folder) {
   const Directory directory(opendir(folder.c_str()));
   if (directory == nullptr) return false;
@@ -129,11 +129,11 @@ bool holdsOddIndex(const std::string& folder) {
   return false;
 }
 
-// The index files are read here and not by libdvdread's own parser, which crashes on damaged ones.
+// libdvdread's own parser is not used for the index files: it crashes on damaged ones.
 constexpr std::size_t kMaxIndexSize = 32U << 20U;
 constexpr std::uint64_t kChainTableSector = 0xCC;
 
-// The whole index file of a title set, or nothing.
+// The whole index file of a title set; empty if it cannot be read.
 std::vector<std::uint8_t> readIndex(dvd_reader_t* disc, int titleSet, dvd_read_domain_t domain) {
   const File file(DVDOpenFile(disc, titleSet, domain));
   if (file == nullptr) return {};
@@ -152,8 +152,8 @@ std::uint32_t number(std::span<const std::uint8_t> bytes, std::uint64_t at, std:
   return static_cast<std::uint32_t>(reader.bigEndian(size));
 }
 
-// Seconds of a playback time: hours, minutes, seconds and frames, two decimal digits a byte.
-// 0 for what is no decimal number.
+// A playback time in seconds, from hours, minutes, seconds and frames with two decimal digits per
+// byte. 0 if it is not a decimal number.
 long seconds(std::uint32_t time) {
   long total = 0;
   for (const unsigned shift : {24U, 16U, 8U}) {
@@ -165,7 +165,7 @@ long seconds(std::uint32_t time) {
   return total;
 }
 
-// The longest program chain that an index file tells of.
+// The playing time of the longest program chain in an index file.
 long longestChain(std::span<const std::uint8_t> index) {
   constexpr std::string_view kMagic = "DVDVIDEO-VTS";
   if (kolum::ByteReader(index).text(kMagic.size()) != kMagic) return 0;
@@ -182,7 +182,8 @@ long longestChain(std::span<const std::uint8_t> index) {
   return longest;
 }
 
-// The longest program chain of a title set; 0 when neither its index file nor the copy tells.
+// The playing time of a title set's longest program chain; 0 if neither its index file nor the
+// backup gives one.
 long longestPlayback(dvd_reader_t* disc, int titleSet) {
   for (const auto domain : {DVD_READ_INFO_FILE, DVD_READ_INFO_BACKUP_FILE})
     if (const long playback = longestChain(readIndex(disc, titleSet, domain))) return playback;
@@ -198,8 +199,8 @@ Disc openDisc(const std::string& folder) {
   return Disc(DVDOpen2(nullptr, &kQuiet, folder.c_str()));
 }
 
-// The title set that plays longest, the larger of equal ones. Sets whose IFO files cannot be read
-// count as playing for no time, so on a disc with damaged ones the size alone decides.
+// The title set that plays longest; among equals the larger one. Sets whose IFO files cannot be
+// read count as having no playing time, so on a damaged disc the size alone decides.
 const TitleSet* mainTitleSet(const std::string& folder, const TitleSets& sets) {
   if (sets.empty()) return nullptr;
   const Disc disc = openDisc(folder);

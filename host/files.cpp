@@ -37,7 +37,7 @@ int komkdir(const char* path) try {
 
 int koremove2(const char* path) try {
   if (path == nullptr || *path == '\0') return -1;
-  // With a closing "/" the system would follow a link before anything looks at it.
+  // With a trailing "/" the system would follow a link before it could be recognised as one.
   std::string tree = path;
   dropClosingSlashes(tree);
   if (tree == "/") return -1;

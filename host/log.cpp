@@ -13,7 +13,7 @@ namespace {
 
 constexpr const char* kColourReset = "\x1b[0m";
 
-// Callers log between a failed call and their look at its error number.
+// Callers may log between a failed call and reading errno.
 class KeptErrno {
  public:
   KeptErrno() = default;
@@ -35,13 +35,13 @@ struct Freer {
 };
 using Text = std::unique_ptr<char, Freer>;
 
-// Null when there is no memory for it.
+// Null if memory runs out.
 Text formatted(const char* format, std::va_list arguments) {
   char* text = nullptr;
   return Text(vasprintf(&text, format, arguments) >= 0 ? text : nullptr);
 }
 
-// One line whatever the threads: a single write that other writers cannot cut in two.
+// A single write per line, so that lines of other threads do not mix with it.
 void writeLine(std::string text, const char* colour, const char* source, int line,
                const char* function) {
   while (!text.empty() && text.back() == '\n') text.pop_back();
@@ -52,7 +52,7 @@ void writeLine(std::string text, const char* colour, const char* source, int lin
   out.append(" ").append(function != nullptr ? function : "").append("] ").append(text);
   if (colour != nullptr) out += kColourReset;
   out += '\n';
-  // There is nobody to tell when standard error itself fails.
+  // If standard error itself fails, nothing can report it.
   [[maybe_unused]] const auto written = write(STDERR_FILENO, out.data(), out.size());
 }
 
@@ -68,7 +68,7 @@ void koDebugUtilWrapperPrint(int level, const char* colour, const char* source, 
     const Text text = formatted(format, arguments);
     if (text != nullptr) writeLine(text.get(), colour, source, line, function);
   } catch (...) {
-    // A message that does not fit in memory is lost; the program goes on.
+    // A message that does not fit in memory is dropped; the program continues.
   }
   va_end(arguments);
 }

@@ -14,7 +14,7 @@ namespace {
 
 constexpr char kReplacement = '_';
 
-// Characters that stand for themselves in a shell word. Bytes of non-ASCII characters do, too.
+// Characters that need no quoting in a shell word. Bytes of non-ASCII characters need none either.
 bool isShellSafe(char c) {
   constexpr std::string_view kSafe = "/._-+,:@%=";
   const bool isAlphanumeric =
@@ -23,7 +23,7 @@ bool isShellSafe(char c) {
          kSafe.find(c) != std::string_view::npos;
 }
 
-// The bytes that a character takes in a shell word.
+// The number of bytes for a character in a shell word.
 std::size_t shellLength(char c) {
   if (c == '\n') return 3;
   return isShellSafe(c) ? 1 : 2;
@@ -39,25 +39,25 @@ void writeForShell(char c, char* out) {
       out[1] = c;
       break;
     default:
-      // After a backslash the shell would drop the line end; quotes keep it.
+      // The shell would remove a line end after a backslash; quotes keep it.
       out[0] = '\'';
       out[1] = c;
       out[2] = '\'';
   }
 }
 
-// Characters that no file name may hold, or that would end a quoted word of a shell command.
+// Characters that file names cannot contain, or that would end a quoted word in a shell command.
 bool isFileSafe(wint_t c) {
   constexpr std::wstring_view kUnsafe = L"/\\:*?\"'<>|`$";
   const bool isControl = c < 0x20 || (c >= 0x7F && c < 0xA0);
   return !isControl && kUnsafe.find(static_cast<wchar_t>(c)) == std::wstring_view::npos;
 }
 
-// Made when the library is loaded. Later a moment without memory or descriptors would be enough to
-// lose it for good: the C library remembers what it could not load.
+// Created when the library is loaded. A moment without memory or descriptors later would be enough
+// to lose it for good: the C library remembers that it could not load it.
 const locale_t kUtf8Locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
 
-// Makes a locale the calling thread's own for a while.
+// Makes a locale the calling thread's own during its lifetime.
 class ScopedLocale {
  public:
   explicit ScopedLocale(locale_t locale) : before_(uselocale(locale)) {}
@@ -69,7 +69,7 @@ class ScopedLocale {
   locale_t before_;
 };
 
-// The lower-case, file-name-safe form; bytes that are no UTF-8 are replaced.
+// The lower-case, file-name-safe form; bytes that are not UTF-8 are replaced.
 std::string lowerFileName(std::string_view text) {
   const ScopedLocale locale(kUtf8Locale);
   std::string out;
@@ -110,7 +110,7 @@ void StringConvert2SystemCmdFilename(char* path) {
   std::size_t end = 0;
   for (std::size_t i = 0; i < length; ++i) end += shellLength(path[i]);
   path[end] = '\0';
-  // From the back, so that nothing is overwritten before it is read and no memory is needed.
+  // Starts from the end, so that nothing is overwritten before it is read and no memory is needed.
   for (std::size_t i = length; i-- > 0;) {
     const char c = path[i];
     end -= shellLength(c);
@@ -125,8 +125,8 @@ int StringConvert2LowerFileString(const char* src, int srcLength, char* dst, int
   std::string name = lowerFileName(text);
   cutToCharacters(name, static_cast<std::size_t>(dstSize) - 1);
   if (name.empty()) return -1;
-  // The folder itself and its parent are no names for something new, and "@_" begins the names of
-  // album source pictures, which a finished thumbnail in the same folder must not look like.
+  // "." and ".." cannot name something new, and names with "@_" at the beginning are those of album
+  // source pictures, for which a finished thumbnail in the same folder must not be mistaken.
   if (name == "." || name == ".." || name.starts_with("@_")) name.front() = kReplacement;
   std::memcpy(dst, name.c_str(), name.size() + 1);
   return 0;

@@ -1,7 +1,7 @@
 /*
  * The media-library server's configuration.
  *
- * It stands in "/.system/lumserver.conf" below the host's data volume, and for one key in
+ * It is stored in "/.system/lumserver.conf" below the host's data volume, except for one key in
  * "/etc/config/medialibrary.conf". Nothing is cached. The files are written only by the appliance's
  * tool "/sbin/setcfg". docs/configuration.md lists every key. Both functions may be called from any
  * thread; nothing throws.
@@ -35,7 +35,7 @@ struct lumCfg_s {
   int minWidth;          /* THUMBNAIL:MIN_WIDTH in pixels, 100 or more, default 400 */
   int minHeight;         /* THUMBNAIL:MIN_HEIGHT in pixels, 100 or more, default 400 */
   int quality;           /* THUMBNAIL:QUALITY, 1 to 3, default 2 */
-  std::vector<std::string> photoBlacklist; /* THUMBNAIL:PHOTO_BLACKLIST, entries parted by ":" */
+  std::vector<std::string> photoBlacklist; /* THUMBNAIL:PHOTO_BLACKLIST, entries separated by ":" */
   std::vector<std::string> musicBlacklist; /* THUMBNAIL:MUSIC_BLACKLIST, likewise */
   std::vector<std::string> videoBlacklist; /* THUMBNAIL:VIDEO_BLACKLIST, likewise */
 };
@@ -43,21 +43,21 @@ struct lumCfg_s {
 /*
  * Fills CFG from both files, with the defaults for keys that are absent, and checks the numbers.
  *
- * A thumbnail width or height below 100 is set to 400 in the file, but still counts as invalid in
- * this call: the next one reads the repaired value.
+ * A thumbnail width or height below 100 is set to 400 in the file but still counts as invalid in
+ * this call; the next call reads the repaired value.
  *
  * Returns 0 when CFG is filled and valid. Returns 1 when CFG is null, the data volume is unknown, a
- * file cannot be read, or a number is out of range; CFG (when given) then holds the defaults and
- * whatever was read until then.
+ * file cannot be read, or a number is out of range; CFG (if given) then holds the defaults and
+ * everything read so far.
  */
 KOLUM_EXPORT int parseConfig(lumCfg_s* cfg) noexcept;
 
 /*
- * Sets KEY of SECTION to VALUE in the data volume's "/.system/lumserver.conf", which is created
- * when it is missing.
+ * Sets KEY of SECTION to VALUE in the data volume's "/.system/lumserver.conf", which is created if
+ * it is missing.
  *
  * Returns 0 on success; 1 when the file cannot be prepared (data volume unknown, its path longer
- * than 221 bytes, file not to be created); otherwise what the host's KoUtil_ExecSync returned for
+ * than 221 bytes, file cannot be created); otherwise what the host's KoUtil_ExecSync returned for
  * "/sbin/setcfg".
  */
 KOLUM_EXPORT int updateConfig(std::string section, std::string key, std::string value) noexcept;

@@ -1,5 +1,5 @@
 /*
- * How a video came by its DLNA profile: for people who want to know why a renderer refuses a file.
+ * How a video got its DLNA profile, to find out why a renderer refuses a file.
  *
  * C++ only. Any thread; nothing throws. Prints what the video probes print (see <kolum/video.h>).
  */
@@ -15,45 +15,44 @@
 
 namespace kolum {
 
-/* Something about the file that the rules went by. */
+/* A property of the file that the rules looked at. */
 struct DlnaDetail {
   std::string label; /* "frame size" */
   std::string value; /* "1280 x 720" */
 };
 
-/* One test that a name was put to. */
+/* One test of a name. */
 struct DlnaTest {
   bool held = false;
   std::string wanted; /* "height at most 720" */
   std::string actual; /* "1080" */
 };
 
-/* One name that was considered, with every test it was put to; suffixes that depend on nothing but
-   the packets of a transport stream are left out. */
+/* One name that was considered, with all its tests; suffixes that depend only on the packets of a
+   transport stream are left out. */
 struct DlnaCandidate {
   std::string name;
-  std::vector<DlnaTest> tests; /* empty when nothing was asked any more */
+  std::vector<DlnaTest> tests; /* empty when the name needed no test */
   bool taken = false;          /* every test held */
 };
 
-/* What a video is named, and how that came about. */
+/* What a video is named, and why. */
 struct DlnaNaming {
   std::string profile;                   /* empty when there is none */
   std::string mimeType;                  /* empty when nothing is known */
-  std::vector<DlnaDetail> details;       /* empty when no rule was asked */
+  std::vector<DlnaDetail> details;       /* empty when no rule was applied */
   std::vector<DlnaCandidate> candidates; /* in the order in which they were considered */
-  std::vector<std::string> remarks;      /* what the candidates cannot say, in sentences */
-  /* The index of the refused candidate with the fewest failed tests, of equals the preferred one;
-     -1 when there is none. With a name, only the candidates that were considered before it count.
-   */
+  std::vector<std::string> remarks;      /* sentences on what the candidates do not show */
+  /* Index of the rejected candidate with the fewest failed tests, the preferred one among equals;
+     -1 when there is none. If the video got a name, only candidates considered before it count. */
   int next = -1;
 };
 
 }  // namespace kolum
 
 /*
- * Names a video as GetVideoMetadata1 does (same arguments) and reports in NAMING how that came
- * about. Returns 0, or 1 when an argument is null or the probe fails; NAMING is untouched then.
+ * Names a video as GetVideoMetadata1 does (same arguments) and reports in NAMING how the name was
+ * chosen. Returns 0, or 1 with NAMING untouched when an argument is null or the probe fails.
  */
 KOLUM_EXPORT unsigned int ExplainDlnaProfile(const char* folder, const char* fileName,
                                              int audioStreamIndex,

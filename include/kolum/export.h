@@ -2,11 +2,11 @@
 #ifndef KOLUM_EXPORT_H
 #define KOLUM_EXPORT_H
 
-/* Marks what the shared object offers; everything else is hidden. */
+/* Marks what the shared object exports; everything else is hidden. */
 #define KOLUM_EXPORT __attribute__((visibility("default")))
 
-/* The layout of every record counts on it. (It also gives C something to compile in the headers
-   that are for C++ alone.) */
+/* The layout of every record depends on it. (It also gives C compilers a declaration in headers
+   that are for C++ only.) */
 #ifdef __cplusplus
 static_assert(sizeof(long) == 8, "libkolum is for 64-bit systems");
 #else

@@ -1,9 +1,8 @@
 /*
  * Reverse geocoding: from a GPS position to a place and its address in several languages.
  *
- * The look-up is done by the tool "/usr/local/medialibrary/bin/osm_info"; docs/geocoding.md
- * describes what it prints. The functions keep nothing and may be called from any thread; nothing
- * throws.
+ * The tool "/usr/local/medialibrary/bin/osm_info" does the look-up; docs/geocoding.md describes
+ * what it prints. The functions keep no state and may be called from any thread; nothing throws.
  */
 #ifndef KOLUM_GEOCODE_H
 #define KOLUM_GEOCODE_H
@@ -41,11 +40,11 @@ enum {
 /* The kinds of map objects. */
 enum { MAP_OBJECT_NODE = 1, MAP_OBJECT_WAY = 2, MAP_OBJECT_RELATION = 3, MAP_OBJECT_OTHER = 4 };
 
-/* What looking a place up came to. */
+/* The results of a look-up. */
 enum {
   PLACE_FOUND = 0,
   PLACE_TOOL_ERROR = 2, /* the tool answered with an error */
-  PLACE_NO_ANSWER = 3   /* the tool gave no answer that can be used */
+  PLACE_NO_ANSWER = 3   /* the tool gave no usable answer */
 };
 
 #ifdef __cplusplus
@@ -58,12 +57,12 @@ class XMLNode;
 
 namespace MediaLibrary {
 
-/* The codes of PLACE_LANGUAGE_*, each at the place of its number. */
+/* The codes of PLACE_LANGUAGE_*, indexed by their numbers. */
 inline constexpr const char* kPlaceLanguageCodes[PLACE_LANGUAGE_OTHER] = {
     "cs", "da", "de", "el", "en", "es", "fi", "fr", "hu", "it",    "ja",   "ko",
     "nl", "no", "pl", "pt", "ro", "ru", "sv", "th", "tr", "zh-cn", "zh-tw"};
 
-/* What is asked. */
+/* A query. */
 struct osm_param_s {
   double lat; /* latitude in degrees, -90 to 90 */
   double lon; /* longitude in degrees, -180 to 180 */
@@ -88,11 +87,11 @@ struct osm_address_s {
   std::string address; /* UTF-8 */
 };
 
-/* What is answered. */
+/* A place. */
 struct osm_place_s {
   int osmType;                                /* MAP_OBJECT_* */
   std::string osmId;                          /* the map object's number */
-  std::vector<osm_address_s> addresses;       /* one entry a language */
+  std::vector<osm_address_s> addresses;       /* one entry per language */
   std::vector<osm_addr_unitv_s> addressParts; /* likewise, in the same order */
 };
 
@@ -102,8 +101,8 @@ struct osm_place_s {
 using MediaLibrary::osm_param_s;  // NOLINT(google-global-names-in-headers)
 
 /*
- * Looks a position up. Three attempts are made, with a wait of up to 1, 2 and 4 seconds after each
- * failed one, the last one included.
+ * Looks up a position. Makes up to three attempts, with a wait of up to 1, 2 and 4 seconds after
+ * each failed one, including the last.
  *
  * Returns PLACE_FOUND with PLACE filled; otherwise what the last attempt returned (see
  * parseOsmInfo).
@@ -111,28 +110,27 @@ using MediaLibrary::osm_param_s;  // NOLINT(google-global-names-in-headers)
 KOLUM_EXPORT int koOsmInfo(osm_param_s& param, MediaLibrary::osm_place_s& place) noexcept;
 
 /*
- * One attempt: runs COMMAND in a shell and fills PLACE from the XML that it prints. An answer
- * without its language, its "result" with "osm_type" and "osm_id", or its "addressparts" is passed
- * over.
+ * One attempt: runs COMMAND in a shell and fills PLACE from the XML that it prints. Answers without
+ * their language, their "result" with "osm_type" and "osm_id", or their "addressparts" are skipped.
  *
  * Returns PLACE_FOUND with PLACE filled; PLACE_TOOL_ERROR when the tool answers with an error;
- * PLACE_NO_ANSWER when it cannot be started, prints no such XML or more than 16 MiB of it, or gives
- * no complete answer. PLACE then has no addresses when the XML was understood, and is untouched
- * otherwise.
+ * PLACE_NO_ANSWER when it cannot be started, prints anything but such XML or more than 16 MiB of
+ * it, or gives no complete answer. With PLACE_NO_ANSWER, PLACE has no addresses if the XML was
+ * understood; otherwise failures leave it untouched.
  */
 KOLUM_EXPORT int parseOsmInfo(const char* command, MediaLibrary::osm_place_s& place) noexcept;
 
 /*
- * Appends to UNITS the child elements of NODE, in their order: name and text. Those without text
- * are passed over. Returns 0. When memory runs out, UNITS holds what was read until then.
+ * Appends name and text of NODE's child elements to UNITS, in their order; those without text are
+ * skipped. Returns 0. If memory runs out, UNITS holds what was read so far.
  */
 KOLUM_EXPORT int parseAddressXml(XMLNode node,
                                  std::vector<MediaLibrary::osm_addr_unit_s>& units) noexcept;
 
 /*
- * Sets SECONDS to the wait after attempt number ATTEMPT, counted from 0: 0 to 2^ATTEMPT, drawn at
- * random. Seeds the process's random generator with the time, so that calls within one second draw
- * alike.
+ * Sets SECONDS to the wait after attempt number ATTEMPT, counted from 0: a random number from 0 to
+ * 2^ATTEMPT. Seeds the process's random generator with the time, so that calls within the same
+ * second draw the same.
  */
 KOLUM_EXPORT void setWaitSecond(int attempt, unsigned int& seconds) noexcept;
 

@@ -2,10 +2,10 @@
  * Identifiers: the library's own stable numbers for container formats, codecs, profiles and play
  * exceptions, and the conversions between numbers, names and FFmpeg's numbers.
  *
- * The numbers stand in hosts' databases and never change. Every function may be called from any
- * thread. Name buffers are the caller's; 64 bytes hold every name. A null name or output is treated
- * as an unknown name: the result is the failure code and nothing is written, except that the brand
- * of a container format is emptied and ProfileIDToName returns 0.
+ * The numbers are stored in hosts' databases and never change. Every function may be called from
+ * any thread. Callers supply the buffers for names; 64 bytes hold every name. A null name or output
+ * is treated as an unknown name: the result is the failure code and nothing is written, except that
+ * the brand of a container format is emptied and ProfileIDToName returns 0.
  */
 #ifndef KOLUM_IDENTIFIERS_H
 #define KOLUM_IDENTIFIERS_H
@@ -15,7 +15,7 @@
 /* The smallest buffer that holds every name and its terminator. */
 #define KOLUM_IDENTIFIER_NAME_SIZE 64
 
-/* FFmpeg's level number of a stream whose level is not known. */
+/* FFmpeg's level number of a stream whose level is unknown. */
 enum { LEVEL_UNKNOWN = -99 };
 
 /*
@@ -466,8 +466,8 @@ enum {
 };
 
 /*
- * Play exceptions: streams that players treat specially. The high 16 bits tell the codec family,
- * the low ones the variant.
+ * Play exceptions: streams that players treat specially. The high 16 bits are the codec family, the
+ * low ones the variant.
  */
 enum {
   PLAY_EXCEPTION_DIVX_XVID = 0x10001,
@@ -508,8 +508,8 @@ KOLUM_EXPORT int CodecIDToName(char* name, unsigned int id);
 KOLUM_EXPORT int ProfileNameToID(const char* name, int* id);
 
 /*
- * The codec family of a profile ("PROFILE_H264", never the profile's own name), by the codec; for a
- * profile of 0 or less and for other codecs "UNKNOWN". Always returns 0.
+ * The name of a profile's codec family ("PROFILE_H264", never the profile's own name), chosen by
+ * the codec; "UNKNOWN" for a profile of 0 or less and for other codecs. Always returns 0.
  */
 KOLUM_EXPORT int ProfileIDToName(char* name, int profile, int codec);
 
@@ -527,9 +527,9 @@ KOLUM_C_END
 #ifdef __cplusplus
 /*
  * The library's profile number for an FFmpeg profile number of a stream whose codec, already in the
- * library's numbering, is CODEC. PROFILE_UNKNOWN and PROFILE_RESERVED stay as they are; what the
- * codec's own list does not hold is looked up among the MPEG-4 Visual profiles whatever the codec,
- * and is PROFILE_UNKNOWN when it is not there either.
+ * library's numbering, is CODEC. PROFILE_UNKNOWN and PROFILE_RESERVED stay as they are. A number
+ * missing from the codec's own list is looked up among the MPEG-4 Visual profiles whatever the
+ * codec, and is PROFILE_UNKNOWN if it is missing there too.
  */
 KOLUM_EXPORT int FF_ProfileToKO_Profile(int codec, int profile);
 #endif

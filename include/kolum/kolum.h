@@ -1,29 +1,30 @@
 /*
- * libkolum, the media library's per-file worker: everything it offers.
+ * libkolum, the media library's per-file worker: the whole interface.
  *
- * Each family has its own header. What a host process must supply is in <kolum/host.h>.
+ * Each family of functions has its own header. <kolum/host.h> lists what a host process must
+ * supply.
  *
- * Standard output and standard error. The library writes to both of them, in the host's process: a
- * host that speaks a protocol there keeps a copy of the descriptor for itself and points the
- * standard one elsewhere.
+ * Standard output and standard error: the library writes to both of them, in the host's process. A
+ * host that speaks a protocol there should keep a duplicate of the descriptor for itself and
+ * redirect the standard one.
  *
  *   Standard output, through stdio's stdout:
- *     the video probes and ExplainDlnaProfile   debug lines of the naming of H.264 in MP4
+ *     the video probes and ExplainDlnaProfile   debug lines on naming H.264 in MP4
  *     GetDsfMetadata*, and GetAudioMetadata
  *     of a DSD file                             "error" when the external program cannot be run
- *     KoLUM_PrintFileExtList, dumpHashTable     their answer
+ *     KoLUM_PrintFileExtList, dumpHashTable     their result
  *   Standard error:
  *     GetAudioMetadata, getVideoKeyFrameTime    "[MediaInfo:line]" lines
- *     what looks into a Blu-ray folder or at
+ *     functions that read Blu-ray folders or
  *     transport packets                         the system's reason for a failure
- *     whatever opens media                      FFmpeg's own messages, as far as the host's
- *                                               av_log_set_level() lets them through
+ *     functions that open media                 FFmpeg's own messages, filtered by the host's
+ *                                               av_log_set_level()
  *     ExecCommand and its callers, when the
- *     host's log goes there                     a line in the child before the program begins
+ *     host's log goes there                     a line from the child before the program starts
  *
  * Programs that the library runs (mount, umount, dsf2flac, osm_info, ffmpeg, convert, setcfg, ...)
- * inherit standard error, and standard output where it is not read. Everything else goes through
- * the host's koDebugUtilWrapperPrint.
+ * inherit standard error, and standard output unless the library reads it. All other messages go
+ * through the host's koDebugUtilWrapperPrint.
  */
 #ifndef KOLUM_KOLUM_H
 #define KOLUM_KOLUM_H

@@ -1,8 +1,8 @@
 /*
- * Media info: the streams of a file as a player wants them, and the key frame to start from.
+ * Media info: the streams of a file as a player needs them, and the key frame to start from.
  *
  * Every function may be called from any thread. Messages of FFmpeg and of getVideoKeyFrameTime go
- * to standard error, as do the system's reasons for what is left out of a Blu-ray folder.
+ * to standard error, as do the system's reasons for entries left out of a Blu-ray folder.
  */
 #ifndef KOLUM_MEDIAINFO_H
 #define KOLUM_MEDIAINFO_H
@@ -18,7 +18,7 @@ struct AVStream;
 /* The values of MediaStreamInfo's streamType. */
 enum { MEDIA_STREAM_VIDEO = 0, MEDIA_STREAM_AUDIO = 1, MEDIA_STREAM_SUBTITLE = 2 };
 
-/* One stream. What is not named for a stream's type is 0 for it. */
+/* One stream. Fields not listed for its type are 0. */
 typedef struct MediaStreamInfo {
   unsigned int streamType; /* MEDIA_STREAM_* */
   /* FFmpeg's codec number in its classic numbering (H.264 is 28; not CODEC_ID_*), 0 for a codec
@@ -38,8 +38,8 @@ typedef struct MediaStreamInfo {
   int width;    /* video: pixels */
   int height;   /* video: pixels */
   int rotation; /* video: 90, 180, 270, else 0 */
-  /* Video: frameRateNum divided by the denominator of the stream's time base, whole part. That is
-     not frames per second. */
+  /* Video: frameRateNum divided by the denominator of the stream's time base, whole part. Not
+     frames per second, but hosts calculate back from it. */
   int frameRate;
   int frameRateNum; /* video: the base frame rate */
   int frameRateDen;
@@ -57,18 +57,18 @@ typedef struct MediaInfo {
 
 /*
  * Describes a file, or the main title of a DVD folder (PATH ends in "/VIDEO_TS.IFO") or a Blu-ray
- * folder ("/index.bdmv"). INFO receives a new record, to be given to Free_MediaInfo. Returns 0, or
- * 1 with a null INFO: a null argument, a path of more than 1023 characters, a disc image ("*.iso"),
- * a disc without a main title, no such file, no media file, no streams, no memory.
+ * folder ("/index.bdmv"). INFO receives a new record, to be freed with Free_MediaInfo. Returns 0,
+ * or 1 with INFO set to null: a null argument, a path of more than 1023 characters, a disc image
+ * ("*.iso"), a disc without a main title, no such file, not a media file, no streams, no memory.
  *
- * With SEEKSECONDS of at least 1 and KEYFRAMETIME not null, KEYFRAMETIME receives the time in
- * seconds of the key frame where playing the first video stream from SEEKSECONDS begins, or
- * SEEKSECONDS itself when none is found: no decoder, beyond the end, no key frame among the 3600
- * packets (of all streams) from there. The time counts from the stream's start. Without a video
- * stream, and on failure, KEYFRAMETIME stays untouched.
+ * If SEEKSECONDS is at least 1 and KEYFRAMETIME is not null, KEYFRAMETIME receives the time in
+ * seconds of the key frame from which to play the first video stream at SEEKSECONDS, or SEEKSECONDS
+ * itself when none is found: no decoder, beyond the end, no key frame among the 3600 packets (of
+ * all streams) from there. The time counts from the stream's start. Without a video stream, and on
+ * failure, KEYFRAMETIME stays untouched.
  *
- * Which key frame that is depends on the container, as the search asks FFmpeg for no direction: see
- * docs/seeking.md. It is mostly the first one at or after SEEKSECONDS.
+ * Which key frame that is depends on the container, because the search does not ask FFmpeg for a
+ * direction: see docs/seeking.md. It is usually the first one at or after SEEKSECONDS.
  */
 KOLUM_EXPORT unsigned int GetMediaInfo(const char* path, MediaInfo** info, int64_t seekSeconds,
                                        double* keyFrameTime);
@@ -77,23 +77,23 @@ KOLUM_EXPORT unsigned int GetMediaInfo(const char* path, MediaInfo** info, int64
 KOLUM_EXPORT void Free_MediaInfo(MediaInfo* info);
 
 /*
- * The key-frame search alone, on a file or a URL; quicker, as the streams are not looked into. Of
- * what exists as a path, only files and block devices are opened: a pipe could block.
- * KEYFRAMETIME receives the time in seconds, from the stream's start, of the key frame where
- * playing from SECONDS begins. Returns 0, or 1 with KEYFRAMETIME untouched and, in most cases, a
- * line on standard error: a null argument or SECONDS negative, URL cannot be opened, the first
- * video stream cannot be decoded or sought in, no key frame before the end or among its next 3600
- * packets (of that stream only).
+ * The key-frame search alone, on a file or a URL; faster, because it skips reading the stream
+ * information. Of paths that exist, only files and block devices are opened: a pipe could block.
+ * KEYFRAMETIME receives the time in seconds, from the stream's start, of the key frame from which
+ * to play at SECONDS. Returns 0, or 1 with KEYFRAMETIME untouched and, in most cases, a line on
+ * standard error: a null argument or negative SECONDS, URL cannot be opened, the first video stream
+ * cannot be decoded or sought in, no key frame before the end or among its next 3600 packets (of
+ * that stream only).
  *
- * SECONDS in units of the stream's time base is taken modulo 2^32, as a signed 32-bit number: with
- * a time base of 1/90000 s times beyond 23860 s lead elsewhere. GetMediaInfo has no such bound.
+ * SECONDS in units of the stream's time base wraps to a signed 32-bit number: with a time base of
+ * 1/90000 s, times beyond 23860 s lead elsewhere. GetMediaInfo has no such limit.
  */
 KOLUM_EXPORT unsigned int getVideoKeyFrameTime(const char* url, int seconds, double* keyFrameTime);
 
 /*
- * The time stamp, in the time base of STREAM, of SECONDS after the time stamp STARTPTS. 64-bit
- * arithmetic that wraps; fractions of a unit are cut off. Null STREAM, or one without a time base:
- * STARTPTS.
+ * The time stamp, in the time base of STREAM, that is SECONDS after the time stamp STARTPTS. 64-bit
+ * arithmetic that wraps; fractions of a unit are cut off. Returns STARTPTS when STREAM is null or
+ * has no time base.
  */
 KOLUM_EXPORT int64_t ElapseTimeToPts(struct AVStream* stream, int64_t startPts, int64_t seconds);
 

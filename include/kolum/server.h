@@ -1,9 +1,9 @@
 /*
  * Commands to the media-library server, and their layout on the wire.
  *
- * One command is one connection to the server's socket file: one request, one answer, then it is
- * closed. Any number of threads and processes may send at the same time. docs/server-protocol.md
- * tells the whole story.
+ * Each command has its own connection to the server's socket file: one request, one answer, then it
+ * is closed. Any number of threads and processes may send at the same time. docs/server-protocol.md
+ * describes the whole protocol.
  */
 #ifndef KOLUM_SERVER_H
 #define KOLUM_SERVER_H
@@ -19,7 +19,7 @@ enum {
   LUM_STATUS_SLEEP = 4
 };
 
-/* What a command to the server came to. */
+/* The results of commands to the server. */
 enum {
   LUM_COMMAND_OK = 0,
   LUM_COMMAND_FAILED = 1, /* of sendCommand */
@@ -47,7 +47,7 @@ namespace MediaLibrary::LUM {
 namespace wire {
 
 inline constexpr char kSocketPath[] = "/tmp/.mllumsocket.xxx"; /* the ".xxx" is part of the name */
-inline constexpr std::size_t kBufferSize = 4096;               /* what either end holds */
+inline constexpr std::size_t kBufferSize = 4096;               /* the buffer of either end */
 inline constexpr long kTimeOutSeconds = 30; /* the client's, for each direction */
 
 /* Request: command code (signed), length of the payload (unsigned), payload. */
@@ -56,9 +56,9 @@ inline constexpr std::size_t kRequestLengthOffset = 8;
 inline constexpr std::size_t kRequestPayloadOffset = 16;
 inline constexpr std::size_t kRequestPayloadMax = kBufferSize - kRequestPayloadOffset;
 
-/* Answer: result code (signed), length of the text (unsigned; not 0 says that there is one), eight
-   reserved bytes, text with its terminator. The text stands eight bytes further on than a request's
-   payload: wanted, both ends of the link count on it. */
+/* Answer: result code (signed), length of the text (unsigned; 0 when there is none), eight reserved
+   bytes, text with its terminator. The text begins eight bytes further on than a request's payload;
+   both ends depend on it. */
 inline constexpr std::size_t kAnswerResultOffset = 0;
 inline constexpr std::size_t kAnswerLengthOffset = 8;
 inline constexpr std::size_t kAnswerReservedOffset = 16;
@@ -72,36 +72,35 @@ inline constexpr std::int64_t kResultSuccess = 1;
 
 /* A server's answer. Zero it before the call. */
 struct SocketResp_t {
-  std::int64_t result; /* the server's result code, 1 for success */
-  std::uint64_t
-      length; /* the length that the server gave for its text, taken on trust; 0: no text */
-  char* data; /* the text, terminated, set only when length is not 0: release with free() */
+  std::int64_t result;  /* the server's result code, 1 for success */
+  std::uint64_t length; /* the server's length of its text, unchecked; 0: no text */
+  char* data; /* the terminated text, set only when length is not 0; release with free() */
 };
 
 }  // namespace MediaLibrary::LUM
 
 /*
- * Sends COMMAND with the LEN bytes at DATA (at most 4080) and reads the answer into RESP. Without
- * DATA, LEN zero bytes follow a request that gives its length as 0.
+ * Sends COMMAND with the LEN bytes at DATA (at most 4080) and reads the answer into RESP. If DATA
+ * is null, the request gives its length as 0, but LEN zero bytes still follow it.
  *
- * The write and the read may each take up to 30 seconds. The answer is what one read brings, so a
- * server has to send it in one piece: what a server sends in two is cut off after the first, and
- * that is kept so, as servers in the field count on it. data in RESP always has room for the
- * longest text, 4071 bytes, and its terminator; a length beyond that must not be trusted.
+ * The write and the read may each take up to 30 seconds. The answer is what one read returns, so a
+ * server must send it in one piece: anything sent later is lost. This stays so because servers in
+ * the field depend on it. data in RESP always has room for the longest text, 4071 bytes, and its
+ * terminator; a length beyond that must not be trusted.
  *
  * Returns LUM_COMMAND_OK when the server answered with result 1, and LUM_COMMAND_FAILED for every
- * other outcome: nobody listens, writing or reading failed, another result, a null RESP, LEN too
- * large, out of memory. RESP is filled whenever an answer was read, also of another result (a
+ * other outcome: no server listens, writing or reading failed, another result, a null RESP, LEN too
+ * large, out of memory. RESP is filled whenever an answer was read, even with another result (a
  * connection closed without an answer reads as result 0), and is left alone otherwise; data stays
- * untouched when no text came.
+ * untouched when there was no text.
  */
 KOLUM_EXPORT int sendCommand(MediaLibrary::LUM::SocketResp_t* resp, int command, const char* data,
                              unsigned long len) noexcept;
 
 /*
  * Sends COMMAND with two numbers, each as signed 64-bit: VALUE1, then VALUE2. Returns
- * LUM_COMMAND_OK when the server answered with result 1, else LUM_ACTION_FAILED. An answer text is
- * dropped.
+ * LUM_COMMAND_OK when the server answered with result 1, else LUM_ACTION_FAILED. Any text in the
+ * answer is dropped.
  */
 KOLUM_EXPORT int sendActionToLumServer(int command, int value1, int value2) noexcept;
 

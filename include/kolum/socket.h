@@ -4,10 +4,9 @@
  *   client: Open, Connect, then Write and Read as needed, Close (or destruction)
  *   server: Open, Bind, Listen, then Accept in a loop
  *
- * The class frames nothing: a Read or a Write is one system call, so short counts are the caller's
- * to handle. What went wrong in the last operation can be asked for with getErrorCode (the class's
- * own code) and getErrno (the system's). Every failure is also logged, except those of the
- * destructor. Nothing throws.
+ * The class adds no framing: a Read or a Write is one system call, so callers must handle short
+ * counts. getErrorCode (the class's own code) and getErrno (the system's) report what went wrong in
+ * the last operation. Every failure is also logged, except those of the destructor. Nothing throws.
  *
  * An object belongs to one thread at a time; separate objects are independent.
  */
@@ -16,7 +15,7 @@
 
 #include <kolum/export.h>
 
-/* What an operation of UnixSocket came to: its error codes. */
+/* Error codes of UnixSocket's operations. */
 enum {
   UNIX_SOCKET_OK = 0,
   UNIX_SOCKET_INVALID_ARGUMENT = 2,
@@ -44,7 +43,7 @@ class KOLUM_EXPORT UnixSocket {
   /* No socket yet. */
   UnixSocket() noexcept;
 
-  /* Takes over FD, a descriptor that is connected already (Accept makes its results this way). */
+  /* Takes ownership of FD, a connected descriptor (Accept makes its results this way). */
   explicit UnixSocket(int fd) noexcept;
 
   /* Closes the descriptor if it is above 0, silently. The socket file of a server stays. */
@@ -53,28 +52,28 @@ class KOLUM_EXPORT UnixSocket {
   UnixSocket(const UnixSocket&) = delete;
   UnixSocket& operator=(const UnixSocket&) = delete;
 
-  /* The system's errno kept by the last failing operation, 0 when there is none. A failed Read or
-     Write keeps none. An Accept that succeeded after an interruption leaves EINTR. */
+  /* The errno of the last failed operation, 0 when there is none. A failed Read or Write stores
+     none. An Accept that succeeded after an interruption leaves EINTR. */
   int getErrno() noexcept;
 
   /* The code of the last operation, UNIX_SOCKET_*. A successful Close leaves the code as it was. */
   int getErrorCode() noexcept;
 
-  /* Sets both error values to 0; every operation but Close begins with it. */
+  /* Sets both error values to 0; every operation except Close begins with it. */
   void resetErrorCodes() noexcept;
 
   /* True when connected, accepted or listening, with a descriptor above 0. */
   bool isValid() noexcept;
 
-  /* Creates the socket and notes SOCKETPATH for Bind and Connect, of which the address holds at
-     most 107 bytes: a longer path is cut there without notice. Touches no file. An object that is
-     open already loses its earlier descriptor without closing it. Returns UNIX_SOCKET_OK,
+  /* Creates the socket and stores SOCKETPATH for Bind and Connect. The address holds at most 107
+     bytes: a longer path is cut there silently. Touches no file. An object that is already open
+     loses its earlier descriptor without closing it. Returns UNIX_SOCKET_OK,
      UNIX_SOCKET_INVALID_ARGUMENT when the path is empty (nothing changes), or
      UNIX_SOCKET_CREATE_FAILED. */
   int Open(std::string socketPath) noexcept;
 
-  /* Binds to the path of Open, after removing what exists there, and opens the socket file to every
-     user (mode 0777; when that fails it is only logged).
+  /* Binds to the path of Open, after removing what exists there, and gives every user access to
+     the socket file (mode 0777; a failure of that is only logged).
      Returns UNIX_SOCKET_OK, UNIX_SOCKET_REMOVE_FAILED or UNIX_SOCKET_BIND_FAILED. */
   int Bind() noexcept;
 
@@ -83,14 +82,14 @@ class KOLUM_EXPORT UnixSocket {
      UNIX_SOCKET_LISTEN_FAILED. */
   int Listen(int backlog) noexcept;
 
-  /* Waits, without bound, for the next connection; interruptions by signals do not end the wait.
-     Returns the connection, which the caller deletes, or null: accept() failed
+  /* Waits, without a time limit, for the next connection; interruptions by signals do not end the
+     wait. Returns the connection, which the caller deletes, or null: accept() failed
      (UNIX_SOCKET_ACCEPT_FAILED), or memory ran out (UNIX_SOCKET_OK; the accepted descriptor is then
      left open). */
   UnixSocket* Accept() noexcept;
 
-  /* Connects to the path of Open. SEC seconds and USEC microseconds (below 1,000,000), none
-     negative, bound every later read and write; both 0 means no bound. Connecting itself is bounded
+  /* Connects to the path of Open. SEC seconds and USEC microseconds (below 1,000,000), neither
+     negative, limit every later read and write; both 0 means no limit. Connecting itself is limited
      only by what the system does for local sockets.
      Returns UNIX_SOCKET_OK, UNIX_SOCKET_INVALID_ARGUMENT for a negative time,
      UNIX_SOCKET_TIME_OUT_FAILED or UNIX_SOCKET_CONNECT_FAILED. */
@@ -106,16 +105,16 @@ class KOLUM_EXPORT UnixSocket {
      Returns the count, which may be less than LEN; negative as for Read. BUF is only read. */
   int Write(void* buf, unsigned long len) noexcept;
 
-  /* Closes the descriptor; without one (descriptor 0 counts as none) nothing is done.
+  /* Closes the descriptor; does nothing without one (descriptor 0 counts as none).
      Returns 0, or 1 when close() failed (UNIX_SOCKET_CLOSE_FAILED is the code; descriptor and state
      stay). */
   int Close() noexcept;
 
  private:
-  friend struct UnixSocketAccess; /* how its operations reach the fields */
-  friend struct UnixSocketFields; /* how tests look at them */
+  friend struct UnixSocketAccess; /* gives its operations access to the fields */
+  friend struct UnixSocketFields; /* lets tests inspect them */
 
-  sockaddr_un m_sockAddr;   /* filled by Open, handed on whole */
+  sockaddr_un m_sockAddr;   /* filled by Open, passed on whole */
   int m_socketFd;           /* -1: none */
   int m_errno;              /* see getErrno */
   int m_errorCode;          /* see getErrorCode */

@@ -3,12 +3,12 @@
  * quick stream queries.
  *
  * Every function may be called from any thread. Paths are bytes, not text: any byte but NUL may
- * occur in them. A folder is named with its closing "/"; folder and name together make the path, of
- * which at most 1023 characters count.
+ * occur in them. Folder names end with "/"; folder and name together make the path, of which at
+ * most 1023 characters count.
  *
- * The probes print: H.264 in MP4 that is named for DLNA writes debug lines to standard output, and
- * a transport stream or a disc folder that cannot be read the system's reason to standard error.
- * See <kolum/kolum.h> for what else goes there.
+ * The probes print: naming H.264 in MP4 for DLNA writes debug lines to standard output, and a
+ * transport stream or a disc folder that cannot be read gives the system's reason on standard
+ * error. See <kolum/kolum.h> for other output there.
  */
 #ifndef KOLUM_VIDEO_H
 #define KOLUM_VIDEO_H
@@ -19,11 +19,11 @@
 
 KOLUM_C_BEGIN
 
-/* Classes of sound that DLNA names depend on (docs/dlna.md). */
+/* Audio classes that DLNA names depend on (docs/dlna.md). */
 enum {
-  AUDIO_CLASS_NONE = 0, /* no sound, or of no class */
+  AUDIO_CLASS_NONE = 0, /* no audio, or of no class */
   AUDIO_CLASS_MP3 = 1,
-  AUDIO_CLASS_AC3 = 2,      /* DTS, too */
+  AUDIO_CLASS_AC3 = 2,      /* also DTS */
   AUDIO_CLASS_WMA_BASE = 3, /* WMA up to 193 kbit/s */
   AUDIO_CLASS_WMA_FULL = 4, /* WMA up to 385 kbit/s */
   AUDIO_CLASS_WMA_PRO = 5,
@@ -32,42 +32,41 @@ enum {
   AUDIO_CLASS_AAC_STEREO = 8,       /* AAC-LC */
   AUDIO_CLASS_AAC_MULTICHANNEL = 9, /* AAC-LC */
   AUDIO_CLASS_AMR = 10,
-  AUDIO_CLASS_AAC_OTHER = 0x15002 /* AAC of neither class: the number of its codec */
+  AUDIO_CLASS_AAC_OTHER = 0x15002 /* other AAC: the number of its codec */
 };
 
-/* How a picture is turned. */
+/* How a picture is rotated. */
 enum {
   VIDEO_ORIENTATION_UPRIGHT = 1, /* reported by the flat probes only */
-  VIDEO_ORIENTATION_180 = 3,     /* turned by 180 degrees */
-  VIDEO_ORIENTATION_270 = 6,     /* turned by 270 degrees */
-  VIDEO_ORIENTATION_90 = 8       /* turned by 90 degrees */
+  VIDEO_ORIENTATION_180 = 3,     /* rotated by 180 degrees */
+  VIDEO_ORIENTATION_270 = 6,     /* rotated by 270 degrees */
+  VIDEO_ORIENTATION_90 = 8       /* rotated by 90 degrees */
 };
 
 /* The subtitleMode of the flat probes. */
 enum {
-  SUBTITLE_MODE_FILE = 0,  /* a file, no disc, that has a subtitle stream */
+  SUBTITLE_MODE_FILE = 0,  /* a file (not a disc) with a subtitle stream */
   SUBTITLE_MODE_OTHER = 16 /* everything else; the preset */
 };
 
-/* Where the "moov" box of a file stands (CheckMp4MoovAtEnd). */
+/* Where a file's "moov" box is (CheckMp4MoovAtEnd). */
 enum {
   MP4_MOOV_NOT_LAST = 0,  /* players can start at once */
-  MP4_MOOV_LAST = 1,      /* or a box of unknown type was met */
+  MP4_MOOV_LAST = 1,      /* or there is a box of unknown type */
   MP4_MOOV_UNREADABLE = 2 /* the file cannot be read */
 };
 
 /* Sizes of MPEG transport packets in bytes (ProbeTsPacketSize). */
 enum {
-  TS_PACKET_NONE = 0, /* no transport stream */
+  TS_PACKET_NONE = 0, /* not a transport stream */
   TS_PACKET_PLAIN = 188,
   TS_PACKET_STAMPED = 192 /* with a time stamp in front */
 };
 
 /*
- * What the video probe finds out about a file. The caller clears it before the call: the probe
- * clears only the text fields and creationYear, and a number it finds no value for keeps what the
- * caller put there. Some fields are asked for by presets: the four aspect fields are written only
- * when all four are non-zero on entry.
+ * What the video probe finds out about a file. The caller must clear it before the call: the probe
+ * clears only the text fields and creationYear, and a number without a value keeps what the caller
+ * put there. The four aspect fields are written only when all four are non-zero on entry.
  */
 typedef struct videoObject_st {
   char yearMonth[8];            /* creation year and month, "2015-06" */
@@ -93,7 +92,7 @@ typedef struct videoObject_st {
   int audioLevel;               /* FFmpeg's level number, or LEVEL_UNKNOWN */
   unsigned int audioBitRate;    /* bit/s; 0 when unknown */
   int64_t creationTime;         /* seconds since 1970 */
-  unsigned int orientation;     /* VIDEO_ORIENTATION_* when turned, else untouched */
+  unsigned int orientation;     /* VIDEO_ORIENTATION_* when rotated, else untouched */
   unsigned int subtitleCount;   /* subtitle streams of DVD and Blu-ray folders, else 0 */
   unsigned int is360;           /* 1 for equirectangular video, else untouched */
   unsigned int bitRate;         /* bit/s of the whole file */
@@ -106,19 +105,19 @@ typedef struct videoObject_st {
 } videoObject_st;
 
 /*
- * The four quick stream queries. Each returns 0 on success and 1 on failure (null path or output,
- * no such file, not a media file, no streams), the output then untouched.
+ * The four quick stream queries. Each returns 0 on success, and 1 with the output untouched on
+ * failure (null path or output, no such file, not a media file, no streams).
  */
 
 /*
- * The rotation of the first video stream in degrees, as stored (90, 180, 270, but any number may
- * stand there). Success leaves DEGREES untouched when the stream stores none, so preset it with 0.
- * A file without a video stream, and a path longer than 1023 characters, is a failure.
+ * The rotation of the first video stream in degrees, as stored (usually 90, 180 or 270, but any
+ * number is possible). Success leaves DEGREES untouched when the stream stores none, so preset it
+ * with 0. Files without a video stream and paths longer than 1023 characters are failures.
  */
 KOLUM_EXPORT unsigned int GetVideoRotationDegree(const char* folder, const char* fileName,
                                                  unsigned int* degrees);
 
-/* ISPROTECTED becomes 1 when a stream is marked as encrypted ("drmi", "drms"), else 0. */
+/* ISPROTECTED is set to 1 when a stream is marked as encrypted ("drmi", "drms"), else 0. */
 KOLUM_EXPORT unsigned int GetDRMProtectedInfo(const char* path, unsigned int* isProtected);
 
 /* The number of audio streams. */
@@ -137,39 +136,39 @@ KOLUM_EXPORT int ProbeTsPacketSize(const char* path, unsigned int* packetSize);
 
 /*
  * Finds the largest regular file of a folder whose suffix begins with EXT (".m2ts"; letter case
- * does not count); of equal ones the entry that the folder lists last. DIR is a buffer of 1024
- * bytes: the folder with its closing "/" on entry, the file's path on return, or empty when there
- * is none, the folder cannot be read, or the path would not fit. An entry whose size cannot be had
- * is left out, with the system's reason on standard error.
+ * does not count); among equals the last in the folder's own order. DIR is a buffer of 1024 bytes:
+ * the folder with its trailing "/" on entry, the file's path on return, or empty when there is
+ * none, the folder cannot be read, or the path would not fit. An entry whose size cannot be read is
+ * left out, with the system's reason on standard error.
  */
 KOLUM_EXPORT void get_maxsizefilename(char* dir, const char* ext);
 
 /*
  * The MPEG-4 sub-format of a file by its major brand and box order. SUBFORMAT receives an MPEG4_*
- * code, 0 for a brand that is not known. Returns 0 when a brand was read, else 1 with SUBFORMAT 0:
- * SUBFORMAT is null (nothing is touched then), the file cannot be read, is shorter than 64 bytes,
- * or carries no "ftyp" in them.
+ * code, 0 for an unknown brand. Returns 0 when a brand was read, else 1 with SUBFORMAT 0: the file
+ * cannot be read, is shorter than 64 bytes, or has no "ftyp" in them. Also returns 1 when SUBFORMAT
+ * is null.
  */
 KOLUM_EXPORT int GetMp4SubFormat(const char* path, unsigned int* subFormat);
 
 /*
- * Whether the "moov" box stands last among a file's top-level boxes. Returns MP4_MOOV_*.
+ * Whether the "moov" box is last among a file's top-level boxes. Returns MP4_MOOV_*.
  */
 KOLUM_EXPORT int CheckMp4MoovAtEnd(const char* path);
 
 /*
- * The flat probes: as GetVideoMetadata1 with a record, each value in a variable of its own. All
- * return 0 on success and 1 on failure. A null output is skipped; outputs not reached keep what the
- * caller put there, except these presets: orientation VIDEO_ORIENTATION_UPRIGHT, subtitleMode
+ * The flat probes: like GetVideoMetadata1 with a record, but each value in a separate variable. All
+ * return 0 on success and 1 on failure. Null outputs are skipped; outputs not reached keep what the
+ * caller put there, except for these presets: orientation VIDEO_ORIENTATION_UPRIGHT, subtitleMode
  * SUBTITLE_MODE_OTHER, subtitleCount 0, is360 0.
  * Text outputs are buffers of the sizes of the record's fields: mimeType 96 bytes, dlnaProfile 128,
- * yearMonth 8, creationDate 12. They are not cleared, so that of a file without a DLNA profile,
- * say, dlnaProfile keeps what it held: callers empty them first.
+ * yearMonth 8, creationDate 12. They are not cleared: dlnaProfile, for example, keeps its content
+ * if the file has no DLNA profile, so callers should empty them first.
  *
- * What differs from the record: disc images are mounted and their main title is probed; subtitle
- * streams are counted for every file, and subtitleMode becomes SUBTITLE_MODE_FILE for a file
- * (no disc) that has one; creationTime becomes 0 when the stream has none; QuickTime's own entries
- * are not read.
+ * Differences from the record: disc images are mounted and their main title is probed; subtitle
+ * streams are counted for every file, and subtitleMode becomes SUBTITLE_MODE_FILE for a file (not a
+ * disc) that has one; creationTime becomes 0 when the stream has none; QuickTime's own entries are
+ * not read.
  */
 
 /*
@@ -213,10 +212,10 @@ KOLUM_C_END
 
 /*
  * Probes a video file, a DVD folder (FILENAME "VIDEO_TS.IFO"), a Blu-ray folder ("index.bdmv") or a
- * disc image ("*.iso": mounted and told apart only) into RECORD. AUDIOSTREAMINDEX counts the audio
- * streams only; an index that does not exist means the first. Returns 0 on success. Returns 1 when
- * an argument is null (RECORD is untouched then), the file does not exist or is no media, holds no
- * video stream or one of an unknown codec, or a disc has no main title; fields filled before the
+ * disc image ("*.iso": mounted only to find out its kind) into RECORD. AUDIOSTREAMINDEX counts the
+ * audio streams only; an index that does not exist means the first. Returns 0 on success. Returns 1
+ * when an argument is null (RECORD is untouched then), the file does not exist or is not media, has
+ * no video stream or one of an unknown codec, or a disc has no main title; fields filled before the
  * failure stay filled.
  */
 KOLUM_EXPORT unsigned int GetVideoMetadata1(const char* folder, const char* fileName,

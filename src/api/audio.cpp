@@ -22,7 +22,7 @@ constexpr std::size_t kDlnaProfileSize = 16;
 constexpr std::size_t kTextSize = 256;
 static_assert(sizeof(songObject_st::title) == kTextSize);
 
-// Where the numbers of the DSD tool go.
+// The caller's outputs for the DSD tool's numbers.
 struct NumberOutputs {
   uint32_t* channels;
   uint32_t* sampleRate;
@@ -35,7 +35,7 @@ uint32_t kilobits(uint32_t channels, int32_t frequency) {
   return static_cast<uint32_t>(bits / 1000);
 }
 
-// Where the tool reports no channels, the rate is that of what the caller has preset.
+// If the tool reports no channels, the rate is calculated with the caller's preset.
 void putNumbers(const probe::DsdNumbers& numbers, const NumberOutputs& out) {
   put(out.channels, numbers.channels);
   if (out.sampleRate == nullptr || !numbers.sampleRate) return;
@@ -68,7 +68,7 @@ void fillEmptyFields(songObject_st& record, const probe::SongTags& tags) {
   if (record.track == 0) record.track = tags.track;
 }
 
-// The texts of a DSD song, and its numbers, which a caller takes that wants them.
+// The outputs for a DSD song's texts and, if wanted, its numbers.
 struct DsdOutputs {
   char* title;
   char* artist;
@@ -87,7 +87,7 @@ unsigned putDsd(const std::string& path, const DsdOutputs& out) {
   api::putText(out.albumArtist, kTextSize, song.texts.albumArtist);
   api::putText(out.album, kTextSize, song.texts.album);
   if (!song.numbers) return resultOfTool(song.toolIsMissing, false);
-  // Year and track go with the duration: a caller that wants no duration wants neither.
+  // Year and track are written only with the duration: hosts depend on it.
   if (out.duration != nullptr) {
     putIfNotZero(out.year, song.numbers->year);
     putIfNotZero(out.track, song.numbers->track);
@@ -176,7 +176,7 @@ unsigned int GetDsfMetadata(const char* folder, const char* fileName, songObject
     record->containerFormat = FORMAT_DSF;
     const auto path = wholePath(folder, fileName);
     if (!path) return 1U;
-    // What the tool does not report, FFmpeg may.
+    // FFmpeg may find what the tool does not report.
     api::guarded(1U, [&] {
       return putDsd(*path, {record->title,
                             record->artist,

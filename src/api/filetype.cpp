@@ -21,7 +21,7 @@ MediaHashNode* g_pHashPlaylist[10] = {};
 
 int g_initHash = 0;
 
-// The closing rows count.
+// Including the closing rows.
 const uint64_t g_VideoFileInfoSize = 34;
 const uint64_t g_SongFileInfoSize = 23;
 const uint64_t g_PictureFileInfoSize = 34;

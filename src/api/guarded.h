@@ -1,10 +1,10 @@
-// The edge of the library: what every exported function does around the one call that it is for.
+// The edge of the library: what every exported function does around its one call into it.
 #ifndef KOLUM_API_GUARDED_H
 #define KOLUM_API_GUARDED_H
 
 namespace kolum::api {
 
-// What BODY answers, or FAILURE when it throws: nothing thrown leaves the library.
+// Returns what BODY returns, or FAILURE if it throws: no exception leaves the library.
 template <typename Result, typename Body>
 Result guarded(Result failure, const Body& body) noexcept {
   try {

@@ -8,13 +8,13 @@ using namespace kolum;
 
 namespace {
 
-// The caller's buffer holds every name.
+// The caller's buffer is large enough for every name.
 void copyName(char* out, std::string_view name) {
   std::memcpy(out, name.data(), name.size());
   out[name.size()] = '\0';
 }
 
-// Writes what a look-up found; the result code.
+// Writes the result of a look-up; returns the result code.
 template <typename Id>
 int found(Id* out, const std::optional<int>& id) {
   if (out == nullptr || !id) return 1;
@@ -63,7 +63,7 @@ int ProfileNameToID(const char* name, int* id) {
   return found(id, media::profileOfName(name));
 }
 
-// Only the family is named; hosts show it as it is.
+// Names the family only; hosts show it unchanged.
 int ProfileIDToName(char* name, int profile, int codec) {
   if (name != nullptr) copyName(name, media::profileFamilyName(profile, codec));
   return 0;

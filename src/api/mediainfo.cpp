@@ -24,7 +24,7 @@ struct InfoDeleter {
 };
 using OwnedInfo = std::unique_ptr<MediaInfo, InfoDeleter>;
 
-// What every entry begins with.
+// The part that all entries have in common.
 MediaStreamInfo entryOf(const media::Stream& stream, unsigned type) {
   MediaStreamInfo entry = {};
   entry.streamType = type;
@@ -42,7 +42,7 @@ MediaStreamInfo videoEntry(const media::Stream& stream, std::uint32_t containerF
   entry.width = stream.width;
   entry.height = stream.height;
   entry.rotation = probe::rightAngleOf(stream);
-  // Over the time base's denominator, not the frame rate's: hosts reckon back from it.
+  // Divided by the time base's denominator, not the frame rate's: hosts calculate back from it.
   entry.frameRate = stream.timeBase.den != 0 ? stream.frameRate.num / stream.timeBase.den : 0;
   entry.frameRateNum = stream.frameRate.num;
   entry.frameRateDen = stream.frameRate.den;
@@ -51,7 +51,7 @@ MediaStreamInfo videoEntry(const media::Stream& stream, std::uint32_t containerF
 
 MediaStreamInfo audioEntry(const media::Stream& stream) {
   MediaStreamInfo entry = entryOf(stream, MEDIA_STREAM_AUDIO);
-  // The profile stands in bitRate, and profile stays 0: hosts read it there.
+  // The profile goes into bitRate, and profile stays 0: hosts read it there.
   entry.bitRate = static_cast<unsigned>(probe::profileOf(stream));
   entry.level = probe::levelNumber(stream);
   entry.sampleRate = static_cast<unsigned>(stream.sampleRate);
@@ -60,7 +60,7 @@ MediaStreamInfo audioEntry(const media::Stream& stream) {
   return entry;
 }
 
-// An empty record with room for so many streams; null without memory.
+// An empty record with room for STREAMS entries; null if memory runs out.
 OwnedInfo newInfo(std::size_t streams) {
   OwnedInfo info(static_cast<MediaInfo*>(std::calloc(1, sizeof(MediaInfo))));
   if (info == nullptr) return nullptr;

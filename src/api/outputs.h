@@ -1,4 +1,4 @@
-// Writing facts to the outputs that callers gave.
+// Writing facts to callers' outputs.
 #ifndef KOLUM_API_OUTPUTS_H
 #define KOLUM_API_OUTPUTS_H
 
@@ -15,13 +15,13 @@ void put(Output* output, const Value& value) {
   if (output != nullptr) *output = static_cast<Output>(value);
 }
 
-// A fact that is not known leaves the output as it is.
+// An unknown fact leaves the output unchanged.
 template <typename Output, typename Fact>
 void put(Output* output, const std::optional<Fact>& fact) {
   if (output != nullptr && fact) *output = static_cast<Output>(*fact);
 }
 
-// So does a text that is empty. SIZE is the caller's buffer.
+// So does an empty text. SIZE is that of the caller's buffer.
 inline void putText(char* output, std::size_t size, std::string_view text) {
   if (output != nullptr && !text.empty()) copyText(output, size, text);
 }

@@ -35,7 +35,7 @@ int sendActionToLumServer(int command, int value1, int value2) noexcept {
   std::array<char, sizeof values> payload{};
   std::memcpy(payload.data(), values.data(), payload.size());
   SocketResp_t resp{};
-  // A text that comes with a failure stays allocated: kept as it is, no caller could see a change.
+  // A text that comes with a failure is not freed; kept so, as no caller could see a change.
   // NOLINTNEXTLINE(clang-analyzer-unix.Malloc)
   if (send(&resp, command, payload.data(), payload.size()) != 0) return LUM_ACTION_FAILED;
   std::free(resp.data);

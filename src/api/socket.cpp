@@ -24,8 +24,8 @@ UnixSocket::UnixSocket(int fd) noexcept
       m_errorCode(UNIX_SOCKET_OK),
       m_state(server::kAccepted) {}
 
-// Here and in isValid, descriptor 0 counts as no socket: an object never closes the standard input
-// of its host.
+// Here and in isValid, descriptor 0 counts as no socket: an object never closes its host's standard
+// input.
 UnixSocket::~UnixSocket() {
   if (m_socketFd > 0) close(m_socketFd);
 }

@@ -28,7 +28,7 @@ namespace {
 
 constexpr char kSource[] = "kolum_util";
 
-// A relative path that begins with "-" would be an option.
+// A relative path that begins with "-" would be taken for an option.
 std::string asOperand(const char* path) {
   return *path == '-' ? std::string("./") + path : path;
 }
@@ -46,7 +46,7 @@ void copyOut(const std::string& text, char* out) {
   std::memcpy(out, text.c_str(), text.size() + 1);
 }
 
-// What keeps a folder's name from being formed; null when nothing does.
+// Why a folder's name cannot be formed; null if it can.
 const char* faultOf(unsigned mediaType, long id, int size, const char* folderName) {
   constexpr unsigned kMediaTypeMax = 20;
   constexpr int kFolderNameSizeMin = 4;

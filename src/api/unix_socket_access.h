@@ -1,4 +1,4 @@
-// The way to the fields of a UnixSocket, for its operations.
+// Access to the fields of a UnixSocket for its operations.
 #ifndef KOLUM_API_UNIX_SOCKET_ACCESS_H
 #define KOLUM_API_UNIX_SOCKET_ACCESS_H
 

@@ -91,7 +91,7 @@ unsigned probeIntoRecord(const char* folder, const char* fileName, videoObject_s
 
 // --- The flat arguments
 
-// The outputs of the flat probes, by name; null where the caller has none.
+// The outputs of the flat probes, by name; null if the caller passed none.
 struct FlatOutputs {
   int* width = nullptr;
   int* height = nullptr;
@@ -132,7 +132,7 @@ struct FlatOutputs {
   }
 };
 
-// What callers of these functions find before anything can fail.
+// Values that callers find even if the probe fails.
 void writePresets(const FlatOutputs& out) {
   put(out.orientation, VIDEO_ORIENTATION_UPRIGHT);
   put(out.subtitleMode, SUBTITLE_MODE_OTHER);
@@ -193,7 +193,7 @@ unsigned probeIntoOutputs(const char* folder, const char* fileName, int audioStr
   });
 }
 
-// The whole list, of which the entry points have more or less.
+// The flat probe with every output; the entry points pass some or all of them.
 unsigned probeFlat(const char* folder, const char* fileName, int* width, int* height, int* bitRate,
                    int* videoBitRate, int* audioBitRate, int* sampleRate, int* bitsPerSample,
                    int* channels, int* duration, int* playException, char* mimeType,

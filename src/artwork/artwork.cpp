@@ -50,13 +50,13 @@ bool isEmptyFile(const struct stat& status) {
 }
 
 // The name of an artist's folder or an album's file, of at most MAX bytes. Names that begin with
-// the capitals "UNKNOWN" stay as they are, whatever follows: wanted, the folders in users'
-// libraries are named so.
+// the capitals "UNKNOWN" keep their spelling, whatever follows: folders on users' disks are named
+// so.
 std::optional<std::string> nameOf(const char* text, std::size_t max) {
   const std::string_view given(text);
   if (given.starts_with(kUnknown)) return std::string(given.substr(0, kUnknownNameMax));
-  // Hosts count the size with the terminator or without: there is room for both, and what is one
-  // too long is cut.
+  // Hosts count the size with or without the terminator: there is room for both, and a name that is
+  // one byte too long is cut.
   std::array<char, kArtistMax + 2> name{};
   if (StringConvert2LowerFileString(text, static_cast<int>(given.size()), name.data(),
                                     static_cast<int>(max) + 1) == -1) {
@@ -72,7 +72,7 @@ struct AlbumFiles {
   std::string source;
 };
 
-// Empty when there is no source picture, or a path is too long.
+// Empty if there is no source picture or a path is too long.
 std::optional<AlbumFiles> albumFiles(const std::string& base, const AlbumNames& names) {
   const std::string folder = base + names.folder + "/";
   for (const char* extension : kSourceExtensions) {
@@ -89,7 +89,7 @@ bool isRegularFile(const std::string& path) {
   return status && S_ISREG(status->st_mode);
 }
 
-// A command that cannot be built fails like a tool that is missing.
+// A command that cannot be built fails like a missing tool.
 bool scales(const std::optional<std::string>& command) {
   constexpr std::chrono::seconds kScalingTime{60};
   return command && runShell(*command, kScalingTime) == 0;
@@ -105,8 +105,8 @@ bool scaleWithConvert(const std::string& base, const std::string& source, const 
   return scales(convertCommand(base, source, target, pixels));
 }
 
-// Whether ffmpeg works here is told by the small picture alone, not by the tool's status: a picture
-// that an earlier attempt left counts, too.
+// Only the small picture shows whether ffmpeg works here, not the tool's status: a picture left by
+// an earlier attempt counts too.
 bool makeThumbnails(const std::string& base, const AlbumFiles& files, const char* toolFolder) {
   scaleWithFfmpeg(toolFolder, files.source, files.small, kSmallPixels);
   const auto small = statusOf(files.small);
@@ -154,7 +154,7 @@ bool hasAlbumThumbnail(const std::string& base, const AlbumNames& names, const c
     unlink(thumbnail.c_str());
   }
   const auto files = albumFiles(base, names);
-  // Tools would wait on a pipe.
+  // Tools would block on a pipe.
   if (!files || !isRegularFile(files->source)) return false;
   if (!makeThumbnails(base, *files, toolFolder)) return false;
   unlink(files->source.c_str());

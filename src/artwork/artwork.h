@@ -1,5 +1,5 @@
-// Artwork of artists and albums, and transcoded copies of videos: where they are, and the making of
-// what is missing.
+// Artwork of artists and albums, and transcoded copies of videos: finding them, and making missing
+// thumbnails.
 #ifndef KOLUM_ARTWORK_ARTWORK_H
 #define KOLUM_ARTWORK_ARTWORK_H
 
@@ -9,10 +9,10 @@
 
 namespace kolum::artwork {
 
-// Whether one of the transcoded copies of a file exists.
+// Whether a transcoded copy of the file exists.
 bool hasTranscodedCopy(std::string_view folder, std::string_view fileName);
 
-// The path of an artist's picture relative to the base folder; empty when the name cannot be
+// The path of an artist's picture relative to the base folder; empty if the name cannot be
 // converted.
 std::optional<std::string> artistPicture(const char* artist);
 bool hasArtistPicture(const std::string& base, const std::string& picture);
@@ -26,11 +26,11 @@ struct AlbumNames {
   std::string thumbnail() const { return folder + "/" + album + ".jpg"; }
 };
 
-// Empty when a name cannot be converted.
+// Empty if a name cannot be converted.
 std::optional<AlbumNames> albumNames(const char* artist, const char* album);
 
-// Whether the album's thumbnail exists, after making it when that is possible. TOOLFOLDER is where
-// ffmpeg is, with its closing "/"; null when that is not known.
+// Whether the album's thumbnail exists, after making it if possible. TOOLFOLDER is ffmpeg's folder
+// with its trailing "/"; null if unknown.
 bool hasAlbumThumbnail(const std::string& base, const AlbumNames& names, const char* toolFolder);
 
 }  // namespace kolum::artwork

@@ -8,12 +8,12 @@ namespace kolum::artwork {
 
 namespace {
 
-// Nothing stands for a single quote inside single quotes.
+// A single quote cannot be escaped inside single quotes.
 bool canBeQuoted(const std::string& path) {
   return path.find('\'') == std::string::npos;
 }
 
-// TEXT as the inside of double quotes.
+// TEXT escaped for use inside double quotes.
 std::string inDoubleQuotes(const std::string& text) {
   constexpr std::string_view kSpecial = "\"$`\\";
   std::string quoted;

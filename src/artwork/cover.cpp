@@ -11,7 +11,7 @@ namespace kolum::artwork {
 
 namespace {
 
-// In the order in which they win. Nothing but these spellings counts.
+// In order of preference. Only these spellings count.
 constexpr std::string_view kCoverNames[] = {
     "cover.jpg", "Cover.jpg", "folder.jpg", "Folder.jpg", "front.jpg", "Front.jpg",
 };

@@ -1,4 +1,4 @@
-// Album pictures that lie beside the songs.
+// Album pictures stored beside the songs.
 #ifndef KOLUM_ARTWORK_COVER_H
 #define KOLUM_ARTWORK_COVER_H
 
@@ -8,11 +8,11 @@
 
 namespace kolum::artwork {
 
-// The album picture in a folder; empty when there is none. FOLDER closes with "/".
+// The album picture in a folder; empty if there is none. FOLDER ends with "/".
 std::optional<std::string> coverIn(std::string_view folder);
 
-// Whether a picture's name marks it as an album picture. A prefix is enough: "cover.jpg.bak" is no
-// photo to show either.
+// Whether a picture's name marks it as an album picture. A prefix is enough: "cover.jpg.bak" is not
+// a photo to show either.
 bool isCoverName(std::string_view fileName);
 
 }  // namespace kolum::artwork

@@ -28,8 +28,8 @@ std::string dataDir() {
   return dir;
 }
 
-// Whether a relative path leads to something below its start: not the start itself, nor beside it.
-// Removing a folder is not the place to take such a path at its word.
+// Whether a relative path leads to something below its start: neither to the start itself nor
+// outside. Removing a folder tree makes the check necessary.
 bool leadsBelow(std::string_view path) {
   bool below = false;
   while (!path.empty()) {
@@ -48,7 +48,7 @@ void emptyFolder(const std::string& path) {
   if (isFolderExist(path.c_str()) == 0) komkdir(path.c_str());
 }
 
-// Never waits: a pipe without a reader is no file to write to.
+// Never blocks: a pipe without a reader is refused.
 void writeStamp(const std::string& path) {
   const int file =
       open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK | O_CLOEXEC, kStampMode);

@@ -1,14 +1,14 @@
-// The thumbnails that the media library keeps on the data volume, and the stamps of their building.
+// The media library's thumbnails on the data volume, and the stamps of their last builds.
 #ifndef KOLUM_ARTWORK_SYSTEM_THUMBNAILS_H
 #define KOLUM_ARTWORK_SYSTEM_THUMBNAILS_H
 
 namespace kolum::artwork {
 
-// Empties a folder below the data volume, which is made when it is missing. False when there is no
-// such volume, or the path leads anywhere but below it.
+// Empties a folder below the data volume, creating it if it is missing. False if there is no such
+// volume or the path does not lead below it.
 bool removeSystemThumbnails(const char* folder);
 
-// Writes the present time to a file below the data volume. What goes wrong is logged.
+// Writes the current time to a file below the data volume. Failures are logged.
 void saveStamp(const char* stampFile);
 
 }  // namespace kolum::artwork

@@ -1,5 +1,5 @@
-// Bounded readers of bytes and bits. What lies beyond the end reads as zero, and the reader has
-// failed from then on: check once, behind the last read.
+// Bounded readers of bytes and bits. Reading beyond the end gives zeros and marks the reader as
+// failed: check once, after the last read.
 #ifndef KOLUM_BASE_BYTES_H
 #define KOLUM_BASE_BYTES_H
 
@@ -18,7 +18,7 @@ class ByteReader {
   std::size_t position() const { return position_; }
   std::size_t left() const { return bytes_.size() - position_; }
 
-  // The next COUNT bytes; none of them when there are fewer.
+  // The next COUNT bytes; none if fewer are left.
   std::span<const std::uint8_t> take(std::size_t count) {
     if (failed_ || count > left()) {
       failed_ = true;
@@ -52,7 +52,7 @@ class ByteReader {
   bool failed_ = false;
 };
 
-// The highest bit of a byte comes first.
+// The highest bit of each byte comes first.
 class BitReader {
  public:
   explicit BitReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}

@@ -17,8 +17,7 @@ namespace kolum {
 
 namespace {
 
-constexpr std::chrono::milliseconds kLookAgain{
-    20};  // where the kernel has no descriptors of processes
+constexpr std::chrono::milliseconds kLookAgain{20};  // if the kernel has no process descriptors
 
 struct FileActions {
   posix_spawn_file_actions_t value;
@@ -32,7 +31,7 @@ struct Attributes {
   ~Attributes() { posix_spawnattr_destroy(&value); }
 };
 
-// The child's pid, or a negative number. WRITEEND becomes its standard output, unless it is
+// The child's pid, or a negative number. WRITEEND becomes its standard output unless it is
 // negative.
 pid_t spawn(const std::vector<std::string>& arguments, int writeEnd) {
   FileActions actions;
@@ -96,7 +95,7 @@ ChildProcess::Ending ChildProcess::finish(std::chrono::milliseconds timeLimit,
   const bool isCollected = pipe_.isOpen();
   Ending ending = Ending::kByItself;
   for (;;) {
-    // Looked for before the output is read: what the program has printed is all there then.
+    // Checked before the output is read: once the program has ended, all its output is there.
     const bool ended = hasEnded();
     readOutput(maxOutput);
     if (output_.size() > maxOutput)
@@ -112,16 +111,16 @@ ChildProcess::Ending ChildProcess::finish(std::chrono::milliseconds timeLimit,
   return ending;
 }
 
-// Until there is output, the program has ended or the deadline has come.
+// Waits until there is output, the program has ended or the deadline has passed.
 void ChildProcess::waitForNews(Clock::time_point deadline) const {
   auto left = std::chrono::ceil<std::chrono::milliseconds>(deadline - Clock::now());
   if (!process_.isOpen()) left = std::min(left, kLookAgain);
-  // Negative descriptors are left out.
+  // poll() ignores negative descriptors.
   std::array<pollfd, 2> awaited = {{{pipe_.get(), POLLIN, 0}, {process_.get(), POLLIN, 0}}};
   poll(awaited.data(), awaited.size(), static_cast<int>(std::clamp<long>(left.count(), 0, 60'000)));
 }
 
-// What there is, up to a little more than MAXOUTPUT bytes in all.
+// Reads the available output, up to a little more than MAXOUTPUT bytes in all.
 void ChildProcess::readOutput(std::size_t maxOutput) {
   std::array<char, 65536> piece;
   while (pipe_.isOpen() && output_.size() <= maxOutput) {
@@ -132,12 +131,12 @@ void ChildProcess::readOutput(std::size_t maxOutput) {
       output_.append(piece.data(), static_cast<std::size_t>(count));
       continue;
     }
-    // Everybody has closed it; the program may go on.
+    // All writers have closed it; the program may still be running.
     pipe_.reset();
   }
 }
 
-// The program is left to be reaped, so that its number stays its own.
+// Does not reap the program, so that its pid is not reused.
 bool ChildProcess::hasEnded() const {
   siginfo_t info = {};
   const int result = waitid(P_PID, static_cast<id_t>(pid_), &info, WEXITED | WNOHANG | WNOWAIT);
@@ -146,7 +145,7 @@ bool ChildProcess::hasEnded() const {
 
 void ChildProcess::killGroup() const {
   kill(-pid_, SIGKILL);
-  // It may not have come so far as to make its group.
+  // The child may not have created its group yet.
   kill(pid_, SIGKILL);
 }
 

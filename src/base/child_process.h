@@ -1,4 +1,4 @@
-// Programs that are run and waited for.
+// Running programs and waiting for them.
 #ifndef KOLUM_BASE_CHILD_PROCESS_H
 #define KOLUM_BASE_CHILD_PROCESS_H
 
@@ -14,15 +14,15 @@
 
 namespace kolum {
 
-// A running program, the first of a process group of its own. Destruction ends the whole group.
+// A running program, the leader of its own process group. Destruction kills the whole group.
 class ChildProcess {
  public:
   enum class Output { kInherited, kCollected };
 
-  // ARGUMENTS begin with the program's path. Empty when it cannot be started.
+  // ARGUMENTS begin with the program's path. Empty if it cannot be started.
   static std::optional<ChildProcess> start(const std::vector<std::string>& arguments,
                                            Output output);
-  // The same with a line for the system's shell.
+  // The same for a command line of the system's shell.
   static std::optional<ChildProcess> startShell(const std::string& line, Output output);
 
   ChildProcess(ChildProcess&& other) noexcept;
@@ -31,15 +31,15 @@ class ChildProcess {
 
   enum class Ending { kByItself, kTimeOver, kPrintedTooMuch };
 
-  // Waits until the program has ended, whoever else holds its output. It is killed, with all
-  // processes of its group, when the time is over or it has printed more than MAXOUTPUT bytes. A
-  // program whose output is collected leaves no process behind in any case.
+  // Waits until the program has ended, no matter who else holds its output open. Kills it and all
+  // processes of its group when the time is over or it has printed more than MAXOUTPUT bytes. A
+  // program whose output is collected never leaves a process behind.
   Ending finish(std::chrono::milliseconds timeLimit, std::size_t maxOutput = std::size_t{16} << 20);
 
-  // The wait status, behind finish(); empty when the program was killed, or when somebody else took
-  // its status.
+  // The wait status, after finish(); empty if the program was killed, or if another waiter took its
+  // status.
   std::optional<int> status() const { return status_; }
-  // What it has printed, if that was to be collected.
+  // What it has printed, if its output is collected.
   const std::string& output() const { return output_; }
 
  private:
@@ -53,17 +53,17 @@ class ChildProcess {
   void reap();
 
   pid_t pid_;
-  Descriptor pipe_;     // the reading end, as long as it is open
-  Descriptor process_;  // readable when the program has ended; none with old kernels
+  Descriptor pipe_;     // the reading end, while it is open
+  Descriptor process_;  // readable once the program has ended; not open on old kernels
   std::string output_;
   std::optional<int> status_;
 };
 
-// The status of a shell command as system() reports it, but -1 also when the time is over.
+// The status of a shell command as system() reports it, but -1 also if the time is over.
 int runShell(const std::string& line, std::chrono::milliseconds timeLimit);
 
-// All that a shell command prints. Empty when it cannot be started; an empty text when it takes
-// longer than the limit, or prints more than 16 MiB: it may print without end.
+// Everything a shell command prints. Empty if it cannot be started; an empty text if it takes
+// longer than the limit or prints more than 16 MiB.
 std::optional<std::string> outputOfShell(const std::string& line,
                                          std::chrono::milliseconds timeLimit);
 

@@ -9,7 +9,7 @@
 
 namespace kolum {
 
-// Closed on destruction, which keeps errno. -1 is none.
+// Closed on destruction, which preserves errno. -1 means none.
 class Descriptor {
  public:
   Descriptor() = default;

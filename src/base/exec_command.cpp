@@ -18,19 +18,19 @@ constexpr char kTraceColour[] = "\033[1;35m";  // bold magenta
 #define TRACE(...) \
   koDebugUtilWrapperPrint(kLogLevel, kTraceColour, kSource, __LINE__, "ExecCommand", __VA_ARGS__)
 
-// The child's part. The trace line and the environment are wanted although neither is safe in a
-// process forked off several threads; nothing may be added. Status 0 for a program that cannot be
-// started is wanted, too: hosts call tools that only some appliances have.
+// Runs in the child. The trace line and the environment must stay although neither is safe after a
+// fork from several threads: log filters and tools depend on them. Nothing may be added. A program
+// that cannot be started exits with 0, because hosts call tools that only some appliances have.
 [[noreturn]] void runInChild(const char** argv) {
   TRACE("\n");
   setenv("LD_LIBRARY_PATH", "/usr:/usr/lib", 1);
-  // execvp takes the arguments as non-const for historic reasons only and changes nothing.
+  // execvp takes non-const arguments for historical reasons only; it does not change them.
   execvp(argv[0], const_cast<char**>(argv));
   _exit(0);
 }
 
-// The child's wait status. A fork that failed leaves 0, like a program that cannot be started;
-// waiting then would take, and wait for, any other child of the host.
+// The child's wait status. A failed fork gives 0, like a program that cannot be started; waiting
+// for it would wait for any other child of the host and take its status.
 int waitForChild(pid_t child) {
   int status = 0;
   if (child < 0) return status;

@@ -17,8 +17,8 @@ std::optional<IniFile> IniFile::load(const std::string& path) {
   return IniFile(ini);
 }
 
-// A section of the same name as a key gives the key a null text, which iniparser's own readers of
-// numbers and booleans do not survive; such a key counts as absent.
+// A section with the same name as a key gives the key a null text. iniparser's getters of numbers
+// and booleans crash on it; treat such a key as absent.
 const char* IniFile::text(const char* key, const char* fallback) const {
   const char* text = iniparser_getstring(ini_.get(), key, nullptr);
   return text != nullptr ? text : fallback;

@@ -6,7 +6,7 @@
 #include <optional>
 #include <string>
 
-// iniparser's own name for what it has read.
+// iniparser's own name for a parsed file.
 struct _dictionary_;  // NOLINT(bugprone-reserved-identifier)
 
 namespace kolum {
@@ -14,11 +14,11 @@ namespace kolum {
 // Keys are written "section:key", in any letter case.
 class IniFile {
  public:
-  // Empty when the file cannot be read. What is no regular file is refused: opening a FIFO would
+  // Empty if the file cannot be read. Anything but a regular file is refused: opening a FIFO would
   // block.
   static std::optional<IniFile> load(const std::string& path);
 
-  // The value of a key, or the fallback when there is none. Texts live as long as the object.
+  // The value of a key, or FALLBACK if it is absent. Texts live as long as the object.
   const char* text(const char* key, const char* fallback) const;
   int number(const char* key, int fallback) const;
   bool boolean(const char* key, bool fallback) const;

@@ -1,4 +1,4 @@
-// The log macros of the library: everything goes to the host's debug log at one level.
+// The library's log macros: everything goes to the host's debug log at one level.
 #ifndef KOLUM_BASE_LOG_H
 #define KOLUM_BASE_LOG_H
 
@@ -8,12 +8,12 @@ namespace kolum {
 
 inline constexpr int kLogLevel = 5;
 
-// The source that all media probes name in their lines.
+// The source name that all media probes log under.
 inline constexpr char kMediaSource[] = "MediaInfo";
 
 }  // namespace kolum
 
-// Logs under a function name of its own, which host-side log filters rely on.
+// Logs under the given function name, which hosts' log filters match.
 #define KOLUM_LOG_AS(source, function, ...) \
   koDebugUtilWrapperPrint(::kolum::kLogLevel, nullptr, source, __LINE__, function, __VA_ARGS__)
 

@@ -9,7 +9,7 @@
 namespace kolum {
 
 std::string shellWord(const std::string& path) {
-  // Room for every way of quoting in place: a quoted quote takes four bytes.
+  // Room for any in-place quoting: a quoted quote takes four bytes.
   std::vector<char> word(path.size() * 4 + sizeof "''");
   copyText(word.data(), word.size(), path);
   StringConvert2SystemCmdFilename(word.data());

@@ -6,7 +6,7 @@
 
 namespace kolum {
 
-// PATH as one word of a shell command, as the host makes it.
+// PATH as one word of a shell command, quoted by the host.
 std::string shellWord(const std::string& path);
 
 }  // namespace kolum

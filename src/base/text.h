@@ -12,10 +12,10 @@ namespace kolum {
 // Size of every path buffer, with the terminator.
 inline constexpr std::size_t kPathSize = 1024;
 
-// FOLDER followed by NAME, nothing inserted, cut to what a path buffer holds.
+// FOLDER followed by NAME, with nothing in between, cut to the size of a path buffer.
 std::string joinPath(std::string_view folder, std::string_view name);
 
-// The same, but empty when it would have to be cut: what is left would name another file.
+// The same, but empty if it would have to be cut: a cut path would name another file.
 std::optional<std::string> wholePath(std::string_view folder, std::string_view name);
 
 // Copies TEXT into OUT (SIZE bytes, at least 1), cut to fit, always terminated.
@@ -26,7 +26,7 @@ void copyText(char (&out)[kSize], std::string_view text) {
   copyText(out, kSize, text);
 }
 
-// What follows a name's last ".", with it; empty when there is none.
+// The part of a name from its last "."; empty if there is none.
 std::string_view extensionOf(std::string_view name);
 
 // Only ASCII letters have case here, whatever the locale.

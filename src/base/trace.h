@@ -1,5 +1,5 @@
-// What hosts read on their debug channels while a file is looked at. It is collected here, line by
-// line, and written at the edge.
+// Lines for the host's debug channels, collected while a file is probed. The edges of libraries and
+// programs write them out.
 #ifndef KOLUM_BASE_TRACE_H
 #define KOLUM_BASE_TRACE_H
 
@@ -17,8 +17,8 @@ enum class TraceChannel {
 
 struct TraceLine {
   TraceChannel channel;
-  std::string function;  // that the line is logged under; empty except for kLog
-  std::string text;      // with its line end, if it has one
+  std::string function;  // name to log the line under; empty except for kLog
+  std::string text;      // with its line end, if any
 };
 
 class Trace {

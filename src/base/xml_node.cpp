@@ -14,8 +14,7 @@ bool isElement(const pugi::xml_node& candidate) {
   return candidate.type() == pugi::node_element;
 }
 
-// The element whose children a node's children are: what is added below a declaration is the
-// document's.
+// The element that holds a node's children. Children added to a declaration belong to the document.
 pugi::xml_node childrenOf(pugi::xml_node_struct* element) {
   const pugi::xml_node self = node(element);
   return self.type() == pugi::node_declaration ? self.parent() : self;
@@ -28,7 +27,7 @@ struct StringWriter : pugi::xml_writer {
   }
 };
 
-// The number-th child element that MATCHES, or a null node.
+// The child element with index NUMBER among those that MATCHES accepts, or a null node.
 template <typename Matches>
 pugi::xml_node childElement(pugi::xml_node_struct* element, int number, Matches matches) {
   if (number < 0) return {};
@@ -51,7 +50,7 @@ auto named(const char* name) {
   return [name](const pugi::xml_node& child) { return std::strcmp(child.name(), name) == 0; };
 }
 
-// Every next element in document order, without recursion: hostile documents nest deeply.
+// The next element in document order, without recursion: hostile documents nest deeply.
 pugi::xml_node nextInOrder(pugi::xml_node current) {
   if (current.first_child()) return current.first_child();
   while (current && !current.next_sibling()) current = current.parent();
@@ -149,7 +148,7 @@ void XMLNode::addAttribute(const char* name, const char* value) {
 }
 
 void XMLNode::addText(const char* text) {
-  // pugixml's releases write an empty piece of text differently.
+  // pugixml releases write an empty text node differently.
   if (*text == '\0') return;
   node(element_).append_child(pugi::node_pcdata).set_value(text);
 }

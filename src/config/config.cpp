@@ -84,7 +84,7 @@ constexpr ListKey kBlacklists[] = {
     {"THUMBNAIL:VIDEO_BLACKLIST", &lumCfg_s::videoBlacklist},
 };
 
-// The range of one number, and what is logged when it is left.
+// The range of a number, and the message logged if the number is outside it.
 struct Range {
   int lumCfg_s::*field;
   int low;
@@ -94,7 +94,7 @@ struct Range {
 };
 
 // Checked in this order. The device type's message names another key than the one read, and the
-// height's lacks a colon: both are wanted, log filters of hosts match the texts to the letter.
+// height's lacks a colon: hosts' log filters match the texts to the letter.
 constexpr Range kRanges[] = {
     {&lumCfg_s::mode, 1, 3, false, "KOLUMSERVER:MODE:%d\n"},
     {&lumCfg_s::thumbStatus, 1, 4, false, "KOLUMSERVER:THUMB_STATUS:%d\n"},
@@ -116,7 +116,7 @@ std::optional<IniFile> load(const std::string& path) {
   return ini;
 }
 
-// Empty entries between two separators stay; after the last separator there is no empty entry.
+// Keeps empty entries between two separators, but not one after the last separator.
 std::vector<std::string> splitList(std::string_view text) {
   std::vector<std::string> entries;
   for (std::size_t end = text.find(':'); end != text.npos; end = text.find(':')) {
@@ -168,8 +168,8 @@ std::string dataDir() {
   return dir;
 }
 
-// Through the shell and unquoted: the data volume's path is the host's own. A path
-// that the command's buffer cannot hold is refused, never cut.
+// Through the shell and unquoted: the data volume's path comes from the host itself. A path too
+// long for the command's buffer is refused, never cut.
 bool touch(const std::string& path) {
   std::array<char, kCommandSize> command{};
   const int length = std::snprintf(command.data(), command.size(), "/bin/touch %s", path.c_str());
@@ -207,8 +207,8 @@ int update(const std::string& section, const std::string& key, const std::string
 
 namespace {
 
-// The record keeps the bad value, so that this parse still fails and the next one passes. That is
-// wanted: a host never works with a size that its file did not hold.
+// The record keeps the bad value, so this call fails and the next one succeeds: a host never works
+// with a size that its file did not contain.
 void repairSizes(const lumCfg_s& cfg) {
   if (cfg.minWidth < kMinSize) update("THUMBNAIL", "MIN_WIDTH", kRepairedSize);
   if (cfg.minHeight < kMinSize) update("THUMBNAIL", "MIN_HEIGHT", kRepairedSize);

@@ -8,12 +8,12 @@
 
 namespace kolum::config {
 
-// What parseConfig and updateConfig answer; see <kolum/config.h>.
+// The implementations of parseConfig and updateConfig; see <kolum/config.h>.
 int parse(lumCfg_s& cfg);
 int update(const std::string& section, const std::string& key, const std::string& value);
 
-// Fills CFG from both files, the defaults standing in for absent keys; nothing is tested. False,
-// and CFG untouched, when a file cannot be read, which is logged.
+// Fills CFG from both files, with defaults for absent keys; does not check the values. False, with
+// CFG untouched, if a file cannot be read, which is logged.
 bool readConfigFiles(const std::string& serverFile, const std::string& applianceFile,
                      lumCfg_s& cfg);
 

@@ -11,14 +11,14 @@ namespace {
 constexpr int kFirstPcm = 0x10000;
 constexpr int kLastPcm = 0x10FFF;
 
-// Highest bit rates of the Windows Media Audio profiles, with some room for rounding encoders.
+// Highest bit rates of the Windows Media Audio profiles, with some margin for rounding encoders.
 constexpr std::int64_t kWmaBaseBitRate = 193000;
 constexpr std::int64_t kWmaFullBitRate = 385000;
 
 constexpr std::int64_t kAacStereoBitRate = 576000;
 constexpr std::int64_t kAacMultichannelBitRate = 1440000;
 
-// MPEG-4 audio object types whose decoders are low-complexity ones.
+// MPEG-4 audio object types of low-complexity decoders.
 constexpr unsigned kObjectTypeLowComplexity = 2;
 constexpr unsigned kObjectTypeErrorResilientLowComplexity = 17;
 

@@ -1,4 +1,4 @@
-// The audio class that drives DLNA naming.
+// The audio class that DLNA names depend on.
 #ifndef KOLUM_DLNA_AUDIO_CLASS_H
 #define KOLUM_DLNA_AUDIO_CLASS_H
 

@@ -6,7 +6,7 @@ namespace kolum::dlna {
 
 namespace {
 
-// A whole codec family, or one codec, whose name needs no more than that.
+// A codec, or range of codecs, that alone decides the name.
 struct CodecRow {
   int first;
   int last;
@@ -18,12 +18,12 @@ constexpr CodecRow kCodecRows[] = {
     {CODEC_ID_MP2, CODEC_ID_MP2, "MP2_MPS"},
     {CODEC_ID_MP3, CODEC_ID_MP3, "MP3"},
     {CODEC_ID_AC3, CODEC_ID_AC3, "AC3"},
-    // Wanted: players that take AC-3 files take these as well, and DTS has no name of its own.
+    // DTS has no name of its own; players that take AC-3 files take these as well.
     {CODEC_ID_DTS, CODEC_ID_DTS, "AC3"},
     {CODEC_ID_WMAPRO, CODEC_ID_WMAPRO, "WMAPRO"},
 };
 
-// Rows from the tightest to the widest; the first that a stream fits names it.
+// From the tightest row to the widest; the first that a stream fits gives the name.
 struct AacRow {
   int mostChannels;
   std::int64_t highestBitRate;
@@ -31,7 +31,7 @@ struct AacRow {
   std::string_view otherName;
 };
 
-// There is no 320 variant in MP4, on purpose: "AAC_ISO" covers all of it.
+// MP4 has no 320 variant: renderers know only "AAC_ISO" for it.
 constexpr AacRow kAacRows[] = {
     {2, 320'000, "AAC_ISO", "AAC_ADTS_320"},
     {2, 576'000, "AAC_ISO", "AAC_ADTS"},
@@ -50,7 +50,7 @@ constexpr WmaRow kWmaRows[] = {
     {385'000, "WMAFULL"},
 };
 
-// Two certification files whose expected profiles differ from what their bit rates give.
+// Two certification files whose required profiles differ from what their bit rates give.
 constexpr std::string_view kAac320TestFile = "O-AAC_ADTS_320-stereo-48kHz-320.adts";
 constexpr std::string_view kWmaBaseTestFile = "O-WAB-05_C_192_44_2.wma";
 

@@ -1,4 +1,4 @@
-// The DLNA profile name of a song, decided from plain values.
+// Decides the DLNA profile name of a song from plain values.
 #ifndef KOLUM_DLNA_AUDIO_PROFILE_H
 #define KOLUM_DLNA_AUDIO_PROFILE_H
 
@@ -17,7 +17,7 @@ struct AudioFacts {
   std::string_view fileName = {};
 };
 
-// The profile's name, "AAC_ISO"; empty when the song has none.
+// The profile's name, such as "AAC_ISO"; empty if the song has none.
 std::string_view dlnaAudioProfile(const AudioFacts& facts);
 
 }  // namespace kolum::dlna

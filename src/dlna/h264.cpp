@@ -18,7 +18,7 @@ constexpr int kConstrainedBaseline = 578;
 constexpr int kMain = 77;
 constexpr int kHigh = 100;
 
-// The audio that a name takes.
+// The audio classes that a name allows.
 constexpr std::int64_t kAc3[] = {AUDIO_CLASS_AC3};
 constexpr std::int64_t kAacStereo[] = {AUDIO_CLASS_AAC_STEREO};
 constexpr std::int64_t kTransportAudio[] = {AUDIO_CLASS_AC3, AUDIO_CLASS_AAC_STEREO,
@@ -27,7 +27,7 @@ constexpr std::span<const std::int64_t> kAnyAudio = {};
 
 constexpr int kAnySize = 0;
 
-// A piece of a name with what a stream must keep to. The bit rate is the video stream's.
+// Part of a name, with the limits for a stream. The bit rate is the video stream's.
 struct Form {
   std::string_view piece;
   int width;
@@ -75,8 +75,8 @@ constexpr std::string_view kMp4Prefix = "AVC_MP4_";
 constexpr Form kHighInMp4 = {"HP_HD_AAC", 1920, 1080, 25000000, kAacStereo};
 
 constexpr Form kMainSdInMp4 = {"MP_SD", 720, 576, 10000000, kAnyAudio};
-// The last one also takes 720-line streams whose bit rate is too high for the name of their own;
-// renderers expect it.
+// The last row also takes 720-line streams whose bit rate is too high for their own name; renderers
+// expect it.
 constexpr auto kMainHdInMp4 = std::to_array<Form>({
     {"MP_HD_720p_AAC", 1280, 720, 15000000, kAacStereo},
     {"MP_HD_1080i_AAC", 1920, 1080, 21000000, kAacStereo},
@@ -86,12 +86,12 @@ void nameHighInMp4(Naming& naming) {
   naming.primary() = kMp4Prefix;
   if (testsOf(naming, kMp4Prefix, kHighInMp4, "").take())
     naming.primary() += kHighInMp4.piece;
-  else  // Stays as it is: renderers of the time play such streams by that.
+  else  // Kept: renderers match by the beginning of the name.
     naming.remark("AVC_MP4_ alone stays for streams of the High profile that no name fits");
 }
 
 void nameMainInMp4(Naming& naming) {
-  // A name of this length or less is none, such as "AVC_MP4_MP_" without an ending.
+  // A name of at most this length is incomplete, such as "AVC_MP4_MP_".
   constexpr std::size_t kLongestFragment = 11;
   std::string& primary = naming.primary();
   primary = "AVC_MP4_MP_";
@@ -116,7 +116,7 @@ void nameMainInMp4(Naming& naming) {
   if (primary.size() <= kLongestFragment) primary.clear();
 }
 
-// A name for the Baseline profile; levels are FFmpeg's, the bit rate is the whole file's.
+// A name for the Baseline profile; levels are FFmpeg's, the bit rate is that of the whole file.
 struct BaselineRow {
   std::string_view piece;
   std::string_view suffix;
@@ -146,7 +146,7 @@ constexpr auto kBaselineHd = std::to_array<BaselineRow>({
     {"BL_L32_HD_", "AAC", kAnyLevel, 32, 21000000, AUDIO_CLASS_AAC_STEREO},
 });
 
-// The rows for frames of at most this size; the first group that holds a frame serves it alone.
+// The rows for frames up to this size; only the first group that fits a frame is tried.
 struct BaselineGroup {
   int width;
   int height;
@@ -170,15 +170,15 @@ Tests videoTestsOf(const Naming& naming, const BaselineGroup& group, const Basel
   return tests;
 }
 
-// False when no row fits.
+// False if no row fits.
 bool nameByBaselineGroup(Naming& naming, const BaselineGroup& group) {
-  // Hosts' logs show these lines.
+  // Hosts' logs contain these lines.
   if (group.printsCarets) naming.output("^^^^^^^^^^^^^^^^\n^^^^^^^^^^^^^^^^\n");
   std::string_view piece;
   bool named = false;
   for (const BaselineRow& row : group.rows) {
     Tests tests = videoTestsOf(naming, group, row);
-    // The first piece that fits the video is printed, also when no audio suffix follows.
+    // The first piece whose video limits hold is printed, even if the audio fits no row.
     if (piece.empty() && tests.held()) piece = row.piece;
     named = tests.oneOf(audio(naming.facts), {row.audioClass}).take();
     if (!named) continue;
@@ -194,7 +194,7 @@ bool nameByBaselineGroup(Naming& naming, const BaselineGroup& group) {
 const BaselineGroup* baselineGroupOf(const DlnaFacts& facts) {
   for (const BaselineGroup& group : kBaselineGroups)
     if (facts.width <= group.width && facts.height <= group.height) return &group;
-  // Higher frames still print the debug lines of the last group, though no row of it fits.
+  // Higher frames get the last group, which still prints its debug lines although no row fits.
   return facts.width <= kBaselineGroups.back().width ? &kBaselineGroups.back() : nullptr;
 }
 
@@ -221,8 +221,8 @@ void nameInMp4(Naming& naming) {
 
 constexpr std::string_view kTransportPrefix = "AVC_TS_";
 
-// What no baseline form holds keeps "BL_" in front of the main form; such streams have been named
-// so from the beginning.
+// A stream that fits no Baseline form keeps the prefix "BL_" before the main form: such streams
+// have always been named so.
 constexpr auto kBaselineForms = std::to_array<Form>({
     {"BL_CIF15_", 352, 288, 384000, kTransportAudio},
     {"BL_CIF30_", 352, 288, 3000000, kTransportAudio},
@@ -239,7 +239,7 @@ constexpr auto kHighForms = std::to_array<Form>({
     {"HP_HD_", 1920, 1152, 30000000, kAc3},
 });
 
-// Other profiles are named by their audio alone.
+// Other profiles are named only by their audio.
 constexpr auto kOtherForms = std::to_array<Form>({
     {"", kAnySize, kAnySize, 0, kTransportAudio},
 });
@@ -258,15 +258,15 @@ std::span<const Form> transportForms(int profile) {
   }
 }
 
-// Every name needs packets of known size.
+// Every name requires a known packet size.
 bool take(Tests& tests, const TransportPackets& packets) {
   return tests.oneOf(packetSize(packets), {TS_PACKET_PLAIN, TS_PACKET_STAMPED}).take();
 }
 
 enum class FrameRateTest { kNone, k50Hz, k60Hz };
 
-// True when the rate's numerator reaches the denominator of the stream's time base, which few
-// streams do. The names in use depend on it.
+// True if the rate's numerator reaches the denominator of the stream's time base, which few streams
+// do. Stored names depend on it.
 bool countsInClockTicks(const DlnaFacts& facts) {
   return quotient(facts.realFrameRate.num, facts.timeBaseDen) != 0;
 }
@@ -278,7 +278,7 @@ FrameRateTest frameRateTest(const DlnaFacts& facts) {
   if (isFullHd && inTicks && is60) return FrameRateTest::k60Hz;
   if (facts.width == 720 && facts.height == 480)
     return inTicks && is60 ? FrameRateTest::k60Hz : FrameRateTest::kNone;
-  // The other way about than the sizes above; wanted like that.
+  // Intentionally inverted: stored names depend on it.
   if (facts.width == 1280 && facts.height == 720)
     return !inTicks && is60 ? FrameRateTest::k60Hz : FrameRateTest::k50Hz;
   if (isFullHd || (facts.width == 720 && facts.height == 576)) return FrameRateTest::k50Hz;
@@ -308,7 +308,7 @@ bool fits50Hz(const Naming& naming, const TransportPackets& packets) {
   return take(tests, packets);
 }
 
-// The piece that a frame rate gives; empty when it gives none.
+// The part of a name that follows from the frame rate; empty if there is none.
 std::string_view frameRatePiece(const Naming& naming, const TransportPackets& packets) {
   switch (frameRateTest(naming.facts)) {
     case FrameRateTest::k60Hz:
@@ -331,7 +331,7 @@ void writeTransportName(Naming& naming, std::string_view piece, const TransportP
     primary += "_ISO";
     return;
   }
-  // Streams of the High profile count as time-stamped whatever the stamps say.
+  // High profile streams count as time-stamped whatever their stamps.
   if (packets.isTimeStamped || isHigh) primary += "_T";
   naming.name.mimeType = kTimeStampedMimeType;
 }
@@ -340,7 +340,7 @@ void nameInTransportStream(Naming& naming) {
   const DlnaFacts& facts = naming.facts;
   const TransportPackets packets = naming.readPackets();
   const std::string_view piece = frameRatePiece(naming, packets);
-  // A stream that its frame rate named does not count as one of the High profile any more.
+  // A stream named by its frame rate no longer counts as High profile.
   if (!piece.empty()) return writeTransportName(naming, piece, packets, false);
   for (const Form& form : transportForms(facts.profile)) {
     Tests tests = testsOf(naming, kTransportPrefix, form, audioSuffix(facts.audioClass));

@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::int64_t kPalHeights[] = {288, 576};
 
-// Frame sizes and rates that Korean television takes as well; the second name of such files.
+// Frame sizes and rates that Korean television also accepts; they give such files a second name.
 struct KoreanHdRow {
   int width;
   int height;
@@ -45,7 +45,7 @@ bool isKoreanSd(const Naming& naming) {
       .take();
 }
 
-// The pieces behind "MPEG_TS_": the name for everybody, and for Korea where there is one.
+// What follows "MPEG_TS_": the general name, and the Korean one if there is one.
 struct TransportPieces {
   std::string_view primary;
   std::string_view alternative;
@@ -73,8 +73,8 @@ std::string joined(std::initializer_list<std::string_view> pieces) {
 
 void nameMpeg2InTransportStream(Naming& naming) {
   constexpr std::string_view kPrefix = "MPEG_TS_";
-  // Japanese television is told by its AAC alone and has neither packet suffix nor alternative. It
-  // is no aim for other files, so it is explained only where it holds.
+  // Japanese television is recognised by its AAC alone; its name has neither packet suffix nor
+  // alternative. It is explained only if it fits, because other files should not aim for it.
   if (naming.facts.audioClass == AUDIO_CLASS_AAC_OTHER) {
     naming.candidate({"MPEG_TS_JP_T"}).oneOf(audio(naming.facts), {AUDIO_CLASS_AAC_OTHER}).take();
     naming.primary() = "MPEG_TS_JP_T";
@@ -89,7 +89,8 @@ void nameMpeg2InTransportStream(Naming& naming) {
     suffix = packets.isTimeStamped ? "_T" : "";
     naming.name.mimeType = kTimeStampedMimeType;
   } else if (packets.size != TS_PACKET_PLAIN) {
-    // Packets of unknown size leave the suffix alone as the name; renderers were tested with it.
+    // Only the suffix remains as the name for packets of unknown size; renderers were tested with
+    // it.
     primary.clear();
     naming.remark("packets of unknown size leave nothing of the name but its suffix");
   }
@@ -120,7 +121,8 @@ constexpr std::int64_t kPhoneLevels[] = {0, 1, 9, media::kUnknownLevel};
 constexpr std::int64_t kVgaLevels[] = {0, 1, 2, 3, 4, 9, media::kUnknownLevel};
 constexpr std::int64_t kAdvancedLevels[] = {0, 1, 2, 3, 4, 5, 7, media::kUnknownLevel};
 
-// Tried from the first row on. Profiles and levels are FFmpeg's numbers; no levels means any.
+// Tried from the first row on. Profiles and levels are FFmpeg's numbers; an empty list of levels
+// allows any.
 struct Mpeg4Row {
   std::string_view name;
   int width;
@@ -132,7 +134,7 @@ struct Mpeg4Row {
   unsigned audioClass;
 };
 
-// Names are long, so the rows are spelled with short words.
+// Short aliases keep each row on one line.
 constexpr unsigned kAac = AUDIO_CLASS_AAC_STEREO;
 constexpr unsigned kAmr = AUDIO_CLASS_AMR;
 
@@ -186,7 +188,7 @@ void nameMpeg1(Naming& naming) {
   if (facts.demuxer != media::kDemuxerMpegPs)
     return naming.remark("MPEG-1 video has a name in MPEG program streams only");
   naming.name.mimeType = "video/mpeg";
-  // No test of the bit rate: streams of variable rate tell none that means anything.
+  // The bit rate is not tested: a variable-rate stream's rate means nothing.
   if (naming.candidate({"MPEG1"})
           .oneOf(width(facts), {352})
           .oneOf(height(facts), {240, 288})

@@ -24,7 +24,7 @@ void nameMsMpeg4(Naming& naming) {
   naming.remark("MPEG-4 of this kind gets a MIME type only");
 }
 
-// Every other codec has no profile.
+// All other codecs have no profile.
 constexpr auto kCodecRules = std::to_array<CodecRules>({
     {CODEC_ID_MSMPEG4V3, nameMsMpeg4},
     {CODEC_ID_MPEG2VIDEO, nameMpeg2},
@@ -52,7 +52,7 @@ constexpr auto kWmvHighTestStreams = std::to_array<std::string_view>({
     "O-WVH_F-04_VBR_15M_193_44_2_16",
 });
 
-// --- What an explanation tells about the file
+// --- What an explanation says about the file
 
 std::string containerName(std::string_view demuxer) {
   const std::string_view label = media::containerType(demuxer).label;

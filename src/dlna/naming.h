@@ -1,4 +1,4 @@
-// Names the DLNA media format profile of a video: a pure decision over plain facts.
+// Names the DLNA media format profile of a video, from plain facts alone.
 #ifndef KOLUM_DLNA_NAMING_H
 #define KOLUM_DLNA_NAMING_H
 
@@ -40,26 +40,26 @@ using media::TransportPackets;
 using PacketReader = std::function<TransportPackets()>;
 
 struct DlnaName {
-  std::string profile;   // empty when there is none
-  std::string mimeType;  // empty when the rules leave it open
+  std::string profile;   // empty if there is none
+  std::string mimeType;  // empty if the rules do not decide it
   std::optional<std::uint32_t> playException;
   // Lines that hosts read on standard output.
   std::vector<std::string> outputLines;
 };
 
-// How a name came about, in words; see the public record of the same parts.
+// Explains a name in words; the public record has the same parts.
 struct DlnaExplanation {
   std::vector<DlnaDetail> details;
   std::vector<DlnaCandidate> candidates;
   std::vector<std::string> remarks;
 };
 
-// READPACKETS is called at most once, and only when a rule asks for the packets. An EXPLANATION is
-// filled when one is given and costs nothing otherwise.
+// READPACKETS is called at most once, and only if a rule needs the packets. EXPLANATION is filled
+// if given; without it no explanation is built.
 DlnaName nameDlnaProfile(const DlnaFacts& facts, const PacketReader& readPackets,
                          DlnaExplanation* explanation = nullptr);
 
-// DLNA's own test streams that are named kWmvHighTestProfile whatever the rules say.
+// DLNA's own test streams that are always named kWmvHighTestProfile, as certification requires.
 bool isWmvHighTestStream(std::string_view fileName);
 inline constexpr std::string_view kWmvHighTestProfile = "WMVHIGH_FULL";
 

@@ -83,7 +83,7 @@ std::string mpeg4LevelText(std::int64_t level) {
   return levelText(CODEC_ID_MPEG4, level);
 }
 
-// What may stand in a test: "a, b or c".
+// The allowed values in words: "a, b or c".
 std::string alternatives(const Quantity& quantity, std::span<const std::int64_t> allowed) {
   std::string text;
   std::size_t left = allowed.size();

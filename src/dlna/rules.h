@@ -1,4 +1,4 @@
-// What the naming rules of the codecs share.
+// What the naming rules of all codecs share.
 #ifndef KOLUM_DLNA_RULES_H
 #define KOLUM_DLNA_RULES_H
 
@@ -15,7 +15,7 @@ namespace kolum::dlna {
 
 inline constexpr const char* kTimeStampedMimeType = "video/vnd.dlna.mpeg-tts";
 
-// A number that a test looks at, with its words for people.
+// A number that a test compares, with its words for people.
 struct Quantity {
   const char* label;
   std::int64_t value;
@@ -28,7 +28,7 @@ Quantity audio(const DlnaFacts& facts);
 // Bits per second.
 Quantity videoBitRate(std::int64_t rate);
 Quantity overallBitRate(std::int64_t rate);
-// Whole frames per second; the rest is cut off.
+// Whole frames per second, rounded down.
 Quantity frameRate(const DlnaFacts& facts);
 Quantity packetSize(const TransportPackets& packets);
 
@@ -37,11 +37,11 @@ Quantity h264Level(int level);
 Quantity mpeg4Profile(int profile);
 Quantity mpeg4Level(int level);
 
-// The tests that a name is put to. All of them are made, so that an explanation tells everything
-// that is missing and not only the first thing.
+// The tests of one name. All of them are evaluated, so that an explanation lists everything that is
+// missing and not only the first failure.
 class Tests {
  public:
-  // The name comes in pieces, which are put together only when somebody wants to know.
+  // The name comes in pieces, which are joined only if an explanation is wanted.
   Tests(DlnaExplanation* explanation, std::initializer_list<std::string_view> name);
 
   Tests& atMost(const Quantity& quantity, std::int64_t limit);
@@ -53,12 +53,12 @@ class Tests {
   Tests& frame(const DlnaFacts& facts, int maxWidth, int maxHeight) {
     return atMost(width(facts), maxWidth).atMost(height(facts), maxHeight);
   }
-  // A test in words of its own: what is wanted, and what there is.
+  // A test with its own wording: the required value and the actual one.
   Tests& that(bool held, const char* wanted, const Quantity& actual);
 
-  // True while every test held.
+  // True while all tests have held.
   bool held() const { return held_; }
-  // True when every test held; ends the candidate, which is then taken.
+  // True if every test held; completes the candidate, which is then taken.
   bool take();
 
  private:
@@ -69,7 +69,7 @@ class Tests {
   bool held_ = true;
 };
 
-// One run of the naming: the facts, and the name as it grows.
+// One naming run: the facts, and the name as it is built.
 struct Naming {
   const DlnaFacts& facts;
   const PacketReader& packetReader;
@@ -87,12 +87,12 @@ struct Naming {
   TransportPackets readPackets() const;
 };
 
-// An integer quotient; 0 when there is no denominator.
+// An integer quotient; 0 if the denominator is 0.
 constexpr std::int64_t quotient(std::int64_t numerator, std::int64_t denominator) {
   return denominator != 0 ? numerator / denominator : 0;
 }
 
-// The rules by codec. Each leaves the whole name; an empty one means that there is none.
+// The rules by codec. Each builds the whole name; empty means there is none.
 void nameMpeg2(Naming& naming);
 void nameH264(Naming& naming);
 void nameMpeg4Part2(Naming& naming);

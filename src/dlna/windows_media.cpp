@@ -33,7 +33,7 @@ constexpr std::int64_t kBaseToPro[] = {AUDIO_CLASS_WMA_BASE, AUDIO_CLASS_WMA_FUL
 // Base audio has no name at the high level.
 constexpr std::int64_t kFullOrPro[] = {AUDIO_CLASS_WMA_FULL, AUDIO_CLASS_WMA_PRO};
 
-// The first tier whose video tests hold decides, also when it then refuses the audio.
+// The first tier whose video tests hold decides, even if it then rejects the audio.
 struct Tier {
   std::string_view name;
   bool needsSimpleProfile;
@@ -56,13 +56,13 @@ std::string_view suffixOf(std::int64_t audioClass) {
   return row != kSuffixes.end() ? row->suffix : "";
 }
 
-// The suffix of the file's audio, else of the first that the tier takes.
+// The suffix of the file's audio, or else of the first that the tier allows.
 std::string_view suffixIn(const Tier& tier, unsigned audioClass) {
   const auto fits = std::find(tier.audio.begin(), tier.audio.end(), audioClass);
   return suffixOf(fits != tier.audio.end() ? *fits : tier.audio.front());
 }
 
-// Where FFmpeg tells no profile, the sequence header does, in its top two bits.
+// If FFmpeg reports no profile, the top two bits of the sequence header hold it.
 int wmv3Profile(const DlnaFacts& facts) {
   if (facts.profile == media::kUnknownLevel && !facts.extraData.empty())
     return static_cast<int>(BitReader(facts.extraData).bits(2));
@@ -82,7 +82,7 @@ void nameWindowsMedia(Naming& naming) {
   if (facts.demuxer != media::kDemuxerAsf)
     return naming.remark("WMV3 and VC-1 video have names in ASF files only");
   naming.name.mimeType = "video/x-ms-wmv";
-  // ASF headers without extended properties tell no stream rate.
+  // ASF headers without extended properties have no stream rate.
   const Quantity rate = facts.streamBitRate > 0 ? videoBitRate(facts.streamBitRate)
                                                 : overallBitRate(facts.containerBitRate);
   const bool isSimple = facts.codec == CODEC_ID_WMV3 && wmv3Profile(facts) == kSimpleProfile;

@@ -14,8 +14,8 @@ namespace {
 
 constexpr const char* kKindNames[kKindCount] = {"Music", "Photo", "Video", "Playlist"};
 
-// Rows 32 and up share the bits of rows 0 and up, because the configured value has 32; and the
-// built-in exclusions of classification do not show. Both are what hosts' pages expect.
+// Rows 32 and up share the bits of rows 0 and up, because a configured mask has 32 bits. Rows that
+// classification always excludes are listed too. Hosts' pages expect both.
 void addExtensions(XMLNode& media, std::span<const MediaFileInfo> rows, std::uint32_t excluded) {
   for (std::size_t row = 0; row < rows.size(); ++row) {
     if ((excluded >> row % 32 & 1) != 0) continue;

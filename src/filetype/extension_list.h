@@ -7,7 +7,7 @@
 
 namespace kolum::filetype {
 
-// An XML document; empty when the configuration cannot be read.
+// An XML document; empty if the configuration cannot be read.
 std::optional<std::string> extensionList();
 
 }  // namespace kolum::filetype

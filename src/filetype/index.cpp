@@ -14,7 +14,7 @@ namespace {
 
 constexpr std::size_t kLongestExtension = 9;
 
-// Rows 7 (".dts") and 10 (".ac3") of the songs, whose exclusion no mask lifts.
+// Rows 7 (".dts") and 10 (".ac3") of the songs: no mask includes them.
 constexpr std::uint64_t kMusicExclusions = 0x240;
 
 constexpr std::array<std::uint64_t, kKindCount> kBuiltInExclusions = {kMusicExclusions, 0, 0, 0};
@@ -25,7 +25,7 @@ std::array<MediaHashNode*, 100> musicBuckets = {};
 std::array<MediaHashNode*, 20> photoBuckets = {};
 std::array<MediaHashNode*, 10> playlistBuckets = {};
 
-// Kinds in the order in which they are tried.
+// In the order in which the kinds are tried.
 struct Kind {
   KindNumber number;
   unsigned interest;
@@ -44,7 +44,7 @@ constexpr std::array<Kind, kKindCount> kKinds = {{
 constexpr unsigned kDvdRow = 0;
 constexpr unsigned kBlurayRow = 1;
 
-// An extension as the index knows it, folded and hashed once for all kinds.
+// An extension in lower case with its hash, calculated once for all kinds.
 class Extension {
  public:
   explicit Extension(std::string_view text) {
@@ -70,7 +70,7 @@ class Extension {
 void append(MediaHashNode*& head, unsigned row, const char* extension) {
   MediaHashNode** end = &head;
   while (*end != nullptr) end = &(*end)->next;
-  // Kept for the life of the process.
+  // Never freed: the index lives as long as the process.
   *end = new (std::nothrow) MediaHashNode{row, extension, nullptr};
 }
 
@@ -85,7 +85,7 @@ bool isExcluded(const Kind& kind, unsigned row) {
   return (masks[kind.number] >> row & 1) != 0;
 }
 
-// Index files of discs count under their own names only.
+// A disc's index file counts under its full name only.
 bool isAccepted(const Kind& kind, unsigned row, std::string_view fileName) {
   if (kind.number != kVideo) return true;
   if (row == kDvdRow) {
@@ -105,7 +105,7 @@ Classified classify(const char* fileName, const char* dot, unsigned kinds) {
     if ((kinds & kind.interest) == 0) continue;
     const auto row = findRow(kind, extension);
     if (!row) continue;
-    // An excluded match ends the search: the extension is in one table only.
+    // An excluded match ends the search: each extension is in one table only.
     if (isExcluded(kind, *row)) return {};
     return {isAccepted(kind, *row, fileName) ? kind.result : MEDIA_KIND_NONE, *row + 1};
   }

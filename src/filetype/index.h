@@ -14,19 +14,19 @@ namespace kolum::filetype {
 
 struct Classified {
   int result = MEDIA_KIND_NONE;
-  unsigned row = 0;  // from 1; 0 when the name has no row
+  unsigned row = 0;  // counted from 1; 0 if the name has no row
 };
 
-// DOT is the last "." in the name. KINDS are the bits of the kinds to look for. buildIndex() comes
+// DOT is the last "." in the name. KINDS are the bits of the kinds to look for. Call buildIndex()
 // first.
 Classified classify(const char* fileName, const char* dot, unsigned kinds);
 
-// Excludes the rows whose bits are set, on top of those that are always excluded.
+// Excludes the rows whose bits are set, in addition to those that are always excluded.
 void setExclusions(KindNumber kind, std::uint64_t rows);
 
-// Fills the buckets of all kinds; to be called once.
+// Fills the buckets of all kinds; call it only once.
 void buildIndex();
-// The buckets of a kind; empty ones before buildIndex().
+// The buckets of a kind; empty before buildIndex().
 std::span<MediaHashNode* const> bucketsOf(KindNumber kind);
 
 }  // namespace kolum::filetype

@@ -13,7 +13,7 @@ namespace kolum::filetype {
 
 namespace {
 
-// What a song's row says of its content: codec, brand and format in one number.
+// What a song's row implies about its content: codec, brand and format in one number.
 constexpr std::uint64_t songIds(std::uint64_t format, std::uint64_t brand, std::uint64_t codec) {
   return codec << 32 | brand << 16 | format;
 }
@@ -22,7 +22,7 @@ constexpr MediaFileInfo kTerminator = {nullptr, nullptr, 0, 0};
 
 }  // namespace
 
-// Hidden: what the library itself reads. The exported names below are the same tables.
+// Hidden tables that the library itself reads. The exported names below are the same tables.
 extern "C" {
 
 extern const MediaFileInfo kVideoRows[] = {
@@ -62,7 +62,7 @@ extern const MediaFileInfo kVideoRows[] = {
     kTerminator,
 };
 
-// Some pairings look wrong and are what hosts store: ".dts" as WAV, ".mka" as MP3, AIFF as
+// Some pairs look wrong but are what hosts store: ".dts" as WAV, ".mka" as MP3, AIFF as
 // little-endian PCM.
 extern const MediaFileInfo kMusicRows[] = {
     {".mp3", "audio/mpeg", songIds(FORMAT_MP3, 0, CODEC_ID_MP3), 0},

@@ -10,7 +10,7 @@
 
 namespace kolum::filetype {
 
-// Kinds as masks and the configuration number them.
+// Kinds, numbered as in masks and the configuration.
 enum KindNumber {
   kMusic = MEDIA_KIND_MASK_MUSIC,
   kPhoto = MEDIA_KIND_MASK_PHOTO,

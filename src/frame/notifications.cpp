@@ -11,7 +11,7 @@ namespace kolum::frame {
 
 namespace {
 
-// A semaphore that all processes reach by its name.
+// A semaphore that all processes share by its name.
 class NamedSemaphore {
  public:
   explicit NamedSemaphore(const char* name) : name_(name) {}
@@ -34,7 +34,7 @@ class NamedSemaphore {
     return valid() ? sem_timedwait(handle_, &deadline) : -1;
   }
 
-  // Takes posts back until there is none.
+  // Removes posts until none is left.
   int drain() {
     int result = 0;
     while (result == 0) result = valid() ? sem_trywait(handle_) : -1;
@@ -81,8 +81,8 @@ int waitForChange() {
   return changes.wait();
 }
 
-// The two timed waits differ: this one keeps the nanoseconds of the clock and lets a signal end the
-// wait, so that a server can look at what the signal was about.
+// The two timed waits differ: this one keeps the clock's nanoseconds and ends at a signal, so that
+// a server can handle it.
 int waitForChange(int seconds) {
   timespec deadline = {};
   if (clock_gettime(CLOCK_REALTIME, &deadline) != 0) {

@@ -1,10 +1,10 @@
-// The two process-shared channels, of changes and of stops.
+// The two channels that processes share, for changes and for stops.
 #ifndef KOLUM_FRAME_NOTIFICATIONS_H
 #define KOLUM_FRAME_NOTIFICATIONS_H
 
 namespace kolum::frame {
 
-// Results are those of the public functions of <kolum/frame.h>.
+// Results are those of the public functions in <kolum/frame.h>.
 bool openChannels();
 int closeChannels();
 

@@ -26,7 +26,7 @@ constexpr std::size_t kCommandSize = 1024;
 constexpr int kAttempts = 3;
 constexpr std::chrono::seconds kToolTime{60};
 
-// Eight decimals, with a point whatever the host's locale says.
+// Eight decimals, with a decimal point whatever the host's locale.
 std::string decimal(double value) {
   std::array<char, 400> digits;
   const auto end =
@@ -51,7 +51,7 @@ int lookUp(const osm_param_s& param, MediaLibrary::osm_place_s& place) {
     result = ask(command, place);
     if (result == PLACE_FOUND) return result;
     KOLUM_LOG_AS(kSource, kLookUp, "retry:%d", attempt);
-    // After the last attempt, too: hosts do not ask a tool in trouble again at once.
+    // Also after the last attempt, so that hosts do not ask a struggling tool again at once.
     sleep(pauseOf(attempt));
   }
   return result;
@@ -62,7 +62,7 @@ int ask(const std::string& command, MediaLibrary::osm_place_s& place) {
   return output ? readAnswer(*output, place) : PLACE_NO_ANSWER;
 }
 
-// Seeded on every call: processes that fail together wait alike within a second.
+// Seeded on every call: processes that fail within the same second wait equally long.
 // NOLINTBEGIN(cert-msc30-c,cert-msc50-cpp,cert-msc51-cpp): no secret, only a delay
 unsigned pauseOf(int attempt) {
   constexpr double kLongest = RAND_MAX;

@@ -1,4 +1,4 @@
-// Asking for the place of a position.
+// Looking up the place at a position.
 #ifndef KOLUM_GEOCODE_LOOKUP_H
 #define KOLUM_GEOCODE_LOOKUP_H
 
@@ -10,13 +10,13 @@
 
 namespace kolum::geocode {
 
-// Codes of readAnswer(). Asks up to three times, with growing pauses.
+// Returns readAnswer()'s codes. Makes up to three attempts, with growing pauses.
 int lookUp(const osm_param_s& param, MediaLibrary::osm_place_s& place);
 
-// The same of a command of the caller's, once.
+// One attempt with the caller's own command.
 int ask(const std::string& command, MediaLibrary::osm_place_s& place);
 
-// A random pause of at most 2 to the ATTEMPT seconds.
+// A random pause of at most 2^ATTEMPT seconds.
 unsigned pauseOf(int attempt);
 
 }  // namespace kolum::geocode

@@ -18,14 +18,14 @@ constexpr char kFunction[] = "parseOsmInfo";
 
 constexpr std::string_view kOsmTypes[] = {"node", "way", "relation"};
 
-// The position of TEXT in LIST, the list's length when it is not in it.
+// The index of TEXT in LIST; the list's length if it is not there.
 template <typename List>
 int positionIn(const List& list, std::string_view text) {
   const auto found = std::find(std::begin(list), std::end(list), text);
   return static_cast<int>(std::distance(std::begin(list), found));
 }
 
-// Appends the answer in one language; one that lacks a part is passed over.
+// Appends the answer in one language; an incomplete one is skipped.
 void addAnswer(const XMLNode& answer, osm_place_s& place) {
   const char* code = answer.getAttribute("language");
   const XMLNode result = answer.getChildNode("result");
@@ -43,8 +43,8 @@ void addAnswer(const XMLNode& answer, osm_place_s& place) {
   place.addresses.push_back({language, result.getText()});
 }
 
-// The tool's report of a failure: an element at the top of the document, or right below it. Deeper
-// down, "error" may be a part of an address.
+// The tool's error report: a top-level element, or one directly below it. Deeper down, "error" may
+// be part of an address.
 XMLNode errorIn(std::string_view xml) {
   const XMLNode document = XMLNode::parseDocument(xml);
   for (const XMLNode& top : document.getChildNodes()) {

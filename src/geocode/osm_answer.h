@@ -1,4 +1,4 @@
-// The answer of the place look-up tool: an XML text to a place record.
+// The look-up tool's answer: from XML to a place record.
 //
 //   <error>what went wrong</error>
 // or
@@ -26,11 +26,11 @@ int languageIndex(std::string_view code);
 // MAP_OBJECT_*.
 int osmTypeOf(std::string_view type);
 
-// Adds the child elements of NODE that hold a text, by name.
+// Appends the names and texts of NODE's child elements that have a text.
 void addAddressParts(const XMLNode& node, std::vector<MediaLibrary::osm_addr_unit_s>& units);
 
 // Fills PLACE and returns PLACE_FOUND, PLACE_TOOL_ERROR or PLACE_NO_ANSWER. PLACE is emptied once
-// the XML is understood.
+// the XML has an "output" element.
 int readAnswer(std::string_view xml, MediaLibrary::osm_place_s& place);
 
 }  // namespace kolum::geocode

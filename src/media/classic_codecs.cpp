@@ -1,8 +1,8 @@
-// The codec numbers that hosts know: FFmpeg's own of release 57, by descriptor name.
+// The codec numbers that hosts know: those of FFmpeg's release 57, by descriptor name.
 //
-// FFmpeg renumbers its codecs between releases but never renames a descriptor, so the name is what
-// leads from the linked library's number to the frozen one. Rows are in order of number; a codec
-// that release 57 did not know has no row.
+// FFmpeg renumbers its codecs between releases but never renames a descriptor, so the name leads
+// from the linked library's number to the frozen one. Rows are in order of number; a codec that
+// release 57 did not know has no row.
 #include "media/classic_codecs.h"
 
 #include <algorithm>

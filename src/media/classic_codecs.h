@@ -1,4 +1,4 @@
-// The frozen codec numbering that hosts know.
+// The frozen codec numbers that hosts know.
 #ifndef KOLUM_MEDIA_CLASSIC_CODECS_H
 #define KOLUM_MEDIA_CLASSIC_CODECS_H
 
@@ -6,8 +6,8 @@
 
 namespace kolum::media {
 
-// The number of no codec, and of every codec that came after release 57: that release reported a
-// stream in such a codec as one without a codec, and hosts store what it reported.
+// The number of no codec, and of every codec added after release 57: that release reported such a
+// stream as one without a codec, and hosts store what it reported.
 inline constexpr int kNoCodec = 0;
 
 // The frozen number of the codec with this FFmpeg descriptor name ("h264" gives 28), or

@@ -38,7 +38,7 @@ constexpr auto kContainers = std::to_array<ContainerType>({
 
 constexpr ContainerType kUnknown = {"", FORMAT_UNKNOWN, kOtherSongFormat, "", false, ""};
 
-// Families of demuxers, by the beginning of their names.
+// Families of demuxers, by the prefix of their names.
 struct FamilyMimeType {
   std::string_view prefix;
   std::string_view mimeType;

@@ -1,4 +1,4 @@
-// Containers, by the demuxers that read them.
+// Containers, by FFmpeg's demuxers.
 #ifndef KOLUM_MEDIA_CONTAINER_H
 #define KOLUM_MEDIA_CONTAINER_H
 
@@ -7,7 +7,7 @@
 
 namespace kolum::media {
 
-// FFmpeg's short names of the demuxers that rules ask for.
+// FFmpeg's short names of the demuxers that rules refer to.
 inline constexpr std::string_view kDemuxerMp4 = "mov,mp4,m4a,3gp,3g2,mj2";
 inline constexpr std::string_view kDemuxerAsf = "asf";
 inline constexpr std::string_view kDemuxerAvi = "avi";
@@ -17,23 +17,22 @@ inline constexpr std::string_view kDemuxerMpegPs = "mpeg";
 inline constexpr std::string_view kDemuxerMpegTs = "mpegts";
 inline constexpr std::string_view kDemuxerRm = "rm";
 
-// The format of a song whose container nobody knows.
+// The format of a song in an unknown container.
 inline constexpr std::uint32_t kOtherSongFormat = 0xFFFFFFFF;
 
 struct ContainerType {
   std::string_view demuxer;
-  std::uint32_t videoFormat;  // FORMAT_*; FORMAT_UNKNOWN for what holds no video
+  std::uint32_t videoFormat;  // FORMAT_*; FORMAT_UNKNOWN if it holds no video
   std::uint32_t songFormat;   // FORMAT_*, or kOtherSongFormat
-  std::string_view mimeType;  // of videos in it; empty when their content decides alone
+  std::string_view mimeType;  // of videos in it; empty if only their content decides
   bool mimeTypeDecides;       // such videos get no DLNA profile
-  std::string_view label;     // for people; empty when the demuxer's name says it all
+  std::string_view label;     // for people; empty if the demuxer's name is enough
 };
 
-// Never null: what nobody knows has the formats of the unknown, and no texts.
+// An unknown container has the unknown formats, and no texts.
 const ContainerType& containerType(std::string_view demuxer);
 
-// The MIME type of a video to which nothing else gave one; empty for an unknown demuxer. PATH is
-// its file.
+// The MIME type of the video at PATH, if nothing else gave one; empty for an unknown demuxer.
 std::string_view fallbackMimeType(std::string_view demuxer, std::string_view path);
 
 }  // namespace kolum::media

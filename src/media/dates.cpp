@@ -14,7 +14,7 @@ namespace kolum::media {
 namespace {
 
 constexpr std::size_t kDateLength = 10;
-// A date alone is refused: a time is expected to follow.
+// A date alone is rejected: a time is expected to follow.
 constexpr std::size_t kShortestDateTime = 12;
 
 // The largest digit of each position; '0' marks a separator.
@@ -22,7 +22,7 @@ constexpr std::string_view kYearFirst = "9999019039";
 constexpr std::string_view kDayFirst = "3901909999";
 static_assert(kYearFirst.size() == kDateLength && kDayFirst.size() == kDateLength);
 
-// For each position of a year-first date, where a day-first one has that character.
+// For each position of a year-first date, the position of that character in a day-first one.
 constexpr std::array<std::size_t, kDateLength> kDayFirstSource = {6, 7, 8, 9, 5, 3, 4, 2, 0, 1};
 
 bool fits(const char* date, std::string_view pattern) {
@@ -38,13 +38,13 @@ constexpr bool isDigit(char c) {
 // Year, month, day, hour, minute, second.
 using Fields = std::array<unsigned, 6>;
 
-// Sums are formed in 32 bits and wrap; the field of a hostile text with 20 digits does too.
+// Fields have 32 bits and wrap, as one of 20 digits in a hostile text does.
 Fields readFields(const char* text) {
   constexpr std::size_t kLongestDateTime = 20;
   Fields fields = {};
   std::size_t field = 0;
   bool inDigits = false;
-  // Some text that it sees is short, and ends before the limit.
+  // cppcheck assumes a short literal here; the text ends before the limit.
   // cppcheck-suppress arrayIndexOutOfBoundsCond
   for (std::size_t i = 0; i < kLongestDateTime && text[i] != '\0' && field < fields.size(); ++i) {
     if (isDigit(text[i])) {
@@ -77,8 +77,8 @@ unsigned secondsWithinYear(const Fields& fields) {
   return days * kSecondsPerDay + hour * 3600 + minute * 60 + second;
 }
 
-// Days from FIRST up to the day before LAST begins. Whole cycles of the calendar are counted at
-// once, so that absurd years cost no more than others.
+// Days from the start of year FIRST to the start of year LAST. Whole calendar cycles are counted at
+// once, so that absurd years take no longer than others.
 std::int64_t daysBetween(std::int64_t first, std::int64_t last) {
   constexpr std::int64_t kCycleYears = 400;
   constexpr std::int64_t kCycleDays = 146097;

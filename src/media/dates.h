@@ -1,4 +1,4 @@
-// Dates and times as media files store them, and numbers by the clock.
+// Dates and times as media files store them, and numbers derived from the clock.
 #ifndef KOLUM_MEDIA_DATES_H
 #define KOLUM_MEDIA_DATES_H
 
@@ -17,7 +17,7 @@ bool normalizeDate(char* text);
 // Seconds since 1970 of a text of year, month, day, hour, minute and second, each a run of digits.
 std::int64_t secondsOfDate(const char* text);
 
-// A number that no other call in this process returns, near the present time in seconds.
+// A number that no other call in this process returns, close to the current time in seconds.
 unsigned uniqueNumber();
 
 }  // namespace kolum::media

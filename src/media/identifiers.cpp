@@ -9,7 +9,7 @@ namespace kolum::media {
 
 namespace {
 
-// Rows stand in the order in which look-ups walk them: of two rows that fit, the first wins.
+// Rows are in look-up order: of two rows that match, the first wins.
 struct Identifier {
   int id;
   std::string_view name;
@@ -460,21 +460,22 @@ static_assert(kPlayExceptions.size() == 4);
 
 #undef KOLUM_ROW
 
-// COUNT numbers of FFmpeg's release 57, from FFMPEG on, that lead to as many of the library's.
+// COUNT consecutive numbers of FFmpeg's release 57, starting with FFMPEG, and their counterparts in
+// the library.
 struct CodecRun {
   int ffmpeg;
   int library;
   int count;
 };
 
-// In the order of the library's identifiers; the first run that holds a number wins.
+// In the order of the library's identifiers; the first run that contains a number wins.
 constexpr auto kCodecRuns = std::to_array<CodecRun>({
     {1, CODEC_ID_MPEG1VIDEO, 56},
     {0x800C, CODEC_ID_SNOW, 1},
     {57, CODEC_ID_TSCC, 80},
     {137, CODEC_ID_IFF_ILBM, 1},
-    // Wanted, though never reached: FFmpeg has one number where the library has two, and hosts'
-    // records know it as the first.
+    // Never reached: FFmpeg has one number where the library has two, and numbers in databases use
+    // the first.
     {137, CODEC_ID_IFF_BYTERUN1, 1},
     {138, CODEC_ID_KGV1, 24},
     {174, CODEC_ID_HEVC, 1},
@@ -506,7 +507,7 @@ constexpr auto kCodecRuns = std::to_array<CodecRun>({
     {0x16FFF, CODEC_ID_DSD, 1},
 });
 
-// The runs lead to every codec but "none", and to each from one number only.
+// The runs lead to every codec except "none", and to each from only one number.
 consteval bool runsReachEachCodecOnce() {
   for (const Identifier& codec : kCodecs) {
     const auto reaches = [&](const CodecRun& run) {
@@ -519,7 +520,7 @@ consteval bool runsReachEachCodecOnce() {
 }
 static_assert(runsReachEachCodecOnce());
 
-// And to nothing else: 334 rows without "none" and without four second names.
+// They lead to nothing else: 334 rows minus "none" and four second names.
 consteval int pairsOfRuns() {
   int pairs = 0;
   for (const CodecRun& run : kCodecRuns) pairs += run.count;
@@ -527,7 +528,7 @@ consteval int pairsOfRuns() {
 }
 static_assert(pairsOfRuns() == 329);
 
-// AAC profiles that the library numbers without naming them.
+// AAC profiles that have numbers in the library but no names.
 constexpr int kProfileAacHe = 36;
 constexpr int kProfileAacLowDelay = 58725120;
 constexpr int kProfileAacHeV2 = 134217764;
@@ -590,8 +591,8 @@ constexpr auto kVc1Profiles = std::to_array<ProfileRow>({
     {3, PROFILE_VC1_ADVANCED},
 });
 
-// MPEG-4 Visual, indexed by FFmpeg's profile number. Consulted for every codec: what players make
-// of such streams depends on it.
+// MPEG-4 Visual, indexed by FFmpeg's profile number. Used for every codec: numbers in databases
+// depend on it.
 constexpr auto kMpeg4Profiles = std::to_array<int>({
     PROFILE_MPEG4_SIMPLE,
     PROFILE_MPEG4_SIMPLE_SCALABLE,
@@ -629,7 +630,7 @@ constexpr std::optional<std::string_view> nameOf(const Table& table, int id) {
   return row->name;
 }
 
-// The four identifiers with two names answer with the first.
+// The four identifiers with two names have the first as their name.
 static_assert(nameOf(kCodecs, CODEC_ID_H265) == "CODEC_ID_HEVC");
 static_assert(nameOf(kCodecs, CODEC_ID_PCM_S16LE) == "CODEC_ID_FIRST_AUDIO");
 static_assert(nameOf(kCodecs, CODEC_ID_DVD_SUBTITLE) == "CODEC_ID_FIRST_SUBTITLE");
@@ -716,8 +717,8 @@ std::optional<std::string_view> brandName(int brand) {
 }
 
 std::optional<std::string_view> songExtension(int containerFormat) {
-  // Identifiers below the number of formats carry no brand; negative ones count as such and are
-  // unknown.
+  // Identifiers below the number of formats carry no brand; negative ones are treated alike, and
+  // are unknown.
   const int format = containerFormat < static_cast<int>(kFormats.size())
                          ? containerFormat
                          : static_cast<int>(static_cast<unsigned>(containerFormat) & kFormatMask);

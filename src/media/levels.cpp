@@ -14,7 +14,7 @@ struct NamedLevel {
   const char* name;
 };
 
-// Levels whose names do not follow from their numbers.
+// Levels whose names cannot be calculated from their numbers.
 constexpr auto kNamedLevels = std::to_array<NamedLevel>({
     {CODEC_ID_H264, 9, "1b"},
     {CODEC_ID_MPEG2VIDEO, 4, "high"},
@@ -30,7 +30,7 @@ struct LevelScale {
   int perWhole;
 };
 
-// Codecs that count levels in fractions: H.264's 31 is level 3.1, as is HEVC's 93.
+// Codecs that number levels in fractions: H.264's 31 is level 3.1, as is HEVC's 93.
 constexpr auto kLevelScales = std::to_array<LevelScale>({
     {CODEC_ID_H264, 10},
     {CODEC_ID_HEVC, 30},

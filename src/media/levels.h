@@ -11,8 +11,8 @@ namespace kolum::media {
 // FFmpeg's mark of an unknown profile or level.
 inline constexpr int kUnknownLevel = LEVEL_UNKNOWN;
 
-// The name that a codec (CODEC_ID_*) gives to FFmpeg's level number: "3.1" for 31 of H.264; empty
-// when the level is unknown.
+// A codec's (CODEC_ID_*) name for FFmpeg's level number: "3.1" for 31 of H.264; empty if the level
+// is unknown.
 std::string levelName(int codec, int level);
 
 }  // namespace kolum::media

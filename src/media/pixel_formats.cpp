@@ -1,8 +1,8 @@
-// The pixel format numbers that hosts know: FFmpeg's own of release 57, by name.
+// The pixel format numbers that hosts know: those of FFmpeg's release 57, by name.
 //
-// FFmpeg moves these numbers between releases and, where the byte order or a graphics interface is
-// left out of the build, even between builds; a name stays. A format that release 57 did not know
-// has no row.
+// FFmpeg changes these numbers between releases and, depending on the byte order and on the
+// graphics interfaces in a build, even between builds; a name never changes. A format that release
+// 57 did not know has no row.
 #include "media/pixel_formats.h"
 
 #include <algorithm>

@@ -60,7 +60,7 @@ std::ptrdiff_t Source::readAt(std::int64_t position, std::span<std::uint8_t> out
   if (fromHead == out.size()) return static_cast<std::ptrdiff_t>(fromHead);
   const std::ptrdiff_t rest =
       readDirectly(static_cast<std::int64_t>(head_.size()), out.subspan(fromHead));
-  // What was read before a failure counts, as for read().
+  // Bytes read before a failure count, as for read().
   return static_cast<std::ptrdiff_t>(fromHead) + std::max<std::ptrdiff_t>(rest, 0);
 }
 

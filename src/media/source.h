@@ -1,4 +1,4 @@
-// A file that is opened once, for every reader that wants its bytes.
+// A file that is opened once for all readers of its bytes.
 #ifndef KOLUM_MEDIA_SOURCE_H
 #define KOLUM_MEDIA_SOURCE_H
 
@@ -13,34 +13,33 @@
 
 namespace kolum::media {
 
-// Owns its descriptor, and reads by position: readers do not disturb each other. One thread at a
+// Owns its descriptor. Reads by position, so readers do not disturb each other. One thread at a
 // time.
 class Source {
  public:
-  // Regular files and block devices. Empty for everything else. Opening never waits.
+  // Regular files and block devices only; empty for everything else. Opening never blocks.
   static std::optional<Source> open(const std::string& path);
-  // The same with a descriptor that is open already. NAME is what readers know the file by.
+  // The same for a descriptor that is already open. NAME is the file's name for readers.
   static std::optional<Source> adopt(Descriptor descriptor, std::string name);
-  // Anything that can be opened, for readers of a few bytes: those of what is no file cannot be
-  // read.
+  // Anything that can be opened, for readers of a few bytes. Reading fails for anything but a file.
   static std::optional<Source> openUnchecked(const std::string& path);
 
   Source(Source&&) noexcept = default;
   Source& operator=(Source&&) = delete;
 
   const std::string& name() const { return name_; }
-  // The size in bytes when it is first asked for; 0 for block devices.
+  // The size in bytes at the first call; 0 for block devices.
   std::int64_t size() const;
 
-  // Reads at POSITION until OUT is full or the file ends; the number of bytes read, or a negative
-  // number with the reason in errno.
+  // Reads at POSITION until OUT is full or the file ends. Returns the number of bytes read, or a
+  // negative number with the reason in errno.
   std::ptrdiff_t readAt(std::int64_t position, std::span<std::uint8_t> out) const;
-  // Reads the first bytes once for all readers that follow: nearly every one of them wants some.
+  // Reads the first bytes once for all following readers: nearly every one needs some of them.
   void keepHead() const;
-  // Whether the file system has such a position, within the file or beyond its end.
+  // Whether the file system allows such a position, within the file or beyond its end.
   bool canSeekTo(std::int64_t position) const;
-  // How far behind POSITION the file's next data begins: 0 where there is data, or when the file
-  // system does not say; empty when nothing but a hole follows.
+  // How far beyond POSITION the file's next data begins: 0 if there is data, or if the file system
+  // does not report it; empty if only a hole follows.
   std::optional<std::int64_t> distanceToData(std::int64_t position) const;
 
   static constexpr std::size_t kHeadSize = 32768;

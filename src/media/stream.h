@@ -1,4 +1,4 @@
-// What is known of a media file: plain values, whoever found them.
+// What is known about a media file, as plain values.
 #ifndef KOLUM_MEDIA_STREAM_H
 #define KOLUM_MEDIA_STREAM_H
 
@@ -16,22 +16,22 @@ namespace kolum::media {
 
 enum class StreamType { kVideo, kAudio, kSubtitle, kOther };
 
-// Numbers of codecs, profiles and levels are those of FFmpeg's release 57. 0 is unknown where there
-// is no optional.
+// Numbers of codecs, profiles and levels are those of FFmpeg's release 57. 0 means unknown unless
+// there is an optional.
 struct Stream {
   StreamType type = StreamType::kOther;
   int index = 0;               // in the file
   int id = 0;                  // the container's own, such as the PID in a transport stream
-  int codec = 0;               // kNoCodec also for codecs that release 57 did not know
-  std::string codecName;       // FFmpeg's short name ("av1"), whatever the release
+  int codec = 0;               // kNoCodec also for codecs added after release 57
+  std::string codecName;       // FFmpeg's short name ("av1"), in the linked release
   std::uint32_t codecTag = 0;  // four characters, the first in the lowest byte
-  std::string codecTagText;    // characters that cannot be printed come as "[n]"
+  std::string codecTagText;    // unprintable characters appear as "[n]"
   std::vector<std::uint8_t> extraData;
   std::optional<int> profile;
   std::optional<int> level;
   std::int64_t bitRate = 0;  // bits per second
 
-  // Pictures. One that is stored as tiles is one stream of the whole picture's size.
+  // Pictures. A picture stored as tiles is one stream of the whole picture's size.
   int width = 0;
   int height = 0;
   std::string pixelFormat;                  // FFmpeg's name ("yuv420p"); empty when unknown
@@ -40,9 +40,9 @@ struct Stream {
   bool isAttachedPicture = false;           // the cover of a song or film
   bool isEquirectangular = false;           // its pictures map a whole sphere
   std::optional<std::string> rotation;      // degrees as text, clockwise
-  std::optional<std::string> creationTime;  // as it is stored
+  std::optional<std::string> creationTime;  // as stored
 
-  // Sound.
+  // Audio.
   int sampleRate = 0;
   int channels = 0;
   int bitsPerSample = 0;
@@ -51,7 +51,7 @@ struct Stream {
   std::optional<std::int64_t> startTime;  // in the time base
 };
 
-// The unit of container durations: a second has this many.
+// The unit of container durations: units per second.
 inline constexpr std::int64_t kTimeBase = 1'000'000;
 
 struct Container {
@@ -61,7 +61,7 @@ struct Container {
   std::vector<Stream> streams;
   std::vector<std::pair<std::string, std::string>> tags;  // in the order of the file
 
-  // The first stream of a type; null when there is none.
+  // The first stream of a type; null if there is none.
   const Stream* first(StreamType type) const {
     const auto found = std::find_if(streams.begin(), streams.end(),
                                     [type](const Stream& stream) { return stream.type == type; });

@@ -23,15 +23,15 @@ std::string dateText(int year, int month, int day) {
   return text;
 }
 
-// The local zone's offset at this moment, daylight saving included.
+// The local zone's offset at this moment, including daylight saving time.
 std::int64_t localOffsetNow() {
   constexpr std::int64_t kDaylightSaving = 3600;
   const std::time_t now = std::time(nullptr);
   std::tm universal = {};
   gmtime_r(&now, &universal);
-  // Read back as local time without daylight saving: the difference is the zone's standard offset.
+  // Read back as local time without daylight saving time: the difference is the standard offset.
   const std::time_t readBack = std::mktime(&universal);
-  // After mktime, which takes a change of TZ up; localtime_r alone does not.
+  // After mktime, which applies a change of TZ; localtime_r alone does not.
   std::tm local = {};
   localtime_r(&now, &local);
   return now - readBack + (local.tm_isdst > 0 ? kDaylightSaving : 0);
@@ -58,8 +58,8 @@ std::optional<Creation> creationOfStream(const std::string& value) {
 Creation creationOfQuickTime(const std::string& value) {
   std::tm parsed = {};
   strptime(value.c_str(), "%Y-%m-%dT%T.", &parsed);
-  // mktime brings the fields into order, and in summer that may move them to the next day; the
-  // texts keep the date as it was told.
+  // mktime normalises the fields, and in summer that may move them to the next day; the texts keep
+  // the stored date.
   std::tm normalised = parsed;
   Creation creation;
   creation.time = std::mktime(&normalised);

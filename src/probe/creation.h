@@ -1,4 +1,4 @@
-// Creation dates as media files tell them.
+// Creation dates as media files store them.
 #ifndef KOLUM_PROBE_CREATION_H
 #define KOLUM_PROBE_CREATION_H
 
@@ -15,12 +15,12 @@ struct Creation {
   std::optional<int> year;
 };
 
-// From a video stream's "creation_time" entry, which is in universal time; the result is shifted
-// by the local zone's present offset, daylight saving included. Empty when it is no date.
+// From a video stream's "creation_time" entry, which is in universal time; the result is shifted by
+// the local zone's current offset, including daylight saving time. Empty if it is not a date.
 std::optional<Creation> creationOfStream(const std::string& value);
 
-// From QuickTime's "com.apple.quicktime.creationdate" entry, read as local time. What does not
-// parse counts as far as it did.
+// From QuickTime's "com.apple.quicktime.creationdate" entry, read as local time. If parsing stops
+// early, the fields parsed so far count.
 Creation creationOfQuickTime(const std::string& value);
 
 }  // namespace kolum::probe

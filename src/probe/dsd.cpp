@@ -11,7 +11,7 @@ namespace kolum::probe {
 
 namespace {
 
-// A container metadata entry and the one field that it fills.
+// A container metadata entry and the one field it fills.
 struct KeyRow {
   std::string_view key;
   std::string SongTags::*text;

@@ -1,4 +1,4 @@
-// The probe of DSD songs: their tag, and what the external DSD tool reports.
+// The probe of DSD songs: their tags, and what the external DSD tool reports.
 #ifndef KOLUM_PROBE_DSD_H
 #define KOLUM_PROBE_DSD_H
 
@@ -25,13 +25,13 @@ struct DsdResult {
   // The DSD tool could not be started.
   bool toolIsMissing = false;
   tags::DsfTags texts;
-  std::optional<DsdNumbers> numbers;  // empty when the tool reported nothing
+  std::optional<DsdNumbers> numbers;  // empty if the tool reported nothing
 };
 
-// DSF files have their texts from their tag alone, others from the tool.
+// The texts of DSF files come from their tags alone, those of other files from the tool.
 DsdResult probeDsd(const std::string& path, const char* toolFolder);
 
-// What FFmpeg finds in a song's container; the first entry of each kind that says anything.
+// The tags that FFmpeg finds in a song's container; of each kind the first with a value.
 struct SongTags {
   std::string title;
   std::string artist;
@@ -42,7 +42,7 @@ struct SongTags {
   std::int32_t track = 0;
 };
 
-// Empty when FFmpeg cannot open the file or finds no stream in it.
+// Empty if FFmpeg cannot open the file or finds no stream in it.
 std::optional<SongTags> readSongTags(const std::string& path);
 
 }  // namespace kolum::probe

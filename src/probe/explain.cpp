@@ -12,8 +12,8 @@ std::ptrdiff_t failures(const DlnaCandidate& candidate) {
                        [](const DlnaTest& test) { return !test.held; });
 }
 
-// The index of the refused candidate that the least is missing for, or -1. Those behind the last
-// taken one are no better than it.
+// The index of the rejected candidate with the fewest failed tests, or -1. Candidates after the
+// last one taken are no improvement and do not count.
 int nextBetter(const std::vector<DlnaCandidate>& candidates) {
   const auto taken = std::find_if(candidates.rbegin(), candidates.rend(),
                                   [](const DlnaCandidate& candidate) { return candidate.taken; });
@@ -24,7 +24,7 @@ int nextBetter(const std::vector<DlnaCandidate>& candidates) {
   return best != end ? static_cast<int>(best - candidates.begin()) : -1;
 }
 
-// Why the rules were not asked; null when they were and hold.
+// Why the rules did not decide; null if they did.
 const char* wayAroundTheRules(const VideoFacts& facts, std::string_view fileName) {
   if (!facts.askedDlnaRules)
     return facts.mimeType.empty() ? "disc images get no profile"

@@ -1,4 +1,4 @@
-// How the DLNA profile of a video came about.
+// Explains the DLNA profile of a video.
 #ifndef KOLUM_PROBE_EXPLAIN_H
 #define KOLUM_PROBE_EXPLAIN_H
 
@@ -11,7 +11,7 @@
 namespace kolum::probe {
 
 struct Explained {
-  std::optional<DlnaNaming> naming;  // empty when the video cannot be probed
+  std::optional<DlnaNaming> naming;  // empty if the video cannot be probed
   Trace trace;
 };
 

@@ -13,7 +13,7 @@ namespace kolum::probe {
 
 namespace {
 
-// Time stamps and seconds come from outside, so what does not fit wraps, as two's complement does.
+// Time stamps and seconds come from outside, so overflows wrap in two's complement.
 template <typename Int>
 Int wrappingProduct(Int a, Int b) {
   using Unsigned = std::make_unsigned_t<Int>;
@@ -28,15 +28,15 @@ std::int64_t wrappingDifference(std::int64_t a, std::int64_t b) {
   return static_cast<std::int64_t>(static_cast<std::uint64_t>(a) - static_cast<std::uint64_t>(b));
 }
 
-// SECONDS in units of the time base, in the arithmetic of Int.
+// SECONDS in units of the time base, with Int's arithmetic.
 template <typename Int>
 Int ticks(Int seconds, media::Rational timeBase) {
-  // No time base is negative; the bound keeps the division defined.
+  // No time base is negative; the check prevents a division by 0.
   if (timeBase.num <= 0) return 0;
   return wrappingProduct<Int>(seconds, timeBase.den) / timeBase.num;
 }
 
-// How the start of a stream came about.
+// How the start of a stream was found.
 enum class StartOrigin { kKnown, kSeekFailed, kReadFailed };
 
 struct StreamStart {
@@ -44,7 +44,7 @@ struct StreamStart {
   StartOrigin origin;
 };
 
-// The first time stamp of a stream; 0 when it has none.
+// The first time stamp of a stream; 0 if there is none.
 StreamStart startOf(const ffmpeg::Input& input, const media::Stream& stream,
                     ffmpeg::Decoder& decoder) {
   if (stream.startTime) return {*stream.startTime, StartOrigin::kKnown};
@@ -58,7 +58,7 @@ StreamStart startOf(const ffmpeg::Input& input, const media::Stream& stream,
   return {0, StartOrigin::kReadFailed};
 }
 
-// A place to start playing from.
+// A packet to start playing from.
 bool isKeyFrameOf(const media::Stream& stream, const ffmpeg::Packet& packet) {
   return packet.streamIndex() == stream.index && packet.pts() && packet.isKeyFrame();
 }
@@ -76,7 +76,7 @@ void reportStart(const StreamStart& start, Trace& trace) {
   report(trace, __LINE__, "Can't find valid PTS, assuming it is 0.\n");
 }
 
-// The search on its own: it says what goes wrong, and goes through the video streams in turn.
+// The search without a record: it reports failures and tries the video streams in turn.
 class ReportingSearch {
  public:
   ReportingSearch(const ffmpeg::Input& input, std::int32_t seconds, Trace& trace)
@@ -98,8 +98,8 @@ class ReportingSearch {
   static constexpr Answer kFailed = {true, std::nullopt};
 
   Answer searchIn(const media::Stream& stream) {
-    // "skipping" is what the messages have always said. Nothing is skipped: the search fails, and
-    // hosts then seek by themselves.
+    // The message has always said "skipping", and log filters know it; nothing is skipped: the
+    // search fails, and hosts then seek by themselves.
     if (!ffmpeg::Decoder::existsFor(input_, stream)) {
       report(trace_, __LINE__, " Decoder not found, skipping...\n");
       return kFailed;
@@ -119,8 +119,8 @@ class ReportingSearch {
     return readUntilKeyFrame(stream, start.pts);
   }
 
-  // The limit is shared by all video streams: a file in which the first has used it up is not read
-  // through once more for each of the others.
+  // The limit is shared by all video streams, so that a file is not read through once more for each
+  // further stream after the first has used the limit up.
   Answer readUntilKeyFrame(const media::Stream& stream, std::int64_t start) {
     ffmpeg::Packet packet;
     while (countedPackets_ < kSearchedPackets) {
@@ -144,7 +144,7 @@ class ReportingSearch {
   int countedPackets_ = 0;
 };
 
-// Whether FFmpeg sees a scheme in front of a name ("http:", "subfile,,start,0,end,9,,:").
+// Whether FFmpeg sees a scheme at the start of a name ("http:", "subfile,,start,0,end,9,,:").
 bool hasScheme(std::string_view url) {
   constexpr std::string_view kSchemeCharacters =
       "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789+-.";
@@ -154,8 +154,8 @@ bool hasScheme(std::string_view url) {
          (url.starts_with("subfile,") && url.find(':', end) != std::string_view::npos);
 }
 
-// The file that a URL names; empty for what FFmpeg is to reach by a transport of its own. What
-// exists under that name is a file, whatever it looks like.
+// The file that a URL names; empty if FFmpeg should use a transport of its own. A name that exists
+// as a path is a file, even if it looks like a URL.
 std::optional<std::string> pathOf(const char* url) {
   constexpr std::string_view kFileScheme = "file:";
   if (!hasScheme(url) || exists(url)) return url;

@@ -10,22 +10,22 @@
 
 namespace kolum::probe {
 
-// How many packets a search looks at before it gives up.
+// The number of packets after which a search gives up.
 inline constexpr int kSearchedPackets = 3600;
 
-// SECONDS after START in units of the time base. 64-bit arithmetic that wraps.
+// The time stamp SECONDS after START in units of the time base. 64-bit arithmetic that wraps.
 std::int64_t timestampAfter(std::int64_t start, std::int64_t seconds, media::Rational timeBase);
 
-// The same with SECONDS in units of the time base wrapped to 32 bits.
+// The same, but SECONDS in units of the time base wraps to 32 bits.
 std::int64_t timestampAfter32(std::int64_t start, std::int32_t seconds, media::Rational timeBase);
 
-// The time in seconds, from the stream's start, of the key frame where playing a video stream from
-// SECONDS begins; empty when none is found or the stream cannot be decoded. Every packet counts
+// The time in seconds, from the stream's start, of the key frame from which to play a video stream
+// at SECONDS; empty if none is found or the stream cannot be decoded. Packets of all streams count
 // towards kSearchedPackets.
 std::optional<double> keyFrameTime(const ffmpeg::Input& input, const media::Stream& stream,
                                    std::int64_t seconds);
 
-// The search on its own, in all video streams in turn. It reports what goes wrong.
+// The search without a record, in all video streams in turn. It reports failures.
 struct KeyFrameSearch {
   std::optional<double> time;
   Trace trace;

@@ -1,4 +1,4 @@
-// Numbers as the library reports them, unknown ones too.
+// Numbers as the library reports them, including unknown ones.
 #ifndef KOLUM_PROBE_NUMBERS_H
 #define KOLUM_PROBE_NUMBERS_H
 

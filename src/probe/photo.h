@@ -15,7 +15,7 @@ struct PhotoFacts {
 
 struct PhotoResult {
   bool isReadable = false;
-  std::optional<PhotoFacts> picture;  // empty when the file has none
+  std::optional<PhotoFacts> picture;  // empty if the file has none
 };
 
 PhotoResult probePhoto(const std::string& path);

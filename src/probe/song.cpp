@@ -32,7 +32,7 @@ void traceDuration(const media::Container& container, Trace& trace) {
               ", ctx->duration/AV_TIME_BASE=" + std::to_string(seconds) + " \n");
 }
 
-// False when the codec is unknown: bit rates, duration and profile are all that is found then.
+// False if the codec is unknown: only bit rates, duration and profile are found then.
 bool describe(const media::Container& container, const media::Stream& stream,
               const media::Source& source, std::string_view fileName, SongFacts& facts) {
   facts.containerBitRate = container.bitRate;
@@ -67,7 +67,7 @@ struct DsdExtension {
 
 constexpr DsdExtension kDsdExtensions[] = {{".dsf", FORMAT_DSF}, {".dff", FORMAT_DFF}};
 
-// The format of a DSD file, by its name alone; 0 for other files.
+// The format of a DSD file, recognised by its name; 0 for other files.
 std::uint32_t dsdFormat(std::string_view path) {
   const std::string_view extension = extensionOf(path);
   for (const DsdExtension& row : kDsdExtensions)

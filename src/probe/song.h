@@ -11,7 +11,7 @@
 
 namespace kolum::probe {
 
-// Set means found: an output whose fact is empty keeps the caller's value.
+// An empty fact was not found: its output keeps the caller's value.
 struct SongFacts {
   std::optional<std::int64_t> containerBitRate;
   std::optional<std::int64_t> bitRate;
@@ -23,7 +23,7 @@ struct SongFacts {
   std::optional<std::uint32_t> containerFormat;
   std::optional<int> codec;
   std::optional<int> level;
-  std::string dlnaProfile;  // empty when there is none
+  std::string dlnaProfile;  // empty if there is none
   // What the DSD tool reported, for DSD songs.
   std::optional<DsdNumbers> dsd;
 };
@@ -32,12 +32,12 @@ struct SongResult {
   bool succeeded = false;
   // The DSD tool could not be started.
   bool toolIsMissing = false;
-  // What was found, up to the failure if there was one.
+  // What was found, up to the failure if any.
   SongFacts facts;
   Trace trace;
 };
 
-// TOOLFOLDER is where the DSD tool is, with its closing "/"; null when that is not known.
+// TOOLFOLDER is the DSD tool's folder with its trailing "/"; null if unknown.
 SongResult probeSong(const std::string& path, std::string_view fileName, const char* toolFolder);
 
 }  // namespace kolum::probe

@@ -21,7 +21,7 @@ namespace {
 constexpr int kClassicMpeg4 = 13;
 constexpr std::string_view kDivxTags[] = {"XVID", "DX50", "DIVX"};
 
-// The disc folder's title that a path leads to; empty for files, and for discs without a title.
+// The title of the disc folder that a path leads to; empty for files and for discs without a title.
 std::optional<disc::Title> titleOf(const std::string& path, disc::Kind kind, Trace& trace) {
   const std::string folder = path.substr(0, path.rfind('/') + 1);  // empty without a slash
   if (kind == disc::Kind::kDvdFolder) return disc::dvdFolderTitle(folder);

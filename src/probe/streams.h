@@ -15,34 +15,35 @@ struct StreamsResult {
   media::Container container;
   // FORMAT_* of the disc folder that led to the file; FORMAT_UNKNOWN for files.
   std::uint32_t sourceKind = 0;
-  // The time of the key frame to start from; what was asked for where none is found, empty without
+  // The time of the key frame to start from; the requested time if none is found, and empty without
   // a video stream.
   std::optional<double> keyFrameTime;
 };
 
-// Empty when there is nothing to report. SEEKSECONDS, if given, asks for the key frame.
+// Empty if there is nothing to report. SEEKSECONDS, if given, requests the key frame.
 std::optional<StreamsResult> probeStreams(const std::string& path,
                                           std::optional<std::int64_t> seekSeconds, Trace& trace);
 
 // Whether a video stream is MPEG-4 of a kind that some players refuse. Only capitals count, unlike
-// for the play exceptions of the video probes: hosts hold both answers.
+// for the play exceptions of the video probes: databases hold both.
 bool isDivx(const media::Stream& stream, std::uint32_t containerFormat);
 
 // One of the three right angles, else 0.
 int rightAngleOf(const media::Stream& stream);
 
-// By FFmpeg's codec number, as for songs; the video probes convert it first. Databases hold both.
+// Chosen by FFmpeg's codec number, as for songs; the video probes convert that number first.
+// Databases hold both.
 int profileOf(const media::Stream& stream);
 
 // Whether the stream's samples are encrypted, by the codec tags of MP4.
 bool isEncrypted(const media::Stream& stream);
 
 struct RotationResult {
-  std::optional<long> degrees;  // of the first video stream; empty when it is not rotated
+  std::optional<long> degrees;  // of the first video stream; empty if it is not rotated
 };
 
-// Empty when the file has no video stream. Reads no more than the container's header: thumbnail
-// builders ask often.
+// Empty if the file has no video stream. Reads only the container's header: hosts ask for every
+// file they show.
 std::optional<RotationResult> rotationOfFile(const std::string& path);
 
 }  // namespace kolum::probe

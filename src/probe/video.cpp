@@ -50,7 +50,7 @@ struct OrientationRow {
 constexpr auto kOrientations = std::to_array<OrientationRow>(
     {{180, VIDEO_ORIENTATION_180}, {270, VIDEO_ORIENTATION_270}, {90, VIDEO_ORIENTATION_90}});
 
-// One run of the probe. Each step takes what it needs from the input and adds to the facts.
+// One run of the probe. Each step reads what it needs from the input and adds to the facts.
 class Probe {
  public:
   Probe(const ProbeRequest& request, const ProbePolicy& policy)
@@ -101,7 +101,7 @@ class Probe {
 
 bool Probe::probe() {
   if (!choosePath()) return false;
-  // An image that is only told apart ends here, known by its format.
+  // If images are not opened, the probe ends here with only the image's format.
   if (image_ != nullptr && !policy_.opensImages) return !path_.empty();
   if (!open()) return false;
   readContainerFacts();
@@ -120,7 +120,7 @@ bool Probe::probe() {
   return true;
 }
 
-// Leaves in path_ the file to open.
+// Sets path_ to the file to open.
 bool Probe::choosePath() {
   const std::string folder(request_.folder);
   switch (disc::kindOf(request_.fileName)) {
@@ -193,20 +193,20 @@ void Probe::readAudioFacts() {
   facts_.audioLevel = levelNumber(*audio_);
 }
 
-// The first container entry whose key begins so.
+// The first container entry whose key begins with PREFIX.
 std::optional<std::string> Probe::tagWithPrefix(std::string_view prefix) const {
   for (const auto& [key, value] : container_.tags)
     if (startsWithIgnoringCase(key, prefix)) return value;
   return std::nullopt;
 }
 
-// A file that cannot be read counts as time-stamped: names of profiles depend on it.
+// A file that cannot be read counts as time-stamped: stored profile names depend on it.
 media::TransportPackets Probe::readPackets() {
   return headers::packetsOf(*source_, trace_)
       .value_or(media::TransportPackets{.size = 0, .isTimeStamped = true});
 }
 
-// The largest picture wins, the earlier stream among equals.
+// The largest picture wins; among equals the earlier stream.
 bool Probe::chooseVideoStream() {
   std::int64_t largest = -1;
   for (const media::Stream& stream : container_.streams) {
@@ -224,13 +224,13 @@ bool Probe::chooseVideoStream() {
 void Probe::readContainerFormat() {
   const media::ContainerType& type = media::containerType(container_.demuxer);
   const std::uint32_t format = type.videoFormat;
-  // It also keeps the file from being named for DLNA.
+  // This also excludes the file from DLNA naming.
   if (type.mimeTypeDecides) facts_.mimeType = type.mimeType;
 
   const std::uint32_t before = facts_.containerFormat.value_or(request_.formatOnEntry);
   const bool isImageFormat = before == FORMAT_DVDISO || before == FORMAT_BDISO;
   // "mpeg" and "mpegts" replace the formats of DVD and Blu-ray folders; only the formats of images
-  // stand, and these only against "mpeg". Hosts' databases hold the values that result.
+  // are kept, and only against "mpeg". Hosts' databases hold the resulting values.
   if (!(policy_.keepsImageFormat && format == FORMAT_MPEG && isImageFormat))
     facts_.containerFormat = format;
 
@@ -343,8 +343,8 @@ void Probe::readQuickTimeCreation() {
   facts_.creationDate = creation.date;
 }
 
-// FFmpeg sees only the first part of a DVD title, so the title's size in gibibytes scales what it
-// measured.
+// FFmpeg sees only the first part of a DVD title, so the duration it measured is scaled by the
+// title's size in gibibytes.
 void Probe::scaleDiscDuration() {
   constexpr long long kMebibyte = 1048576;
   constexpr long long kMebibytesPerGibibyte = 1024;

@@ -1,4 +1,4 @@
-// The video probe: one flow of named steps that gathers the facts behind every entry point.
+// The video probe: a sequence of named steps that collects the facts behind every entry point.
 #ifndef KOLUM_PROBE_VIDEO_H
 #define KOLUM_PROBE_VIDEO_H
 
@@ -11,19 +11,19 @@
 
 namespace kolum::probe {
 
-// Where the record probe and the flat probe differ: stored records hold what each of them reports.
+// Differences between the record probe and the flat probe: databases hold the results of both.
 struct ProbePolicy {
-  // Disc images are opened by their main title; else they are only told apart.
+  // Disc images are opened at their main title; otherwise only their kind is found out.
   bool opensImages;
-  // Subtitle streams are counted for every file; else for disc folders only.
+  // Subtitle streams are counted for every file; otherwise for disc folders only.
   bool countsSubtitlesOfFiles;
-  // A format of FORMAT_DVDISO or FORMAT_BDISO that the caller came with outlives "mpeg".
+  // If the caller's container format is FORMAT_DVDISO or FORMAT_BDISO, "mpeg" does not replace it.
   bool keepsImageFormat;
   // QuickTime's creation date and content identifier are read.
   bool readsQuickTimeEntries;
-  // No creation date is told as time 0.
+  // A missing creation date is reported as time 0.
   bool clearsMissingCreationTime;
-  // Each video stream looked at writes an empty debug line.
+  // Each examined video stream logs an empty debug line.
   bool logsVideoStreams;
 };
 
@@ -44,18 +44,18 @@ inline constexpr ProbePolicy kFlatPolicy = {.opensImages = true,
 struct ProbeRequest {
   std::string_view folder;
   std::string_view fileName;
-  // Counted among the audio streams; the first one serves for an index that does not exist.
+  // Counts audio streams only; an index that does not exist means the first one.
   int audioStreamIndex = 0;
   bool wantsAspect = false;
-  // What the caller's container format holds on entry.
+  // The caller's container format on entry.
   std::uint32_t formatOnEntry = 0;
-  // Where the way to the DLNA name goes, if somebody wants to know it.
+  // Receives the explanation of the DLNA name, if wanted.
   dlna::DlnaExplanation* explanation = nullptr;
 };
 
 struct ProbeResult {
   bool succeeded = false;
-  // What was found, up to the failure if there was one.
+  // What was found, up to the failure if any.
   VideoFacts facts;
   Trace trace;
 };

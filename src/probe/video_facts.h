@@ -1,5 +1,5 @@
-// What a probe finds out about a video. Set means found: an output whose fact is empty keeps the
-// caller's value. Texts are empty when there is nothing to tell.
+// What a probe finds out about a video. An empty fact was not found: its output keeps the caller's
+// value. Texts are empty if there is nothing to report.
 #ifndef KOLUM_PROBE_VIDEO_FACTS_H
 #define KOLUM_PROBE_VIDEO_FACTS_H
 
@@ -21,7 +21,7 @@ struct VideoFacts {
   std::string creationDate;
   std::string mimeType;
   std::string dlnaProfile;
-  bool askedDlnaRules = false;  // else the container alone gave the MIME type
+  bool askedDlnaRules = false;  // otherwise only the container gave the MIME type
   std::string contentIdentifier;
   std::optional<int> creationYear;
   std::optional<std::int64_t> creationTime;
@@ -32,7 +32,7 @@ struct VideoFacts {
   std::optional<std::uint32_t> playException;
   std::optional<std::uint32_t> orientation;
   std::optional<int> subtitleCount;
-  // A file, no disc, that has subtitle streams.
+  // A file (not a disc) that has subtitle streams.
   bool fileHasSubtitles = false;
 
   std::optional<int> width;
@@ -55,7 +55,7 @@ struct VideoFacts {
   std::optional<int> channels;
 };
 
-// Writes a fact where there is one and an output for it.
+// Writes a fact if it is known and its output is given.
 template <typename Output, typename Fact>
 void writeFact(Output* output, const std::optional<Fact>& fact) {
   if (output != nullptr && fact) *output = static_cast<Output>(*fact);

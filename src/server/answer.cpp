@@ -17,8 +17,8 @@ Number get(const Buffer& buffer, std::size_t offset) {
   return number;
 }
 
-// A copy of the whole room for the text, so that whatever length the server gave for it, up to that
-// room, is there to be read. Null when memory runs out.
+// A copy of the whole space for the text, so that any length the server gave, up to that space, can
+// be read. Null if memory runs out.
 char* copyAnswerText(const Buffer& buffer) {
   constexpr std::size_t kSize = wire::kBufferSize - wire::kAnswerTextOffset;
   char* text = static_cast<char*>(std::malloc(kSize));

@@ -1,4 +1,4 @@
-// A server's answer, byte by byte.
+// Decodes a server's answer.
 #ifndef KOLUM_SERVER_ANSWER_H
 #define KOLUM_SERVER_ANSWER_H
 
@@ -10,7 +10,7 @@ namespace kolum::server {
 
 using Buffer = std::array<char, MediaLibrary::LUM::wire::kBufferSize>;
 
-// Fills RESP from what a server sent, zeroes behind it. Returns false when memory runs out.
+// Fills RESP from the bytes that a server sent, padded with zeros. False if memory runs out.
 bool takeAnswer(const Buffer& buffer, MediaLibrary::LUM::SocketResp_t& resp);
 
 }  // namespace kolum::server

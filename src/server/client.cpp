@@ -20,7 +20,7 @@ void put(char* at, Number number) {
   std::memcpy(at, &number, sizeof number);
 }
 
-// Without DATA the length field stays 0 although LENGTH zero bytes follow: servers count on it.
+// Without DATA the length field stays 0 although LENGTH zero bytes follow: servers depend on it.
 void buildRequest(Buffer& buffer, int command, const char* data, std::size_t length) {
   buffer.fill(0);
   put(&buffer[wire::kRequestCommandOffset], std::int64_t{command});

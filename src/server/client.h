@@ -9,7 +9,7 @@
 namespace kolum::server {
 
 // Sends a command with LENGTH bytes of payload (at most wire::kRequestPayloadMax; DATA may be null)
-// and takes the answer. True when the server answered with success. RESP is untouched when it did
+// and reads the answer. True if the server answered with success. RESP stays untouched if it did
 // not answer.
 bool exchange(MediaLibrary::LUM::SocketResp_t& resp, int command, const char* data,
               std::size_t length);

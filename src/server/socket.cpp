@@ -23,7 +23,7 @@ constexpr char kSource[] = "SocketUtil";
 
 constexpr mode_t kEveryUser = 0777;
 
-// As write(), but a peer that has closed never ends the host process with SIGPIPE.
+// Like write(), but writing to a closed peer never ends the host process with SIGPIPE.
 ssize_t writeOnce(int fd, const void* buf, std::size_t len) {
   const ssize_t sent = ::send(fd, buf, len, MSG_NOSIGNAL);
   return sent < 0 && errno == ENOTSOCK ? ::write(fd, buf, len) : sent;
@@ -72,8 +72,7 @@ int bind(const SocketFields& socket) {
                  strerror(socket.error));
     return socket.code = UNIX_SOCKET_BIND_FAILED;
   }
-  // Only a warning, and that is wanted: a server whose file some users cannot open still serves the
-  // others.
+  // Only a warning: a server whose file some users cannot open still serves the others.
   if (chmod(file, kEveryUser) != 0) {
     socket.error = errno;
     KOLUM_LOG_AS(kSource, "Bind", "chmod %s fail, errno=%d strerror=%s\n", file, socket.error,
@@ -98,8 +97,8 @@ int listen(const SocketFields& socket, int backlog) {
   return UNIX_SOCKET_OK;
 }
 
-// The one operation that goes on after an interruption: a server has to outlive signals, while a
-// client's Read and Write hand every failure to the caller.
+// The only operation that continues after an interruption: a server has to survive signals, while a
+// client's Read and Write pass every failure to the caller.
 int accept(const SocketFields& socket) {
   resetErrors(socket);
   for (;;) {
@@ -141,8 +140,8 @@ int connect(const SocketFields& socket, long seconds, long microseconds) {
   return UNIX_SOCKET_OK;
 }
 
-// Read and Write keep no errno: after their failures getErrorCode gives 9 and getErrno 0. That is
-// wanted, hosts tell by it a failed exchange from a failed connection.
+// Read and Write store no errno: after a failure getErrorCode gives 9 and getErrno 0. Hosts
+// distinguish a failed exchange from a failed connection by it.
 int read(const SocketFields& socket, void* buffer, unsigned long length) {
   resetErrors(socket);
   if (socket.descriptor < 0) {
@@ -158,7 +157,7 @@ int read(const SocketFields& socket, void* buffer, unsigned long length) {
                  socket.descriptor, error, strerror(error));
     socket.code = UNIX_SOCKET_READ_WRITE_FAILED;
   }
-  return static_cast<int>(count);  // fits: the kernel moves at most 2 GiB at a time
+  return static_cast<int>(count);  // fits: the kernel transfers at most 2 GiB at a time
 }
 
 int write(const SocketFields& socket, const void* buffer, unsigned long length) {
@@ -192,8 +191,8 @@ int close(const SocketFields& socket) {
   return UNIX_SOCKET_OK;
 }
 
-// Descriptor 0 counts as no socket, here and in close(): an object never closes the standard input
-// of its host.
+// Descriptor 0 counts as no socket, here and in close(): an object never closes its host's standard
+// input.
 Socket::~Socket() {
   if (descriptor_ > 0) ::close(descriptor_);
 }

@@ -11,7 +11,7 @@ namespace kolum::server {
 
 enum SocketState : int { kNone = 0, kConnected = 1, kAccepted = 2, kListening = 3 };
 
-// The fields of a socket, wherever they are.
+// References to a socket's fields, wherever they are stored.
 struct SocketFields {
   sockaddr_un& address;
   int& descriptor;
@@ -21,12 +21,12 @@ struct SocketFields {
   std::string& path;
 };
 
-// What each does and answers, <kolum/socket.h> says.
+// <kolum/socket.h> describes what each does and returns.
 void resetErrors(const SocketFields& socket);
 int open(const SocketFields& socket, std::string path);
 int bind(const SocketFields& socket);
 int listen(const SocketFields& socket, int backlog);
-// The connection's descriptor; negative when there is none.
+// The connection's descriptor; negative if there is none.
 int accept(const SocketFields& socket);
 int connect(const SocketFields& socket, long seconds, long microseconds);
 int read(const SocketFields& socket, void* buffer, unsigned long length);

@@ -97,7 +97,7 @@ TEST(Dsf2flac, RejectsNonDsdFile) {
     const RunResult result = dsf2flac({"-i", path, "-f"});
     EXPECT_EQ(result.status, 1) << path;
     EXPECT_EQ(result.out, "") << path;
-    EXPECT_THAT(result.err, HasSubstr("dsf2flac: " + path + ": no DSD file")) << path;
+    EXPECT_THAT(result.err, HasSubstr("dsf2flac: " + path + ": not a readable DSD file")) << path;
   }
 }
 

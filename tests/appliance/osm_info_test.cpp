@@ -385,7 +385,8 @@ TEST(OsmInfoServer, FailuresBecomeErrorsWithoutFallback) {
       {"no place", LoopbackHttp::reply("200 OK", R"({"error":"Unable to geocode"})"),
        "the server says: Unable to geocode"},
       {"status", LoopbackHttp::reply("503 Busy", "<html>"), "the server answers with status 503"},
-      {"no JSON", LoopbackHttp::reply("200 OK", "<html>"), "the server's answer is no JSON object"},
+      {"no JSON", LoopbackHttp::reply("200 OK", "<html>"),
+       "the server's answer is not a JSON object"},
       {"redirect",
        "HTTP/1.1 302 Found\r\nLocation: " + elsewhere.url() +
            "/reverse\r\nContent-Length: 0\r\n\r\n",

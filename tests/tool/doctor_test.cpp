@@ -79,7 +79,7 @@ TEST(Doctor, FailsIfAnItemForEveryMachineIsMissing) {
     const Outcome run =
         runKolum(copyOfKolum(folder.folder(), {"ffmpeg", "osm_info", "setcfg"}), {"doctor"});
     EXPECT_EQ(run.status, 1);
-    EXPECT_EQ(run.err, "kolum: something is missing that is needed on every machine\n");
+    EXPECT_EQ(run.err, "kolum: something needed on every machine is missing\n");
     EXPECT_THAT(run.out, testing::ContainsRegex("program +dsf2flac +DSD songs +missing\n"));
   });
 }

@@ -164,7 +164,7 @@ TEST(Failures, ExplainWhyDiscImagesCannotBeMounted) {
   const std::string image = folder.write("image", std::string(100'000, '\0'));
   expectFailure({{"probe"}, "a.iso", image, "disc-image", "a disc image"});
   expectFailure({{"dlna"}, "A.ISO", image, "disc-image", "a disc image"});
-  expectFailure({{"info"}, "a.iso", image, "disc-image", "disc images are not looked into"});
+  expectFailure({{"info"}, "a.iso", image, "disc-image", "disc images are not opened"});
 }
 
 TEST(Mounting, NeedsRoot) {

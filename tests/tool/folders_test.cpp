@@ -54,8 +54,8 @@ TEST(Folders, CountSkippedFilesByExtension) {
   const Outcome run = kolum({"probe", folder.folder()});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "kolum: " + folder.folder() +
-                         ": 5 files skipped (3 .heic, 1 .webm, 1 without an extension); --all goes "
-                         "by what is in them\n");
+                         ": 5 files skipped (3 .heic, 1 .webm, 1 without an extension); --all "
+                         "decides by their content\n");
 }
 
 TEST(Folders, ListTheMostCommonExtensionsOnly) {
@@ -82,8 +82,8 @@ TEST(Folders, FailIfTheyHoldUnknownFilesOnly) {
   const Outcome run = kolum({"probe", "--json", folder.folder()});
   EXPECT_EQ(run.status, 1);
   EXPECT_EQ(run.err, "kolum: " + folder.folder() +
-                         ": no media files in this folder: 1 file skipped (1 .heic); --all goes by "
-                         "what is in them\n");
+                         ": no media files in this folder: 1 file skipped (1 .heic); --all decides "
+                         "by their content\n");
   ASSERT_EQ(run.json().size(), 1U);
   EXPECT_EQ(run.json()[0]["error"]["code"], "nothing-known");
   expectFitsSchema("probe", run);
@@ -96,7 +96,7 @@ TEST(Folders, SucceedIfTheyHoldMediaOfOtherKinds) {
   const Outcome run = kolum({"keyframe", "0", folder.folder()});
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "kolum: " + folder.folder() +
-                         ": 1 file skipped (1 .heic); --all goes by what is in them\n");
+                         ": 1 file skipped (1 .heic); --all decides by their content\n");
 }
 
 TEST(Folders, LeaveOutHiddenEntries) {

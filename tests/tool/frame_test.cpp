@@ -157,7 +157,7 @@ TEST(Usage, NamesMistakesAndTheRelevantHelp) {
        "--seconds takes a number from 0 to 1000000000, not \"soon\"; see kolum notify wait --help"},
       {{"artwork", "album", "base"}, "ARTIST is required; see kolum artwork album --help"},
       {{"send", "1", "18446744073709551615"},
-       "\"18446744073709551615\" is no number of 64 bits; see kolum send --help"},
+       "\"18446744073709551615\" is not a 64-bit number; see kolum send --help"},
   };
   for (const auto& row : rows) {
     const Outcome run = kolum(row.arguments);

@@ -141,7 +141,7 @@ TEST(FileNames, AreRejectedIfAListMixesNulAndNewline) {
   const Outcome run = kolum({"classify", "-"}, {.input = list + "b\0c\n"s});
   EXPECT_EQ(run.status, 1);
   EXPECT_THAT(run.err, HasSubstr("kolum: standard input: some names end with newlines and some "
-                                 "with NUL; say -0\n"));
+                                 "with NUL; use -0\n"));
 }
 
 TEST(FileNames, AreRejectedIfNeverTerminated) {

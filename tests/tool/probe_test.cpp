@@ -217,7 +217,7 @@ TEST(ProbeForced, AcceptsFilesWithAnyName) {
       "video");
   const Outcome refused = kolum({"probe", folder.path("recording.dat")});
   EXPECT_EQ(refused.status, 1);
-  EXPECT_THAT(refused.err, HasSubstr("no media file by its name"));
+  EXPECT_THAT(refused.err, HasSubstr("not a media file by its name"));
 }
 
 TEST(ProbeForced, TreatsSingleOperandAsName) {
@@ -245,7 +245,7 @@ TEST(ProbeFailures, NameTheFileAndTheReason) {
       {"empty.mp4", "empty file"},
       {"text.mp4", "not a media file"},
       {"list.m3u", "a playlist has nothing to probe"},
-      {"notes.txt", "no media file by its name"},
+      {"notes.txt", "not a media file by its name"},
       {"text.mp4/x.mp4", "Not a directory"},
       {"", "No such file or directory"},
   };
@@ -359,7 +359,7 @@ TEST(Tracks, AreNotCountedOnDiscs) {
   const Outcome found = kolum({"tracks", "--json", samples() + "Videos"});
   EXPECT_EQ(found.status, 0);
   EXPECT_EQ(found.json().size(), 4U);
-  EXPECT_THAT(found.err, HasSubstr("discs are not looked into"));
+  EXPECT_THAT(found.err, HasSubstr("discs are not opened"));
   const Outcome named = kolum({"tracks", samples() + "Videos/Sample DVD"});
   EXPECT_EQ(named.status, 1);
 }
@@ -640,11 +640,11 @@ TEST(Dsf, ShowsTagsAndFailsWithoutTheToolsNumbers) {
   ASSERT_EQ(outcome.json().size(), 1U);
   EXPECT_EQ(outcome.json()[0]["title"], "Silence");
   EXPECT_EQ(outcome.json()[0]["error"]["code"], "no-numbers");
-  EXPECT_THAT(result.err, HasSubstr("kolum: " + song + ": dsf2flac reported no numbers for it\n"));
+  EXPECT_THAT(result.err, HasSubstr("kolum: " + song + ": dsf2flac reported no technical data\n"));
   expectFitsSchema("dsf", outcome);
   const RunResult probed = run({folder.path("kolum"), "probe", song});
   EXPECT_EQ(probed.status, 1);
-  EXPECT_THAT(probed.err, HasSubstr("kolum: " + song + ": dsf2flac reported no numbers for it\n"));
+  EXPECT_THAT(probed.err, HasSubstr("kolum: " + song + ": dsf2flac reported no technical data\n"));
 }
 
 TEST(Dsf, FailsForOtherMedia) {

@@ -26,14 +26,14 @@ struct CommonOptions {
   bool debug = false;
 };
 
-// The options that every command takes, its sub-commands included.
+// The options of every command and sub-command.
 void addCommonOptions(CLI::App& parser, CommonOptions& options) {
-  parser.add_flag("--json", options.json, "Prints one JSON object a line");
+  parser.add_flag("--json", options.json, "Prints one JSON object per line");
   parser.add_flag("--debug", options.debug, "Shows the library's debug lines on standard error");
   for (CLI::App* nested : parser.get_subcommands({})) addCommonOptions(*nested, options);
 }
 
-// The library's debug lines: hidden unless asked for. Sanitizers report on descriptor 2.
+// The library's debug lines: hidden unless requested. Sanitizers report on descriptor 2.
 void routeLibrary(const Channels& channels, bool debug) {
   if (debug) setenv("KO_LOG_LEVEL", "7", 0);
 #ifdef KOLUM_SANITIZED
@@ -48,7 +48,7 @@ void routeLibrary(const Channels& channels, bool debug) {
   }
 }
 
-// HELP is the command whose --help tells more.
+// HELP is the command whose --help explains more.
 int usage(const Channels& channels, const std::string& reason, const std::string& help) {
   channels.writeMessage("kolum: " + printable(reason) + "; see " + help + " --help\n");
   return kUsage;
@@ -60,15 +60,15 @@ const CLI::App& innermost(const CLI::App& app) {
   return named.empty() ? app : innermost(*named.front());
 }
 
-// The first operand that is required and missing.
+// The first required operand that is missing.
 std::string missingOperand(const CLI::App& command) {
   for (const CLI::Option* operand : listedOperands(command))
     if (operand->get_required() && operand->count() == 0) return operand->get_name();
   return "an operand";
 }
 
-// What is wrong with an option's value. Every release of the parser words that differently, but all
-// name the option.
+// What is wrong with an option's value. Releases of the parser word that differently, but all name
+// the option.
 std::string valueFault(const CLI::App& command, const std::string& message) {
   const CLI::Option* named = nullptr;
   std::size_t first = message.size();
@@ -93,15 +93,14 @@ std::string reasonOf(const CLI::App& app, const CLI::ParseError& error) {
 }
 
 int run(const Channels& channels, int argc, char** argv) {
-  CLI::App app("Tells what is in media files, and speaks to the media library around them.",
-               "kolum");
+  CLI::App app("Describes media files, and talks to the media library around them.", "kolum");
   app.set_help_flag("-h,--help", "Shows this help");
   app.set_version_flag("-V,--version", "kolum " KOLUM_VERSION, "Shows the version");
   Grammar grammar;
   Syntax syntax(app, grammar);
   syntax.commands(commands());
   syntax.help(
-      "\"kolum COMMAND --help\" tells more about a command.\n"
+      "\"kolum COMMAND --help\" describes a command.\n"
       "Exit status: 0 all done, 1 something failed, 2 wrong usage.");
   CommonOptions options;
   addCommonOptions(app, options);
@@ -133,7 +132,7 @@ int runGuarded(const Channels& channels, int argc, char** argv) {
   try {
     return run(channels, argc, argv);
   } catch (const Interrupted& interrupted) {
-    // So that shells see what ended it; every handler is back to what it was.
+    // So that shells see what ended it; every handler has been restored.
     std::raise(interrupted.signal);
   } catch (const OutputError& error) {
     if (!error.readerLeft()) {
@@ -153,7 +152,7 @@ int main(int argc, char** argv) {
   try {
     return runGuarded(Channels(), argc, argv);
   } catch (const std::system_error& error) {
-    // There are no channels, and standard error is the caller's still.
+    // There are no channels yet, and standard error is still the caller's.
     std::fprintf(stderr, "kolum: %s\n", error.what());
     return kSomeFailed;
   }

@@ -1,4 +1,4 @@
-// Letters and digits, whatever the locale.
+// Letters and digits, independent of the locale.
 #ifndef KOLUM_TOOLS_ASCII_H
 #define KOLUM_TOOLS_ASCII_H
 

@@ -31,14 +31,14 @@ using Directory = std::unique_ptr<DIR, DirectoryCloser>;
 
 bool hasSuffix(std::string_view name, std::string_view extension) {
   const std::string_view suffix = extensionOf(name);
-  // A longer suffix that begins with the extension counts too; hosts rely on it.
+  // A longer suffix that begins with the extension also counts; hosts rely on it.
   return !suffix.empty() && equalsIgnoringCase(suffix.substr(0, extension.size()), extension);
 }
 
 std::optional<std::int64_t> regularFileSize(const std::string& path, Trace& trace) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) {
-    // Hosts' log filters know this line by its number.
+    // Hosts' log filters match this line by its number.
     trace.error("[" + std::string(kMediaSource) + ":1594] stat: " + std::strerror(errno) + "\n");
     return std::nullopt;
   }
@@ -46,7 +46,7 @@ std::optional<std::int64_t> regularFileSize(const std::string& path, Trace& trac
   return status.st_size;
 }
 
-// The host finds FIRST in the path that it is to write.
+// The host expects FIRST in the buffer for the path.
 std::optional<Title> dvdTitle(const std::string& folder, std::string_view first,
                               std::uint32_t containerFormat) {
   char path[kPathSize] = {};
@@ -69,7 +69,7 @@ std::optional<Title> blurayTitle(const std::string& root, const std::string& str
 
 constexpr int kOpenFlags = O_RDONLY | O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
 
-// For kernels that cannot open beneath a folder: where the path leads, as it is now.
+// For kernels that cannot open files beneath a folder: checks where the path leads at this moment.
 Descriptor openCheckedPath(const std::string& root, const std::string& inside) {
   std::error_code error;
   const auto top = std::filesystem::canonical(root, error);
@@ -115,7 +115,7 @@ std::optional<Title> imageTitle(const std::string& mountFolder, Trace& trace) {
 
 std::optional<media::Source> open(const Title& title) {
   const std::string root = title.root.empty() ? "./" : title.root;
-  // The host names the files of the current folder with "./" or without.
+  // The host names files of the current folder with or without "./".
   const std::string path =
       title.root.empty() && !title.path.starts_with("./") ? "./" + title.path : title.path;
   if (!path.starts_with(root)) return std::nullopt;
@@ -133,7 +133,7 @@ std::optional<std::string> largestFile(const std::string& folder, std::string_vi
   while (const dirent* entry = readdir(directory.get())) {
     if (!hasSuffix(entry->d_name, extension)) continue;
     std::string path = folder + entry->d_name;
-    // A path that no path buffer holds could not be handed on whole.
+    // Callers' path buffers could not hold the whole path.
     if (path.size() >= kPathSize) continue;
     const auto size = regularFileSize(path, trace);
     if (!size || *size < largestSize) continue;

@@ -1,5 +1,5 @@
-// Which file a video's name stands for: DVD folders, Blu-ray folders and disc images lead to a main
-// title, every other name to itself.
+// Finds the file to probe for a video's name: DVD folders, Blu-ray folders and disc images lead to
+// a main title, every other name is the file itself.
 #ifndef KOLUM_READ_DISC_DISC_H
 #define KOLUM_READ_DISC_DISC_H
 
@@ -18,10 +18,10 @@ enum class Kind { kNone, kDvdFolder, kBlurayFolder, kImage };
 // By the name alone; the two index names are case-sensitive, the image suffix is not.
 Kind kindOf(std::string_view fileName);
 
-// The title that a disc is probed by.
+// The title that stands for a disc.
 struct Title {
-  std::string root;  // the disc's folder, with its closing "/"
-  // The file to open. Empty when the host reports a DVD title without naming a file.
+  std::string root;  // the disc's folder, with its trailing "/"
+  // The file to open. Empty if the host reports a DVD title without naming a file.
   std::string path;
   // FORMAT_DVDIFO, FORMAT_BDBDMV, FORMAT_DVDISO or FORMAT_BDISO.
   std::uint32_t containerFormat = 0;
@@ -29,18 +29,18 @@ struct Title {
   long long size = 0;
 };
 
-// FOLDER is the one that holds VIDEO_TS.IFO, with its closing "/"; an empty one is the current.
+// FOLDER contains VIDEO_TS.IFO and ends with "/"; an empty one is the current folder.
 std::optional<Title> dvdFolderTitle(const std::string& folder);
-// FOLDER is the one that holds index.bdmv, with its closing "/".
+// FOLDER contains index.bdmv and ends with "/".
 std::optional<Title> blurayFolderTitle(const std::string& folder, Trace& trace);
 // The title of a mounted image, DVD before Blu-ray.
 std::optional<Title> imageTitle(const std::string& mountFolder, Trace& trace);
 
-// Opens a title's file. Nothing on a disc leads out of it: a link to elsewhere is not followed.
+// Opens a title's file. Links that lead out of the disc are not followed.
 std::optional<media::Source> open(const Title& title);
 
-// The largest regular file in FOLDER whose suffix begins with EXTENSION, in any letter case; of
-// equal ones the last in the folder's own order.
+// The largest regular file in FOLDER whose suffix begins with EXTENSION, in any letter case; among
+// equals the last in the folder's own order.
 std::optional<std::string> largestFile(const std::string& folder, std::string_view extension,
                                        Trace& trace);
 

@@ -25,14 +25,14 @@ constexpr char kFolderPrefix[] = "/tmp/Media_mount_";
 constexpr mode_t kFolderMode = 0600;
 constexpr std::chrono::seconds kMountTime{60};
 
-// Opens a folder and locks it; none when somebody uses it.
+// Opens a folder and locks it; not open if the folder is in use.
 Descriptor lockFolder(const std::string& folder) {
   Descriptor lock(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW));
   if (lock.isOpen() && flock(lock.get(), LOCK_EX | LOCK_NB) != 0) lock.reset();
   return lock;
 }
 
-// FOLDER with its closing "/".
+// FOLDER with its trailing "/".
 bool isMountPoint(const std::string& folder) {
   struct stat inside = {};
   struct stat above = {};
@@ -40,7 +40,7 @@ bool isMountPoint(const std::string& folder) {
          inside.st_dev != above.st_dev;
 }
 
-// FOLDER without its closing "/".
+// FOLDER without its trailing "/".
 bool isOurs(const std::string& folder) {
   struct stat status = {};
   return lstat(folder.c_str(), &status) == 0 && S_ISDIR(status.st_mode) &&
@@ -53,13 +53,13 @@ bool isMountFolder(const std::string& folder) {
          (status.st_mode & ALLPERMS) == kFolderMode;
 }
 
-// What was mounted by a process that has ended without a namespace of its own.
+// Unmounts an image left by a process that ended and had no mount namespace of its own.
 void unmountLeftOver(const std::string& folder) {
   if (!isMountPoint(folder + "/") || !lockFolder(folder).isOpen()) return;
   umount2(folder.c_str(), MNT_DETACH | UMOUNT_NOFOLLOW);
 }
 
-// The folders of processes that were killed. Those in use are locked.
+// Removes the folders of processes that were killed. Folders in use are locked.
 void removeLeftOvers() {
   std::error_code error;
   for (const auto& entry : std::filesystem::directory_iterator("/tmp", error)) {
@@ -71,7 +71,7 @@ void removeLeftOvers() {
   }
 }
 
-// A pipe would keep the mount tool waiting.
+// The mount tool would block on a pipe.
 bool canBeMounted(const std::string& image) {
   struct stat status = {};
   if (stat(image.c_str(), &status) != 0) return true;  // the tool says what is wrong
@@ -94,7 +94,7 @@ bool MountedImage::makeFolder(MountFolderFailure onFailure) {
 
 std::unique_ptr<MountedImage> MountedImage::mount(const std::string& imagePath,
                                                   MountFolderFailure onFolderFailure) {
-  // All that needs memory comes first: once mounted, nothing may fail before there is an owner.
+  // All allocations come first: once mounted, nothing may fail before there is an owner.
   std::unique_ptr<MountedImage> image(new MountedImage(
       kFolderPrefix + std::to_string(static_cast<int>(media::uniqueNumber())) + "/"));
   const char* folder = image->folder_.c_str();
@@ -104,13 +104,13 @@ std::unique_ptr<MountedImage> MountedImage::mount(const std::string& imagePath,
   const bool wasMounted = isMountPoint(image->folder_);
   image->isMounted_ = runShell(command, kMountTime) == 0;
   if (image->isMounted_) {
-    // Programs of an image are not to be run, least of all with other rights.
+    // Programs on an image must not run, least of all with other privileges.
     ::mount(nullptr, folder, nullptr,
             MS_REMOUNT | MS_BIND | MS_RDONLY | MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr);
     image->mountLock_ = lockFolder(image->folder_);
     return image;
   }
-  // The tool may fail after it has mounted: when it runs out of descriptors, say.
+  // The tool may fail after mounting, for example when it runs out of descriptors.
   if (!wasMounted && isMountPoint(image->folder_)) umount2(folder, 0);
   return nullptr;
 }
@@ -118,9 +118,9 @@ std::unique_ptr<MountedImage> MountedImage::mount(const std::string& imagePath,
 MountedImage::~MountedImage() {
   // The lock would keep the mount busy.
   mountLock_.reset();
-  // Nothing can be done about a failure: the image stays mounted, and its folder with it.
+  // A failure cannot be handled: the image stays mounted, and its folder stays.
   if (isMounted_) runShell(unmountCommand_, kMountTime);
-  // Never a recursive removal: what is still mounted is not ours to delete.
+  // Never a recursive removal: anything still mounted is not ours to delete.
   if (hasFolder_) rmdir(folder_.c_str());
 }
 
@@ -128,7 +128,7 @@ void inPrivateMounts(const std::function<void()>& body) {
   std::exception_ptr failure;
   std::thread([&] {
     try {
-      // Where either is not allowed, mounts are seen by all and end with the image's owner.
+      // If either is not allowed, everybody sees the mounts, and they end with the image's owner.
       if (unshare(CLONE_NEWNS) == 0) ::mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr);
       body();
     } catch (...) {

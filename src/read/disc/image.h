@@ -1,4 +1,4 @@
-// Disc images, mounted while they are read.
+// Disc images that are mounted while they are read.
 #ifndef KOLUM_READ_DISC_IMAGE_H
 #define KOLUM_READ_DISC_IMAGE_H
 
@@ -10,15 +10,15 @@
 
 namespace kolum::disc {
 
-// What to do when the mount folder exists already. One that is ours alone will do for kIgnore.
+// What to do if the mount folder already exists. kIgnore accepts one that only we can write to.
 enum class MountFolderFailure { kGiveUp, kIgnore };
 
 // A disc image mounted read-only under a folder of its own; unmounted, and the folder removed, on
 // destruction.
 class MountedImage {
  public:
-  // Null when the image cannot be mounted; nothing is left behind then. What an ended process has
-  // left behind is removed on the way.
+  // Null, with nothing left behind, if the image cannot be mounted. Also removes what ended
+  // processes have left behind.
   static std::unique_ptr<MountedImage> mount(const std::string& imagePath,
                                              MountFolderFailure onFolderFailure);
 
@@ -26,7 +26,7 @@ class MountedImage {
   MountedImage& operator=(const MountedImage&) = delete;
   ~MountedImage();
 
-  // The mount folder with its closing "/".
+  // The mount folder with its trailing "/".
   const std::string& folder() const { return folder_; }
 
  private:
@@ -34,18 +34,18 @@ class MountedImage {
   bool makeFolder(MountFolderFailure onFailure);
 
   std::string folder_;
-  // Made at the beginning, as the end must not need memory.
+  // Built at the start, because destruction must not need memory.
   std::string unmountCommand_;
   bool hasFolder_ = false;
   bool isMounted_ = false;
-  // Locked as long as the folder is in use.
+  // Locked while the folder is in use.
   Descriptor folderLock_;
   Descriptor mountLock_;
 };
 
-// Runs BODY where its mounts are seen by nobody else, and end with it even when this process is
-// killed: on a thread with a mount namespace of its own. Where the process may have none, BODY runs
-// all the same. Throws what BODY throws.
+// Runs BODY on a thread with a mount namespace of its own: nobody else sees its mounts, and they
+// end with it even if this process is killed. If the process may not create one, BODY runs without
+// it. Throws what BODY throws.
 void inPrivateMounts(const std::function<void()>& body);
 
 }  // namespace kolum::disc

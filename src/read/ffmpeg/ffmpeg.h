@@ -1,7 +1,7 @@
-// The one door to FFmpeg: its headers, and all that differs between its releases.
+// The only place that includes FFmpeg: its headers, and all differences between its releases.
 //
-// Built and tried with libavformat 59, 61 and 62; written for 57 to 63. Each difference is a small
-// function under a name of our own; the release that brought the change stands beside it.
+// Built and tested with libavformat 59, 61 and 62; written for 57 to 63. Each difference is a small
+// function under a name of our own, with the release that brought the change.
 #ifndef KOLUM_READ_FFMPEG_FFMPEG_H
 #define KOLUM_READ_FFMPEG_FFMPEG_H
 
@@ -24,14 +24,14 @@ extern "C" {
 
 namespace kolum::ffmpeg::release {
 
-// Formats register by themselves since 58.9.
+// Formats register themselves since 58.9.
 inline void registerFormats() {
 #if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
   av_register_all();
 #endif
 }
 
-// The demuxers in turn, null behind the last; POSITION begins as null. By this call since 58.9.
+// The demuxers in turn, null after the last; POSITION starts as null. A new call since 58.9.
 inline const AVInputFormat* nextDemuxer(void*& position) {
 #if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
   AVInputFormat* next = av_iformat_next(static_cast<AVInputFormat*>(position));
@@ -51,8 +51,8 @@ inline int channels(const AVCodecParameters& parameters) {
 #endif
 }
 
-// The frame rate of the bitstream's headers has a field of its own since 60.31; earlier releases
-// have none, and need none.
+// The frame rate in the bitstream's headers has its own field since 60.31; earlier releases have
+// none and need none.
 inline AVRational statedFrameRate([[maybe_unused]] const AVCodecParameters& parameters) {
 #if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(60, 31, 100)
   return {0, 1};
@@ -61,7 +61,7 @@ inline AVRational statedFrameRate([[maybe_unused]] const AVCodecParameters& para
 #endif
 }
 
-// A context can be freed by a call of its own since 57.80.
+// Contexts have their own function for freeing since 57.80.
 inline void freeIoContext(AVIOContext*& context) {
 #if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(57, 80, 100)
   av_freep(&context);
@@ -101,8 +101,8 @@ struct TileGrid {
   const AVStream* firstTile;
 };
 
-// The picture that a stream is a tile of. Pictures of tiles are groups of streams since 61.7;
-// earlier releases do not read them.
+// The picture that a stream is a tile of. Tiled pictures are groups of streams since 61.7; earlier
+// releases do not read them.
 #if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(61, 7, 100)
 inline std::optional<TileGrid> tileGridOf(const AVFormatContext& /*context*/,
                                           const AVStream& /*stream*/) {

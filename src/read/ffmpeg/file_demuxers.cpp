@@ -20,8 +20,8 @@ constexpr std::string_view kUsual =
     "mov,matroska,mpegts,mpeg,avi,asf,flv,mp3,flac,wav,ogg,jpeg_pipe,png_pipe";
 
 std::string listed() {
-  // Some callers do not register the formats. The list is made once, so with releases that know
-  // none before, it would stay without the others for every later call.
+  // Not every caller registers the formats. The list is built only once, so on releases that need
+  // registration it would otherwise lack the other formats for good.
   release::registerFormats();
   std::string list(kUsual);
   void* position = nullptr;

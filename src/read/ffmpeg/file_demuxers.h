@@ -1,4 +1,4 @@
-// Which demuxers may read the files that are probed.
+// Which demuxers may read probed files.
 #ifndef KOLUM_READ_FFMPEG_FILE_DEMUXERS_H
 #define KOLUM_READ_FFMPEG_FILE_DEMUXERS_H
 
@@ -6,11 +6,11 @@
 
 namespace kolum::ffmpeg {
 
-// All but those that open further files: what a playlist or script names may hang, lead in circles
-// or run programs. Comma-separated names, as FFmpeg takes them; static storage.
+// All except those that open further files: the names in a playlist or script may hang, lead in
+// circles or run programs. Comma-separated names, as FFmpeg takes them; static storage.
 const char* fileDemuxers();
 
-// Whether the demuxer of this name is one of those that open further files.
+// Whether the demuxer of this name opens further files.
 bool opensFurtherFiles(std::string_view demuxer);
 
 }  // namespace kolum::ffmpeg

@@ -15,7 +15,7 @@ namespace kolum::ffmpeg {
 
 namespace {
 
-// For a context that is not opened.
+// For a context that is not open yet.
 struct Freer {
   void operator()(AVFormatContext* context) const { avformat_free_context(context); }
 };
@@ -25,8 +25,8 @@ int refuseToOpen(AVFormatContext* /*context*/, AVIOContext** /*io*/, const char*
   return AVERROR(EACCES);
 }
 
-// All that FFmpeg's guess of the format may depend on. The rest of a name could mean something:
-// "pic%d.png" is a series of pictures.
+// The part of a name that FFmpeg's guess of the format may use. The rest could have a meaning to
+// it: "pic%d.png" is a series of pictures.
 std::string nameForGuess(const std::string& name) {
   const std::string_view extension = extensionOf(name);
   const bool isPlain = std::all_of(extension.begin(), extension.end(), [](unsigned char c) {
@@ -45,7 +45,7 @@ Input::Input(AVFormatContext* context, std::unique_ptr<SourceReader> reader, Dep
     : reader_(std::move(reader)), context_(context) {
   if (depth == Depth::kStreams) {
     beginOperation();
-    // The result does not count: what was found before an error is still worth reporting.
+    // The result is ignored: what was found before an error is still worth reporting.
     avformat_find_stream_info(context, nullptr);
   }
   container_ = containerOf(*context);
@@ -53,7 +53,7 @@ Input::Input(AVFormatContext* context, std::unique_ptr<SourceReader> reader, Dep
 
 Input::Input(Input&&) noexcept = default;
 
-// The context is closed before its reader goes.
+// The context must be closed before its reader is destroyed.
 Input::~Input() {
   context_.reset();
 }
@@ -69,7 +69,7 @@ std::optional<Input> Input::open(const media::Source& source, Depth depth) {
   context->pb = reader->context();
   const std::string name = nameForGuess(source.name());
   AVFormatContext* opened = context.release();
-  // Frees the context when it fails.
+  // Frees the context if it fails.
   if (avformat_open_input(&opened, name.c_str(), nullptr, nullptr) != 0) return std::nullopt;
   return Input(opened, std::move(reader), depth);
 }

@@ -1,4 +1,4 @@
-// A media file that FFmpeg has opened: it fills plain values, and reads packets for the searches.
+// A media file opened by FFmpeg: gives plain values, and packets for the searches.
 #ifndef KOLUM_READ_FFMPEG_INPUT_H
 #define KOLUM_READ_FFMPEG_INPUT_H
 
@@ -17,20 +17,20 @@ namespace kolum::ffmpeg {
 
 class SourceReader;
 
-// How far an input is read when it is opened.
+// How much of an input is read when it is opened.
 enum class Depth {
-  kHeader,   // what the container's header says
-  kStreams,  // and packets, until the streams are known as far as FFmpeg gets
+  kHeader,   // the container's header only
+  kStreams,  // also packets, until FFmpeg knows the streams as well as it can
 };
 
 // Closed on destruction.
 class Input {
  public:
-  // Reads SOURCE, which outlives the input, and nothing else: no demuxer opens another file.
-  // Playlists and scripts are refused, as all that they say is the names of other files. Empty when
-  // FFmpeg cannot open it.
+  // Reads SOURCE, which must outlive the input, and nothing else: no demuxer opens another file.
+  // Playlists and scripts are refused: FFmpeg would open the files they name. Empty if FFmpeg
+  // cannot open it.
   static std::optional<Input> open(const media::Source& source, Depth depth);
-  // Something that is no file, by FFmpeg's own transport ("http://...").
+  // Anything but a file, by FFmpeg's own transport ("http://...").
   static std::optional<Input> openUrl(const char* url, Depth depth);
 
   Input(Input&&) noexcept;
@@ -42,7 +42,7 @@ class Input {
 
   AVFormatContext* raw() const { return context_.get(); }
   AVStream* raw(const media::Stream& stream) const;
-  // To be called before an operation that reads on.
+  // Call before an operation that continues reading.
   void beginOperation() const;
 
  private:
@@ -51,18 +51,18 @@ class Input {
   };
   Input(AVFormatContext* context, std::unique_ptr<SourceReader> reader, Depth depth);
 
-  // Null for URLs, whose servers set their own pace.
+  // Null for URLs: their servers set the pace.
   std::unique_ptr<SourceReader> reader_;
   std::unique_ptr<AVFormatContext, Closer> context_;
   media::Container container_;
 };
 
-// What is in a file, whether it has streams or not; empty when FFmpeg cannot open it.
+// What a file contains, even if it has no streams; empty if FFmpeg cannot open it.
 std::optional<media::Container> readContainer(const std::string& path, Depth depth);
 
-// NUM / DEN in lowest terms, neither above MAX; as close as that allows.
+// NUM / DEN in lowest terms, neither above MAX, or the closest possible value.
 media::Rational reduce(std::int64_t num, std::int64_t den, std::int64_t max);
-// The time base of a stream that a caller handed in.
+// The time base of a stream that a caller passed.
 media::Rational timeBase(const AVStream& stream);
 
 }  // namespace kolum::ffmpeg

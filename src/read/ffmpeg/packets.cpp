@@ -9,8 +9,8 @@ namespace kolum::ffmpeg {
 
 namespace {
 
-// The Ogg demuxer counts the streams of the file only, and ends the process when asked for one
-// beyond: attached pictures, which FFmpeg lists as streams, and what comes after them.
+// The Ogg demuxer counts only the file's own streams, and ends the process when asked for one
+// beyond them: attached pictures, which FFmpeg lists as streams, and everything after them.
 bool isBeyondOggStreams(const Input& input, const media::Stream& stream) {
   const media::Container& container = input.container();
   if (container.demuxer != "ogg") return false;

@@ -18,7 +18,7 @@ class Packet {
  public:
   Packet();
 
-  // Takes the next packet of any stream; false at the end of the input or on an error.
+  // Reads the next packet of any stream; false at the end of the input or on an error.
   bool readFrom(const Input& input);
 
   int streamIndex() const;
@@ -33,20 +33,20 @@ class Packet {
   std::unique_ptr<AVPacket, Deleter> packet_;
 };
 
-// Goes to the time stamp (in the stream's time base); FFmpeg's default kind of seek, to a key
-// frame. False when FFmpeg cannot.
+// Seeks to the time stamp (in the stream's time base) with FFmpeg's default kind of seek, which
+// goes to a key frame. False if FFmpeg cannot.
 bool seek(const Input& input, const media::Stream& stream, std::int64_t timestamp);
 
 // An opened decoder; closed on destruction.
 class Decoder {
  public:
-  // True when the linked FFmpeg can decode the stream's codec at all.
+  // Whether the linked FFmpeg has any decoder for the stream's codec.
   static bool existsFor(const Input& input, const media::Stream& stream);
 
-  // Empty when there is no decoder or it refuses the stream.
+  // Empty if there is no decoder or it rejects the stream.
   static std::optional<Decoder> open(const Input& input, const media::Stream& stream);
 
-  // Forgets what was fed so far; to be called before a seek.
+  // Drops what was fed so far; call it before a seek.
   void flush();
 
  private:

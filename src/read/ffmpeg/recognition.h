@@ -1,4 +1,4 @@
-// Which format a file's first bytes are of, whatever its name says and whether it is whole or not.
+// Recognises a file's format by its first bytes, whatever its name and even if it is incomplete.
 #ifndef KOLUM_READ_FFMPEG_RECOGNITION_H
 #define KOLUM_READ_FFMPEG_RECOGNITION_H
 
@@ -9,11 +9,11 @@
 namespace kolum::ffmpeg {
 
 struct Recognition {
-  std::string format;              // in words, "QuickTime / MOV"; empty when FFmpeg knows none
+  std::string format;              // in words, "QuickTime / MOV"; empty if FFmpeg knows none
   bool opensFurtherFiles = false;  // a playlist or script, which Input does not open
 };
 
-// Reads no more than the beginning.
+// Reads only the beginning.
 Recognition recognize(const media::Source& source);
 
 }  // namespace kolum::ffmpeg

@@ -11,7 +11,7 @@ namespace kolum::ffmpeg {
 
 namespace {
 
-// As large as for files that FFmpeg opens itself.
+// The size that FFmpeg uses for files it opens itself.
 constexpr std::size_t kBufferSize = 32768;
 
 bool isAllZero(std::span<const std::uint8_t> bytes) {
@@ -32,7 +32,7 @@ SourceReader::SourceReader(const media::Source& source) : source_(source) {
 }
 
 SourceReader::~SourceReader() {
-  // FFmpeg may have replaced the buffer that it was given.
+  // FFmpeg may have replaced the buffer it was given.
   av_freep(&context_->buffer);
   release::freeIoContext(context_);
 }
@@ -69,7 +69,7 @@ int SourceReader::read(std::span<std::uint8_t> out) {
   return static_cast<int>(got);
 }
 
-// A jump leads to another part of the file, where the zeros are counted anew.
+// A seek leads to another part of the file, so counting of zeros starts anew.
 std::int64_t SourceReader::seekTo(std::int64_t position) {
   if (position < 0) return AVERROR(EINVAL);
   if (position != position_) renew();

@@ -1,4 +1,4 @@
-// FFmpeg's way to a file's bytes: an AVIOContext over an opened source, with a limit on zeros.
+// Gives FFmpeg a file's bytes: an AVIOContext over an opened source, with a limit on zeros.
 #ifndef KOLUM_READ_FFMPEG_SOURCE_READER_H
 #define KOLUM_READ_FFMPEG_SOURCE_READER_H
 
@@ -11,22 +11,22 @@ struct AVIOContext;
 
 namespace kolum::ffmpeg {
 
-// Recordings and downloads in progress are often as long on the disk as they are to become. An
-// operation that has met so many zero bytes is at the end of the file until it jumps elsewhere,
-// unless the file system knows of a hole that ends soon: what follows it counts.
+// Avoids reading gigabytes of zeros: recordings and downloads in progress often have their final
+// length already. After this many zero bytes an operation gets the end of the file until it seeks
+// elsewhere, unless the file system reports a hole that ends soon: then the data after it counts.
 inline constexpr std::int64_t kZerosLimit = std::int64_t{64} << 20;
 inline constexpr std::int64_t kLongestHole = std::int64_t{1} << 30;
 
 class SourceReader {
  public:
-  // SOURCE outlives the reader.
+  // SOURCE must outlive the reader.
   explicit SourceReader(const media::Source& source);
   SourceReader(const SourceReader&) = delete;
   SourceReader& operator=(const SourceReader&) = delete;
   ~SourceReader();
 
   AVIOContext* context() const { return context_; }
-  // Begins an operation: its zeros are counted from none.
+  // Begins an operation: counting of zeros starts anew.
   void renew() { zerosLeft_ = kZerosLimit; }
 
  private:

@@ -17,7 +17,7 @@ namespace {
 
 using media::StreamType;
 
-// The demuxers that rules of this file ask for.
+// The demuxers that the rules in this file refer to.
 constexpr std::string_view kMp4 = "mov,mp4,m4a,3gp,3g2,mj2";
 constexpr std::string_view kRawH264 = "h264";
 
@@ -47,7 +47,7 @@ std::optional<std::string> entry(const AVDictionary* dictionary, const char* key
   return found->value;
 }
 
-// Codecs whose profiles and levels release 57 did not report, although it knew the codecs.
+// Codecs that release 57 knew, but whose profiles and levels it did not report.
 constexpr AVCodecID kCodecsWithoutProfile[] = {
     AV_CODEC_ID_AV1, AV_CODEC_ID_EAC3, AV_CODEC_ID_MJPEG, AV_CODEC_ID_PRORES, AV_CODEC_ID_TRUEHD,
 };
@@ -60,7 +60,7 @@ bool release57KnowsProfiles(const AVStream& stream) {
              std::end(kCodecsWithoutProfile);
 }
 
-// DTS:X and DTS:X IMAX extend the master audio that release 57 reported for them.
+// DTS:X and DTS:X IMAX extend master audio, which release 57 reported for them.
 int release57Profile(AVCodecID codec, int profile) {
   constexpr int kDtsMasterAudio = 60;
   constexpr int kDtsX = 61;
@@ -69,8 +69,8 @@ int release57Profile(AVCodecID codec, int profile) {
   return isDtsX ? kDtsMasterAudio : profile;
 }
 
-// From 6.1 on, streams that may be interlaced have twice the base frame rate that they had; the
-// codec parameters keep the rate that the headers state.
+// Since 6.1, streams that may be interlaced have twice their earlier base frame rate; the codec
+// parameters keep the rate from the headers.
 AVRational release57FrameRate(const AVFormatContext& context, const AVStream& stream) {
   const AVRational base = stream.r_frame_rate;
   const AVRational stated = release::statedFrameRate(*stream.codecpar);
@@ -131,10 +131,10 @@ bool isEquirectangular(const AVStream& stream) {
   return false;
 }
 
-// The "rotate" entry, or for MP4 and QuickTime what the display matrix means.
+// The "rotate" entry, or for MP4 and QuickTime the angle of the display matrix.
 std::optional<std::string> rotationOf(const AVFormatContext& context, const AVStream& stream) {
   if (auto stored = entry(stream.metadata, "rotate")) return stored;
-  // Release 57 made the entry for this family alone, so matrices of other containers say nothing.
+  // Release 57 made the entry only for this family, so matrices of other containers are ignored.
   if (demuxerName(context) != kMp4) return std::nullopt;
   for (int i = 0; i < release::sideDataCount(stream); ++i) {
     const release::SideData data = release::sideData(stream, i);

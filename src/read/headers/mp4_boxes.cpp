@@ -17,19 +17,20 @@ constexpr std::size_t kBrandWindow = 64;
 constexpr std::size_t kHeaderSize = 8;
 constexpr std::size_t kLargeHeaderSize = 16;
 
-// A box of any other type ends the walk.
+// Any other box type ends the walk.
 constexpr std::array<std::string_view, 10> kKnownBoxes = {
     "free", "junk", "mdat", "moov", "pnot", "skip", "wide", "PICT", "uuid", "ftyp",
 };
 
-// Tells a fast-start file from a plain one.
+// The codes of a fast-start file and of a plain one.
 struct LayoutCodes {
   std::uint32_t fastStart;
   std::uint32_t plain;
 };
 
-// A brand is told by its first characters; the first row that fits wins. Brands whose two codes
-// differ need the box walk; "isom" is never reported as fast start, which hosts count on.
+// A brand is recognised by its first characters; the first matching row wins. Brands whose two
+// codes differ need the box walk; "isom" is never reported as fast-start: identifiers in databases
+// depend on it.
 struct BrandRow {
   std::string_view prefix;
   LayoutCodes codes;
@@ -51,8 +52,8 @@ std::string_view asText(std::span<const std::uint8_t> bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-// The size is signed: a 64-bit size beyond the
-// signed range is negative and ends the walk instead of leading it in circles.
+// The size is signed: a 64-bit size beyond the signed range is negative and ends the walk instead
+// of leading it in circles.
 struct Box {
   std::int64_t offset = 0;
   std::int64_t size = 0;
@@ -65,7 +66,7 @@ struct Box {
   }
 };
 
-// SIZE bytes at OFFSET; empty when the file ends before.
+// SIZE bytes at OFFSET; empty if the file ends before.
 template <std::size_t kSize>
 std::optional<std::array<std::uint8_t, kSize>> bytesAt(const media::Source& source,
                                                        std::int64_t offset) {
@@ -85,7 +86,7 @@ std::optional<Box> readBox(const media::Source& source, std::int64_t offset) {
   return box;
 }
 
-// False when the 64-bit size cannot be read.
+// False if the 64-bit size cannot be read.
 bool readLargeSize(const media::Source& source, Box& box) {
   const auto large = bytesAt<kLargeHeaderSize - kHeaderSize>(
       source, box.offset + static_cast<std::int64_t>(kHeaderSize));
@@ -94,8 +95,8 @@ bool readLargeSize(const media::Source& source, Box& box) {
   return true;
 }
 
-// Where the next box starts; empty where no file position is. Only the file system knows how far
-// positions go beyond the end of the file.
+// Where the next box starts; empty if that is not a file position. Only the file system knows how
+// far positions reach beyond the end of the file.
 std::optional<std::int64_t> endOf(const Box& box, const media::Source& source) {
   std::int64_t end = 0;
   if (__builtin_add_overflow(box.offset, box.size, &end) || end < 0) return std::nullopt;
@@ -127,7 +128,7 @@ std::optional<std::uint32_t> mp4SubFormat(const media::Source& source) {
   if (!window) return std::nullopt;
   const std::string_view text = asText(*window);
   const std::size_t found = text.find("ftyp");
-  // Not found is beyond the window, too. The last start position leaves a byte behind the brand.
+  // npos also exceeds kLastStart. The last allowed start leaves one byte after the brand.
   constexpr std::size_t kLastStart = 55;
   if (found > kLastStart) return std::nullopt;
   const std::string_view brand = text.substr(found + 4, 4);

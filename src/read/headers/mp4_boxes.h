@@ -11,7 +11,7 @@
 
 namespace kolum::headers {
 
-// Where a file's "moov" box stands. The values are the results of CheckMp4MoovAtEnd.
+// The position of a file's "moov" box. The values are the results of CheckMp4MoovAtEnd.
 enum class MoovPosition {
   kNotLast = MP4_MOOV_NOT_LAST,
   kLastOrUnknownBox = MP4_MOOV_LAST,
@@ -19,7 +19,7 @@ enum class MoovPosition {
 };
 MoovPosition moovPosition(const media::Source& source);
 
-// The MPEG4_* sub-format of a file, 0 for a brand that is not known; empty when no brand is found.
+// A file's MPEG4_* sub-format, 0 for an unknown brand; empty if no brand is found.
 std::optional<std::uint32_t> mp4SubFormat(const media::Source& source);
 
 }  // namespace kolum::headers

@@ -24,7 +24,7 @@ TransportPackets packetsIn(std::span<const std::uint8_t, kPacketWindow> bytes) {
   for (std::size_t start = 0; start < kOffsets; ++start) {
     if (!isSync(start)) continue;
     // The longer packets are tried first at every offset: their time stamps may look like the
-    // shorter ones.
+    // shorter ones' sync bytes.
     if (isSync(start + 192) && isSync(start + 384)) {
       const auto stamp = bytes.subspan(start + 188, 4);
       const bool isZero = stamp[0] == 0 && stamp[1] == 0 && stamp[2] == 0 && stamp[3] == 0;
@@ -40,7 +40,7 @@ std::optional<TransportPackets> packetsOf(const media::Source& source, Trace& tr
   std::array<std::uint8_t, kPacketWindow> bytes = {};
   errno = 0;
   if (source.readAt(0, bytes) == static_cast<std::ptrdiff_t>(bytes.size())) return packetsIn(bytes);
-  // Hosts' log filters know this line by its number.
+  // Hosts' log filters match this line by its number.
   trace.error("[" + std::string(kMediaSource) + ":1170] read: " + std::strerror(errno) + "\n");
   return std::nullopt;
 }

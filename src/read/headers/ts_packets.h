@@ -1,4 +1,4 @@
-// The layout of MPEG transport packets, by a file's first bytes.
+// The layout of MPEG transport packets, found in a file's first bytes.
 #ifndef KOLUM_READ_HEADERS_TS_PACKETS_H
 #define KOLUM_READ_HEADERS_TS_PACKETS_H
 
@@ -12,13 +12,13 @@
 
 namespace kolum::headers {
 
-// Bytes that the layout is found in.
+// The number of bytes examined.
 inline constexpr std::size_t kPacketWindow = 576;
 
-// Size 0 when there are no packets.
+// The size is 0 if there are no packets.
 media::TransportPackets packetsIn(std::span<const std::uint8_t, kPacketWindow> bytes);
 
-// The same of a file's beginning. Empty for one that is shorter or cannot be read.
+// The same for the beginning of a file. Empty if the file is shorter or cannot be read.
 std::optional<media::TransportPackets> packetsOf(const media::Source& source, Trace& trace);
 
 }  // namespace kolum::headers

@@ -15,10 +15,9 @@ constexpr std::chrono::seconds kToolTime{30};
 constexpr std::size_t kFirstRead = 4096;
 constexpr std::size_t kGrowth = 2048;
 
-// The tool's output is read in attempts, each into a fresh and larger buffer, and the first that
-// does not fill its buffer is the document; what earlier ones brought is dropped. A document is far
-// shorter than the first buffer; of one that is not, hosts count on getting what its later part
-// gives. Nothing behind a NUL counts.
+// Hosts expect only the later part of a long output: it is read in attempts, each into a fresh and
+// larger buffer, and the first part that does not fill its buffer is the document; earlier ones are
+// dropped. Normal documents are far shorter than the first buffer. Nothing after a NUL counts.
 std::string lastPart(const std::string& output) {
   std::size_t begin = 0;
   for (std::size_t size = kFirstRead; output.size() - begin >= size; size += kGrowth) begin += size;

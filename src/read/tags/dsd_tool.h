@@ -16,10 +16,10 @@ class DsdDocument {
  public:
   explicit DsdDocument(XMLNode tag) : tag_(std::move(tag)) {}
 
-  // An element's text; empty when there is none.
+  // An element's text; empty if there is no such element.
   std::string text(const char* element) const;
-  // The number that an element's text begins with, 0 when it begins with none; empty when there is
-  // no such element.
+  // The number at the start of an element's text, 0 if it does not start with one; empty if there
+  // is no such element.
   std::optional<std::int32_t> number(const char* element) const;
 
  private:
@@ -31,7 +31,7 @@ struct DsdToolResult {
   std::optional<DsdDocument> document;
 };
 
-// Runs the tool of that folder (with its closing "/") on a file. Without a folder there is no
+// Runs the tool from TOOLFOLDER (with its trailing "/") on a file. Without a folder there is no
 // document.
 DsdToolResult runDsdTool(const std::string& path, const char* toolFolder);
 

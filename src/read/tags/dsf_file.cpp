@@ -4,8 +4,8 @@ namespace kolum::tags {
 
 namespace {
 
-// The "DSD " chunk at the beginning: magic, chunk size, file size, place of the tag; the numbers in
-// 64 bits, lowest byte first.
+// The "DSD " chunk at the beginning: magic, chunk size, file size, position of the tag; the numbers
+// have 64 bits, lowest byte first.
 constexpr unsigned kHeaderSize = 28;
 constexpr unsigned kTagOffset = 20;
 

@@ -1,4 +1,4 @@
-// A DSF file as TagLib 2 offers it, for older TagLibs: its ID3v2 tag, read only.
+// A DSF file with TagLib 2's interface, for older TagLib releases: its ID3v2 tag, read-only.
 #ifndef KOLUM_READ_TAGS_DSF_FILE_H
 #define KOLUM_READ_TAGS_DSF_FILE_H
 
@@ -21,10 +21,10 @@ namespace kolum::tags {
 
 class DsfFile : public TagLib::File {
  public:
-  // STREAM outlives the file.
+  // STREAM must outlive the file.
   explicit DsfFile(TagLib::IOStream* stream);
 
-  // Null when the file is no DSF file, or its header points to no tag.
+  // Null if the file is not a DSF file or its header points to no tag.
   TagLib::ID3v2::Tag* tag() const override { return tag_.get(); }
   TagLib::AudioProperties* audioProperties() const override { return nullptr; }
   bool save() override { return false; }

@@ -25,7 +25,7 @@ constexpr FrameRow kFrames[] = {
     {"TALB", &DsfTags::album},
 };
 
-// A field's value is its first frame's, while its last frame's encoding decides.
+// The value is that of the field's first frame, but the last frame's encoding decides.
 std::string unicodeText(const TagLib::ID3v2::FrameList& frames) {
   if (frames.isEmpty()) return "";
   const auto* last = dynamic_cast<const TagLib::ID3v2::TextIdentificationFrame*>(frames.back());

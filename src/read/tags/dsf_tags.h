@@ -8,8 +8,8 @@
 
 namespace kolum::tags {
 
-// In UTF-8. Fields stay empty that the file does not have, or has in Latin-1: in that encoding most
-// files hold something else, which FFmpeg's reading of the tag is left to make the best of.
+// In UTF-8. A field is empty if the file does not have it or has it in Latin-1: most files hold
+// something else under that encoding, so FFmpeg's reading of the tag is used for such fields.
 struct DsfTags {
   std::string title;
   std::string artist;
@@ -17,7 +17,7 @@ struct DsfTags {
   std::string album;
 };
 
-// All empty when the file has no tag.
+// All empty if the file has no tag.
 DsfTags readDsfTags(const media::Source& source);
 
 }  // namespace kolum::tags

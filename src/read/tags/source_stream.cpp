@@ -6,7 +6,7 @@ namespace kolum::tags {
 
 TagLib::ByteVector SourceStream::readBlock(TagSize length) {
   const TagOffset left = std::max<TagOffset>(this->length() - position_, 0);
-  // A file's own numbers may ask for more than there is.
+  // A file's own numbers may ask for more bytes than there are.
   const auto size = static_cast<unsigned>(
       std::min<std::uint64_t>({length, static_cast<std::uint64_t>(left), UINT32_MAX / 2}));
   TagLib::ByteVector bytes(size, 0);

@@ -1,4 +1,4 @@
-// TagLib's way to a file's bytes.
+// Gives TagLib a file's bytes.
 #ifndef KOLUM_READ_TAGS_SOURCE_STREAM_H
 #define KOLUM_READ_TAGS_SOURCE_STREAM_H
 
@@ -19,7 +19,7 @@ using TagStart = TagLib::offset_t;
 using TagSize = std::size_t;
 #endif
 
-// Read only. SOURCE outlives the stream.
+// Read-only. SOURCE must outlive the stream.
 class SourceStream : public TagLib::IOStream {
  public:
   explicit SourceStream(const media::Source& source) : source_(source) {}

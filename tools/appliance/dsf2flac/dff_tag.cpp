@@ -14,7 +14,7 @@ namespace kolum::dsf2flac {
 namespace {
 
 // A chunk: four characters, the payload's size in 64 bits (highest byte first), the payload, and a
-// byte more when the size is odd.
+// padding byte if the size is odd.
 constexpr unsigned kChunkHeader = 12;
 constexpr unsigned kFormType = 4;
 
@@ -29,7 +29,7 @@ class DffFile : public TagLib::File {
   bool save() override { return false; }
 
  private:
-  // Where the tag begins; 0 when there is none.
+  // The position of the tag; 0 if there is none.
   long tagPlace() {
     seek(0);
     const TagLib::ByteVector form = readBlock(kChunkHeader + kFormType);

@@ -10,11 +10,11 @@ struct DffTag {
   std::string title;  // texts in UTF-8
   std::string artist;
   std::string album;
-  int year = 0;  // 0 unknown
+  int year = 0;  // 0 if unknown
   int track = 0;
 };
 
-// Empty when the file is no DFF file or has no such chunk.
+// Empty if the file is not a DFF file or has no such chunk.
 DffTag readDffTag(const std::string& path);
 
 }  // namespace kolum::dsf2flac

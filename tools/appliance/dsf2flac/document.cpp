@@ -9,11 +9,11 @@ namespace kolum::dsf2flac {
 
 namespace {
 
-// As long as readers' text fields. Three texts in which every byte has to be escaped leave room for
-// the rest of the document.
+// The size of readers' text fields. Three texts in which every byte has to be escaped still leave
+// room for the rest of the document.
 constexpr std::size_t kLongestText = 255;
 
-// The length of the UTF-8 character that TEXT begins with; 0 when it begins with none.
+// The length of the UTF-8 character at the start of TEXT; 0 if it starts with none.
 std::size_t characterLength(std::string_view text) {
   const auto byte = [&](std::size_t i) { return static_cast<unsigned char>(text[i]); };
   const unsigned first = byte(0);
@@ -35,11 +35,11 @@ std::size_t characterLength(std::string_view text) {
 bool isAllowed(std::string_view character) {
   const auto first = static_cast<unsigned char>(character[0]);
   if (character.size() == 1) return first >= 0x20 || first == '\t';
-  // Two that no XML document may hold, however written.
+  // Two characters that no XML document may contain, not even escaped.
   return character != "\xEF\xBF\xBE" && character != "\xEF\xBF\xBF";
 }
 
-// What of TEXT may stand in an XML document, other characters and bytes as spaces.
+// TEXT with all characters and bytes that XML cannot contain replaced by spaces.
 std::string cleanText(std::string_view text) {
   std::string clean;
   while (!text.empty()) {

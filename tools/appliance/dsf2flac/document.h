@@ -9,10 +9,10 @@
 
 namespace kolum::dsf2flac {
 
-// Readers take what fits into this many bytes and lose the beginning of anything longer.
+// Readers keep only this many bytes, and lose the beginning of a longer document.
 inline constexpr std::size_t kLongestDocument = 4095;
 
-// Never longer than that, whatever the texts hold.
+// Never longer than that, whatever the texts contain.
 std::string documentOf(const DsdFacts& facts);
 
 }  // namespace kolum::dsf2flac

@@ -12,7 +12,7 @@ namespace kolum::dsf2flac {
 
 namespace {
 
-// FFmpeg counts bytes of eight samples.
+// FFmpeg counts bytes, each of eight samples.
 constexpr int kSamplesPerByte = 8;
 
 constexpr std::string_view kDsdCodecs[] = {"dsd_lsbf", "dsd_msbf", "dsd_lsbf_planar",

@@ -1,4 +1,4 @@
-// dsf2flac -i FILE -f: the appliance's tool for DSD files, as far as describing them goes.
+// dsf2flac -i FILE -f: the part of the appliance's DSD tool that describes files.
 #include <getopt.h>
 
 #include <cstdio>
@@ -16,13 +16,13 @@ constexpr int kUsage = 2;
 
 constexpr char kHelp[] =
     "Usage: dsf2flac -i FILE -f\n"
-    "Prints what the DSD file FILE (DSF or DFF) tells about itself, as an XML document.\n"
+    "Describes the DSD file FILE (DSF or DFF) as an XML document.\n"
     "\n"
     "  -i FILE      the file\n"
-    "  -f           print its description; there is nothing else to do\n"
+    "  -f           print its description; required\n"
     "  -h, --help   this text\n"
     "\n"
-    "Exit status: 0 done, 1 no DSD file that can be read, 2 wrong usage.\n";
+    "Exit status: 0 done, 1 not a readable DSD file, 2 wrong usage.\n";
 
 bool print(const std::string& text) {
   return std::fputs(text.c_str(), stdout) != EOF && std::fflush(stdout) != EOF;
@@ -36,7 +36,7 @@ int usage(const char* reason) {
 int describe(const char* file) try {
   const auto facts = kolum::dsf2flac::readDsdFile(file);
   if (facts) return print(kolum::dsf2flac::documentOf(*facts)) ? kDone : kFailed;
-  std::fprintf(stderr, "dsf2flac: %s: no DSD file that can be read\n", file);
+  std::fprintf(stderr, "dsf2flac: %s: not a readable DSD file\n", file);
   return kFailed;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "dsf2flac: %s: %s\n", file, error.what());
@@ -61,6 +61,6 @@ int main(int argc, char** argv) {
     }
   }
   if (file == nullptr || !isDescription || optind != argc)
-    return usage("-i FILE and -f are needed");
+    return usage("-i FILE and -f are required");
   return describe(file);
 }

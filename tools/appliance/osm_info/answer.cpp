@@ -17,13 +17,13 @@ bool isNameCharacter(char c) {
   return startsName(c) || ascii::isDigit(c) || c == '-' || c == '.';
 }
 
-// An element "error" anywhere makes readers take the whole answer for a failure.
+// Readers treat the whole answer as a failure if it contains an element "error".
 bool isPartName(std::string_view name) {
   return !name.empty() && name != "error" && startsName(name.front()) &&
          std::all_of(name.begin(), name.end(), isNameCharacter);
 }
 
-// XML has no way to write most control characters.
+// XML cannot represent most control characters.
 std::string printable(std::string_view text) {
   std::string clean(text);
   std::replace_if(

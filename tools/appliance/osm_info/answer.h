@@ -9,12 +9,12 @@
 
 namespace kolum::osm_info {
 
-// Why a look-up has no answer.
+// Why a look-up gives no answer.
 struct LookUpError : std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-// One part of an address; its name becomes an element's.
+// One part of an address; its name becomes an element name.
 struct AddressPart {
   std::string name;
   std::string value;
@@ -23,14 +23,14 @@ struct AddressPart {
 // A place in one language.
 struct Answer {
   std::string language;
-  std::string osmType;  // "node", "way" or "relation"; another word for what is no map object
+  std::string osmType;  // "node", "way" or "relation"; another word for anything but a map object
   std::string osmId;
   std::string address;
   std::vector<AddressPart> parts;
 };
 
-// Texts are UTF-8; control characters in them become spaces. Parts whose names cannot be elements'
-// are left out.
+// Texts are UTF-8; control characters in them become spaces. Parts whose names cannot be element
+// names are left out.
 std::string toXml(const std::vector<Answer>& answers);
 std::string errorToXml(std::string_view message);
 

@@ -9,8 +9,8 @@ namespace kolum::osm_info {
 
 namespace {
 
-// The file begins with words of 32 bits in the byte order of the machine that made it; catalogues
-// of packages for this machine have its own.
+// The file begins with 32-bit words in the byte order of the machine that made it; catalogues from
+// packages for this machine use this machine's order.
 constexpr std::uint32_t kMagic = 0x950412de;
 constexpr std::size_t kCountOffset = 8;
 constexpr std::size_t kKeysOffset = 12;
@@ -49,7 +49,7 @@ std::string_view Catalogue::textAt(std::size_t table, std::size_t number) const 
   return std::string_view(bytes_).substr(offset, length);
 }
 
-// Keys stand in ascending order.
+// Keys are in ascending order.
 std::string_view Catalogue::translation(std::string_view key) const {
   std::size_t low = 0;
   std::size_t high = count_;

@@ -1,7 +1,7 @@
 // A catalogue of translations in the compiled form of gettext (".mo").
 //
-// gettext's own look-up follows the process's locale, which an appliance does not have installed
-// for each language; so the files are read here.
+// gettext's own look-up follows the process's locale, and an appliance does not have a locale
+// installed for each language, so the files are read here.
 #ifndef KOLUM_OSM_INFO_CATALOGUE_H
 #define KOLUM_OSM_INFO_CATALOGUE_H
 
@@ -15,10 +15,10 @@ namespace kolum::osm_info {
 class Catalogue {
  public:
   Catalogue() = default;
-  // The bytes of a file; bytes that are no catalogue hold no translations.
+  // The contents of a file; anything but a catalogue holds no translations.
   explicit Catalogue(std::string bytes);
 
-  // Empty when there is none.
+  // Empty if there is none.
   std::string_view translation(std::string_view key) const;
 
  private:
@@ -31,7 +31,7 @@ class Catalogue {
   std::uint32_t translations_ = 0;
 };
 
-// An empty catalogue when the file cannot be read.
+// An empty catalogue if the file cannot be read.
 Catalogue loadCatalogue(const std::string& path);
 
 }  // namespace kolum::osm_info

@@ -11,8 +11,9 @@ namespace {
 
 constexpr double kEarthRadiusKm = 6371;
 
-// The radius of a disc with some 2200 people a square kilometre, as a city is at its edges; at
-// least a small town's, at most what is left of a giant's name in its suburbs.
+// The radius of a disc with about 2200 people per square kilometre, the density at a city's edges;
+// at least that of a small town, at most the distance at which suburbs still use a giant city's
+// name.
 constexpr double kReachKmPerRootPerson = 0.012;
 constexpr double kSmallestReachKm = 1.5;
 constexpr double kLargestReachKm = 30;
@@ -35,7 +36,7 @@ double reachKm(unsigned population) {
                     kLargestReachKm);
 }
 
-// The smaller, the better.
+// A smaller rank is better.
 std::tuple<bool, double> rank(double distance, double reach) {
   const bool isOutside = distance > reach;
   return {isOutside, isOutside ? distance - reach : distance / reach};

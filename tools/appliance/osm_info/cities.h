@@ -1,4 +1,4 @@
-// The choice of the city that a position belongs to.
+// Chooses the city that a position belongs to.
 #ifndef KOLUM_OSM_INFO_CITIES_H
 #define KOLUM_OSM_INFO_CITIES_H
 
@@ -14,12 +14,12 @@ struct City {
   unsigned population = 0;
 };
 
-// Beyond this distance from its centre no city is named.
+// No city farther away than this from its centre is named.
 inline constexpr double kFarthestKm = 100;
 
-// The city's position in the list; empty when there is none within kFarthestKm. A city reaches as
-// far as its population makes it large; within the reach of several the relative distance counts,
-// outside all reaches the nearest edge.
+// The city's index in the list; empty if none is within kFarthestKm. A city's reach grows with its
+// population; within the reach of several the relative distance decides, outside all reaches the
+// nearest edge.
 std::optional<std::size_t> cityAt(const std::vector<City>& cities, double lat, double lon);
 
 }  // namespace kolum::osm_info

@@ -14,9 +14,9 @@ struct Deleter {
 };
 using CityRecord = std::unique_ptr<GeonamesCity, Deleter>;
 
-// The library has functions for all of a record but its number and its state's code, by which names
-// are translated. A record is a tuple of known type; of another type these two stay empty, and
-// names untranslated.
+// The library has functions for everything in a record except its number and its state's code,
+// which are the keys of translations. They are read from the record if it is a tuple of the known
+// type; otherwise both stay empty and names untranslated.
 constexpr char kRecordType[] = "(sssssssudd)";
 constexpr gsize kIdField = 0;
 constexpr gsize kStateCodeField = 2;
@@ -39,7 +39,7 @@ CityRecord recordOf(gint number) {
 
 }  // namespace
 
-// Positions only: reading all the names would take most of the time.
+// Positions only: reading all names would take most of the time.
 std::vector<City> loadCities() {
   std::vector<City> cities;
   const gint count = geonames_get_n_cities();

@@ -10,19 +10,19 @@
 
 namespace kolum::osm_info {
 
-// What a city and the regions around it are called by default, and the keys of their translations.
+// The default names of a city and the regions around it, and the keys of their translations.
 struct CityNames {
-  std::string id;  // GeoNames' number; empty when unknown
+  std::string id;  // GeoNames' number; empty if unknown
   std::string name;
   std::string state;
-  std::string stateCode;  // within the country; empty when unknown
+  std::string stateCode;  // within the country; empty if unknown
   std::string country;
   std::string countryCode;  // two capitals
 };
 
 std::vector<City> loadCities();
 
-// NUMBER is a position in that list.
+// NUMBER is an index in that list.
 CityNames cityNames(std::size_t number);
 
 }  // namespace kolum::osm_info

@@ -16,7 +16,7 @@ void set(CURL* curl, CURLoption option, Value value) {
   }
 }
 
-// Returning less than what came ends the transfer.
+// Returning less than the received size ends the transfer.
 std::size_t appendBody(const char* data, std::size_t, std::size_t size, void* body) {
   auto& text = *static_cast<std::string*>(body);
   if (text.size() + size > HttpClient::kLargestBody) return 0;
@@ -55,7 +55,7 @@ HttpReply HttpClient::get(const std::string& url, std::chrono::milliseconds time
   set(curl, CURLOPT_WRITEDATA, &reply.body);
   set(curl, CURLOPT_ERRORBUFFER, words.data());
   const CURLcode result = curl_easy_perform(curl);
-  // The buffer ends with this call.
+  // The buffer is local to this call.
   set(curl, CURLOPT_ERRORBUFFER, static_cast<char*>(nullptr));
   if (result != CURLE_OK) {
     const char* reason = words[0] != '\0' ? words.data() : curl_easy_strerror(result);

@@ -16,15 +16,15 @@ struct HttpReply {
   std::string body;
 };
 
-// Keeps its connection open between requests. Redirects are not followed, proxies of the
-// environment not used: nobody but the configured server is asked.
+// Keeps its connection open between requests. Redirects are not followed and proxies from the
+// environment not used: only the configured server is asked.
 class HttpClient {
  public:
   static constexpr std::size_t kLargestBody = std::size_t{64} << 10;
 
   HttpClient(const std::string& caFile, std::chrono::milliseconds connectTimeout);
 
-  // Throws LookUpError on failure, a body beyond the size above included.
+  // Throws LookUpError on failure, including a body beyond the size above.
   HttpReply get(const std::string& url, std::chrono::milliseconds timeout);
 
  private:

@@ -10,12 +10,12 @@ namespace kolum::osm_info {
 struct Language {
   std::string_view code;      // in answers
   std::string_view accepted;  // what a server is asked for, in order of preference
-  std::string_view locales;   // whose translations serve offline, in order of preference
+  std::string_view locales;   // with the offline translations, in order of preference
 };
 
 std::span<const Language> languages();
 
-// Null when there is no such language.
+// Null if there is no such language.
 const Language* findLanguage(std::string_view code);
 
 }  // namespace kolum::osm_info

@@ -30,11 +30,10 @@ constexpr char kHelp[] =
     "  lon=DEGREES  longitude, -180 to 180\n"
     "  zoom=LEVEL   detail: 3 country, 5 state, 10 city, 18 building (the default)\n"
     "\n"
-    "The answer comes from the server that /etc/config/osm_info.conf names (another file with\n"
-    "OSM_INFO_CONFIG in the environment), and without one from the GeoNames cities installed "
-    "here.\n"
-    "Those are data of GeoNames (https://www.geonames.org), licence CC BY 4.0: name it where you\n"
-    "show them.\n"
+    "The answer comes from the server named in /etc/config/osm_info.conf (or in the file that\n"
+    "OSM_INFO_CONFIG names), or without a server from the GeoNames cities installed here. Their\n"
+    "data are from GeoNames (https://www.geonames.org), licence CC BY 4.0: name the source where\n"
+    "you show them.\n"
     "\n"
     "Exit status: 0 done, 1 no answer, 2 wrong usage; 1 and 2 print an \"error\" element.\n";
 

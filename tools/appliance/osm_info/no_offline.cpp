@@ -3,7 +3,7 @@
 namespace kolum::osm_info {
 
 std::vector<Answer> answerOffline(const Settings&, const Query&) {
-  throw LookUpError("this osm_info is built without libgeonames and needs a server");
+  throw LookUpError("this osm_info was built without libgeonames and needs a server");
 }
 
 }  // namespace kolum::osm_info

@@ -3,7 +3,7 @@
 namespace kolum::osm_info {
 
 std::vector<Answer> askServer(const Settings&, const Query&) {
-  throw LookUpError("this osm_info is built without libcurl and asks no server");
+  throw LookUpError("this osm_info was built without libcurl and cannot ask a server");
 }
 
 }  // namespace kolum::osm_info

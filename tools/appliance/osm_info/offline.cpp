@@ -17,11 +17,11 @@ namespace {
 constexpr char kCatalogueFolder[] = "/usr/share/locale/";
 constexpr char kCatalogueFile[] = "/LC_MESSAGES/geonames.mo";
 
-// From these levels on, an answer names the state, and the city.
+// From these levels on, an answer names the state and the city.
 constexpr int kZoomState = 5;
 constexpr int kZoomCity = 10;
 
-// No map object: GeoNames has numbers of its own.
+// Not a map object: GeoNames has its own numbers.
 constexpr char kObjectType[] = "geonames";
 
 // A language's catalogues, in order of preference.
@@ -36,10 +36,10 @@ std::vector<Catalogue> cataloguesOf(const Language& language) {
   return catalogues;
 }
 
-// The name in the language, or the data's own.
+// The name in the language, or else the one in the data.
 std::string translated(const std::vector<Catalogue>& catalogues, const std::string& key,
                        const std::string& name) {
-  // The empty key's translation is the catalogue's own description.
+  // The empty key's translation is the catalogue's description of itself.
   if (key.empty()) return name;
   for (const Catalogue& catalogue : catalogues) {
     const std::string_view found = catalogue.translation(key);
@@ -48,7 +48,7 @@ std::string translated(const std::vector<Catalogue>& catalogues, const std::stri
   return name;
 }
 
-// Names that say the same twice in a row, as of city states, stand once.
+// Equal neighbours, as in city states, are written once.
 std::string joined(const std::vector<AddressPart>& parts) {
   std::string text;
   std::string_view last;

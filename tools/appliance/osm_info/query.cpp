@@ -21,7 +21,7 @@ Number numberOf(std::string_view name, std::string_view text) {
   Number number{};
   const char* end = text.data() + text.size();
   const auto [stop, error] = std::from_chars(text.data(), end, number);
-  if (error != std::errc() || stop != end) refuse(name, "is no number");
+  if (error != std::errc() || stop != end) refuse(name, "is not a number");
   return number;
 }
 

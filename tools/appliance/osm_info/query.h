@@ -18,7 +18,7 @@ struct Query {
   int zoom = kZoomBuilding;
 };
 
-// Throws std::invalid_argument with the reason. A zoom beyond the levels means the last one.
+// Throws std::invalid_argument with the reason. A zoom beyond the levels means the nearest one.
 Query parseQuery(const std::vector<std::string_view>& arguments);
 
 }  // namespace kolum::osm_info

@@ -11,7 +11,7 @@ namespace {
 using Clock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-// At least a millisecond: libcurl takes 0 for no limit.
+// At least one millisecond: libcurl treats 0 as no limit.
 milliseconds leftUntil(Clock::time_point end) {
   const auto left = std::chrono::duration_cast<milliseconds>(end - Clock::now());
   if (left < milliseconds(1)) throw LookUpError("the server takes too long");

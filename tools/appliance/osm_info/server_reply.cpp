@@ -10,7 +10,7 @@ namespace kolum::osm_info {
 
 namespace {
 
-// Keeps the parts of an address in the server's order.
+// Preserves the server's order of the parts of an address.
 using Json = nlohmann::ordered_json;
 
 constexpr long kHttpOk = 200;
@@ -24,7 +24,7 @@ std::string decimal(double value) {
   return {digits.data(), end};
 }
 
-// A text or a number as text; empty for everything else.
+// A text or a number as text; empty for anything else.
 std::string textOf(const Json& object, const char* key) {
   const auto found = object.find(key);
   if (found == object.end()) return {};
@@ -32,7 +32,7 @@ std::string textOf(const Json& object, const char* key) {
   return found->is_number_integer() ? found->dump() : std::string();
 }
 
-// Cut to a length that a log takes, between characters.
+// Cut between characters to a length that suits a log.
 std::string shortened(std::string words) {
   if (words.size() <= kLongestWords) return words;
   std::size_t size = kLongestWords;
@@ -41,7 +41,7 @@ std::string shortened(std::string words) {
   return words;
 }
 
-// {"error": "words"} or {"error": {"message": "words", ...}}; empty when it is no such object.
+// {"error": "words"} or {"error": {"message": "words", ...}}; empty if it is no such object.
 std::string errorOf(const Json& reply) {
   if (!reply.is_object() || !reply.contains("error")) return {};
   const Json& error = reply["error"];
@@ -76,7 +76,7 @@ Answer readReply(long httpStatus, std::string_view body, const Language& languag
   if (httpStatus != kHttpOk) {
     throw LookUpError("the server answers with status " + std::to_string(httpStatus));
   }
-  if (!reply.is_object()) throw LookUpError("the server's answer is no JSON object");
+  if (!reply.is_object()) throw LookUpError("the server's answer is not a JSON object");
   return {.language = std::string(language.code),
           .osmType = textOf(reply, "osm_type"),
           .osmId = textOf(reply, "osm_id"),

@@ -1,4 +1,4 @@
-// What a Nominatim-compatible server is asked, and what it answers (its "jsonv2" format).
+// Requests to a Nominatim-compatible server, and its answers (in its "jsonv2" format).
 #ifndef KOLUM_OSM_INFO_SERVER_REPLY_H
 #define KOLUM_OSM_INFO_SERVER_REPLY_H
 
@@ -13,7 +13,7 @@ namespace kolum::osm_info {
 
 std::string requestUrl(const std::string& serverUrl, const Query& query, const Language& language);
 
-// Throws LookUpError with the server's own words when it has no answer.
+// Throws LookUpError with the server's own words if it has no answer.
 Answer readReply(long httpStatus, std::string_view body, const Language& language);
 
 }  // namespace kolum::osm_info

@@ -38,13 +38,13 @@ std::string serverUrl(const IniFile& ini) {
 std::chrono::seconds secondsOf(const IniFile& ini, const char* key, std::chrono::seconds fallback) {
   const int seconds = ini.number(key, static_cast<int>(fallback.count()));
   if (seconds < 1 || seconds > kLongestTimeout) {
-    throw LookUpError(std::string(key) + " is not within 1 and " + std::to_string(kLongestTimeout) +
-                      " seconds");
+    throw LookUpError(std::string(key) + " is not between 1 and " +
+                      std::to_string(kLongestTimeout) + " seconds");
   }
   return std::chrono::seconds(seconds);
 }
 
-// Codes parted by commas, with spaces around them.
+// Codes separated by commas, with or without spaces around them.
 std::vector<const Language*> languagesOf(std::string_view text) {
   std::vector<const Language*> wanted;
   while (!text.empty()) {

@@ -10,7 +10,7 @@
 
 namespace kolum::osm_info {
 
-// Each gives one answer a language, in the settings' order, and throws LookUpError when there is
+// Each gives one answer per language, in the settings' order, and throws LookUpError if there is
 // none.
 std::vector<Answer> askServer(const Settings& settings, const Query& query);
 std::vector<Answer> answerOffline(const Settings& settings, const Query& query);

@@ -47,12 +47,12 @@ std::string escaped(std::string_view text) {
   return result;
 }
 
-// One line as iniparser counts: physical lines are joined while one ends in "\".
+// One line as iniparser counts them: physical lines are joined while they end in "\".
 struct Line {
   enum class Kind { kOther, kSection, kKey };
 
   std::size_t begin = 0;
-  std::size_t end = 0;  // behind the line end
+  std::size_t end = 0;  // after the line end
   std::string body;     // joined, without line end
   bool isJoined = false;
   Kind kind = Kind::kOther;
@@ -95,7 +95,7 @@ std::vector<Line> linesOf(std::string_view text) {
   return lines;
 }
 
-// Where the value stands in a line with "=": its bytes are [begin, end), what follows from REST on
+// The position of the value in a line with "=": its bytes are [begin, end); everything from REST on
 // is a comment to keep.
 struct ValueSpan {
   std::size_t begin = 0;
@@ -126,7 +126,7 @@ std::string_view lineEndOf(std::string_view line) {
   return line.ends_with('\n') ? "\n" : "";
 }
 
-// The line end that the text uses, going by its first line.
+// The line end that the text uses, judged by its first line.
 std::string lineEndIn(std::string_view text) {
   const std::size_t end = text.find('\n');
   return end != text.npos && end > 0 && text[end - 1] == '\r' ? "\r\n" : "\n";
@@ -149,7 +149,7 @@ Found find(std::string_view text, const std::string& section, const std::string&
   return found;
 }
 
-// "key = " as KEY's neighbour in the file is written, so that the new line looks like the others.
+// "key = " spaced like its neighbour in the file, so that the new line looks like the others.
 std::string startLike(const Line& neighbour, std::string_view key) {
   if (neighbour.kind != Line::Kind::kKey || neighbour.isJoined) {
     return std::string(key).append(kPlainSeparator);

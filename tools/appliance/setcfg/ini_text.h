@@ -1,4 +1,4 @@
-// Edits the text of an ini file, leaving everything but one value as it was written.
+// Edits the text of an ini file, leaving everything except one value as it was.
 #ifndef KOLUM_SETCFG_INI_TEXT_H
 #define KOLUM_SETCFG_INI_TEXT_H
 
@@ -8,21 +8,21 @@
 
 namespace kolum::setcfg {
 
-// The ways to write VALUE that may read back as VALUE, the likeliest first. QUOTE is the quote that
-// the value has in the file now, if any, and is tried before others. Which of them iniparser reads
-// back depends on its release, so each has to be tried out.
+// The ways to write VALUE that may read back as VALUE, the likeliest first. QUOTE is the quote
+// around the value in the file now, if any, and is tried before others. Which of them iniparser
+// reads back correctly depends on its release, so each has to be tried.
 std::vector<std::string> waysToWrite(std::string_view value, char quote);
 
-// Where a key stands in the text of an ini file, or would stand.
+// The position, existing or future, of a key in the text of an ini file.
 class KeyPlace {
  public:
   // Finds the last KEY in SECTION, which is the one that counts.
   KeyPlace(std::string_view text, std::string_view section, std::string_view key);
 
-  // The quote before the value there is now, 0 when there is none.
+  // The quote before the current value, 0 if there is none.
   char quote() const { return quote_; }
 
-  // The whole text with the value written as WRITTEN. A new key goes behind the last one of its
+  // The whole text with the value replaced by WRITTEN. A new key goes after the last one of its
   // section, a new section to the end of the text.
   std::string with(std::string_view written) const;
 

@@ -31,15 +31,15 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// One name for every run, which the lock on the folder allows: what a killed run leaves behind is
-// swept up by the next one.
+// Every run uses the same name, which the lock on the folder makes safe: the next run cleans up
+// after a killed one.
 constexpr char kNewFile[] = ".setcfg.new";
 constexpr std::size_t kMaxFileSize = 16 << 20;
 constexpr int kMaxLinks = 40;  // as the kernel's limit
 constexpr std::chrono::seconds kLockWait{5};
 constexpr std::chrono::milliseconds kLockPause{5};
 constexpr mode_t kPrivateMode = 0600;
-constexpr mode_t kNewFileMode = 0666;  // less the umask
+constexpr mode_t kNewFileMode = 0666;  // minus the umask
 constexpr mode_t kModeBits = 07777;
 
 [[noreturn]] void fail(const std::string& what) {
@@ -61,7 +61,7 @@ class Descriptor {
   int fd_;
 };
 
-// What the name leads to through links, the last of which may lead to nothing yet.
+// Where the name leads through links; the last link may lead to nothing yet.
 fs::path followLinks(fs::path path) {
   for (int i = 0; i < kMaxLinks; ++i) {
     std::error_code isNoLink;
@@ -76,7 +76,7 @@ fs::path folderOf(const fs::path& path) {
   return path.has_parent_path() ? path.parent_path() : fs::path(".");
 }
 
-// The folder, locked against other runs for as long as this lives.
+// The folder, locked against other runs while this object exists.
 class LockedFolder {
  public:
   explicit LockedFolder(const fs::path& folder)
@@ -116,7 +116,7 @@ std::string readAll(int fd) {
   }
 }
 
-// Nothing when there is no such file yet. O_NONBLOCK keeps a FIFO from blocking.
+// Empty if there is no such file yet. O_NONBLOCK keeps a FIFO from blocking.
 std::optional<OldFile> readOldFile(const LockedFolder& folder, const std::string& name) {
   const Descriptor fd(openat(folder.fd(), name.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
   if (!fd.isOpen() && errno == ENOENT) return std::nullopt;
@@ -128,7 +128,7 @@ std::optional<OldFile> readOldFile(const LockedFolder& folder, const std::string
   return old;
 }
 
-// The file that is to take the old one's place; it vanishes unless it gets there.
+// The file that will replace the old one; deleted unless it does.
 class NewFile {
  public:
   NewFile(const LockedFolder& folder, fs::path path)
@@ -173,7 +173,7 @@ class NewFile {
     if (fsync(fd_.get()) != 0) fail("cannot write");
     if (renameat(folder_.fd(), kNewFile, folder_.fd(), name.c_str()) != 0) fail("cannot replace");
     isInPlace_ = true;
-    fsync(folder_.fd());  // best effort: the new name is complete either way
+    fsync(folder_.fd());  // best effort: the file is complete under its name either way
   }
 
  private:
@@ -192,7 +192,7 @@ struct FreeDictionary {
   void operator()(dictionary* ini) const { iniparser_freedict(ini); }
 };
 
-// All that iniparser reads from a file, one "[section:key]=[value]" an entry; nothing when the file
+// Everything iniparser reads from a file, as "[section:key]=[value]" per entry; empty if the file
 // is not valid.
 std::optional<std::set<std::string>> entriesOf(const fs::path& path) {
   const std::unique_ptr<dictionary, FreeDictionary> ini(iniparser_load(path.c_str()));
@@ -216,7 +216,7 @@ std::optional<std::set<std::string>> entriesOf(const fs::path& path) {
 
 std::set<std::string> withEntry(std::set<std::string> entries, const std::string& section,
                                 const std::string& key, const std::string& value) {
-  // As iniparser folds the case of sections and keys.
+  // iniparser folds the case of sections and keys like this.
   const std::string lowerSection = ascii::lower(section);
   const std::string start = "[" + lowerSection + ":" + ascii::lower(key) + "]=";
   std::erase_if(entries, [&](const std::string& entry) { return entry.starts_with(start); });

@@ -16,16 +16,16 @@ constexpr int kUsage = 2;
 
 constexpr char kHelp[] =
     "Usage: setcfg -f FILE SECTION KEY VALUE\n"
-    "Sets KEY of [SECTION] in the ini file FILE to VALUE; what is missing is added.\n"
+    "Sets KEY of [SECTION] in the ini file FILE to VALUE; adds a missing section or key.\n"
     "\n"
-    "Comments, order, spacing and line ends of the file stay, and so do its mode and owner.\n"
-    "SECTION and KEY are found whatever their case. A VALUE is quoted where it has to be.\n"
-    "The file is replaced in one step; runs at the same time wait for each other.\n"
+    "Comments, order, spacing and line ends are kept, as are the file's mode and owner.\n"
+    "SECTION and KEY may be in any letter case. VALUE is quoted if necessary.\n"
+    "The file is replaced in one step; concurrent runs wait for each other.\n"
     "\n"
-    "  -f FILE      the ini file; created when it is missing\n"
+    "  -f FILE      the ini file; created if it is missing\n"
     "  -h, --help   this text\n"
     "\n"
-    "Exit status: 0 done, 1 the file could not be changed and is as before, 2 wrong usage.\n";
+    "Exit status: 0 done, 1 the file could not be changed and is untouched, 2 wrong usage.\n";
 
 int usage(const char* reason) {
   std::fprintf(stderr, "setcfg: %s\nTry 'setcfg --help'.\n", reason);

@@ -20,7 +20,7 @@ namespace kolum::tool {
 
 namespace {
 
-// Holds every relative path that the library writes.
+// Enough for every relative path that the library writes.
 constexpr std::size_t kRelativePathSize = 1024;
 
 struct MusicNames {
@@ -55,7 +55,7 @@ bool hasContent(const std::filesystem::path& file) {
   return std::filesystem::file_size(file, error) > 0 && !error;
 }
 
-// An album's "@_" picture, as the library looks for it; empty when there is none.
+// An album's "@_" picture, found as the library finds it; empty if there is none.
 std::string albumSource(const std::filesystem::path& thumbnail) {
   for (const char* extension : {".jpg", ".png"}) {
     std::filesystem::path source = thumbnail.parent_path() / "@_";
@@ -75,18 +75,18 @@ bool scale(const std::string& tool, const std::string& source, const std::string
   return KoUtil_ExecSync(argv, 1) == 0 && hasContent(target);
 }
 
-// The library's last step with the ImageMagick that is installed here: the library knows the
-// appliance's place for it only.
+// Repeats the library's last step with the ImageMagick installed here: the library knows only the
+// appliance's path of it.
 bool makeWithImageMagick(const std::string& base, const std::string& relativePath) {
   const std::string tool = convertTool();
   if (relativePath.empty() || tool.empty() || tool == kConvertTool) return false;
-  // In front of a relative path, so that none is taken for an option or a format.
+  // Keeps relative paths from being taken for an option or a format.
   const std::string folder = base.starts_with('/') ? base : "./" + base;
   const std::filesystem::path thumbnail = folder + relativePath;
   const std::string source = albumSource(thumbnail);
   const std::filesystem::path small =
       thumbnail.parent_path() / (thumbnail.stem().string() + "-1.jpg");
-  // As in the library: where ffmpeg made the small picture, nothing else is tried.
+  // As in the library: if ffmpeg made the small picture, nothing else is tried.
   if (source.empty() || hasContent(small)) return false;
   setenv("MAGICK_TMPDIR", base.c_str(), 1);
   scale(tool, source, small.string(), "126x126");
@@ -120,7 +120,7 @@ void showFolder(Context& context, const SystemThumbnail& thumbnail) {
   char name[16] = "";
   if (!mediaType || !item || *mediaType < 0 || *mediaType > UINT32_MAX ||
       getSystemThumbFolderName(static_cast<unsigned>(*mediaType), *item, sizeof name, name) != 0) {
-    throw UsageError("TYPE is a number from 0 to 20, ITEM one from 1");
+    throw UsageError("TYPE must be from 0 to 20, ITEM at least 1");
   }
   Result result;
   result.text("folder", "Folder", name);
@@ -174,7 +174,7 @@ Action defineArtwork(Syntax& syntax) {
       "artist.jpg\n"
       "and a thumbnail for each album. An album's thumbnails are made from the picture "
       "\"@_ALBUM.jpg\" or\n"
-      "\".png\" beside them, which is deleted afterwards: by ffmpeg, and where it makes none by "
+      "\".png\" beside them, which is deleted afterwards: by ffmpeg, or if it makes none by "
       "ImageMagick\n"
       "(/usr/local/sbin/convert, else convert on the PATH).\n"
       "\nExample:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");

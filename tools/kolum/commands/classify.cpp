@@ -51,9 +51,9 @@ Action defineClassify(Syntax& syntax) {
   addFileArguments(syntax, options->files);
   addKindsOption(syntax, options->kinds);
   addMasksOption(syntax, options->masks);
-  syntax.option("--tag", {"N"}, options->tag, {0, 255}, "A tag byte, handed back for videos");
+  syntax.option("--tag", {"N"}, options->tag, {0, 255}, "A tag byte, returned for videos");
   syntax.help(
-      "Tells the kind of a file by its name alone (the file need not exist): music, video, photo,\n"
+      "Finds the kind of a file by its name alone (the file need not exist): music, video, photo,\n"
       "playlist or none. The row is the type's place in the table that \"kolum extensions\" "
       "prints.\n"
       "\nExample:\n  kolum classify --kinds video,photo *");

@@ -9,7 +9,7 @@ namespace kolum::tool {
 
 namespace {
 
-// A line of flags for the shell, then a line for each candidate: the word, a tab, its meaning.
+// A line of flags for the shell, then a line per candidate: the word, a tab, its meaning.
 std::string answerOf(const Completion& completion) {
   std::string answer = std::string(completion.takesFiles ? "files " : "") +
                        (completion.goesOn ? "nospace" : "") + "\n";
@@ -23,7 +23,7 @@ std::string answerOf(const Completion& completion) {
 Action defineComplete(Syntax& syntax) {
   auto words = std::make_shared<std::vector<std::string>>();
   syntax.operands({"WORD"}, *words, "The words after \"kolum\"; the last one is being typed");
-  syntax.help("What the completions of shells ask: \"kolum complete -- WORD...\".");
+  syntax.help("Used by the completions of shells: \"kolum complete -- WORD...\".");
   return [&root = syntax.root(), &grammar = syntax.grammar(), words](Context& context) {
     context.printer.raw(answerOf(complete(root, grammar, *words)));
   };

@@ -24,7 +24,7 @@ struct Setting {
   std::string value;
 };
 
-// One field of the record: its JSON key, and the section and key by which "config set" changes it.
+// One field of the record: its JSON key, and the section and key that "config set" uses for it.
 template <typename Value>
 struct Field {
   const char* name;
@@ -60,7 +60,7 @@ constexpr Field<std::vector<std::string>> kLists[] = {
     {"videoBlacklist", "THUMBNAIL VIDEO_BLACKLIST", &lumCfg_s::videoBlacklist},
 };
 
-// As the file has it: a last entry that is empty closes with the separator.
+// As in the file: an empty last entry leaves a separator at the end.
 std::string listText(const std::vector<std::string>& entries) {
   if (entries.empty()) return "(empty)";
   std::string text;
@@ -85,7 +85,7 @@ void print(Context& context, const lumCfg_s& config) {
   context.printer.block(result);
 }
 
-// Reports the first of the things that the library needs and that is missing; false when none is.
+// Reports the first missing prerequisite of the library; false if none is missing.
 bool reportMissing(Context& context, const std::string& dataDir,
                    std::initializer_list<std::string> files, int mode) {
   if (dataDir.empty()) {
@@ -100,7 +100,7 @@ bool reportMissing(Context& context, const std::string& dataDir,
   return false;
 }
 
-// Whether one of the files cannot be taken as a configuration, and says so.
+// Whether one of the files cannot be read as a configuration, which is reported.
 bool reportUnusable(Context& context, std::initializer_list<std::string> files) {
   for (const std::string& file : files) {
     if (!std::filesystem::is_regular_file(file)) {
@@ -129,8 +129,8 @@ void show(Context& context) {
   context.fail(dataDir + kServerConfigFile, "a value is out of its range; --debug names it");
 }
 
-// What the library does with /sbin/setcfg, with another tool; setcfg makes a missing file by
-// itself.
+// Does with another tool what the library does with /sbin/setcfg; setcfg itself creates a missing
+// file.
 int setWith(const std::string& tool, const std::string& dataDir, const Setting& setting) {
   if (dataDir.empty()) return 1;
   const std::string file = dataDir + kServerConfigFile;
@@ -150,7 +150,7 @@ void set(Context& context, const Setting& setting) {
   if (status == 0) return;
   if (reportMissing(context, dataDir, {tool}, X_OK)) return;
   context.fail(dataDir + kServerConfigFile,
-               "not changed, " + tool + " or its preparation answered " + std::to_string(status));
+               "not changed, " + tool + " or its preparation returned " + std::to_string(status));
 }
 
 Words sectionNames() {
@@ -181,11 +181,9 @@ Action defineConfig(Syntax& syntax) {
   };
   syntax.commands(kCommands);
   syntax.help(
-      "The media-library server's configuration: the data volume's .system/lumserver.conf, and "
-      "for\n"
-      "one setting /etc/config/medialibrary.conf. Settings are changed by /sbin/setcfg, or where "
-      "there\n"
-      "is none by the stand-in that is installed with kolum.\n"
+      "The media-library server's configuration: the data volume's .system/lumserver.conf, and\n"
+      "/etc/config/medialibrary.conf for one setting. /sbin/setcfg changes settings, or if it is\n"
+      "missing the stand-in installed with kolum.\n"
       "\nExamples:\n"
       "  kolum config show\n"
       "  kolum config set THUMBNAIL QUALITY 3");

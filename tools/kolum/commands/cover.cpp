@@ -20,7 +20,7 @@ struct Options {
   bool names = false;
 };
 
-// The folder to search for a name: itself when it is a folder, else the one it lies in.
+// The folder to search for a name: the name itself if it is a folder, else the folder it is in.
 std::string folderOf(const std::string& name, bool isFolder) {
   return isFolder ? withSlash(name) : splitPath(name).folder;
 }
@@ -52,7 +52,7 @@ void checkName(Context& context, const std::string& name) {
 Action defineCover(Syntax& syntax) {
   auto options = std::make_shared<Options>();
   addFileArguments(syntax, options->files);
-  syntax.flag("--names", options->names, "Tells whether the names are those of covers");
+  syntax.flag("--names", options->names, "Says whether the names are those of covers");
   syntax.help(
       "Finds the album picture in a folder, or beside a song: cover.jpg, folder.jpg or front.jpg, "
       "in\n"

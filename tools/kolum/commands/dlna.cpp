@@ -32,7 +32,7 @@ Result testObject(const DlnaTest& test) {
   return object;
 }
 
-// A candidate's block: its tests, one a line, with what the file has.
+// A candidate's block: one test per line, with the file's value.
 Result candidateResult(const DlnaCandidate& candidate) {
   Result result = Result::titled(candidate.name + (candidate.taken ? ": fits" : ": does not fit"));
   result.data("name", candidate.name);
@@ -76,7 +76,7 @@ void addExplanation(Result& result, const DlnaNaming& naming) {
   result.list("candidates", std::move(candidates));
 }
 
-// Only names of videos come with their explanation.
+// Only videos' names can be explained.
 std::optional<DlnaNaming> nameSong(const MediaPath& path) {
   const auto song = readSong(path);
   if (!song) return std::nullopt;
@@ -122,14 +122,13 @@ void run(Context& context, const Options& options) {
 Action defineDlna(Syntax& syntax) {
   auto options = std::make_shared<Options>();
   addMediaFileArguments(syntax, options->files);
-  syntax.flag("--explain", options->explain, "Tells how the profile was found, or why none was");
+  syntax.flag("--explain", options->explain, "Explains how the profile was found, or why none was");
   addAudioStreamOption(syntax, options->audioStream);
   syntax.help(
       "Names the DLNA media format profile and MIME type of videos and songs. With --explain it "
       "also\n"
-      "says what counted about a video, every name that was considered, each test with what the "
-      "file\n"
-      "has, and what would have to change for the next better name.\n"
+      "lists the properties of a video that counted, every name considered, each test with the\n"
+      "file's value, and what would have to change for the next better name.\n"
       "\nExample:\n  kolum dlna --explain movie.mp4");
   return [options](Context& context) { run(context, *options); };
 }

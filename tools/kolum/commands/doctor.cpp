@@ -22,7 +22,7 @@ namespace kolum::tool {
 
 namespace {
 
-// Who misses a thing that is not there: "here" is everybody who uses kolum.
+// Who needs the things of a group; "here" means everybody who uses kolum.
 struct Group {
   const char* name;
   const char* heading;
@@ -31,7 +31,7 @@ struct Group {
 constexpr Group kHere = {"here", "Needed on every machine"};
 constexpr Group kAppliance = {"appliance", "Needed on an appliance, and for disc images"};
 
-// What was looked for: where or in which version it is there, and what it is for.
+// A thing to find: where it is or in which version, and what it is for.
 struct Finding {
   const Group* group;
   const char* kind;
@@ -49,7 +49,7 @@ void addProgram(std::vector<Finding>& findings, const Group& group, const std::s
   findings.push_back({&group, "program", name, unlessEmpty(found), neededFor});
 }
 
-// Those that kolum runs: the appliance's where it has them, else what is installed.
+// The programs that kolum runs: the appliance's if it has them, else the installed ones.
 void findPrograms(std::vector<Finding>& findings) {
   const std::string standIns = standInFolder();
   const std::string tools = standIns.empty() ? kApplianceTools : standIns;
@@ -66,10 +66,10 @@ struct FixedProgram {
   const char* neededFor;
 };
 
-// Those that the library runs for its hosts.
+// The programs that the library runs for its hosts.
 constexpr FixedProgram kFixedPrograms[] = {
     {"/usr/local/medialibrary/bin/ffmpeg", "album thumbnails"},
-    {kConvertTool, "album thumbnails where ffmpeg makes none"},
+    {kConvertTool, "album thumbnails if ffmpeg makes none"},
     {"/usr/local/medialibrary/bin/dsf2flac", "DSD songs"},
     {kOsmInfoTool, "places"},
     {kSetTool, "changing the configuration"},
@@ -140,7 +140,8 @@ constexpr LibraryRow kLibraries[] = {
     {"libdvdread.so", "main title of DVDs"},
 };
 
-// The files of all libraries in this process, links followed, as their names tell the version.
+// The files of all libraries in this process, with links resolved, because their names contain the
+// version.
 std::set<std::string> loadedLibraries() {
   std::set<std::string> files;
   dl_iterate_phdr(
@@ -217,7 +218,7 @@ Action defineDoctor(Syntax& syntax) {
       print(context, finding);
       isComplete = isComplete && (finding.group != &kHere || finding.found.has_value());
     }
-    if (!isComplete) context.fail("something is missing that is needed on every machine");
+    if (!isComplete) context.fail("something needed on every machine is missing");
   };
 }
 

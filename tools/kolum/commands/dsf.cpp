@@ -39,7 +39,7 @@ void addNumbers(Result& result, const songObject_st& song) {
 
 void describe(Context& context, const MediaPath& path) {
   songObject_st song = {};
-  // The library reads tags from any song and calls it DSF.
+  // The library reads tags from any song and treats it as DSF.
   if (!contentOf(path.full()).isDsd ||
       GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
     return context.fail(path.given, diagnose(path, Wanted::kDsdSong));
@@ -56,7 +56,7 @@ void describe(Context& context, const MediaPath& path) {
   context.printer.block(result);
 }
 
-// A file in a folder counts when it is a DSD song, by its name or with --all by its content.
+// A file in a folder counts if it is a DSD song by its name, or with --all by its content.
 bool isWanted(const MediaFile& file, bool byContent) {
   if (file.isNamed || isDsdName(file.path.name)) return true;
   return byContent && contentOf(file.path.full()).isDsd;

@@ -43,7 +43,7 @@ bool answersAt(const std::string& path) {
   return client.Open(path) == 0 && client.Connect(1, 0) == 0;
 }
 
-// Reads until the request is whole; false when it never becomes so.
+// Reads until the request is complete; false if it never is.
 bool readRequest(UnixSocket& client, EchoRequest& request) {
   Buffer buffer{};
   std::size_t have = 0;
@@ -63,8 +63,8 @@ bool readRequest(UnixSocket& client, EchoRequest& request) {
   return true;
 }
 
-// In one write, since a client takes what its first read brings. Nobody is told when a client did
-// not wait for its answer.
+// In one write, because a client takes only what its first read brings. A client that did not wait
+// for its answer is not reported.
 void writeAnswer(UnixSocket& client, const Answer& answer) {
   Buffer buffer{};
   const std::uint64_t length = answer.text.size();
@@ -75,7 +75,7 @@ void writeAnswer(UnixSocket& client, const Answer& answer) {
 }
 
 bool isPassing(int error) {
-  // 0: memory ran out for the connection.
+  // 0: out of memory for the connection.
   constexpr int kPassing[] = {0, EMFILE, ENFILE, ENOBUFS, ENOMEM, ECONNABORTED};
   return std::find(std::begin(kPassing), std::end(kPassing), error) != std::end(kPassing);
 }
@@ -138,7 +138,7 @@ struct EchoServer::Conversations {
 EchoServer::EchoServer(const std::string& socketPath, Watcher watcher)
     : path_(socketPath), conversations_(std::make_shared<Conversations>()) {
   conversations_->watcher = std::move(watcher);
-  // The class cuts longer paths, and would serve a socket that nobody asked for.
+  // The class cuts longer paths, and would then serve another socket.
   if (path_.size() >= sizeof(sockaddr_un::sun_path)) {
     throw std::runtime_error(path_ + ": " + std::system_category().message(ENAMETOOLONG));
   }
@@ -164,7 +164,7 @@ void EchoServer::serve() {
         conversations->end();
       }).detach();
     } catch (const std::system_error&) {
-      conversations_->end();  // no thread to be had: the client sees a closed connection
+      conversations_->end();  // no thread can be created: the client sees a closed connection
     }
   }
 }
@@ -174,7 +174,7 @@ void EchoServer::stop() {
   answersAt(path_);  // wakes the thread that waits for a connection
 }
 
-// Null when the server is to stop.
+// Null if the server should stop.
 std::unique_ptr<UnixSocket> EchoServer::nextConnection() {
   while (!stopping_) {
     std::unique_ptr<UnixSocket> client(listener_.Accept());

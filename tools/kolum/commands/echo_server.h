@@ -1,5 +1,5 @@
-// A small media-library server for trying things: it answers every command with result 1 and the
-// command's own payload as text. docs/server-protocol.md describes what it says.
+// A small media-library server for experiments: it answers every command with result 1 and the
+// command's own payload as text. docs/server-protocol.md describes its answers.
 //
 //   EchoServer server(wire::kSocketPath, [](const EchoRequest& request) { ... });
 //   server.serve();  // until another thread calls server.stop()
@@ -22,29 +22,29 @@ struct EchoRequest {
   std::string payload;
 };
 
-// The text that answers PAYLOAD: printable ASCII as it is, "\" doubled, every other byte as "\x"
-// and two digits; cut to what an answer holds.
+// The answer to PAYLOAD: printable ASCII unchanged, "\" doubled, every other byte as "\x" and two
+// digits; cut to what an answer holds.
 std::string echoText(std::string_view payload);
 
 class EchoServer {
  public:
-  // Told of every complete request, by one thread at a time, before the answer is sent. Must not
-  // throw.
+  // Called with every complete request, by one thread at a time, before the answer is sent. Must
+  // not throw.
   using Watcher = std::function<void(const EchoRequest&)>;
 
-  // Listens at SOCKETPATH, taking the place of a stale socket file but never of a server that still
-  // answers. Throws std::runtime_error with the reason when that fails.
+  // Listens at SOCKETPATH, replacing a stale socket file but never that of a server that still
+  // answers. Throws std::runtime_error with the reason if that fails.
   explicit EchoServer(const std::string& socketPath, Watcher watcher = {});
 
   // Removes the socket file. Waits a moment for conversations to end; a client that stays connected
-  // without a word is left to a thread of its own.
+  // silently is left to its own thread.
   ~EchoServer();
 
   EchoServer(const EchoServer&) = delete;
   EchoServer& operator=(const EchoServer&) = delete;
 
-  // Answers clients, each in a thread of its own, until stop() is called. Throws std::runtime_error
-  // when no more connections can be had.
+  // Answers clients, each in its own thread, until stop() is called. Throws std::runtime_error if
+  // no more connections can be accepted.
   void serve();
 
   // Ends serve(), from any thread.
@@ -58,7 +58,8 @@ class EchoServer {
   std::string path_;
   MediaLibrary::LUM::UnixSocket listener_;
   std::atomic<bool> stopping_{false};
-  std::shared_ptr<Conversations> conversations_;  // outlives the server with its last thread
+  std::shared_ptr<Conversations>
+      conversations_;  // lives as long as the last thread, which may outlive the server
 };
 
 }  // namespace kolum::tool

@@ -22,7 +22,7 @@ struct Options {
   bool xml = false;
 };
 
-// Codec and container names for songs, the picture format's number for photos.
+// Codec and container names of songs, the picture format's number of photos.
 std::string implied(const FileTypeTable& table, const MediaFileInfo& type) {
   if (table.kind == MEDIA_KIND_PHOTO) return "picture format " + std::to_string(type.formatIds);
   if (table.kind != MEDIA_KIND_MUSIC) return "";
@@ -44,7 +44,7 @@ void printTable(Context& context, const FileTypeTable& table) {
   }
 }
 
-// The enabled extensions by the appliance's configuration, as the library prints them.
+// The extensions that the appliance's configuration enables, as the library prints them.
 void printXml(Context& context) {
   int failed = 0;
   const std::string xml = context.channels.capture([&] { failed = KoLUM_PrintFileExtList(); });
@@ -78,7 +78,7 @@ Action defineExtensions(Syntax& syntax) {
       "\nExample:\n  kolum extensions --kinds music");
   return [options](Context& context) {
     if (options->xml && (context.json || !options->kinds.empty())) {
-      throw UsageError("--xml goes with no other option");
+      throw UsageError("--xml cannot be combined with other options");
     }
     run(context, *options);
   };

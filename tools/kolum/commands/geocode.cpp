@@ -65,9 +65,9 @@ Identifier objectType(int type) {
   return named(kObjectTypes, type);
 }
 
-// One attempt with the stand-in; numbers are all that reaches the shell besides its path.
+// One attempt with the stand-in; besides its path only numbers reach the shell.
 int askStandIn(std::string tool, const osm_param_s& query, osm_place_s& place) {
-  tool.resize(4 * tool.size() + sizeof "''");  // the room that the shell's word may take
+  tool.resize(4 * tool.size() + sizeof "''");  // the longest form of the shell word
   StringConvert2SystemCmdFilename(tool.data());
   tool.resize(std::strlen(tool.data()));
   char arguments[128];
@@ -147,14 +147,11 @@ Action defineGeocode(Syntax& syntax) {
   syntax.option("--language", {"CODE", Offer::kWords, languageCodes}, options->language,
                 "Prints the address in this language only");
   syntax.help(
-      "Tells the place of a position and its address in several languages. The tool osm_info looks "
-      "it\n"
-      "up: the appliance's, else the stand-in built beside kolum.\n"
-      "\nThe stand-in's places are GeoNames data (https://www.geonames.org, licence CC BY 4.0), "
-      "unless a\n"
-      "server of your own is configured, which commonly has OpenStreetMap data (licence ODbL): "
-      "name\n"
-      "the source wherever you show places.\n"
+      "Prints the place at a position and its address in several languages. The tool osm_info\n"
+      "finds it: the appliance's, else the stand-in built with kolum.\n"
+      "\nThe stand-in's places are GeoNames data (https://www.geonames.org, licence CC BY 4.0),\n"
+      "unless your own server is configured, which usually has OpenStreetMap data (licence ODbL):\n"
+      "name the source wherever you show places.\n"
       "\nExample:\n  kolum geocode 48.8584 2.2945 --language en");
   return [options](Context& context) { run(context, *options); };
 }

@@ -10,7 +10,7 @@ namespace kolum::tool {
 
 namespace {
 
-// The help of the command that TOPICS leads to, from ROOT on.
+// The help of the command that TOPICS lead to, starting at ROOT.
 std::string helpOn(const CLI::App& root, const std::vector<std::string>& topics) {
   const CLI::App* command = &root;
   for (const std::string& topic : topics) {
@@ -25,7 +25,7 @@ std::string helpOn(const CLI::App& root, const std::vector<std::string>& topics)
 
 Action defineHelp(Syntax& syntax) {
   auto topics = std::make_shared<std::vector<std::string>>();
-  syntax.operands({"TOPIC", Offer::kCommands}, *topics, "A command, and one of its own commands");
+  syntax.operands({"TOPIC", Offer::kCommands}, *topics, "A command and, if any, its sub-command");
   syntax.help(
       "Shows what \"kolum --help\" shows, or \"kolum TOPIC --help\".\n"
       "\nExamples:\n  kolum help probe\n  kolum help config set");

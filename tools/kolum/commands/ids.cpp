@@ -80,7 +80,7 @@ std::string attachedName(std::int64_t id) {
   return extension;
 }
 
-// A number that fits the library's parameters of type TYPE.
+// A number within the range of the library's parameter type TYPE.
 template <typename Type>
 std::optional<Type> parseAs(const std::string& value) {
   const auto number = parseNumber(value);
@@ -163,9 +163,9 @@ void printValue(Context& context, const Enumeration& enumeration, const std::str
 void run(Context& context, const Options& options) {
   const Enumeration& enumeration = enumerationNamed(options.table);
   const bool isProfiles = &enumeration == &profiles();
-  if (!options.codec.empty() && !isProfiles) throw UsageError("--codec goes with profiles only");
+  if (!options.codec.empty() && !isProfiles) throw UsageError("--codec works only with profiles");
   if (options.ffmpeg && !isProfiles && &enumeration != &codecs()) {
-    throw UsageError("--ffmpeg goes with codecs and profiles only");
+    throw UsageError("--ffmpeg works only with codecs and profiles");
   }
   const int codec = codecNumber(options.codec);
   if (options.ffmpeg && isProfiles && (options.codec.empty() || options.values.empty())) {
@@ -193,7 +193,7 @@ Action defineIds(Syntax& syntax) {
                 "The codec that profile numbers belong to");
   syntax.flag("--ffmpeg", options->ffmpeg, "Converts FFmpeg's numbers");
   syntax.help(
-      "Prints a table of the library's identifiers, or looks values up in it: names with or "
+      "Prints a table of the library's identifiers, or looks up values in it: names with or "
       "without\n"
       "their prefix, numbers in decimal or with 0x. FFmpeg's numbers are those of release 57.\n"
       "\nExamples:\n"

@@ -41,7 +41,7 @@ Result codecObject(const MediaStreamInfo& stream, int codec) {
   return object;
 }
 
-// The record keeps an audio stream's profile where a video stream's bit rate stands.
+// The record has an audio stream's profile in the field of a video stream's bit rate.
 int profileOf(const MediaStreamInfo& stream) {
   return stream.streamType == MEDIA_STREAM_AUDIO ? static_cast<int>(stream.bitRate)
                                                  : stream.profile;
@@ -52,7 +52,7 @@ double realFrameRate(const MediaStreamInfo& stream) {
   return static_cast<double>(stream.frameRateNum) / stream.frameRateDen;
 }
 
-// A width or height, unless it is 0, which stands for unknown.
+// A width or height, unless it is 0, which means unknown.
 void addSize(Result& object, const char* key, int pixels) {
   if (pixels != 0) object.data(key, pixels);
 }
@@ -97,7 +97,7 @@ std::string frameRateText(const MediaStreamInfo& stream) {
 std::string videoText(const MediaStreamInfo& stream) {
   return joined(
       {pictureSizeText(stream.width, stream.height), frameRateText(stream),
-       stream.rotation == 0 ? "" : "turned by " + std::to_string(stream.rotation) + " degrees",
+       stream.rotation == 0 ? "" : "rotated by " + std::to_string(stream.rotation) + " degrees",
        stream.bitRate == 0 ? "" : bitRateText(stream.bitRate), stream.isDivx == 0 ? "" : "DivX"});
 }
 

@@ -46,7 +46,7 @@ Action defineKeyframe(Syntax& syntax) {
   syntax.operand({"SECONDS"}, options->seconds, {0, INT_MAX}, "From the start of the video");
   addMediaFileArguments(syntax, options->files);
   syntax.help(
-      "Finds the key frame from which a player starts to play at SECONDS: mostly the first one at "
+      "Finds the key frame from which a player starts to play at SECONDS: usually the first one at "
       "or\n"
       "after it.\n"
       "\nExample:\n  kolum keyframe 90 movie.mkv");

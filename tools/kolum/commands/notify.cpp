@@ -64,7 +64,7 @@ void wait(Context& context, const Options& options) {
   }
 }
 
-// ACT needs the channels.
+// Wraps ACT, which needs the channels.
 Action withChannels(Action act) {
   return [act = std::move(act)](Context& context) {
     if (!initLibrary()) return context.fail("the notification channels cannot be opened");
@@ -102,7 +102,7 @@ Action defineClear(Syntax& syntax) {
 Action defineNotify(Syntax& syntax) {
   static constexpr Command kCommands[] = {
       {"post", "Posts a change: wakes the server", definePost},
-      {"stop", "Posts a stop: asks a waiter to finish", defineStop},
+      {"stop", "Posts a stop: asks a waiting process to stop", defineStop},
       {"wait", "Waits for a change, or with --stop for a stop", defineWait},
       {"clear", "Empties both channels", defineClear},
   };

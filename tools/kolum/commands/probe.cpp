@@ -20,7 +20,7 @@ struct Options {
 struct Prober {
   int kind;
   unsigned bit;
-  const char* word;  // that forces it on the command line
+  const char* word;  // to force it on the command line
   void (*probe)(Context&, const MediaPath&, const ProbeOptions&);
 };
 
@@ -36,7 +36,7 @@ Words proberWords() {
   return words;
 }
 
-// The prober that the first operand asks for; a lone operand always names a file.
+// The prober forced by the first operand; a single operand is always a file.
 const Prober* forcedProber(FileArguments& files) {
   const bool moreNames = files.operands.size() > 1 || !files.listFile.empty();
   if (!moreNames || files.operands.empty()) return nullptr;
@@ -55,15 +55,15 @@ const Prober* proberOf(int kind) {
   return nullptr;
 }
 
-// Of a file that is of no kind with a prober.
+// For a file whose kind has no prober.
 Failure kindFailure(const MediaFile& file, bool byContent) {
   if (auto failure = readingFailure(file.path.full())) return *failure;
   if (file.kind == MEDIA_KIND_PLAYLIST)
     return {Cause::kPlaylist, "a playlist has nothing to probe"};
   if (byContent) return diagnose(file.path, Wanted::kStreams);
   return {Cause::kUnknownName,
-          "no media file by its name; --all goes by what is in it, and \"kolum probe "
-          "video|audio|photo FILE\" by what you say"};
+          "not a media file by its name; --all decides by its content, and \"kolum probe "
+          "video|audio|photo FILE\" forces a kind"};
 }
 
 void run(Context& context, Options& options) {
@@ -85,12 +85,12 @@ Action defineProbe(Syntax& syntax) {
   addMediaFileArguments(syntax, options->files, proberWords);
   addAudioStreamOption(syntax, options->probe.audioStream);
   syntax.help(
-      "Tells what is in media files. A folder stands for the media in it; one with a DVD\n"
+      "Describes media files. A folder stands for the media in it; one with a DVD\n"
       "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "
       "from\n"
-      "its name; \"video\", \"audio\" or \"photo\" in front of the names forces it for all of "
+      "its name; \"video\", \"audio\" or \"photo\" before the names forces it for all of "
       "them.\n"
-      "--all goes by what is in each file instead.\n"
+      "--all decides by each file's content instead.\n"
       "\nExamples:\n"
       "  kolum probe Movies/ holiday.mp4\n"
       "  kolum probe video recording.dat\n"

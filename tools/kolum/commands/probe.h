@@ -1,5 +1,5 @@
-// The probes behind the probe command, one per kind of media. Each prints the file's result, or
-// reports why there is none.
+// The probes of the probe command, one per kind of media. Each prints the file's result or reports
+// why there is none.
 #ifndef KOLUM_TOOL_COMMANDS_PROBE_H
 #define KOLUM_TOOL_COMMANDS_PROBE_H
 
@@ -9,7 +9,7 @@
 namespace kolum::tool {
 
 struct ProbeOptions {
-  int audioStream = 0;  // counted among the audio streams
+  int audioStream = 0;  // counts audio streams only
 };
 
 void probeAudio(Context& context, const MediaPath& path, const ProbeOptions& options);

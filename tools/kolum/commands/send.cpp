@@ -38,13 +38,13 @@ std::string readPayload(const std::string& file) {
 
 std::int64_t number(const std::string& text) {
   if (const auto value = parseNumber(text)) return *value;
-  throw UsageError("\"" + text + "\" is no number of 64 bits");
+  throw UsageError("\"" + text + "\" is not a 64-bit number");
 }
 
 int commandCode(const std::string& text) {
   const std::int64_t code = number(text);
   if (code == static_cast<int>(code)) return static_cast<int>(code);
-  throw UsageError("command " + text + " has more than 32 bits");
+  throw UsageError("command " + text + " does not fit into 32 bits");
 }
 
 // Each value is 64 bits wide, in host byte order.
@@ -61,7 +61,7 @@ std::string payloadOf(const Options& options) {
   const int sources = static_cast<int>(!options.values.empty()) +
                       static_cast<int>(options.text.has_value()) +
                       static_cast<int>(options.payloadFile.has_value());
-  if (sources > 1) throw UsageError("VALUE, --text and --payload exclude each other");
+  if (sources > 1) throw UsageError("VALUE, --text and --payload cannot be combined");
   std::string payload = options.payloadFile ? readPayload(*options.payloadFile)
                         : options.text      ? *options.text
                                             : valuesPayload(options.values);
@@ -89,7 +89,7 @@ void print(Context& context, int command, const MediaLibrary::LUM::SocketResp_t&
 void run(Context& context, const Options& options) {
   const int command = commandCode(options.command);
   const std::string payload = payloadOf(options);
-  // The record is left alone when no answer comes.
+  // The record stays unchanged if no answer comes.
   constexpr std::int64_t kNoAnswer = std::numeric_limits<std::int64_t>::min();
   MediaLibrary::LUM::SocketResp_t answer = {kNoAnswer, 0, nullptr};
   const int status =
@@ -114,7 +114,7 @@ Action defineSend(Syntax& syntax) {
                 "Sends this file's bytes");
   syntax.help(
       "Sends one command to the media-library server and prints its answer. The exit status is 1\n"
-      "when no server answers, or it answers with another result than 1. A payload holds at most\n"
+      "when no server answers, or it answers with a result other than 1. A payload holds at most\n"
       "4080 bytes.\n"
       "\nExamples:\n"
       "  kolum send 3 1 -5\n"

@@ -26,7 +26,7 @@ Result requestResult(const EchoRequest& request) {
   return result;
 }
 
-// The signals by which people end a server, taken by a thread that waits for them.
+// The signals that end a server, received by a thread that waits for them.
 sigset_t endingSignals() {
   sigset_t signals;
   sigemptyset(&signals);
@@ -62,7 +62,7 @@ void run(Context& context, const std::string& socketPath) {
   } catch (...) {
     failure = std::current_exception();
   }
-  kill(getpid(), SIGTERM);  // ends the waiter when no signal did
+  kill(getpid(), SIGTERM);  // ends the waiting thread if no signal did
   waiter.join();
   if (failure) std::rethrow_exception(failure);
 }
@@ -74,7 +74,7 @@ Action defineServeEcho(Syntax& syntax) {
   syntax.option("--socket", {"PATH", Offer::kFiles}, *socketPath,
                 std::string("The socket file to serve (default ") + *socketPath + ")");
   syntax.help(
-      "A small media-library server for trying things: prints every command it gets and answers\n"
+      "A small media-library server for experiments: prints every command it gets and answers\n"
       "with result 1 and the command's own payload as text, until it is interrupted.\n"
       "\nExample:\n"
       "  kolum serve-echo &\n"

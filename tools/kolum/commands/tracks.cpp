@@ -25,7 +25,7 @@ void printTracks(Context& context, const MediaPath& path) {
   Result result = Result::ofFile(path.given);
   result.number("audioTracks", "Audio tracks", audio);
   result.number("subtitleTracks", "Subtitle tracks", subtitles);
-  // A file without video has no rotation, and one without a rotation leaves the preset.
+  // The call fails for a file without video, and leaves the preset if no rotation is stored.
   unsigned degrees = 0;
   if (GetVideoRotationDegree(path.folder.c_str(), path.name.c_str(), &degrees) == 0) {
     result.data("rotation", degrees);
@@ -36,9 +36,9 @@ void printTracks(Context& context, const MediaPath& path) {
   context.printer.block(result);
 }
 
-// The queries open a file as it stands; a disc has none that stands for all of it.
+// The queries open single files; on a disc no file represents the whole.
 void visit(Context& context, const MediaFile& file) {
-  constexpr char kDisc[] = "discs are not looked into; name one of their stream files";
+  constexpr char kDisc[] = "discs are not opened; name one of their stream files";
   if (!file.isDisc) return printTracks(context, file.path);
   if (file.isNamed) return context.fail(file.path.given, Failure{Cause::kDisc, kDisc});
   context.note(file.path.given, kDisc);
@@ -50,8 +50,8 @@ Action defineTracks(Syntax& syntax) {
   auto files = std::make_shared<MediaFileArguments>();
   addMediaFileArguments(syntax, *files);
   syntax.help(
-      "Counts the audio and subtitle tracks of videos and songs, and tells the stored rotation of\n"
-      "the picture and whether streams are encrypted.\n"
+      "Counts the audio and subtitle tracks of videos and songs, and reports the picture's stored\n"
+      "rotation and whether streams are encrypted.\n"
       "\nExample:\n  kolum tracks --json movie.mkv");
   return [files](Context& context) {
     forEachMediaFile(context, *files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,

@@ -1,8 +1,8 @@
 # bash completion for kolum. The program itself knows what may follow: "kolum complete -- WORD..."
-# prints a line that may hold "files" (names of files fit, too) and "nospace", then for each candidate
+# prints a line that may contain "files" (file names fit too) and "nospace", then for each candidate
 # its word, a tab and its meaning.
 
-# Adds files; their names may hold anything but a newline.
+# Adds files; their names may contain anything except a newline.
 _kolum_files() {
   local files
   compopt -o filenames
@@ -14,7 +14,7 @@ _kolum() {
   local kolum=${1/#\~\//$HOME/} cur=${COMP_WORDS[COMP_CWORD]} word before="" joins=""
   local words=() answer=()
   COMPREPLY=()
-  # Bash splits words at "=": the program gets them whole, and what follows "=" is replaced.
+  # Bash splits words at "=": the program gets them joined, and only the part after "=" is replaced.
   for word in "${COMP_WORDS[@]:1:COMP_CWORD}"; do
     if [[ ${#words[@]} -gt 0 && ($word == = || $joins) ]]; then words[-1]+=$word; else words+=("$word"); fi
     [[ $word == = ]] && joins=yes || joins=""

@@ -1,5 +1,5 @@
 # fish completion for kolum. The program itself knows what may follow: "kolum complete -- WORD..."
-# prints a line that may hold "files" (names of files fit, too) and "nospace", then for each candidate
+# prints a line that may contain "files" (file names fit too) and "nospace", then for each candidate
 # its word, a tab and its meaning.
 
 function __kolum_answer

@@ -15,9 +15,9 @@ namespace kolum::tool {
 
 namespace {
 
-// Demuxers of one picture each; those whose names end in "_pipe" are further ones.
+// Demuxers of single pictures, besides those whose names end in "_pipe".
 constexpr std::string_view kPictureDemuxers[] = {"image2", "gif", "apng", "ico"};
-// The brands of pictures in the container of MPEG-4.
+// The brands of pictures in MPEG-4 containers.
 constexpr std::string_view kPictureBrands[] = {"heic", "heix", "mif1", "avif"};
 
 template <std::size_t kCount>
@@ -49,7 +49,7 @@ std::int64_t areaOf(const media::Stream& stream) {
   return std::int64_t{stream.width} * stream.height;
 }
 
-// The stream of a type with the largest picture, the first among equals; null when there is none.
+// The stream of a type with the largest picture, the first among equals; null if there is none.
 const media::Stream* largest(const media::Container& container, media::StreamType type) {
   const media::Stream* found = nullptr;
   for (const media::Stream& stream : container.streams) {
@@ -67,7 +67,7 @@ std::string unknownCodec(const media::Stream* stream) {
 void addStreams(const media::Container& container, Content& content) {
   const media::Stream* video = largest(container, media::StreamType::kVideo);
   const media::Stream* audio = container.first(media::StreamType::kAudio);
-  // What is left of a damaged index may be streams of no known type.
+  // A damaged index may leave only streams of unknown types.
   content.isOpen = video != nullptr || audio != nullptr ||
                    container.first(media::StreamType::kSubtitle) != nullptr;
   content.hasVideo = video != nullptr;

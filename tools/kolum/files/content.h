@@ -1,5 +1,5 @@
-// What is in a file by its bytes, whatever its name says. The one place where the tool looks past
-// the library's public functions, at the layer that they stand on.
+// What the bytes of a file contain, whatever its name. This is the only place where the tool uses
+// the layer below the library's public functions.
 #ifndef KOLUM_TOOL_FILES_CONTENT_H
 #define KOLUM_TOOL_FILES_CONTENT_H
 
@@ -10,34 +10,34 @@
 namespace kolum::tool {
 
 struct Content {
-  std::string format;              // in words, "QuickTime / MOV"; empty when FFmpeg knows none
-  bool opensFurtherFiles = false;  // a playlist or script, which is not opened
+  std::string format;              // in words, "QuickTime / MOV"; empty if FFmpeg knows none
+  bool opensFurtherFiles = false;  // a playlist or script, not opened
   bool hasVideo = false;           // covers count, as they do for the library
   bool hasAudio = false;
   bool isPicture = false;
   bool isFilm = false;  // video that is neither a picture nor a cover
   bool isDsd = false;   // a song in DSD
-  // FFmpeg's name of the codec of the largest picture, or of the first sound, for which the library
-  // has no number; empty when it has one.
+  // FFmpeg's name of the codec of the largest picture, or of the first audio stream, if the library
+  // has no number for it; otherwise empty.
   std::string unknownVideoCodec;
   std::string unknownAudioCodec;
 
-  bool isOpen = false;  // FFmpeg found video, sound or subtitles
+  bool isOpen = false;  // FFmpeg found video, audio or subtitles
 };
 
 Content contentOf(const std::string& path);
 
-// The kind (MEDIA_KIND_*) of a file by its content; MEDIA_KIND_NONE also when only its name makes
-// FFmpeg take it for media.
+// The kind (MEDIA_KIND_*) of a file by its content; MEDIA_KIND_NONE also if FFmpeg recognises it
+// only by its name.
 int kindOf(const Content& content);
 
 struct Picture {
-  std::uint32_t width;  // pixels; 0 unknown
+  std::uint32_t width;  // pixels; 0 if unknown
   std::uint32_t height;
-  std::string pixelFormat;  // FFmpeg's name; empty when unknown
+  std::string pixelFormat;  // FFmpeg's name; empty if unknown
 };
 
-// The picture in a file, by opening it once: GetPhotoMetadata and GetPhotoHW open it once each.
+// The picture in a file, opened only once: GetPhotoMetadata and GetPhotoHW would open it twice.
 std::optional<Picture> pictureOf(const std::string& path);
 
 }  // namespace kolum::tool

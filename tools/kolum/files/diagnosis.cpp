@@ -18,7 +18,7 @@ namespace {
 
 constexpr std::string_view kImageSuffix = ".iso";
 
-// What can be at a path instead of a file or folder.
+// What a path can be besides a file or folder.
 struct FileKind {
   mode_t mode;
   const char* reason;
@@ -42,7 +42,7 @@ bool isDiscIndex(std::string_view name) {
   return name == kDvdIndex || name == kBluRayIndex;
 }
 
-// By its name, as the library goes by it.
+// By its name, as in the library.
 bool isDiscImage(std::string_view name) {
   return name.size() >= kImageSuffix.size() &&
          strncasecmp(name.data() + name.size() - kImageSuffix.size(), kImageSuffix.data(),
@@ -52,7 +52,7 @@ bool isDiscImage(std::string_view name) {
 Failure imageFailure(Wanted wanted) {
   if (wanted != Wanted::kVideo) {
     return {Cause::kDiscImage,
-            "disc images are not looked into; \"kolum probe video\" describes their main title"};
+            "disc images are not opened; \"kolum probe video\" describes their main title"};
   }
   if (const auto obstacle = mountingObstacle())
     return {Cause::kDiscImage, "a disc image, which cannot be mounted: " + *obstacle};
@@ -80,7 +80,7 @@ Failure damaged(const Content& content) {
                                "in use"};
 }
 
-// Where what was wanted is missing: what there is instead, and the command for it.
+// For a missing kind of stream: what there is instead, and the command for it.
 std::string insteadOf(const Content& content) {
   const char* const kinds[][2] = {
       {"a picture", "photo"}, {"video only", "video"}, {"sound only", "audio"}};
@@ -103,15 +103,15 @@ Failure notDsd(const Content& content) {
   return {Cause::kNotDsd, "not a DSD song" + format};
 }
 
-// Why the library has no numbers of a song.
+// Why the library reports no data for a song.
 std::optional<Failure> songFailure(const std::string& name, const Content& content) {
   if (!content.hasAudio) return missing("sound", content);
-  // Songs of these names are the external tool's.
+  // The external tool handles songs with these names.
   if (isDsdName(name)) return noNumbersFailure();
   return codecFailure(content.unknownAudioCodec);
 }
 
-// Why the content of a file is not what was wanted; empty when it is.
+// Why the content of a file does not match; empty if it does.
 std::optional<Failure> contentFailure(const std::string& name, const Content& content,
                                       Wanted wanted) {
   if (!content.isOpen) return damaged(content);
@@ -156,7 +156,7 @@ std::optional<Failure> readingFailure(const std::string& path) {
 }
 
 Failure noNumbersFailure() {
-  return {Cause::kNoNumbers, "dsf2flac reported no numbers for it"};
+  return {Cause::kNoNumbers, "dsf2flac reported no technical data"};
 }
 
 Failure diagnose(const MediaPath& path, Wanted wanted, const Failure& otherwise) {

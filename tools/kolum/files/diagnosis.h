@@ -1,4 +1,4 @@
-// Why the library refused a file: looked into only after it did.
+// Why the library refused a file; examined only after it did.
 #ifndef KOLUM_TOOL_FILES_DIAGNOSIS_H
 #define KOLUM_TOOL_FILES_DIAGNOSIS_H
 
@@ -10,7 +10,7 @@
 
 namespace kolum::tool {
 
-// What a command looks for in a file.
+// What a command requires of a file.
 enum class Wanted {
   kVideo,      // a video, also on a disc or in a disc image
   kKeyFrames,  // video of any codec, in a plain file
@@ -20,15 +20,15 @@ enum class Wanted {
   kStreams,  // of any kind, also on a disc
 };
 
-// Why a file cannot be read at all, whatever is in it.
+// Why a file cannot be read at all, whatever its content.
 std::optional<Failure> readingFailure(const std::string& path);
 
-// Of a DSD song whose numbers the external tool does not report.
+// For a DSD song about which the external tool reports nothing.
 Failure noNumbersFailure();
 
-// OTHERWISE when the file has all that was wanted.
+// Returns OTHERWISE if the file has everything required.
 Failure diagnose(const MediaPath& path, Wanted wanted, const Failure& otherwise);
-// The same, where the file can only be damaged then.
+// The same, for commands that only a damaged file can fail then.
 Failure diagnose(const MediaPath& path, Wanted wanted);
 
 }  // namespace kolum::tool

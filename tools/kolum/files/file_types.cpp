@@ -16,7 +16,7 @@ namespace kolum::tool {
 
 namespace {
 
-// The playlist table publishes no size: its rows end with one without an extension.
+// The playlist table publishes no size: its last row has no extension.
 std::span<const MediaFileInfo> rowsOf(const MediaFileInfo* table) {
   std::size_t count = 0;
   while (table[count].extension != nullptr) ++count;
@@ -94,7 +94,7 @@ void setExclusionMask(const std::string& value) {
   const FileTypeTable& table = tableNamed(kind);
   const auto mask = parseNumber(equals == std::string::npos ? "" : value.substr(equals + 1));
   if (!mask || KoLUM_SetFileTypeUmaskInternal(table.maskNumber, *mask) != 0) {
-    throw UsageError("no mask from 0 to 0x7fffffffffffffff in \"" + value + "\"");
+    throw UsageError("\"" + value + "\" has no mask from 0 to 0x7fffffffffffffff");
   }
 }
 

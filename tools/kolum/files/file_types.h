@@ -1,4 +1,4 @@
-// The four file type tables and the ways to name them on the command line.
+// The four file type tables, and how they are named on the command line.
 #ifndef KOLUM_TOOL_FILES_FILE_TYPES_H
 #define KOLUM_TOOL_FILES_FILE_TYPES_H
 
@@ -23,26 +23,27 @@ struct FileTypeTable {
 };
 
 std::span<const FileTypeTable> fileTypeTables();
-// Null for a kind that has no table.
+// Null for a kind without a table.
 const FileTypeTable* fileTypesOfKind(int kind);
 
-// "--kinds video,music": adds the option; kindBits turns its values into classification's bits, all
-// of them when none was given. Throws UsageError for an unknown kind.
+// "--kinds video,music": adds the option. kindBits turns its values into classification's bits, or
+// all bits if there are none. Throws UsageError for an unknown kind.
 void addKindsOption(Syntax& syntax, std::vector<std::string>& kinds);
 unsigned kindBits(const std::vector<std::string>& kinds);
 
-// "--mask KIND=MASK": adds the option; setExclusionMask sets the mask that a value names, and
-// throws UsageError when it cannot be.
+// "--mask KIND=MASK": adds the option. setExclusionMask sets the mask in a value, and throws
+// UsageError if it is invalid.
 void addMasksOption(Syntax& syntax, std::vector<std::string>& masks);
 void setExclusionMask(const std::string& value);
 
-// What a table's row says beyond its name: JSON keys only, except for songs' identifiers.
+// What a table's row says beyond its name: only JSON keys, except for songs' identifiers.
 void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row);
 
-// The row that a file's name belongs to, when it is of the kind of BIT; null otherwise.
+// The row for a file's name if it is of the kind of BIT; otherwise null.
 const MediaFileInfo* fileTypeOfName(const std::string& name, unsigned bit);
 
-// "mimeType" by a file's name, when it is of the kind of BIT; the row is returned, null otherwise.
+// Adds "mimeType" for a file's name and returns the row if it is of the kind of BIT; otherwise
+// null.
 const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit);
 
 // Whether a file's name is that of a DSD song.

@@ -1,5 +1,5 @@
-# Writes the enumerators of <kolum/identifiers.h> as lists, one file an enumeration, so that the tool
-# can print whole tables without naming every identifier a second time.
+# Writes the enumerators of <kolum/identifiers.h> as lists, one file per enumeration, so that the
+# tool can print whole tables without repeating the name of every identifier.
 set(header ${PROJECT_SOURCE_DIR}/include/kolum/identifiers.h)
 set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${header})
 file(READ ${header} text)

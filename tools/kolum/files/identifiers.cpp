@@ -115,8 +115,8 @@ Identifier profileIdentifier(int profile, int codec) {
 
 namespace {
 
-// A codec's name without its prefix. The library prefers the names of range starts ("FIRST_AUDIO");
-// people know the codec that shares the number.
+// A codec's name without its prefix. The library prefers names that mark the start of a range
+// ("FIRST_AUDIO"); people know the codec with the same number.
 std::string codecWord(int codec) {
   std::string word;
   for (const NamedNumber& row : kCodecs) {

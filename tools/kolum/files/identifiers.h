@@ -19,10 +19,10 @@ struct NamedNumber {
 };
 
 struct Enumeration {
-  std::string_view prefix;  // that every name begins with, "CODEC_ID_"
+  std::string_view prefix;  // of every name, such as "CODEC_ID_"
   std::span<const NamedNumber> rows;
 
-  // The number of a name, given with or without the prefix; null when there is none.
+  // The number for a name with or without the prefix; null if there is none.
   const NamedNumber* find(std::string_view name) const;
   const NamedNumber* find(std::int64_t id) const;
 };
@@ -33,7 +33,7 @@ const Enumeration& codecs();
 const Enumeration& profiles();
 const Enumeration& playExceptions();
 
-// The name by which people ask for an enumeration.
+// An enumeration with its name on the command line.
 struct NamedEnumeration {
   std::string_view name;
   const Enumeration& (*enumeration)();
@@ -41,20 +41,21 @@ struct NamedEnumeration {
 
 std::span<const NamedEnumeration> enumerations();
 
-// A number with its name in ROWS, without one when it is not there.
+// A number with its name from ROWS, without one if it is not there.
 Identifier named(std::span<const NamedNumber> rows, std::int64_t id);
 Identifier codecIdentifier(int codec);
-// A profile's number means something only with its codec: the codec's own name for it wins.
+// The meaning of a profile's number depends on its codec, so the codec's own name for it is
+// preferred.
 Identifier profileIdentifier(int profile, int codec);
-// A codec with its profile in words, "H264 constrained baseline"; an unknown profile is left out.
+// A codec with its profile in words, "H264 constrained baseline"; an unknown profile is omitted.
 std::string codecText(int codec, int profile);
-// A level in the codec's own words, "level 4.1"; empty when unknown.
+// A level in the codec's own notation, "level 4.1"; empty if unknown.
 std::string levelText(int codec, int level);
 Identifier playExceptionIdentifier(unsigned playException);
 Identifier kindIdentifier(int kind);
 Identifier audioClassIdentifier(unsigned audioClass);
 
-// A container format: its number and the names of format and MPEG-4 brand, empty when unknown.
+// A container format: its number and the names of format and MPEG-4 brand, empty if unknown.
 struct ContainerNames {
   unsigned id;
   std::string format;
@@ -69,7 +70,7 @@ ContainerNames containerNames(unsigned containerFormat);
 void addKind(Result& result, int kind);
 // The profile under KEY, unless it is unknown.
 void addProfile(Result& result, const char* key, int profile, int codec);
-// The numbers of a sound stream that are known.
+// The known numbers of an audio stream.
 void addSound(Result& result, const Sound& sound);
 // "containerFormat" with the number and the names of format and MPEG-4 brand, unless it is unknown.
 void addContainer(Result& result, unsigned containerFormat);

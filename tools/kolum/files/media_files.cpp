@@ -18,14 +18,14 @@ namespace kolum::tool {
 
 namespace {
 
-// Paths are joined in buffers of 1024 bytes; a longer one would name another file.
+// The library joins paths in buffers of 1024 bytes; a longer one would name another file.
 constexpr std::size_t kLongestPath = 1023;
 
-// What makes a folder a disc, looked for in it and in the folder of that structure itself.
+// The index file that makes a folder a disc, in it or in the folder of that structure itself.
 constexpr const char* kDiscIndexes[] = {"VIDEO_TS/VIDEO_TS.IFO", "VIDEO_TS.IFO", "BDMV/index.bdmv",
                                         "index.bdmv"};
 
-// Folders that are not hidden by their names, and hold what programs keep beside the media.
+// Folders that are not hidden by their names but contain programs' files for the media.
 constexpr std::string_view kHelperFolders[] = {"@eaDir"};
 
 std::string_view lastPart(std::string_view path) {
@@ -53,7 +53,7 @@ bool isOfKinds(int kind, unsigned kinds) {
   }
 }
 
-// Whether a GLOB of --exclude stands for what lies at PATH below the folder that was named.
+// Whether a GLOB of --exclude matches PATH, relative to the named folder.
 bool isMatch(std::string glob, const std::string& path) {
   while (glob.size() > 1 && glob.ends_with('/')) glob.pop_back();
   const bool isPathGlob = glob.find('/') != std::string::npos;
@@ -83,7 +83,7 @@ class Walk {
   }
 
  private:
-  // With --all what is in the file decides, and its name where that says nothing.
+  // With --all the content decides, or the name if the content does not.
   int kindOf(const std::string& path) const {
     const int byContent =
         arguments_.byContent ? tool::kindOf(contentOf(splitPath(path).full())) : MEDIA_KIND_NONE;
@@ -101,10 +101,10 @@ class Walk {
     if (!skipped_.areNone()) reportSkipped(name);
   }
 
-  // A failure where the folder holds nothing else.
+  // Reported as a failure if there is nothing else in the folder.
   void reportSkipped(const std::string& name) {
     std::string text = skipped_.text();
-    if (!arguments_.byContent) text += "; --all goes by what is in them";
+    if (!arguments_.byContent) text += "; --all decides by their content";
     if (isKnownFound_) return context_.note(name, text);
     context_.fail(name, Failure{Cause::kNothingKnown, std::string(kNoFiles) + ": " + text});
   }
@@ -123,7 +123,7 @@ class Walk {
     visit_({split, kind, isNamed, isDisc});
   }
 
-  // The index file of the disc in a folder, empty when it holds none.
+  // The index file of the disc in a folder, empty if there is none.
   static std::string discIndex(const std::string& folder) {
     struct stat status = {};
     for (const char* index : kDiscIndexes) {
@@ -162,7 +162,7 @@ class Walk {
     context_.fail(path, systemFailure(error));
   }
 
-  // By its name, which --all does not change.
+  // Decided by the name, even with --all.
   bool isLeftOut(const std::string& path) const {
     const std::string_view name = lastPart(path);
     if (name.starts_with('.')) return true;
@@ -176,7 +176,7 @@ class Walk {
   void entry(const std::string& path) {
     if (isLeftOut(path)) return;
     struct stat status = {};
-    // What is gone since the folder was listed, or a link to nothing, is no failure.
+    // A file deleted since the folder was listed, or a dangling link, is not a failure.
     if (lstat(path.c_str(), &status) != 0)
       return errno == ENOENT || errno == ENOTDIR ? void() : failed(path, errno);
     if (S_ISDIR(status.st_mode)) return subfolder(path + "/");
@@ -188,7 +188,7 @@ class Walk {
     const int kind = kindOf(path);
     if (kind == MEDIA_KIND_NONE) return skipped_.add(lastPart(path));
     isKnownFound_ = true;
-    // Some extensions are those of several kinds.
+    // Some extensions belong to several kinds.
     const bool isWanted = arguments_.byContent ? isOfKinds(kind, kinds_)
                                                : kindByName(path, kinds_) != MEDIA_KIND_NONE;
     if (isWanted) file(path, kind, false);
@@ -199,9 +199,9 @@ class Walk {
   unsigned kinds_;
   const std::function<void(const MediaFile&)>& visit_;
   std::size_t visited_ = 0;
-  std::size_t below_ = 0;  // bytes of the folder that was named, with its "/"
+  std::size_t below_ = 0;  // length of the named folder, with its "/"
   SkippedFiles skipped_;
-  bool isKnownFound_ = false;  // in that folder, also of a kind that is not wanted
+  bool isKnownFound_ = false;  // in that folder, including other kinds
   Progress progress_;
   Interruption interruption_;
 };
@@ -210,9 +210,9 @@ class Walk {
 
 void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments, Words (*leadingWords)()) {
   addFileArguments(syntax, arguments.names, leadingWords);
-  syntax.flag("--all", arguments.byContent, "Goes by what is in the files, not by their names");
+  syntax.flag("--all", arguments.byContent, "Decides by the files' content, not by their names");
   syntax.repeatedOption("--exclude", {"GLOB"}, arguments.excluded,
-                        "Leaves files and folders out that match; can be given again");
+                        "Leaves out matching files and folders; may be repeated");
 }
 
 void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,

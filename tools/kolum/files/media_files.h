@@ -1,4 +1,4 @@
-// From the names a caller gave to the files that are looked at: folders become the media in them.
+// From the names a caller gave to the files to examine: a folder becomes the media in it.
 #ifndef KOLUM_TOOL_FILES_MEDIA_FILES_H
 #define KOLUM_TOOL_FILES_MEDIA_FILES_H
 
@@ -15,18 +15,18 @@
 
 namespace kolum::tool {
 
-// The index files that stand for a disc.
+// The index files that represent a disc.
 inline constexpr std::string_view kDvdIndex = "VIDEO_TS.IFO";
 inline constexpr std::string_view kBluRayIndex = "index.bdmv";
 
 struct MediaFile {
   MediaPath path;
   int kind;      // by its name, or with --all by its content
-  bool isNamed;  // by the caller, itself or as a disc's folder; else found in a folder
+  bool isNamed;  // by the caller, directly or as a disc's folder; else found in a folder
   bool isDisc;   // the index file of a DVD or Blu-ray folder
 };
 
-// "FILE..." of a command that walks folders, with the options for what is looked at there.
+// "FILE..." of a command that walks folders, with the options that select files there.
 struct MediaFileArguments {
   FileArguments names;
   bool byContent = false;
@@ -36,12 +36,12 @@ struct MediaFileArguments {
 void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments,
                            Words (*leadingWords)() = nullptr);
 
-// Calls VISIT for every file behind the names, in order and as they come. A folder that holds a DVD
-// (VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) counts as one video, named by that file; any other
-// folder is walked, its entries in byte order, and of its files those of the wanted KINDS count.
-// Hidden entries, what was excluded and symbolic links to folders are left out there, and files of
-// no known kind counted and reported. A name that is no folder always counts, whatever it is
-// called. Names that do not exist, and paths longer than the library takes, are reported.
+// Calls VISIT for every file behind the names, in order and as they come. A folder with a DVD
+// (VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) counts as one video, named by that file. Any other
+// folder is walked in byte order of its entries, and its files of the wanted KINDS count. Hidden
+// entries, excluded ones and symbolic links to folders are left out there, and files of unknown
+// kinds are counted and reported. A named file always counts, whatever its name. Names that do not
+// exist, and paths longer than the library takes, are reported.
 void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,
                       const std::function<void(const MediaFile&)>& visit);
 

@@ -1,4 +1,4 @@
-// Paths as the library's entry points take them: folder with its closing "/", and name.
+// Paths as the library's entry points take them: folder with its trailing "/", and name.
 #ifndef KOLUM_TOOL_FILES_PATHS_H
 #define KOLUM_TOOL_FILES_PATHS_H
 
@@ -9,17 +9,17 @@ namespace kolum::tool {
 
 struct MediaPath {
   std::string given;   // as results and messages show it
-  std::string folder;  // "./" when the path names none
+  std::string folder;  // "./" if the path has none
   std::string name;
 
-  // For entry points that take one path: the folder in front keeps a name such as "http:x.mp4" a
-  // file's.
+  // For entry points that take one path: the leading folder keeps a name such as "http:x.mp4" from
+  // being read as a URL.
   std::string full() const { return folder + name; }
 };
 
 MediaPath splitPath(std::string_view path);
 
-// The folder with its closing "/".
+// The folder with a trailing "/".
 std::string withSlash(std::string folder);
 
 }  // namespace kolum::tool

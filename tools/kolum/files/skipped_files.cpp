@@ -10,11 +10,11 @@ namespace kolum::tool {
 
 namespace {
 
-constexpr std::size_t kLongestExtension = 16;  // of a longer one the dot is part of a sentence
+constexpr std::size_t kLongestExtension = 16;  // in a longer one the dot is part of a sentence
 constexpr std::size_t kShownExtensions = 10;
 constexpr const char* kNoExtension = "without an extension";
 
-// In lower case, with its dot.
+// In lower case, including the dot.
 std::string extensionOf(std::string_view name) {
   const std::size_t dot = name.rfind('.');
   if (dot == std::string_view::npos || name.size() - dot - 1 > kLongestExtension ||

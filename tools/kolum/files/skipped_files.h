@@ -1,4 +1,4 @@
-// The files of a folder that were not looked at, counted by their extensions.
+// Counts the skipped files of a folder by their extensions.
 #ifndef KOLUM_TOOL_FILES_SKIPPED_FILES_H
 #define KOLUM_TOOL_FILES_SKIPPED_FILES_H
 

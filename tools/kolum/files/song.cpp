@@ -51,7 +51,7 @@ Song songOf(const probe::SongFacts& facts) {
 }  // namespace
 
 std::optional<Song> readSong(const MediaPath& path) {
-  // A tool reads DSD songs, so the library has to know where it is.
+  // An external tool reads DSD songs, so the library must know where it is.
   if (isDsdName(path.name)) initLibrary();
   const probe::SongResult result = probe::probeSong(path.full(), path.name, g_localWorkingPath);
   write(result.trace);

@@ -1,4 +1,4 @@
-// A song's numbers, as the library's probe of songs finds them.
+// A song's data, as the library's song probe finds it.
 #ifndef KOLUM_TOOL_FILES_SONG_H
 #define KOLUM_TOOL_FILES_SONG_H
 
@@ -24,7 +24,7 @@ struct Song {
   std::string dlnaProfile;
 };
 
-// Empty when the file holds no song that can be probed.
+// Empty if the file contains no song that can be probed.
 std::optional<Song> readSong(const MediaPath& path);
 
 }  // namespace kolum::tool

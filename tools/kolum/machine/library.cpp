@@ -12,8 +12,8 @@ namespace kolum::tool {
 
 namespace {
 
-// The library puts this folder into shell commands as it is. Where a shell would read its name
-// differently, an open descriptor stands for it, for as long as this process lives.
+// The library puts this folder into shell commands unquoted. If a shell would read its name
+// differently, an open descriptor represents it for the life of this process.
 std::string plainName(const std::string& folder) {
   constexpr char kPlain[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789/._+-";
   if (folder.find_first_not_of(kPlain) == std::string::npos) return folder;

@@ -4,10 +4,10 @@
 
 namespace kolum::tool {
 
-// Hands the library the folder of its external tools: the stand-ins that were built or installed
-// with this program, else the appliance's. Call it before anything that needs such a tool or the
-// notification channels; repeated calls do nothing. False when the channels cannot be opened;
-// the tools are there all the same.
+// Passes the folder of the external tools to the library: the stand-ins built or installed with
+// this program, else the appliance's. Call it before anything that needs such a tool or the
+// notification channels; repeated calls do nothing. False if the channels cannot be opened; the
+// tools work even then.
 bool initLibrary();
 
 }  // namespace kolum::tool

@@ -12,7 +12,7 @@ namespace kolum::tool {
 
 namespace {
 
-// Root in a container is often not allowed to mount.
+// In a container, even root often may not mount.
 bool mayMount() {
   constexpr std::string_view kEffective = "CapEff:";
   std::ifstream status("/proc/self/status");

@@ -7,11 +7,10 @@
 
 namespace kolum::tool {
 
-// "known" when the running kernel has the file system, "as a module" when it may load MODULE.
+// "known" if the running kernel has the file system, "as a module" if it may load MODULE.
 std::optional<std::string> fileSystem(const std::string& name, const std::string& module);
 
-// The first thing that keeps this process from mounting an image, in words; empty when nothing is
-// in the way.
+// The first thing that keeps this process from mounting an image, in words; empty if nothing does.
 std::optional<std::string> mountingObstacle();
 
 }  // namespace kolum::tool

@@ -12,7 +12,7 @@ namespace kolum::tool {
 
 namespace {
 
-// A tool in the stand-ins' folder; empty when there is no such folder.
+// A tool in the stand-ins' folder; empty if there is no such folder.
 std::string standIn(const std::string& tool) {
   const std::string folder = standInFolder();
   return folder.empty() ? "" : folder + tool;

@@ -32,7 +32,7 @@ void forEachInList(Context& context, const std::string& listFile, bool byNul,
 
 void addAudioStreamOption(Syntax& syntax, int& index) {
   syntax.option("--audio-stream", {"N"}, index, {0, INT_MAX},
-                "The audio stream that counts, from 0; beyond the last the first");
+                "The audio stream to describe, from 0; the first if it does not exist");
 }
 
 void addFileArguments(Syntax& syntax, FileArguments& arguments, Words (*leadingWords)()) {

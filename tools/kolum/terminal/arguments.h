@@ -14,22 +14,22 @@ namespace kolum::tool {
 // --audio-stream, for commands that describe videos.
 void addAudioStreamOption(Syntax& syntax, int& index);
 
-// The "FILE..." operands with --files-from, as every command over files takes them.
+// The "FILE..." operands and --files-from, for every command that takes files.
 struct FileArguments {
   std::vector<std::string> operands;
   std::string listFile;
   bool isNulSeparated = false;
 };
 
-// LEADINGWORDS: what may stand in front of the files.
+// LEADINGWORDS: words that may precede the files.
 void addFileArguments(Syntax& syntax, FileArguments& arguments, Words (*leadingWords)() = nullptr);
 
-// Throws UsageError when no name was asked for.
+// Throws UsageError if no names were given.
 void requireNames(const FileArguments& arguments);
 
-// Calls VISIT for all names in order: the operands, "-" replaced by the list on standard input,
-// then the list of --files-from. Names of lists are visited as they come. A list that cannot be
-// read is reported. Requires names.
+// Calls VISIT for all names in order: the operands, with "-" replaced by the list on standard
+// input, then the list of --files-from. Names in lists are visited as they come. A list that cannot
+// be read is reported. Requires names.
 void forEachName(Context& context, const FileArguments& arguments,
                  const std::function<void(const std::string&)>& visit);
 

@@ -18,9 +18,9 @@ namespace kolum::tool {
 
 namespace {
 
-// Private duplicates stay clear of the standard descriptors and are not inherited.
+// Private duplicates do not use the standard numbers and are not inherited.
 constexpr int kFirstPrivateDescriptor = 10;
-constexpr int kFirstDescriptor = 3;  // where so few are allowed that there is no tenth
+constexpr int kFirstDescriptor = 3;  // if the limit is below ten descriptors
 
 int duplicate(int descriptor) {
   const int own = fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstPrivateDescriptor);
@@ -28,7 +28,7 @@ int duplicate(int descriptor) {
   return fcntl(descriptor, F_DUPFD_CLOEXEC, kFirstDescriptor);
 }
 
-// Points DESCRIPTOR at /dev/null, so that no file opened later takes its number.
+// Points DESCRIPTOR at /dev/null, so that no file opened later gets its number.
 void pointAtNull(int descriptor) {
   const int null = open("/dev/null", O_RDWR);
   if (null < 0 && (errno == EMFILE || errno == ENFILE))
@@ -38,7 +38,7 @@ void pointAtNull(int descriptor) {
   close(null);
 }
 
-// A private duplicate of a standard descriptor, -1 when the caller closed it.
+// A private duplicate of a standard descriptor, -1 if the caller closed it.
 int takeOver(int descriptor) {
   const int own = duplicate(descriptor);
   if (own < 0 && errno != EBADF) throw std::system_error(errno, std::generic_category());
@@ -71,7 +71,7 @@ bool understandsControls(int descriptor) {
   return isatty(descriptor) == 1 && terminal != nullptr && std::string_view(terminal) != "dumb";
 }
 
-// Asked again for each line: windows change their size.
+// Asked again for each line, because windows can be resized.
 std::size_t columnsOfTerminal(int descriptor) {
   constexpr std::size_t kUsual = 80;
   winsize size = {};
@@ -86,8 +86,8 @@ Channels::Channels()
       messages_(takeOver(2)),
       hasProgress_(understandsControls(messages_) && isatty(results_) == 0) {
   pointAtNull(0);
-  // A reader that leaves is told by the write that fails. A handler instead of SIG_IGN: the
-  // programs that the library starts get the default action back.
+  // If a reader leaves, the write fails and reports it. A handler instead of SIG_IGN, so that
+  // programs started by the library get the default action back.
   struct sigaction ignore = {};
   ignore.sa_handler = [](int) {};
   ignore.sa_flags = SA_RESTART;
@@ -118,7 +118,7 @@ void Channels::writeMessage(std::string_view text) const {
 void Channels::showProgress(std::string_view text) const {
   constexpr std::string_view kClearLine = "\r\x1b[K";
   if (!hasProgress_ || (text.empty() && !progressShown_)) return;
-  // The last column stays free: some terminals go on to the next line once it is taken.
+  // The last column stays free: some terminals wrap once it is used.
   const std::string_view shown = cutToColumns(text, columnsOfTerminal(messages_) - 1);
   writeAll(messages_, std::string(kClearLine).append(shown));
   progressShown_ = !text.empty();

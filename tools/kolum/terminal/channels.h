@@ -11,8 +11,7 @@
 
 namespace kolum::tool {
 
-// Results can be written no further. READERLEFT: nobody reads them any more, which is no error to
-// tell anybody about.
+// Writing results failed. READERLEFT: nobody reads them any more, which is not an error to report.
 class OutputError : public std::runtime_error {
  public:
   OutputError(const std::string& reason, bool readerLeft)
@@ -26,25 +25,25 @@ class OutputError : public std::runtime_error {
 class Channels {
  public:
   // Takes over the three standard descriptors; descriptor 0 reads nothing from then on. Throws
-  // std::system_error when there are too few descriptors, with the third one as it was.
+  // std::system_error if there are too few descriptors, with the third one unchanged.
   Channels();
 
-  // Sends what the library writes to descriptors 1 and 2 nowhere, or to the original standard
+  // Discards what the library writes to descriptors 1 and 2, or sends it to the original standard
   // error.
   void muteLibrary() const;
   void showLibrary() const;
 
-  // Throws OutputError when not everything could be written.
+  // Throws OutputError if not everything could be written.
   void writeResults(std::string_view text) const;
   // A message that cannot be written is lost.
   void writeMessage(std::string_view text) const;
-  // A line on a terminal that the next message or progress replaces, cut to the terminal's width;
-  // an empty one clears it. For people who wait: nothing is shown when messages go elsewhere, or
-  // results to a terminal, too, or when the terminal is too plain to replace a line.
+  // Shows a line on a terminal, cut to its width, until the next message or progress replaces it;
+  // an empty one clears it. For waiting people: nothing is shown if messages do not go to a
+  // terminal, if results go to one too, or if the terminal cannot replace a line.
   void showProgress(std::string_view text) const;
-  // Whether people read the results as they come, and may see colours.
+  // Whether people read the results as they come and may see colours.
   bool mayColourResults() const;
-  // The original standard input, -1 when it was closed.
+  // The original standard input, -1 if it was closed.
   int input() const { return input_; }
 
   // What WORK writes to standard output.

@@ -1,4 +1,4 @@
-// A command, as the table of commands (commands.cpp) and those with commands of their own list it.
+// A command, as listed in the table of commands (commands.cpp) and by commands with sub-commands.
 #ifndef KOLUM_TOOL_TERMINAL_COMMAND_H
 #define KOLUM_TOOL_TERMINAL_COMMAND_H
 
@@ -9,14 +9,13 @@ namespace kolum::tool {
 class Context;
 class Syntax;
 
-// What a command does once its arguments are parsed.
+// What a command does after its arguments are parsed.
 using Action = std::function<void(Context&)>;
 
 struct Command {
   const char* name;
-  const char* summary;  // one line, for the list of commands; those without one are not listed
-  // Adds the command's options to its syntax and returns what to do with them; nothing when it has
-  // commands of its own.
+  const char* summary;  // one line for the list of commands; those without one are not listed
+  // Adds the command's options to its syntax and returns its action; none if it has sub-commands.
   Action (*define)(Syntax& syntax);
 };
 

@@ -16,8 +16,8 @@ std::vector<const CLI::Option*> optionsOf(const CLI::App& command, bool operands
   });
 }
 
-// Single edits that make one word of the other: a letter more, less or another one, or two
-// neighbours swapped.
+// The number of single edits that turn one word into the other: a letter added, removed or
+// replaced, or two neighbours swapped.
 std::size_t editsBetween(std::string_view a, std::string_view b) {
   std::vector<std::vector<std::size_t>> edits(a.size() + 1, std::vector<std::size_t>(b.size() + 1));
   for (std::size_t i = 0; i <= a.size(); ++i) {
@@ -36,11 +36,11 @@ std::size_t editsBetween(std::string_view a, std::string_view b) {
   return edits[a.size()][b.size()];
 }
 
-// The name that WORD is nearest to; empty when none is near.
+// The name nearest to WORD; empty if none is near.
 std::string nearest(std::string_view word, const std::vector<std::string>& names) {
   constexpr std::size_t kLongest = 32;  // no name is longer, and the table stays small
   std::string best;
-  std::size_t fewest = word.size() < 4 ? 2 : 3;  // more edits make another word
+  std::size_t fewest = word.size() < 4 ? 2 : 3;  // more edits give a different word
   for (const std::string& name : names) {
     if (word.size() > kLongest) break;
     const std::size_t edits = editsBetween(word, name);
@@ -55,7 +55,7 @@ bool namesAFile(const std::string& word) {
   return word.find_first_of("./") != std::string::npos || access(word.c_str(), F_OK) == 0;
 }
 
-// A file as it may be typed; the placeholder for names that a shell would read otherwise.
+// A file as it may be typed; the placeholder if a shell would read its name differently.
 std::string typedFile(const std::string& name) {
   constexpr std::string_view kPlain =
       "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789-._/+,@%:=";

@@ -1,5 +1,4 @@
-// The parser's own tables, for those that look something up in them: help, suggestions and the
-// shells' completion.
+// Access to the parser's tables for help, suggestions and shell completion.
 #ifndef KOLUM_TOOL_TERMINAL_COMMAND_TREE_H
 #define KOLUM_TOOL_TERMINAL_COMMAND_TREE_H
 
@@ -13,15 +12,15 @@ class Option;
 
 namespace kolum::tool {
 
-// The commands of a command that its --help lists.
+// The sub-commands that a command's --help lists.
 std::vector<const CLI::App*> listedCommands(const CLI::App& command);
-// One of them; null when there is none of that name.
+// One of them; null if none has that name.
 const CLI::App* findCommand(const CLI::App& command, const std::string& name);
 
-// The options of a command, and its operands, as its --help lists them.
+// A command's options and operands as its --help lists them.
 std::vector<const CLI::Option*> listedOptions(const CLI::App& command);
 std::vector<const CLI::Option*> listedOperands(const CLI::App& command);
-// "--json"; "-0" for an option that has no longer name.
+// "--json"; "-0" for an option without a longer name.
 std::string longestName(const CLI::Option& option);
 bool takesValue(const CLI::Option& option);
 

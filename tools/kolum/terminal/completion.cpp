@@ -104,7 +104,7 @@ class Completer {
     }
   }
 
-  // The values of an option or operand behind BEFORE, what was typed in front of them.
+  // The values of an option or operand, each after BEFORE, which is already typed.
   void addValues(const CLI::Option* option, std::string before) {
     const Placeholder& placeholder = placeholderOf(option);
     const Offer offer = placeholder.offer;
@@ -120,7 +120,7 @@ class Completer {
 
   const Grammar& grammar_;
   const CLI::App& root_;
-  const CLI::App* command_;                // whose options and operands count
+  const CLI::App* command_;                // whose options and operands apply
   const CLI::App* names_;                  // whose commands may follow
   const CLI::Option* awaiting_ = nullptr;  // the option whose value comes next
   std::size_t operands_ = 0;

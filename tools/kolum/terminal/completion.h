@@ -1,5 +1,6 @@
-// What may follow the words of a command line, from the parser's own tables and what commands said.
-// The completions of bash, zsh and fish (folder completion/) ask for it with "kolum complete".
+// What may follow the words of a command line, from the parser's tables and the commands' own
+// descriptions. The completions of bash, zsh and fish (folder completion/) call "kolum complete"
+// for it.
 #ifndef KOLUM_TOOL_TERMINAL_COMPLETION_H
 #define KOLUM_TOOL_TERMINAL_COMPLETION_H
 
@@ -16,12 +17,12 @@ struct Candidate {
 };
 
 struct Completion {
-  std::vector<Candidate> words;  // that begin with what is being typed
-  bool takesFiles = false;       // names of files fit, too
-  bool goesOn = false;           // more may follow a word without a blank
+  std::vector<Candidate> words;  // that begin with the word being typed
+  bool takesFiles = false;       // file names fit too
+  bool goesOn = false;           // a word may continue without a space
 };
 
-// WORDS: those after the program's name; the last one is being typed.
+// WORDS follow the program's name; the last one is being typed.
 Completion complete(const CLI::App& root, const Grammar& grammar, Words words);
 
 }  // namespace kolum::tool

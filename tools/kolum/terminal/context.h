@@ -1,4 +1,4 @@
-// What every command gets: where results and messages go, and what the command line said for all.
+// What every command gets: destinations of results and messages, and the common options.
 #ifndef KOLUM_TOOL_TERMINAL_CONTEXT_H
 #define KOLUM_TOOL_TERMINAL_CONTEXT_H
 
@@ -12,13 +12,13 @@
 
 namespace kolum::tool {
 
-// Arguments that no parser rule catches: ends the tool with status 2.
+// Invalid arguments that the parser does not detect: ends the tool with status 2.
 class UsageError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-// "error" with code and reason, in JSON.
+// Adds "error" with code and reason to the JSON.
 void addFailure(Result& result, const Failure& failure);
 
 class Context {
@@ -26,13 +26,13 @@ class Context {
   Context(const Channels& ownChannels, bool asJson)
       : json(asJson), channels(ownChannels), printer(ownChannels, asJson) {}
 
-  // "kolum: NAME: REASON" on standard error, or without a name "kolum: REASON"; the tool goes on
-  // and ends with status 1.
+  // Writes "kolum: NAME: REASON" to standard error, or without a name "kolum: REASON"; the tool
+  // continues and ends with status 1.
   void fail(std::string_view name, std::string_view reason);
   void fail(std::string_view reason);
-  // The same for a file, which also gets a line in JSON.
+  // The same for a file, which also gets a JSON line.
   void fail(std::string_view file, const Failure& failure);
-  // The same form for what is worth telling but no failure.
+  // The same form for useful information that is not a failure.
   void note(std::string_view name, std::string_view text);
   bool failed() const { return failed_; }
 

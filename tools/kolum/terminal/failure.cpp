@@ -13,7 +13,7 @@ struct Code {
   std::string_view text;
 };
 
-// Programs go by these texts: none may change, more may come.
+// Programs compare these texts: none may change; new ones may be added.
 constexpr Code kCodes[] = {
     {Cause::kNotFound, "not-found"},
     {Cause::kPermissionDenied, "permission-denied"},

@@ -1,4 +1,4 @@
-// Why a file gave no result: a cause, whose code programs read, and the reason in words.
+// Why a file gave no result: a cause, with a code for programs, and the reason in words.
 #ifndef KOLUM_TOOL_TERMINAL_FAILURE_H
 #define KOLUM_TOOL_TERMINAL_FAILURE_H
 
@@ -32,13 +32,13 @@ enum class Cause {
 
 struct Failure {
   Cause cause;
-  std::string reason;  // may hold any bytes
+  std::string reason;  // may contain any bytes
 };
 
-// The code of a cause, "not-found"; docs/tool.md lists them all.
+// The code of a cause, such as "not-found"; docs/tool.md lists them all.
 std::string_view codeOf(Cause cause);
 
-// What a call to the system failed with, an errno.
+// The failure for a system call's errno.
 Failure systemFailure(int error);
 
 }  // namespace kolum::tool

@@ -9,7 +9,7 @@ namespace kolum::tool {
 
 namespace {
 
-// Where the meanings begin.
+// The column where meanings begin.
 constexpr std::size_t kMeaningColumn = 26;
 
 bool takesMany(const CLI::Option& option) {
@@ -28,7 +28,7 @@ std::string usageOf(const CLI::App& command) {
   return usage + (listedCommands(command).empty() ? "" : " COMMAND") + "\n";
 }
 
-// A line of a list; the meaning of a long name has one of its own.
+// A line of a list; the meaning of a long name gets its own line.
 std::string entry(const std::string& name, const std::string& meaning) {
   std::string line = "  " + name;
   if (line.size() >= kMeaningColumn)
@@ -49,7 +49,7 @@ std::string optionEntry(const CLI::Option& option) {
   return entry(name, option.get_description());
 }
 
-// The list with its title, unless it is empty.
+// The list with its title; empty if there are no items.
 template <typename Item>
 std::string list(const std::string& title, const std::vector<const Item*>& items,
                  std::string (*line)(const Item&)) {

@@ -1,5 +1,5 @@
-// What --help prints. Written here because the parser's releases lay their own help out
-// differently, and the manual pages are made from this text.
+// The text of --help. Written here because the parser's releases lay out their own help
+// differently, and the manual pages are made from it.
 #ifndef KOLUM_TOOL_TERMINAL_HELP_H
 #define KOLUM_TOOL_TERMINAL_HELP_H
 
@@ -11,7 +11,7 @@ class App;
 
 namespace kolum::tool {
 
-// The command's words as they are typed: "kolum notify wait".
+// The words to type for a command: "kolum notify wait".
 std::string commandLineOf(const CLI::App& command);
 
 std::string helpOf(const CLI::App& command);

@@ -22,7 +22,7 @@ Interruption::Interruption() {
   note.sa_flags = static_cast<int>(SA_RESTART | SA_RESETHAND);
   for (std::size_t i = 0; i < kSignals.size(); ++i) {
     sigaction(kSignals[i], nullptr, &before_[i]);
-    // A signal that the caller ignores (a job in the background) stays ignored.
+    // A signal that the caller ignores (as for a background job) stays ignored.
     if (before_[i].sa_handler != SIG_IGN) sigaction(kSignals[i], &note, nullptr);
   }
 }
@@ -36,7 +36,7 @@ void Interruption::check() {
 }
 
 void waitForInput(int descriptor) {
-  // Blocked until ppoll() waits, so that none gets lost between the check and the waiting.
+  // Blocked until ppoll() waits, so that no signal is lost between the check and the wait.
   sigset_t blocked;
   sigset_t before;
   sigemptyset(&blocked);

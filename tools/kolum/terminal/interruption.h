@@ -1,5 +1,5 @@
-// Ctrl-C between files: what is being done for a file (a disc image may be mounted) is finished
-// first.
+// Ctrl-C takes effect between files: the current file is finished first, because a disc image may
+// be mounted.
 #ifndef KOLUM_TOOL_TERMINAL_INTERRUPTION_H
 #define KOLUM_TOOL_TERMINAL_INTERRUPTION_H
 
@@ -14,7 +14,7 @@ struct Interrupted {
   int signal;
 };
 
-// While it lives, the first SIGINT or SIGTERM waits for check(); the second ends the tool at once.
+// While it exists, the first SIGINT or SIGTERM waits for check(); the second ends the tool at once.
 class Interruption {
  public:
   Interruption();
@@ -22,15 +22,15 @@ class Interruption {
   Interruption(const Interruption&) = delete;
   Interruption& operator=(const Interruption&) = delete;
 
-  // Throws Interrupted when a signal came.
+  // Throws Interrupted if a signal came.
   static void check();
 
  private:
   std::array<struct sigaction, 2> before_ = {};
 };
 
-// Waits until DESCRIPTOR can be read from, or is at its end. Throws Interrupted when a signal comes
-// that an Interruption waits for.
+// Waits until DESCRIPTOR is readable or at its end. Throws Interrupted on a signal that an
+// Interruption handles.
 void waitForInput(int descriptor);
 
 }  // namespace kolum::tool

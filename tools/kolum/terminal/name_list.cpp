@@ -10,7 +10,7 @@ namespace kolum::tool {
 
 namespace {
 
-// No path is as long; what goes on beyond is no list of names.
+// No path is this long; anything longer is not a list of names.
 constexpr std::size_t kLongestName = std::size_t{1} << 20;
 
 class NameList {
@@ -18,7 +18,7 @@ class NameList {
   NameList(NameEnd end, const std::function<void(const std::string&)>& visit)
       : end_(end), visit_(visit) {}
 
-  // False when they are no names.
+  // False if they are not names.
   bool take(std::string_view bytes) {
     pending_ += bytes;
     if (end_ == NameEnd::kFirstThatComes) decide();
@@ -26,7 +26,7 @@ class NameList {
     return pending_.size() <= kLongestName && !isMixed_;
   }
 
-  // The last name may lack its end; false as above.
+  // The last name may lack its terminator; false as above.
   bool finish() {
     isMixed_ = end_ != NameEnd::kNul && pending_.find('\0') != std::string::npos;
     if (!isMixed_ && !pending_.empty()) visit_(pending_);
@@ -51,7 +51,7 @@ class NameList {
     for (std::size_t at = 0; (at = pending_.find(end, begin)) != std::string::npos;) {
       const std::string name = pending_.substr(begin, at - begin);
       begin = at + 1;
-      // Names that ended too early before would be wrong from here on.
+      // A NUL inside a name shows that the newlines so far did not end names.
       isMixed_ = name.find('\0') != std::string::npos;
       if (isMixed_) break;
       if (!name.empty()) visit_(name);
@@ -61,13 +61,13 @@ class NameList {
 
   NameEnd end_;
   const std::function<void(const std::string&)>& visit_;
-  std::string pending_;  // the beginning of a name whose end has not come
+  std::string pending_;  // the beginning of an incomplete name
   bool isMixed_ = false;
 };
 
 Failure listFailure(const NameList& list) {
   if (list.isMixed())
-    return {Cause::kSystemError, "some names end with newlines and some with NUL; say -0"};
+    return {Cause::kSystemError, "some names end with newlines and some with NUL; use -0"};
   return systemFailure(ENAMETOOLONG);
 }
 

@@ -1,4 +1,4 @@
-// A list of file names, read as it comes: whoever writes it may wait for each answer.
+// A list of file names, read as it arrives: its writer may wait for each answer.
 #ifndef KOLUM_TOOL_TERMINAL_NAME_LIST_H
 #define KOLUM_TOOL_TERMINAL_NAME_LIST_H
 
@@ -11,12 +11,12 @@
 
 namespace kolum::tool {
 
-// What ends the names of a list. Unless it is said, the first bytes that hold one of the two
-// decide: NUL where there is one, else the newline.
+// The terminator of names in a list. Unless it is given, the first bytes that contain NUL or a
+// newline decide: NUL if there is one, else newline.
 enum class NameEnd { kFirstThatComes, kNul, kNewline };
 
-// Calls VISIT for every name in what DESCRIPTOR reads, as soon as its end has come; empty names are
-// no names. Returns why the list could not be read to its end.
+// Calls VISIT for every name read from DESCRIPTOR as soon as it is complete; empty names are
+// ignored. Returns why the list could not be read to its end.
 std::optional<Failure> forEachNameIn(int descriptor, NameEnd end,
                                      const std::function<void(const std::string&)>& visit);
 

@@ -8,10 +8,11 @@
 
 namespace kolum::tool {
 
-// A whole number, decimal or with "0x" hexadecimal, with an optional "-"; nothing else around it.
+// A whole number, decimal or hexadecimal with "0x", with an optional "-" and nothing else around
+// it.
 std::optional<std::int64_t> parseNumber(std::string_view text);
 
-// A finite number in decimal notation, "-2.2945"; nothing else around it.
+// A finite number in decimal notation, such as "-2.2945", with nothing else around it.
 std::optional<double> parseDecimal(std::string_view text);
 
 }  // namespace kolum::tool

@@ -181,7 +181,7 @@ std::string Result::asRow(const std::vector<std::size_t>& widths) const {
 }
 
 void Printer::jsonLine(const Result& result) {
-  // Texts may hold any bytes: what is not UTF-8 becomes U+FFFD, so that every line is valid JSON.
+  // Texts may contain any bytes: invalid UTF-8 becomes U+FFFD, so that every line is valid JSON.
   using Handler = Json::error_handler_t;
   Json line = {{"schema", kJsonSchema}};
   line.update(result.json());

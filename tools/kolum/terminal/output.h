@@ -1,4 +1,4 @@
-// Results: built once as keys and values, shown as aligned text or as one JSON object a line.
+// Results: built once as keys and values, shown as aligned text or as one JSON object per line.
 #ifndef KOLUM_TOOL_TERMINAL_OUTPUT_H
 #define KOLUM_TOOL_TERMINAL_OUTPUT_H
 
@@ -16,37 +16,37 @@ namespace kolum::tool {
 
 class Result;
 
-// A number with its name, {"id":28,"name":"CODEC_ID_H264"}; a number without a name shows alone.
+// A number with its name, {"id":28,"name":"CODEC_ID_H264"}; without a name, only the number.
 struct Identifier {
   std::int64_t id;
   std::string name;
-  std::string_view prefix = {};  // of the name, left out in text
+  std::string_view prefix = {};  // of the name, omitted in text
 
   Result object() const;
   std::string text() const;  // "H264 (28)"
 };
 
-// The number of the form of all JSON objects, in each as "schema". It changes when a key changes
-// its meaning or goes; keys may be added under the same number. docs/kolum.schema.json describes
+// The version of all JSON objects' format, in each as "schema". It changes if a key changes its
+// meaning or is removed; keys may be added under the same number. docs/kolum.schema.json describes
 // it.
 inline constexpr int kJsonSchema = 1;
 
-// One result: a file's, or an answer that belongs to no file; also an object in the JSON of
-// another.
+// One result: a file's, or an answer that belongs to no file; also an object nested in another
+// result's JSON.
 //
-// JSON keys and text lines are kept side by side: data() adds a key only, show() a line only, and
-// the others both. Text values may be any bytes; they are made safe where they are printed. An
-// empty text is left out.
+// JSON keys and text lines are kept side by side: data() adds only a key, show() only a line, all
+// others both. Text values may contain any bytes; they are made safe for printing. An empty text is
+// omitted.
 class Result {
  public:
   Result();
   Result(Result&& other) noexcept;
   Result& operator=(Result&& other) noexcept;
   ~Result();
-  // The result of a file: its name heads the block and stands in "file", and when it is not UTF-8
-  // also, percent-encoded, in "fileBytes".
+  // The result of a file: its name is the block's heading and the value of "file"; if it is not
+  // UTF-8, "fileBytes" also has it percent-encoded.
   static Result ofFile(std::string_view file);
-  // A block with a heading of its own, for list().
+  // A block with its own heading, for list().
   static Result titled(std::string title);
 
   void data(const std::string& key, std::string_view text);
@@ -67,7 +67,7 @@ class Result {
       put(key, std::uint64_t{number});
     }
   }
-  // A number, unless it is 0, which stands for unknown.
+  // A number, unless it is 0, which means unknown.
   void known(const std::string& key, std::uint64_t value);
   void show(std::string label, std::string text);
 
@@ -83,9 +83,9 @@ class Result {
   void list(const std::string& key, std::vector<Result> items);
 
   const nlohmann::ordered_json& json() const { return *json_; }
-  // Both end without an empty line. asBlock indents by INDENT characters, and on request sets
-  // titles and labels off by colours; asRow puts the lines' values and then the title into columns
-  // of the given widths.
+  // Neither ends with an empty line. asBlock indents by INDENT characters and optionally highlights
+  // titles and labels with colours; asRow puts the lines' values and then the title into columns of
+  // the given widths.
   std::string asBlock(bool inColour, std::size_t indent = 0) const;
   std::string asRow(const std::vector<std::size_t>& widths) const;
 
@@ -102,30 +102,30 @@ class Result {
 
   std::string title_;
   std::unique_ptr<nlohmann::ordered_json>
-      json_;  // the header of the whole type takes long to compile
+      json_;  // the header of the full type takes long to compile
   std::vector<Line> lines_;
   std::vector<Result> sections_;
 };
 
 struct Column {
   std::string title;
-  std::size_t width;  // of the longest value expected
+  std::size_t width;  // of the longest expected value
 };
 
-// Prints results as they come, in the form that was asked for.
+// Prints results as they come, in the requested form.
 class Printer {
  public:
   Printer(const Channels& channels, bool json)
       : channels_(channels), json_(json), inColour_(channels.mayColourResults()) {}
 
-  // One block a result, an empty line between two.
+  // One block per result, separated by empty lines.
   void block(const Result& result);
-  // What the table below it is about; an empty line separates it from what is above. Text only.
+  // A line above a table, separated from what precedes it by an empty line. Text only.
   void heading(const std::string& text);
-  // Starts a table; row() then prints one line a result.
+  // Starts a table; row() then prints one line per result.
   void table(const std::vector<Column>& columns);
   void row(const Result& result);
-  // Text that is a result as it stands.
+  // Text that is already a result.
   void raw(std::string_view text) { channels_.writeResults(text); }
 
  private:

@@ -1,4 +1,4 @@
-// What stands in the help for an operand or an option's value, and what shells offer in its place.
+// The name of an operand or an option's value in the help, and what shells offer for it.
 #ifndef KOLUM_TOOL_TERMINAL_PLACEHOLDER_H
 #define KOLUM_TOOL_TERMINAL_PLACEHOLDER_H
 
@@ -12,9 +12,9 @@ using Words = std::vector<std::string>;
 enum class Offer {
   kNothing,
   kWords,
-  kWordList,    // several of the words, with commas between them
+  kWordList,    // several of the words, separated by commas
   kWordStarts,  // words that are not complete yet
-  kFiles,       // names of files; in the first place the words, too
+  kFiles,       // file names; as the first operand also the words
   kCommands,    // the program's commands
 };
 

@@ -1,4 +1,4 @@
-// How far a long walk over files has come, for people who wait.
+// The progress of a long walk over files, for waiting people.
 #ifndef KOLUM_TOOL_TERMINAL_PROGRESS_H
 #define KOLUM_TOOL_TERMINAL_PROGRESS_H
 
@@ -17,7 +17,7 @@ class Progress {
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
-  // NAME comes next. Shown after half a second, and then not too often.
+  // NAME comes next. Shown only after half a second, and then not too often.
   void next(std::string_view name);
 
  private:

@@ -20,7 +20,7 @@ bool wouldBeMisread(std::string_view argument) {
          argument.starts_with('{') || argument.starts_with(kMark);
 }
 
-// The parser is given leave to take several values, so that the message for them is ours.
+// The parser accepts several values here, so that the error message is ours.
 CLI::Option* addSingle(CLI::App& parser, const std::string& name, const std::string& meaning,
                        std::function<void(const std::string&)> take) {
   const auto takeOnly = [name, take = std::move(take)](const CLI::results_t& results) {

@@ -1,5 +1,5 @@
-// How a command is written on the command line: its operands, its options, its sub-commands and the
-// text of its help. A face of the parser's library, whose headers take long to compile.
+// A command's syntax: its operands, options, sub-commands and help text. Hides the parser's
+// library, whose headers take long to compile.
 #ifndef KOLUM_TOOL_TERMINAL_SYNTAX_H
 #define KOLUM_TOOL_TERMINAL_SYNTAX_H
 
@@ -20,9 +20,9 @@ class Option;
 
 namespace kolum::tool {
 
-// What commands say of themselves beyond what the parser keeps.
+// What commands declare beyond what the parser stores.
 struct Grammar {
-  std::map<const CLI::App*, Action> actions;  // of those that do something themselves
+  std::map<const CLI::App*, Action> actions;  // of commands without sub-commands
   std::map<const CLI::Option*, Placeholder> placeholders;
 };
 
@@ -31,16 +31,16 @@ struct NumberRange {
   int most;
 };
 
-// The variables given to it are written while the command line is parsed. All names of options are
-// as CLI11 takes them ("-0,--null"). Those that take one value refuse a second, those of numbers
-// what is none in their range.
+// The variables passed to it are written while the command line is parsed. Option names are written
+// as CLI11 takes them ("-0,--null"). Options with one value reject a second; those with a number
+// reject values outside its range.
 class Syntax {
  public:
   Syntax(CLI::App& parser, Grammar& grammar) : parser_(parser), grammar_(grammar) {}
 
   void operand(const Placeholder& name, std::string& value, const std::string& meaning);
   void operand(const Placeholder& name, int& value, NumberRange range, const std::string& meaning);
-  // Any number of them, none included.
+  // Any number of values, including none.
   void operands(const Placeholder& name, std::vector<std::string>& values,
                 const std::string& meaning);
 
@@ -55,12 +55,12 @@ class Syntax {
   void repeatedOption(const std::string& name, const Placeholder& placeholder,
                       std::vector<std::string>& values, const std::string& meaning);
 
-  // One of them has to be named.
+  // One of them must be given.
   void commands(std::span<const Command> commands);
-  // What --help says beyond all these.
+  // The rest of the --help text.
   void help(const std::string& text);
 
-  // The parser of the whole program, and what its commands said.
+  // The parser of the whole program, and what its commands declared.
   const CLI::App& root() const;
   const Grammar& grammar() const { return grammar_; }
 
@@ -71,11 +71,11 @@ class Syntax {
   Grammar& grammar_;
 };
 
-// The arguments in the parser's own (reversed) order, those that it would misread marked. File
-// names are any bytes, so nothing in them may mean anything to the parser: "[a]", "++" and whatever
-// follows "--" reach the commands as they were given.
+// The arguments in the parser's own (reversed) order, with those marked that it would misread. File
+// names are any bytes, so nothing in them may mean anything to the parser: "[a]", "++" and
+// everything after "--" reach the commands unchanged.
 std::vector<std::string> protectedArguments(int argc, char** argv);
-// An argument as it was given.
+// An argument without its mark.
 std::string unmarked(const std::string& argument);
 
 }  // namespace kolum::tool

@@ -19,7 +19,7 @@ struct Range {
   char32_t last;
 };
 
-// Characters that move the cursor, give the terminal orders, break lines or reorder the text.
+// Characters that move the cursor, control the terminal, break lines or reorder the text.
 constexpr Range kUnsafe[] = {
     {0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C}, {0x200B, 0x200F},
     {0x2028, 0x202E}, {0x2060, 0x2069}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB},
@@ -58,12 +58,12 @@ std::string printableCharacter(std::string_view bytes, const Utf8Character& char
   return std::string(bytes.substr(0, character.length));
 }
 
-// Columns of a terminal: 0 for what joins the character before it, 2 for wide characters and, to
-// stay within the line, for those that the C library does not know.
+// Terminal columns: 0 for combining characters, 2 for wide characters and, to stay within the line,
+// for those that the C library does not know.
 std::size_t columnsOf(char32_t code) {
   constexpr std::size_t kMost = 2;
   if (code < 0x80) return 1;
-  // The tool itself runs in the "C" locale, which knows no width beyond ASCII.
+  // The tool itself runs in the "C" locale, which knows only the widths of ASCII.
   static const locale_t kUtf8 = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
   if (kUtf8 == nullptr) return kMost;
   const locale_t before = uselocale(kUtf8);

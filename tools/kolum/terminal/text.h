@@ -11,14 +11,14 @@ namespace kolum::tool {
 
 bool isUtf8(std::string_view bytes);
 
-// BYTES as a terminal may show them: invalid bytes as \xff, control characters (C1 and those that
-// turn the writing direction included) as \n, \x1b or \u202e, and the backslash itself doubled.
+// BYTES made safe for a terminal: invalid bytes as \xff, control characters (including C1 and those
+// that change the writing direction) as \n, \x1b or \u202e, and the backslash itself doubled.
 std::string printable(std::string_view bytes);
 
-// Printable TEXT, cut between characters where a terminal would need more COLUMNS for it.
+// Printable TEXT, cut between characters to fit COLUMNS terminal columns.
 std::string_view cutToColumns(std::string_view text, std::size_t columns);
 
-// Numbers of a sound stream; 0 is unknown.
+// Numbers of an audio stream; 0 means unknown.
 struct Sound {
   std::uint64_t sampleRate = 0;  // Hz
   std::uint64_t channels = 0;
