@@ -31,7 +31,7 @@ inline void registerFormats() {
 #endif
 }
 
-// The demuxers in turn, null after the last; POSITION starts as null. A new call since 58.9.
+// The demuxers in turn, null after the last; POSITION starts as null. 58.9 brought a new call.
 inline const AVInputFormat* nextDemuxer(void*& position) {
 #if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
   AVInputFormat* next = av_iformat_next(static_cast<AVInputFormat*>(position));

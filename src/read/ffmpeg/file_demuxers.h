@@ -6,7 +6,7 @@
 
 namespace kolum::ffmpeg {
 
-// All except those that open further files: the names in a playlist or script may hang, lead in
+// All except those that open further files: what a playlist or script names may hang, lead in
 // circles or run programs. Comma-separated names, as FFmpeg takes them; static storage.
 const char* fileDemuxers();
 

@@ -27,7 +27,7 @@ enum class Depth {
 class Input {
  public:
   // Reads SOURCE, which must outlive the input, and nothing else: no demuxer opens another file.
-  // Playlists and scripts are refused: FFmpeg would open the files they name. Empty if FFmpeg
+  // Playlists and scripts are refused: they contain only the names of other files. Empty if FFmpeg
   // cannot open it.
   static std::optional<Input> open(const media::Source& source, Depth depth);
   // Anything but a file, by FFmpeg's own transport ("http://...").

@@ -76,7 +76,7 @@ bool scale(const std::string& tool, const std::string& source, const std::string
 }
 
 // Repeats the library's last step with the ImageMagick installed here: the library knows only the
-// appliance's path of it.
+// appliance's copy.
 bool makeWithImageMagick(const std::string& base, const std::string& relativePath) {
   const std::string tool = convertTool();
   if (relativePath.empty() || tool.empty() || tool == kConvertTool) return false;
@@ -174,7 +174,7 @@ Action defineArtwork(Syntax& syntax) {
       "artist.jpg\n"
       "and a thumbnail for each album. An album's thumbnails are made from the picture "
       "\"@_ALBUM.jpg\" or\n"
-      "\".png\" beside them, which is deleted afterwards: by ffmpeg, or if it makes none by "
+      "\".png\" beside them, which is deleted afterwards: by ffmpeg, or, if it makes none, by "
       "ImageMagick\n"
       "(/usr/local/sbin/convert, else convert on the PATH).\n"
       "\nExample:\n  kolum artwork album /share/.thumbs/ \"The Oscillators\" Tones");

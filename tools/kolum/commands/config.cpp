@@ -182,8 +182,8 @@ Action defineConfig(Syntax& syntax) {
   syntax.commands(kCommands);
   syntax.help(
       "The media-library server's configuration: the data volume's .system/lumserver.conf, and\n"
-      "/etc/config/medialibrary.conf for one setting. /sbin/setcfg changes settings, or if it is\n"
-      "missing the stand-in installed with kolum.\n"
+      "/etc/config/medialibrary.conf for one setting. /sbin/setcfg changes settings, or, if it is\n"
+      "missing, the stand-in installed with kolum.\n"
       "\nExamples:\n"
       "  kolum config show\n"
       "  kolum config set THUMBNAIL QUALITY 3");

@@ -58,8 +58,7 @@ class EchoServer {
   std::string path_;
   MediaLibrary::LUM::UnixSocket listener_;
   std::atomic<bool> stopping_{false};
-  std::shared_ptr<Conversations>
-      conversations_;  // lives as long as the last thread, which may outlive the server
+  std::shared_ptr<Conversations> conversations_;  // may outlive the server with its last thread
 };
 
 }  // namespace kolum::tool

@@ -28,7 +28,7 @@ Failure noNumbersFailure();
 
 // Returns OTHERWISE if the file has everything required.
 Failure diagnose(const MediaPath& path, Wanted wanted, const Failure& otherwise);
-// The same, for commands that only a damaged file can fail then.
+// The same, but reports a damaged file if it has everything required.
 Failure diagnose(const MediaPath& path, Wanted wanted);
 
 }  // namespace kolum::tool

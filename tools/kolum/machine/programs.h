@@ -18,7 +18,7 @@ std::string setTool();      // setcfg: the stand-in
 std::string convertTool();  // ImageMagick: convert on the PATH
 std::string osmInfoTool();  // the stand-in
 
-// The folder of the stand-in tools with its trailing "/", relative to this program's own location;
+// The folder of the stand-in tools with its trailing "/", found by this program's own location;
 // empty if there is none.
 std::string standInFolder();
 

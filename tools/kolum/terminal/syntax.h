@@ -33,7 +33,7 @@ struct NumberRange {
 
 // The variables passed to it are written while the command line is parsed. Option names are written
 // as CLI11 takes them ("-0,--null"). Options with one value reject a second; those with a number
-// reject values outside its range.
+// reject anything outside its range.
 class Syntax {
  public:
   Syntax(CLI::App& parser, Grammar& grammar) : parser_(parser), grammar_(grammar) {}
