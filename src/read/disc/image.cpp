@@ -88,7 +88,8 @@ bool MountedImage::makeFolder(MountFolderFailure onFailure) {
   const bool isNew = mkdir(bare.c_str(), kFolderMode) == 0;
   if (!isNew && (onFailure == MountFolderFailure::kGiveUp || !isOurs(bare))) return false;
   folderLock_ = lockFolder(bare);
-  hasFolder_ = true;
+  // Removing the folder of a process that uses it would end that process's mount, too.
+  hasFolder_ = isNew || folderLock_.isOpen();
   return true;
 }
 

@@ -1,9 +1,11 @@
 #include "read/disc/disc.h"
 #include "read/disc/image.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -441,6 +443,22 @@ TEST(MountedImage, RemovesTheFoldersOfEndedProcessesOnly) {
     ASSERT_NE(second, nullptr);
     EXPECT_TRUE(isMounted(mounted->folder())) << "in use";
     EXPECT_TRUE(isMounted(second->folder()));
+  });
+}
+
+// Mount folders are numbered by the clock, so another process may have the same one.
+TEST(MountedImage, LeavesTheFolderOfAnotherProcessInPlace) {
+  const std::string image = discImage(discRoot(dvdFolder()), "dvd.iso");
+  withMounts([&] {
+    std::vector<Descriptor> locks;
+    const auto folders = nextMountFolders();
+    for (const std::string& folder : folders) {
+      ASSERT_EQ(mkdir(folder.c_str(), 0600), 0);
+      locks.emplace_back(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+      ASSERT_EQ(flock(locks.back().get(), LOCK_EX | LOCK_NB), 0);
+    }
+    EXPECT_NE(MountedImage::mount(image, MountFolderFailure::kIgnore), nullptr);
+    for (const std::string& folder : folders) EXPECT_EQ(rmdir(folder.c_str()), 0) << folder;
   });
 }
 
