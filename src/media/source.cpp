@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <new>
 #include <utility>
 
 namespace kolum::media {
@@ -64,11 +65,13 @@ std::ptrdiff_t Source::readAt(std::int64_t position, std::span<std::uint8_t> out
   return static_cast<std::ptrdiff_t>(fromHead) + std::max<std::ptrdiff_t>(rest, 0);
 }
 
-void Source::keepHead() const {
+void Source::keepHead() const noexcept try {
   if (!head_.empty()) return;
   head_.resize(kHeadSize);
   const std::ptrdiff_t got = readDirectly(0, head_);
   head_.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+} catch (const std::bad_alloc&) {
+  // Every reader reads for itself then.
 }
 
 bool Source::canSeekTo(std::int64_t position) const {

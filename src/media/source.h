@@ -35,7 +35,7 @@ class Source {
   // negative number with the reason in errno.
   std::ptrdiff_t readAt(std::int64_t position, std::span<std::uint8_t> out) const;
   // Reads the first bytes once for all following readers: nearly every one needs some of them.
-  void keepHead() const;
+  void keepHead() const noexcept;
   // Whether the file system allows such a position, within the file or beyond its end.
   bool canSeekTo(std::int64_t position) const;
   // How far beyond POSITION the file's next data begins: 0 if there is data, or if the file system

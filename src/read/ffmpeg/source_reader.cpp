@@ -37,12 +37,12 @@ SourceReader::~SourceReader() {
   release::freeIoContext(context_);
 }
 
-int SourceReader::readPacket(void* reader, std::uint8_t* buffer, int size) {
+int SourceReader::readPacket(void* reader, std::uint8_t* buffer, int size) noexcept {
   if (size <= 0) return AVERROR(EINVAL);
   return static_cast<SourceReader*>(reader)->read({buffer, static_cast<std::size_t>(size)});
 }
 
-std::int64_t SourceReader::seek(void* opaque, std::int64_t offset, int whence) {
+std::int64_t SourceReader::seek(void* opaque, std::int64_t offset, int whence) noexcept {
   auto& reader = *static_cast<SourceReader*>(opaque);
   switch (whence & ~AVSEEK_FORCE) {
     case AVSEEK_SIZE:

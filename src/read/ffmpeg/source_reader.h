@@ -30,8 +30,9 @@ class SourceReader {
   void renew() { zerosLeft_ = kZerosLimit; }
 
  private:
-  static int readPacket(void* reader, std::uint8_t* buffer, int size);
-  static std::int64_t seek(void* reader, std::int64_t offset, int whence);
+  // Called by FFmpeg, through which nothing may be thrown.
+  static int readPacket(void* reader, std::uint8_t* buffer, int size) noexcept;
+  static std::int64_t seek(void* reader, std::int64_t offset, int whence) noexcept;
   int read(std::span<std::uint8_t> out);
   std::int64_t seekTo(std::int64_t position);
   void countZeros(std::span<const std::uint8_t> bytes);
