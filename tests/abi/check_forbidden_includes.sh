@@ -8,9 +8,10 @@ scratch=$(mktemp -d)
 trap 'rm -rf "$scratch"' EXIT
 failed=0
 
-# The command that compiles a source, up to the output file.
+# The command that compiles a source, up to the output file. Where a folder's name has spaces, the
+# source's path is in quotes.
 command_for() {
-  sed -n "s|^ *\"command\": \"\(.*\) -o [^ ]*$(basename "$1").o -c .*/$1\",*\$|\1|p" "$commands" | sed 's/\\"/"/g' | head -1
+  sed -n 's/\\"/"/g; s|^ *"command": "\(.*\) -o [^ ]*'"$(basename "$1")"'\.o -c .*/'"$1"'"\{1,2\},*$|\1|p' "$commands" | head -1
 }
 
 # refuses SOURCE HEADER: HEADER is a file of the project.
