@@ -28,6 +28,8 @@ class ByteReader {
     return bytes_.subspan(position_ - count, count);
   }
   void skip(std::size_t count) { take(count); }
+  // For a caller that needs more bytes, but does not know how many.
+  void fail() { failed_ = true; }
   std::string_view text(std::size_t count) {
     const auto bytes = take(count);
     return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};

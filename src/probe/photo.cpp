@@ -1,19 +1,34 @@
 #include "probe/photo.h"
 
+#include <string_view>
+
 #include "media/pixel_formats.h"
 #include "read/ffmpeg/input.h"
+#include "read/headers/picture.h"
 
 namespace kolum::probe {
 
+namespace {
+
+PhotoResult photo(int width, int height, std::string_view pixelFormat) {
+  return {
+      .isReadable = true,
+      .picture = PhotoFacts{
+          .width = width, .height = height, .pixelFormat = media::classicPixelFormat(pixelFormat)}};
+}
+
+}  // namespace
+
 PhotoResult probePhoto(const std::string& path) {
-  const auto container = ffmpeg::readContainer(path, ffmpeg::Depth::kStreams);
-  if (!container) return {};
-  const media::Stream* picture = container->first(media::StreamType::kVideo);
+  const auto source = media::Source::open(path);
+  if (!source) return {};
+  if (const auto picture = headers::readPicture(*source))
+    return photo(picture->width, picture->height, picture->pixelFormat);
+  const auto input = ffmpeg::Input::open(*source, ffmpeg::Depth::kStreams);
+  if (!input) return {};
+  const media::Stream* picture = input->container().first(media::StreamType::kVideo);
   if (picture == nullptr) return {.isReadable = true, .picture = {}};
-  return {.isReadable = true,
-          .picture = PhotoFacts{.width = picture->width,
-                                .height = picture->height,
-                                .pixelFormat = media::classicPixelFormat(picture->pixelFormat)}};
+  return photo(picture->width, picture->height, picture->pixelFormat);
 }
 
 }  // namespace kolum::probe
