@@ -12,18 +12,40 @@ namespace kolum::headers {
 
 namespace {
 
-using Reader = std::optional<Picture> (*)(ByteReader& bytes, std::int64_t size);
+// What came of looking at a picture's first bytes.
+struct Attempt {
+  std::optional<Picture> picture;
+  bool needsMore = false;
+};
+
+template <std::optional<Picture> (*kRead)(ByteReader& bytes, std::int64_t size)>
+Attempt fromHead(Content& content) {
+  ByteReader bytes(content.head());
+  const auto picture = kRead(bytes, content.size());
+  if (!bytes.failed()) return {picture, false};
+  return {std::nullopt, static_cast<std::int64_t>(content.head().size()) < content.size()};
+}
+
+Attempt fromAnywhere(Content& content) {
+  return {readTiff(content), false};
+}
 
 struct Format {
   std::string_view magic;
-  Reader read;
+  Attempt (*read)(Content& content);
 };
 
 constexpr std::string_view kJpegMagic = "\xFF\xD8\xFF";
 
 constexpr auto kFormats = std::to_array<Format>({
-    {"\x89PNG\r\n\x1A\n", readPng},
-    {kJpegMagic, readJpeg},
+    {"\x89PNG\r\n\x1A\n", fromHead<readPng>},
+    {kJpegMagic, fromHead<readJpeg>},
+    {"GIF87a", fromHead<readGif>},
+    {"GIF89a", fromHead<readGif>},
+    {"BM", fromHead<readBmp>},
+    {std::string_view("II*\0", 4), fromAnywhere},
+    {std::string_view("MM\0*", 4), fromAnywhere},
+    {"RIFF", fromHead<readWebp>},
 });
 
 // FFmpeg takes a long row of zeros for the end of the file; no file up to this size has one.
@@ -34,26 +56,20 @@ constexpr std::int64_t kLargestPicture = std::int64_t{64} << 20;
 constexpr std::size_t kFirstRead = 4096;
 constexpr auto kLaterReads = std::to_array<std::size_t>({256 * 1024, 4 * 1024 * 1024});
 
-struct Attempt {
-  std::optional<Picture> picture;
-  bool needsMore = false;
-};
-
 std::string_view textOf(std::span<const std::uint8_t> bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
 }
 
-Attempt attempt(std::span<const std::uint8_t> head, std::int64_t size) {
+// SOURCE: null if there is only HEAD.
+Attempt attempt(std::span<const std::uint8_t> head, std::int64_t size,
+                const media::Source* source) {
   if (size <= 0 || size > kLargestPicture || static_cast<std::int64_t>(head.size()) > size)
     return {};
-  for (const Format& format : kFormats) {
-    if (!textOf(head).starts_with(format.magic)) continue;
-    ByteReader bytes(head);
-    const auto picture = format.read(bytes, size);
-    if (!bytes.failed()) return {picture, false};
-    return {std::nullopt, static_cast<std::int64_t>(head.size()) < size};
-  }
-  return {};
+  Content content(head, size, source);
+  const auto format = std::find_if(kFormats.begin(), kFormats.end(), [head](const Format& each) {
+    return textOf(head).starts_with(each.magic);
+  });
+  return format != kFormats.end() ? format->read(content) : Attempt{};
 }
 
 // Names by which FFmpeg takes a file for a picture, whatever else its content looks like, and those
@@ -88,8 +104,26 @@ std::vector<std::uint8_t> headOf(const media::Source& source, std::size_t count)
 
 }  // namespace
 
+std::span<const std::uint8_t> Content::at(std::uint64_t position, std::size_t count) {
+  constexpr std::size_t kPart = 4096;
+  constexpr int kMostReads = 16;
+  const auto end = static_cast<std::uint64_t>(size_);
+  if (position > end || count > end - position || count > kPart) return {};
+  if (position + count <= head_.size()) return head_.subspan(position, count);
+  const bool isInPart = position >= partBegin_ && position + count <= partBegin_ + part_.size();
+  if (!isInPart) {
+    if (source_ == nullptr || ++reads_ > kMostReads) return {};
+    part_.resize(kPart);
+    const std::ptrdiff_t got = source_->readAt(static_cast<std::int64_t>(position), part_);
+    part_.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+    partBegin_ = position;
+    if (part_.size() < count) return {};
+  }
+  return std::span(part_).subspan(position - partBegin_, count);
+}
+
 std::optional<Picture> readPicture(std::span<const std::uint8_t> head, std::int64_t size) {
-  return attempt(head, size).picture;
+  return attempt(head, size, nullptr).picture;
 }
 
 std::optional<Picture> readPicture(const media::Source& source) {
@@ -98,11 +132,11 @@ std::optional<Picture> readPicture(const media::Source& source) {
   const std::size_t window =
       textOf(head).starts_with(kJpegMagic) ? jpegWindow(source.name()) : kLaterReads.back();
   if (head.size() > window) head.resize(window);
-  Attempt last = attempt(head, size);
+  Attempt last = attempt(head, size, &source);
   for (const std::size_t count : kLaterReads) {
     if (!last.needsMore || count > window) break;
     head = headOf(source, count);
-    last = attempt(head, size);
+    last = attempt(head, size, &source);
   }
   return last.picture;
 }

@@ -16,7 +16,7 @@
 
 namespace kolum::headers {
 
-enum class PictureFormat { kPng, kJpeg };
+enum class PictureFormat { kPng, kJpeg, kGif, kBmp, kTiff, kWebp };
 
 struct Picture {
   PictureFormat format = PictureFormat::kPng;
