@@ -84,6 +84,21 @@ class BitReader {
       position_ += count;
   }
 
+  // Exponential-Golomb codes, as H.264 and its successors write most numbers; at most 32 bits.
+  std::uint32_t unsignedCode() {
+    constexpr unsigned kMostZeros = 31;
+    unsigned zeros = 0;
+    while (zeros <= kMostZeros && !failed_ && !bit()) ++zeros;
+    if (zeros > kMostZeros) failed_ = true;
+    const std::uint32_t rest = bits(zeros);
+    return failed_ ? 0 : (std::uint32_t{1} << zeros) - 1 + rest;
+  }
+  std::int32_t signedCode() {
+    const std::uint32_t code = unsignedCode();
+    const auto half = static_cast<std::int32_t>(code / 2);
+    return code % 2 != 0 ? half + 1 : -half;
+  }
+
  private:
   std::span<const std::uint8_t> bytes_;
   std::size_t position_ = 0;

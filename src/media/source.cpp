@@ -65,13 +65,21 @@ std::ptrdiff_t Source::readAt(std::int64_t position, std::span<std::uint8_t> out
   return static_cast<std::ptrdiff_t>(fromHead) + std::max<std::ptrdiff_t>(rest, 0);
 }
 
-void Source::keepHead() const noexcept try {
-  if (!head_.empty()) return;
-  head_.resize(kHeadSize);
-  const std::ptrdiff_t got = readDirectly(0, head_);
-  head_.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+std::span<const std::uint8_t> Source::head() const noexcept try {
+  if (head_.empty()) {
+    head_.resize(kHeadSize);
+    const std::ptrdiff_t got = readDirectly(0, head_);
+    head_.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
+  }
+  return head_;
 } catch (const std::bad_alloc&) {
   // Every reader reads for itself then.
+  return {};
+}
+
+void Source::blank(std::int64_t begin, std::int64_t end) const {
+  head_.clear();
+  blanks_.push_back({begin, end});
 }
 
 bool Source::canSeekTo(std::int64_t position) const {
@@ -85,6 +93,7 @@ std::optional<std::int64_t> Source::distanceToData(std::int64_t position) const 
 }
 
 std::ptrdiff_t Source::readDirectly(std::int64_t position, std::span<std::uint8_t> out) const {
+  if (meter_.isUsedUp()) return 0;
   std::size_t done = 0;
   while (done < out.size()) {
     const ssize_t got = ::pread(descriptor_.get(), out.data() + done, out.size() - done,
@@ -94,7 +103,21 @@ std::ptrdiff_t Source::readDirectly(std::int64_t position, std::span<std::uint8_
     if (got == 0) break;
     done += static_cast<std::size_t>(got);
   }
+  meter_.countBytes(done);
+  applyBlanks(position, out.first(done));
   return static_cast<std::ptrdiff_t>(done);
+}
+
+void Source::applyBlanks(std::int64_t position, std::span<std::uint8_t> bytes) const {
+  const std::int64_t end = position + static_cast<std::int64_t>(bytes.size());
+  for (const Range& range : blanks_) {
+    const std::int64_t from = std::max(position, range.begin);
+    const std::int64_t to = std::min(end, range.end);
+    if (from < to)
+      std::ranges::fill(bytes.subspan(static_cast<std::size_t>(from - position),
+                                      static_cast<std::size_t>(to - from)),
+                        std::uint8_t{0});
+  }
 }
 
 }  // namespace kolum::media

@@ -78,7 +78,7 @@ TEST(Source, ReadsTheSameWithItsHeadKeptAndWithout) {
   const auto plain = Source::open(folder.write("file", content));
   const auto kept = Source::open(folder.path("file"));
   ASSERT_TRUE(plain && kept);
-  kept->keepHead();
+  kept->head();
   const auto head = static_cast<std::int64_t>(Source::kHeadSize);
   for (const std::int64_t position :
        {std::int64_t{0}, std::int64_t{1}, head - 10, head - 1, head, head + 1, head + 5000}) {

@@ -66,17 +66,32 @@ struct Box {
   }
 };
 
-// SIZE bytes at OFFSET; empty if the file ends before.
-template <std::size_t kSize>
-std::optional<std::array<std::uint8_t, kSize>> bytesAt(const media::Source& source,
-                                                       std::int64_t offset) {
-  std::array<std::uint8_t, kSize> bytes = {};
-  if (source.readAt(offset, bytes) != static_cast<std::ptrdiff_t>(kSize)) return std::nullopt;
-  return bytes;
-}
+// Reads a file in windows: small boxes often follow each other, and files may consist of millions.
+class Windows {
+ public:
+  explicit Windows(const media::Source& source) : source_(source) {}
 
-std::optional<Box> readBox(const media::Source& source, std::int64_t offset) {
-  const auto header = bytesAt<kHeaderSize>(source, offset);
+  // SIZE bytes at OFFSET; empty if the file ends before. Valid until the next call.
+  std::optional<std::span<const std::uint8_t>> bytesAt(std::int64_t offset, std::size_t size) {
+    const bool isInWindow = offset >= begin_ && offset - begin_ <= size_ &&
+                            size_ - (offset - begin_) >= static_cast<std::ptrdiff_t>(size);
+    if (!isInWindow) {
+      begin_ = offset;
+      size_ = source_.readAt(offset, window_);
+    }
+    if (size_ - (offset - begin_) < static_cast<std::ptrdiff_t>(size)) return std::nullopt;
+    return std::span(window_).subspan(static_cast<std::size_t>(offset - begin_), size);
+  }
+
+ private:
+  const media::Source& source_;
+  std::array<std::uint8_t, 4096> window_ = {};
+  std::int64_t begin_ = 0;
+  std::ptrdiff_t size_ = 0;
+};
+
+std::optional<Box> readBox(Windows& file, std::int64_t offset) {
+  const auto header = file.bytesAt(offset, kHeaderSize);
   if (!header) return std::nullopt;
   ByteReader bytes(*header);
   Box box;
@@ -87,9 +102,9 @@ std::optional<Box> readBox(const media::Source& source, std::int64_t offset) {
 }
 
 // False if the 64-bit size cannot be read.
-bool readLargeSize(const media::Source& source, Box& box) {
-  const auto large = bytesAt<kLargeHeaderSize - kHeaderSize>(
-      source, box.offset + static_cast<std::int64_t>(kHeaderSize));
+bool readLargeSize(Windows& file, Box& box) {
+  const auto large = file.bytesAt(box.offset + static_cast<std::int64_t>(kHeaderSize),
+                                  kLargeHeaderSize - kHeaderSize);
   if (!large) return false;
   box.size = static_cast<std::int64_t>(ByteReader(*large).bigEndian(large->size()));
   return true;
@@ -107,13 +122,14 @@ std::optional<std::int64_t> endOf(const Box& box, const media::Source& source) {
 }  // namespace
 
 MoovPosition moovPosition(const media::Source& source) {
+  Windows file(source);
   bool lastIsMoov = false;
   std::int64_t offset = 0;
-  while (const auto found = readBox(source, offset)) {
+  while (const auto found = readBox(file, offset)) {
     Box box = *found;
     lastIsMoov = box.is("moov");
     const bool isFileType = box.is("ftyp");
-    if (!isFileType && box.size == 1 && !readLargeSize(source, box)) break;
+    if (!isFileType && box.size == 1 && !readLargeSize(file, box)) break;
     const auto end = endOf(box, source);
     if (!end || (isFileType && *end > source.size())) return MoovPosition::kUnreadable;
     if (!box.isKnown()) return MoovPosition::kLastOrUnknownBox;
@@ -124,9 +140,9 @@ MoovPosition moovPosition(const media::Source& source) {
 }
 
 std::optional<std::uint32_t> mp4SubFormat(const media::Source& source) {
-  const auto window = bytesAt<kBrandWindow>(source, 0);
-  if (!window) return std::nullopt;
-  const std::string_view text = asText(*window);
+  std::array<std::uint8_t, kBrandWindow> window = {};
+  if (source.readAt(0, window) != static_cast<std::ptrdiff_t>(window.size())) return std::nullopt;
+  const std::string_view text = asText(window);
   const std::size_t found = text.find("ftyp");
   // npos also exceeds kLastStart. The last allowed start leaves one byte after the brand.
   constexpr std::size_t kLastStart = 55;
