@@ -5,6 +5,7 @@
 #include <id3v2tag.h>
 #include <textidentificationframe.h>
 
+#include "read/headers/id3v2.h"
 #include "read/tags/dsf_file.h"
 #include "read/tags/source_stream.h"
 
@@ -37,6 +38,7 @@ std::string unicodeText(const TagLib::ID3v2::FrameList& frames) {
 
 DsfTags readDsfTags(const media::Source& source) {
   DsfTags tags;
+  headers::blankInflatingTags(source);
   SourceStream stream(source);
   const DsfFile file(&stream);
   const TagLib::ID3v2::Tag* tag = file.tag();
