@@ -5,6 +5,7 @@
 #include "media/pixel_formats.h"
 #include "read/ffmpeg/input.h"
 #include "read/headers/picture.h"
+#include "read/headers/shortcuts.h"
 
 namespace kolum::probe {
 
@@ -22,8 +23,9 @@ PhotoResult photo(int width, int height, std::string_view pixelFormat) {
 PhotoResult probePhoto(const std::string& path) {
   const auto source = media::Source::open(path);
   if (!source) return {};
-  if (const auto picture = headers::readPicture(*source))
-    return photo(picture->width, picture->height, picture->pixelFormat);
+  const auto fromHeader =
+      headers::mayTakeShortcuts() ? headers::readPicture(*source) : std::nullopt;
+  if (fromHeader) return photo(fromHeader->width, fromHeader->height, fromHeader->pixelFormat);
   const auto input = ffmpeg::Input::open(*source, ffmpeg::Depth::kStreams);
   if (!input) return {};
   const media::Stream* picture = input->container().first(media::StreamType::kVideo);

@@ -43,7 +43,8 @@ std::optional<StreamsResult> probeStreams(const std::string& path,
   const auto title = titleOf(path, kind, trace);
   if (kind != disc::Kind::kNone && !title) return std::nullopt;
   const auto source = title ? disc::open(*title) : media::Source::open(path);
-  const auto input = source ? ffmpeg::Input::open(*source, ffmpeg::Depth::kStreams) : std::nullopt;
+  const auto depth = seekSeconds ? ffmpeg::Depth::kStreamTimes : ffmpeg::Depth::kStreams;
+  const auto input = source ? ffmpeg::Input::open(*source, depth) : std::nullopt;
   if (!input || input->container().streams.empty()) return std::nullopt;
   StreamsResult result;
   result.container = input->container();

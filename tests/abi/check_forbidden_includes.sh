@@ -35,7 +35,7 @@ refuses base/text.cpp media/source.h
 refuses media/levels.cpp dlna/naming.h
 refuses media/source.cpp read/ffmpeg/input.h
 refuses read/headers/ts_packets.cpp read/ffmpeg/input.h
-refuses read/ffmpeg/file_demuxers.cpp read/tags/dsf_tags.h
+refuses read/ffmpeg/formats.cpp read/tags/dsf_tags.h
 refuses read/tags/dsd_tool.cpp read/ffmpeg/input.h
 refuses read/disc/image.cpp probe/video.h
 refuses dlna/audio_class.cpp read/ffmpeg/input.h

@@ -7,10 +7,14 @@
 
 extern "C" {
 #include <libavcodec/avcodec.h>
+#if LIBAVCODEC_VERSION_MAJOR >= 58 && __has_include(<libavcodec/bsf.h>)
+#include <libavcodec/bsf.h>  // part of avcodec.h before
+#endif
 #include <libavformat/avformat.h>
 #include <libavutil/avutil.h>
 #include <libavutil/dict.h>
 #include <libavutil/display.h>
+#include <libavutil/imgutils.h>
 #include <libavutil/mathematics.h>
 #include <libavutil/pixdesc.h>
 #include <libavutil/rational.h>
@@ -21,6 +25,7 @@ extern "C" {
 #include <cstddef>
 #include <cstdint>
 #include <optional>
+#include <span>
 
 namespace kolum::ffmpeg::release {
 
@@ -31,14 +36,24 @@ inline void registerFormats() {
 #endif
 }
 
-// The demuxers in turn, null after the last; POSITION starts as null. 58.9 brought a new call.
-inline const AVInputFormat* nextDemuxer(void*& position) {
-#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(58, 9, 100)
-  AVInputFormat* next = av_iformat_next(static_cast<AVInputFormat*>(position));
+// The codecs in turn, null after the last; POSITION starts as null. 58.10 brought a new call.
+inline const AVCodec* nextCodec(void*& position) {
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(58, 10, 100)
+  AVCodec* next = av_codec_next(static_cast<AVCodec*>(position));
   position = next;
   return next;
 #else
-  return av_demuxer_iterate(&position);
+  return av_codec_iterate(&position);
+#endif
+}
+
+// Whether a decoder needs a device. Codecs are marked since 58.0; before, they were not chosen
+// unless asked for.
+inline bool usesHardware([[maybe_unused]] const AVCodec& codec) {
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(58, 18, 100)
+  return false;
+#else
+  return (codec.capabilities & (AV_CODEC_CAP_HARDWARE | AV_CODEC_CAP_HYBRID)) != 0;
 #endif
 }
 
@@ -94,6 +109,18 @@ inline SideData sideData(const AVStream& stream, int index) {
   return {entry.type, entry.data, entry.size};
 }
 #endif
+
+// Parameter sets that a bitstream filter found in a packet; the size's type changed in 59.0.
+inline std::span<const std::uint8_t> newExtraData(const AVPacket& packet) {
+#if LIBAVCODEC_VERSION_MAJOR < 59
+  int size = 0;
+#else
+  std::size_t size = 0;
+#endif
+  const std::uint8_t* data = av_packet_get_side_data(&packet, AV_PKT_DATA_NEW_EXTRADATA, &size);
+  if (data == nullptr) return {};
+  return {data, static_cast<std::size_t>(size)};
+}
 
 struct TileGrid {
   int width;

@@ -1,91 +1,75 @@
 #include "read/ffmpeg/input.h"
 
-#include <algorithm>
-#include <cctype>
-#include <cerrno>
 #include <utility>
 
-#include "base/text.h"
 #include "read/ffmpeg/ffmpeg.h"
-#include "read/ffmpeg/file_demuxers.h"
+#include "read/ffmpeg/shortcut.h"
 #include "read/ffmpeg/source_reader.h"
 #include "read/ffmpeg/values.h"
+#include "read/headers/id3v2.h"
+#include "read/headers/shortcuts.h"
+#include "read/headers/signatures.h"
 
 namespace kolum::ffmpeg {
 
 namespace {
 
-// For a context that is not open yet.
-struct Freer {
-  void operator()(AVFormatContext* context) const { avformat_free_context(context); }
-};
-
-int refuseToOpen(AVFormatContext* /*context*/, AVIOContext** /*io*/, const char* /*url*/,
-                 int /*flags*/, AVDictionary** /*options*/) {
-  return AVERROR(EACCES);
+void beginOperationOf(const Context& context) {
+  if (context.reader != nullptr) context.reader->renew();
 }
 
-// The part of a name that FFmpeg's guess of the format may use. The rest could have a meaning to
-// it: "pic%d.png" is a series of pictures.
-std::string nameForGuess(const std::string& name) {
-  const std::string_view extension = extensionOf(name);
-  const bool isPlain = std::all_of(extension.begin(), extension.end(), [](unsigned char c) {
-    return c == '.' || std::isalnum(c) != 0 || c == '_' || c == '-' || c == '+';
-  });
-  return "media" + std::string(isPlain ? extension : "");
+// The result of FFmpeg's search is ignored: what was found before an error is still worth
+// reporting.
+void readStreams(const Context& context) {
+  beginOperationOf(context);
+  avformat_find_stream_info(context.format.get(), nullptr);
+}
+
+// The same with a shortcut. False if another way has to be taken.
+bool readStreamsFromHeaders(const Context& context, const media::Source& source) {
+  beginOperationOf(context);
+  Shortcut shortcut(*context.format, source);
+  shortcut.fill();
+  avformat_find_stream_info(context.format.get(), shortcut.options());
+  return shortcut.isSound();
+}
+
+std::optional<Context> openFile(const media::Source& source) {
+  return openContext(source, headers::mayTakeShortcuts() ? headers::demuxerOf(source) : "");
 }
 
 }  // namespace
 
-void Input::Closer::operator()(AVFormatContext* context) const {
-  avformat_close_input(&context);
-}
-
-Input::Input(AVFormatContext* context, std::unique_ptr<SourceReader> reader, Depth depth)
-    : reader_(std::move(reader)), context_(context) {
-  if (depth == Depth::kStreams) {
-    beginOperation();
-    // The result is ignored: what was found before an error is still worth reporting.
-    avformat_find_stream_info(context, nullptr);
-  }
-  container_ = containerOf(*context);
-}
-
-Input::Input(Input&&) noexcept = default;
-
-// The context must be closed before its reader is destroyed.
-Input::~Input() {
-  context_.reset();
+Input::Input(Context context, Depth depth) : context_(std::move(context)) {
+  if (depth != Depth::kHeader) readStreams(context_);
+  container_ = containerOf(*raw());
 }
 
 std::optional<Input> Input::open(const media::Source& source, Depth depth) {
-  const char* demuxers = fileDemuxers();
-  std::unique_ptr<AVFormatContext, Freer> context(avformat_alloc_context());
-  if (context == nullptr) return std::nullopt;
-  context->format_whitelist = av_strdup(demuxers);
-  if (context->format_whitelist == nullptr) return std::nullopt;
-  context->io_open = refuseToOpen;
-  auto reader = std::make_unique<SourceReader>(source);
-  context->pb = reader->context();
-  const std::string name = nameForGuess(source.name());
-  AVFormatContext* opened = context.release();
-  // Frees the context if it fails.
-  if (avformat_open_input(&opened, name.c_str(), nullptr, nullptr) != 0) return std::nullopt;
-  return Input(opened, std::move(reader), depth);
+  headers::blankInflatingTags(source);
+  auto context = openFile(source);
+  if (!context) return std::nullopt;
+  if (depth != Depth::kStreams || !headers::mayTakeShortcuts())
+    return Input(std::move(*context), depth);
+  if (readStreamsFromHeaders(*context, source)) return Input(std::move(*context), Depth::kHeader);
+  context.reset();
+  auto again = openFile(source);
+  if (!again) return std::nullopt;
+  return Input(std::move(*again), depth);
 }
 
 std::optional<Input> Input::openUrl(const char* url, Depth depth) {
   AVFormatContext* context = nullptr;
   if (avformat_open_input(&context, url, nullptr, nullptr) != 0) return std::nullopt;
-  return Input(context, nullptr, depth);
+  return Input(Context(nullptr, context), depth);
 }
 
 AVStream* Input::raw(const media::Stream& stream) const {
-  return context_->streams[stream.index];
+  return raw()->streams[stream.index];
 }
 
 void Input::beginOperation() const {
-  if (reader_ != nullptr) reader_->renew();
+  beginOperationOf(context_);
 }
 
 std::optional<media::Container> readContainer(const std::string& path, Depth depth) {

@@ -2,25 +2,23 @@
 #ifndef KOLUM_READ_FFMPEG_INPUT_H
 #define KOLUM_READ_FFMPEG_INPUT_H
 
-#include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
 #include "media/source.h"
 #include "media/stream.h"
+#include "read/ffmpeg/context.h"
 
-struct AVFormatContext;
 struct AVStream;
 
 namespace kolum::ffmpeg {
 
-class SourceReader;
-
 // How much of an input is read when it is opened.
 enum class Depth {
-  kHeader,   // the container's header only
-  kStreams,  // also packets, until FFmpeg knows the streams as well as it can
+  kHeader,       // the container's header only
+  kStreams,      // also packets, until FFmpeg knows the streams as well as it can
+  kStreamTimes,  // also the times at which streams start, and packets can be read from there
 };
 
 // Closed on destruction.
@@ -33,27 +31,21 @@ class Input {
   // Anything but a file, by FFmpeg's own transport ("http://...").
   static std::optional<Input> openUrl(const char* url, Depth depth);
 
-  Input(Input&&) noexcept;
+  Input(Input&&) noexcept = default;
   Input& operator=(Input&&) = delete;
-  ~Input();
 
   const media::Container& container() const { return container_; }
   media::Container takeContainer() && { return std::move(container_); }
 
-  AVFormatContext* raw() const { return context_.get(); }
+  AVFormatContext* raw() const { return context_.format.get(); }
   AVStream* raw(const media::Stream& stream) const;
   // Call before an operation that continues reading.
   void beginOperation() const;
 
  private:
-  struct Closer {
-    void operator()(AVFormatContext* context) const;
-  };
-  Input(AVFormatContext* context, std::unique_ptr<SourceReader> reader, Depth depth);
+  Input(Context context, Depth depth);
 
-  // Null for URLs: their servers set the pace.
-  std::unique_ptr<SourceReader> reader_;
-  std::unique_ptr<AVFormatContext, Closer> context_;
+  Context context_;
   media::Container container_;
 };
 

@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "read/ffmpeg/ffmpeg.h"
-#include "read/ffmpeg/file_demuxers.h"
+#include "read/ffmpeg/formats.h"
 
 namespace kolum::ffmpeg {
 

@@ -59,26 +59,39 @@ std::int64_t SourceReader::seek(void* opaque, std::int64_t offset, int whence) n
 }
 
 int SourceReader::read(std::span<std::uint8_t> out) {
-  if (zerosLeft_ <= 0) return AVERROR_EOF;
-  if (position_ == 0) source_.keepHead();
+  if (zerosLeft_ <= 0 || stretchLeft_ <= 0) return AVERROR_EOF;
+  if (position_ == 0) source_.head();
   const std::ptrdiff_t got = source_.readAt(position_, out);
   if (got < 0) return AVERROR(errno);
   if (got == 0) return AVERROR_EOF;
   position_ += got;
-  countZeros(out.first(static_cast<std::size_t>(got)));
+  count(out.first(static_cast<std::size_t>(got)));
   return static_cast<int>(got);
 }
 
-// A seek leads to another part of the file, so counting of zeros starts anew.
+void SourceReader::renew() {
+  zerosLeft_ = kZerosLimit;
+  stretchLeft_ = stretch_;
+}
+
+int SourceReader::isInterrupted(void* reader) noexcept {
+  return static_cast<const SourceReader*>(reader)->source_.isUsedUp() ? 1 : 0;
+}
+
+// A seek leads to another part of the file, so counting starts anew.
 std::int64_t SourceReader::seekTo(std::int64_t position) {
   if (position < 0) return AVERROR(EINVAL);
   if (position != position_) renew();
   return position_ = position;
 }
 
-void SourceReader::countZeros(std::span<const std::uint8_t> bytes) {
-  if (!isAllZero(bytes)) return;
-  zerosLeft_ -= static_cast<std::int64_t>(bytes.size());
+void SourceReader::count(std::span<const std::uint8_t> bytes) {
+  const auto size = static_cast<std::int64_t>(bytes.size());
+  if (!isAllZero(bytes)) {
+    stretchLeft_ -= size;
+    return;
+  }
+  zerosLeft_ -= size;
   if (zerosLeft_ > 0) return;
   const std::int64_t hole = source_.distanceToData(position_).value_or(kLongestHole);
   if (hole > 0 && hole < kLongestHole) zerosLeft_ = hole + kZerosLimit;

@@ -1,4 +1,5 @@
-// Gives FFmpeg a file's bytes: an AVIOContext over an opened source, with a limit on zeros.
+// Gives FFmpeg a file's bytes: an AVIOContext over an opened source, with limits on zeros and on
+// searching.
 #ifndef KOLUM_READ_FFMPEG_SOURCE_READER_H
 #define KOLUM_READ_FFMPEG_SOURCE_READER_H
 
@@ -26,8 +27,12 @@ class SourceReader {
   ~SourceReader();
 
   AVIOContext* context() const { return context_; }
-  // Begins an operation: counting of zeros starts anew.
-  void renew() { zerosLeft_ = kZerosLimit; }
+  // Begins an operation: what it may read at a stretch is counted anew.
+  void renew();
+  // From now on, the demuxer may read only so much at a stretch as a search for data takes.
+  void limitSearches() { stretch_ = media::budget::kSearchedBytes; }
+  // For AVIOInterruptCB: whether the call has used up its budget.
+  static int isInterrupted(void* reader) noexcept;
 
  private:
   // Called by FFmpeg, through which nothing may be thrown.
@@ -35,11 +40,13 @@ class SourceReader {
   static std::int64_t seek(void* reader, std::int64_t offset, int whence) noexcept;
   int read(std::span<std::uint8_t> out);
   std::int64_t seekTo(std::int64_t position);
-  void countZeros(std::span<const std::uint8_t> bytes);
+  void count(std::span<const std::uint8_t> bytes);
 
   const media::Source& source_;
   AVIOContext* context_;
   std::int64_t position_ = 0;
+  std::int64_t stretch_ = media::budget::kBytes;
+  std::int64_t stretchLeft_ = stretch_;
   std::int64_t zerosLeft_ = kZerosLimit;
 };
 

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "probe/key_frames.h"
-#include "read/ffmpeg/file_demuxers.h"
+#include "read/ffmpeg/formats.h"
 #include "read/ffmpeg/input.h"
 #include "read/ffmpeg/recognition.h"
 #include "support/child_process.h"
@@ -172,13 +172,58 @@ TEST(ReadLimit, KeepsKeyFramesOfFileWithHole) {
   }
 }
 
-TEST(FileDemuxers, IncludeCommonOnesButNoneThatOpensOtherFiles) {
-  const std::string list = "," + std::string(kolum::ffmpeg::fileDemuxers()) + ",";
-  for (const char* name : {"mov", "matroska", "mpegts", "mpeg", "avi", "asf", "flv", "mp3", "dsf",
-                           "image2", "tiff_pipe", "rm", "wtv", "ape"})
-    EXPECT_NE(list.find("," + std::string(name) + ","), std::string::npos) << name;
-  for (const char* name : {"concat", "hls", "dash", "imf", "sdp", "vobsub"})
-    EXPECT_EQ(list.find("," + std::string(name) + ","), std::string::npos) << name;
+TEST(Formats, AllowTheContainersOfLibraries) {
+  for (const char* name :
+       {"mov,mp4,m4a,3gp,3g2,mj2", "matroska,webm", "mpegts", "mpeg", "avi", "asf", "flv", "mp3",
+        "flac", "wav", "ogg", "dsf", "iff", "image2", "tiff_pipe", "rm", "wtv", "ape"})
+    EXPECT_TRUE(kolum::ffmpeg::isAllowedDemuxer(name)) << name;
+}
+
+TEST(Formats, AllowNothingElse) {
+  for (const char* name :
+       {"concat",   "hls",      "dash",       "imf",      "sdp",      "vobsub",   "sunrast_pipe",
+        "sgi_pipe", "dds_pipe", "qoi_pipe",   "exr_pipe", "xbm_pipe", "pcx_pipe", "svg_pipe",
+        "tty",      "lavfi",    "image2pipe", "rawvideo", "",         ",",        "mp4"})
+    EXPECT_FALSE(kolum::ffmpeg::isAllowedDemuxer(name)) << name;
+}
+
+bool isInList(const std::string& list, const std::string& name) {
+  return ("," + list + ",").find("," + name + ",") != std::string::npos;
+}
+
+TEST(Formats, AllowTheDecodersOfLibraries) {
+  const std::string all = kolum::ffmpeg::allowedDecoders();
+  const std::string butH264 = kolum::ffmpeg::allowedDecodersButH264();
+  for (const char* name :
+       {"hevc", "mpeg4", "mpeg2video", "vp9", "vc1", "mjpeg", "png", "tiff", "aac", "mp3float",
+        "flac", "opus", "dca", "dsd_lsbf", "pcm_s16le", "subrip", "pgssub"}) {
+    EXPECT_TRUE(isInList(all, name)) << name;
+    EXPECT_TRUE(isInList(butH264, name)) << name;
+  }
+  EXPECT_TRUE(isInList(all, "h264"));
+  EXPECT_FALSE(isInList(butH264, "h264"));
+  for (const char* name : {"sunrast", "sgi", "pcx", "dds", "qoi", "exr", "xbm", "xwd", "librsvg",
+                           "psd", "h264_cuvid", "h264_v4l2m2m"})
+    EXPECT_FALSE(isInList(all, name)) << name;
+}
+
+// A decoder of FFmpeg 5 ends the process for these bytes.
+TEST(Formats, RefusePicturesThatNoLibraryContains) {
+  const TempDir folder;
+  const std::string raster(
+      "\x59\xa6\x6a\x95\0\0\x3e\x80\0\0\x3e\x80\0\0\0\x20\0\0\0\0\0\0\0\x02\0\0\0\0\0\0\0\0\x80\xff"
+      "\0"
+      "\x80\xff\0\x80\xff",
+      40);
+  for (const char* name : {"abort.mp4", "abort.mp3", "abort", "abort.sun", "abort.ras"}) {
+    SCOPED_TRACE(name);
+    folder.write(name, raster);
+    videoObject_st record = {};
+    EXPECT_NE(GetVideoMetadata1(folder.folder().c_str(), name, &record, 0), 0U);
+    unsigned width = 0;
+    unsigned height = 0;
+    EXPECT_NE(GetPhotoHW(folder.path(name).c_str(), &width, &height), 0U);
+  }
 }
 
 unsigned quietKeyFrameTime(const std::string& url) {

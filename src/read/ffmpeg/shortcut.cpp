@@ -1,0 +1,327 @@
+#include "read/ffmpeg/shortcut.h"
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+#include <set>
+#include <span>
+#include <string>
+#include <string_view>
+
+#include "media/container.h"
+#include "read/ffmpeg/context.h"
+#include "read/ffmpeg/ffmpeg.h"
+#include "read/ffmpeg/formats.h"
+#include "read/ffmpeg/source_reader.h"  // for the context's destructor
+#include "read/headers/h264.h"
+#include "read/headers/picture.h"
+
+namespace kolum::ffmpeg {
+
+namespace {
+
+using Bytes = std::span<const std::uint8_t>;
+
+// The first packet of each stream is among these, or not worth waiting for.
+constexpr int kMostPackets = 500;
+// FFmpeg looks at the second packet of a transport stream's streams, too, for their frame rate.
+constexpr int kPacketsOfTransportStream = 2;
+constexpr int kUnknownProfile = -99;
+
+struct PacketDeleter {
+  void operator()(AVPacket* packet) const { av_packet_free(&packet); }
+};
+using OwnedPacket = std::unique_ptr<AVPacket, PacketDeleter>;
+
+bool isDemuxer(const AVFormatContext& context, std::string_view name) {
+  return context.iformat->name == name;
+}
+
+Bytes bytesOf(const AVPacket& packet) {
+  if (packet.data == nullptr || packet.size <= 0) return {};
+  return {packet.data, static_cast<std::size_t>(packet.size)};
+}
+
+Bytes extraDataOf(const AVStream& stream) {
+  const AVCodecParameters& parameters = *stream.codecpar;
+  if (parameters.extradata == nullptr || parameters.extradata_size <= 0) return {};
+  return {parameters.extradata, static_cast<std::size_t>(parameters.extradata_size)};
+}
+
+bool isCover(const AVStream& stream) {
+  return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+}
+
+bool isStillPictureFile(const AVFormatContext& context) {
+  const std::string_view name = context.iformat->name;
+  return name.ends_with("_pipe") || name == "image2";
+}
+
+// Whether a packet can be what its stream's parameters say.
+bool isExpected(const AVStream& stream, Bytes packet) {
+  constexpr std::uint8_t kConfigurationVersion = 1;
+  const Bytes extraData = extraDataOf(stream);
+  const bool hasConfiguration = stream.codecpar->codec_id == AV_CODEC_ID_H264 &&
+                                !extraData.empty() && extraData[0] == kConfigurationVersion;
+  return hasConfiguration ? headers::isPlainPicture(packet, extraData) : !packet.empty();
+}
+
+bool hasFrameRate(const AVStream& stream) {
+  return stream.r_frame_rate.num != 0 && stream.avg_frame_rate.num != 0;
+}
+
+bool isEncrypted(const AVStream& stream) {
+  return stream.codecpar->codec_tag == MKTAG('e', 'n', 'c', 'v') ||
+         stream.codecpar->codec_tag == MKTAG('d', 'r', 'm', 'i');
+}
+
+AVCodecID codecOf(headers::PictureFormat format) {
+  switch (format) {
+    case headers::PictureFormat::kPng:
+      return AV_CODEC_ID_PNG;
+    case headers::PictureFormat::kJpeg:
+      return AV_CODEC_ID_MJPEG;
+    case headers::PictureFormat::kGif:
+      return AV_CODEC_ID_GIF;
+    case headers::PictureFormat::kBmp:
+      return AV_CODEC_ID_BMP;
+    case headers::PictureFormat::kTiff:
+      return AV_CODEC_ID_TIFF;
+    case headers::PictureFormat::kWebp:
+      return AV_CODEC_ID_WEBP;
+  }
+  return AV_CODEC_ID_NONE;
+}
+
+// The parameter sets that a packet of a byte stream carries, as FFmpeg keeps them.
+std::vector<std::uint8_t> parameterSetsOf(const AVStream& stream, const AVPacket& packet) {
+  std::vector<std::uint8_t> sets;
+  const AVBitStreamFilter* filter = av_bsf_get_by_name("extract_extradata");
+  AVBSFContext* context = nullptr;
+  if (filter == nullptr || av_bsf_alloc(filter, &context) < 0) return sets;
+  const OwnedPacket copy(av_packet_clone(&packet));
+  if (copy != nullptr && avcodec_parameters_copy(context->par_in, stream.codecpar) >= 0 &&
+      av_bsf_init(context) >= 0 && av_bsf_send_packet(context, copy.get()) >= 0 &&
+      av_bsf_receive_packet(context, copy.get()) >= 0) {
+    const Bytes found = release::newExtraData(*copy);
+    sets.assign(found.begin(), found.end());
+  }
+  av_bsf_free(&context);
+  return sets;
+}
+
+}  // namespace
+
+Shortcut::Shortcut(AVFormatContext& context, const media::Source& source)
+    : context_(context), source_(source), streamCount_(context.nb_streams) {}
+
+Shortcut::~Shortcut() {
+  for (AVDictionary*& each : options_) av_dict_free(&each);
+}
+
+AVDictionary** Shortcut::options() {
+  return options_.empty() ? nullptr : options_.data();
+}
+
+void Shortcut::fill() {
+  if (isDemuxer(context_, media::kDemuxerMpegTs)) lookAhead();
+  bool isH264Known = true;
+  std::vector<FilledStream> found;
+  for (unsigned i = 0; i < streamCount_; ++i) {
+    AVStream& stream = *context_.streams[i];
+    if (stream.codecpar->codec_type != AVMEDIA_TYPE_VIDEO) continue;
+    if (const auto picture = pictureOf(stream))
+      found.push_back({i, *picture, hasFrameRate(stream)});
+    else if (stream.codecpar->codec_id == AV_CODEC_ID_H264)
+      isH264Known = false;
+    else
+      fillParameterSets(stream);
+  }
+  options_.resize(streamCount_, nullptr);
+  // The decoder is left out for all streams or for none.
+  for (const FilledStream& each : found)
+    if (isH264Known || !isH264(each.index)) apply(each);
+}
+
+bool Shortcut::isH264(unsigned index) const {
+  return context_.streams[index]->codecpar->codec_id == AV_CODEC_ID_H264;
+}
+
+// Reads what the first pictures of a transport stream carry, in a context of its own.
+void Shortcut::lookAhead() {
+  std::set<int> wanted;
+  for (unsigned i = 0; i < streamCount_; ++i) {
+    const AVStream& stream = *context_.streams[i];
+    const AVCodecID codec = stream.codecpar->codec_id;
+    if (extraDataOf(stream).empty() && (codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_HEVC))
+      wanted.insert(stream.id);
+  }
+  const auto ahead = wanted.empty() ? std::nullopt : openContext(source_, media::kDemuxerMpegTs);
+  const OwnedPacket packet(av_packet_alloc());
+  if (!ahead || packet == nullptr) return;
+  for (int i = 0; i < kMostPackets && firstPackets_.size() < wanted.size() &&
+                  av_read_frame(ahead->format.get(), packet.get()) >= 0;
+       ++i) {
+    const AVStream& stream = *ahead->format->streams[packet->stream_index];
+    if (wanted.contains(stream.id) && !firstPackets_.contains(stream.id)) {
+      FirstPacket& first = firstPackets_[stream.id];
+      if (stream.codecpar->codec_id == AV_CODEC_ID_H264)
+        first.picture = headers::readSps(headers::spsOfByteStream(bytesOf(*packet)));
+      else
+        first.parameterSets = parameterSetsOf(stream, *packet);
+    }
+    av_packet_unref(packet.get());
+  }
+}
+
+std::optional<PictureParameters> Shortcut::pictureOf(const AVStream& stream) const {
+  if (stream.codecpar->codec_id == AV_CODEC_ID_H264 && !isCover(stream)) return h264Picture(stream);
+  return stillPicture(stream);
+}
+
+std::optional<PictureParameters> Shortcut::h264Picture(const AVStream& stream) const {
+  const auto ahead = firstPackets_.find(stream.id);
+  const auto found = ahead != firstPackets_.end()
+                         ? ahead->second.picture
+                         : headers::readSps(headers::spsOfConfiguration(extraDataOf(stream)));
+  if (!found || isEncrypted(stream)) return std::nullopt;
+  const bool hasDecodingTimes = isDemuxer(context_, media::kDemuxerMp4);
+  if (!found->heldBackPictures && !hasDecodingTimes) return std::nullopt;
+  // Without the decoder, FFmpeg makes up no decoding times, and measures no frame rate by them.
+  if (isDemuxer(context_, media::kDemuxerMatroska) &&
+      (!hasFrameRate(stream) || context_.duration <= 0))
+    return std::nullopt;
+  const AVCodecParameters& parameters = *stream.codecpar;
+  if (parameters.width != 0 &&
+      (parameters.width != found->width || parameters.height != found->height))
+    return std::nullopt;
+  return PictureParameters{.width = found->width,
+                           .height = found->height,
+                           .pixelFormat = av_get_pix_fmt(found->pixelFormat),
+                           .profile = found->profile,
+                           .level = found->level,
+                           .sampleAspect = found->sampleAspect,
+                           .heldBackPictures = found->heldBackPictures.value_or(0),
+                           .ticksPerSecond = found->ticksPerSecond,
+                           .unitTicks = found->unitTicks};
+}
+
+std::optional<PictureParameters> Shortcut::stillPicture(const AVStream& stream) const {
+  std::optional<headers::Picture> found;
+  if (isCover(stream) && stream.attached_pic.data != nullptr)
+    found = headers::readPicture(bytesOf(stream.attached_pic), stream.attached_pic.size);
+  else if (isStillPictureFile(context_))
+    found = headers::readPicture(source_);
+  if (!found || codecOf(found->format) != stream.codecpar->codec_id) return std::nullopt;
+  const AVRational aspect = {found->sampleAspect.num, found->sampleAspect.den};
+  // Extreme ones: only some of FFmpeg's checks refuse them.
+  if (av_image_check_sar(static_cast<unsigned>(found->width), static_cast<unsigned>(found->height),
+                         aspect) < 0)
+    return std::nullopt;
+  return PictureParameters{.width = found->width,
+                           .height = found->height,
+                           .pixelFormat = av_get_pix_fmt(std::string(found->pixelFormat).c_str()),
+                           .profile = kUnknownProfile,
+                           .level = kUnknownProfile,
+                           .sampleAspect = found->sampleAspect,
+                           .heldBackPictures = 0,
+                           .ticksPerSecond = 0,
+                           .unitTicks = 0};
+}
+
+// With parameter sets, the HEVC decoder knows its pictures without decoding any.
+void Shortcut::fillParameterSets(AVStream& stream) {
+  const auto ahead = firstPackets_.find(stream.id);
+  if (ahead == firstPackets_.end() || ahead->second.parameterSets.empty()) return;
+  const std::vector<std::uint8_t>& sets = ahead->second.parameterSets;
+  auto* copy = static_cast<std::uint8_t*>(av_mallocz(sets.size() + AV_INPUT_BUFFER_PADDING_SIZE));
+  if (copy == nullptr) return;
+  std::memcpy(copy, sets.data(), sets.size());
+  stream.codecpar->extradata = copy;
+  stream.codecpar->extradata_size = static_cast<int>(sets.size());
+  expectedPackets_[stream.index] = kPacketsOfTransportStream;
+}
+
+void Shortcut::apply(const FilledStream& filled) {
+  const PictureParameters& picture = filled.picture;
+  AVCodecParameters& parameters = *context_.streams[filled.index]->codecpar;
+  parameters.width = picture.width;
+  parameters.height = picture.height;
+  parameters.format = picture.pixelFormat;
+  parameters.profile = picture.profile;
+  parameters.level = picture.level;
+  parameters.sample_aspect_ratio = {picture.sampleAspect.num, picture.sampleAspect.den};
+  parameters.video_delay = std::max(parameters.video_delay, picture.heldBackPictures);
+  filled_.push_back(filled);
+  if (isH264(filled.index)) leaveOutH264(filled.index);
+}
+
+void Shortcut::leaveOutH264(unsigned index) {
+  constexpr int kSilent = 100;
+  const bool isTransportStream = isDemuxer(context_, media::kDemuxerMpegTs);
+  expectedPackets_[static_cast<int>(index)] = isTransportStream ? kPacketsOfTransportStream : 1;
+  // FFmpeg would log that the decoder is not allowed, with the whole list of those that are.
+  av_dict_set_int(&options_[index], "log_level_offset", kSilent, 0);
+  av_freep(&context_.codec_whitelist);
+  context_.codec_whitelist = av_strdup(allowedDecodersButH264());
+  // Decoding times that never come are not waited for.
+  if (isDemuxer(context_, media::kDemuxerMatroska)) context_.max_ts_probe = 1;
+}
+
+bool Shortcut::isSound() {
+  if (filled_.empty() && expectedPackets_.empty()) return true;
+  if (mayHaveEndedEarly()) return false;
+  for (unsigned i = streamCount_; i < context_.nb_streams; ++i)
+    if (context_.streams[i]->codecpar->codec_type == AVMEDIA_TYPE_VIDEO) return false;
+  return std::all_of(filled_.begin(), filled_.end(),
+                     [this](const FilledStream& each) { return keepsPromises(each); }) &&
+         hasExpectedPackets();
+}
+
+// At the end of a file, FFmpeg gets the last packets of all streams at once. Without a decoder that
+// wants more, it is content before it has looked at those of the later audio streams.
+bool Shortcut::mayHaveEndedEarly() const {
+  const auto audioStreams = std::count_if(
+      context_.streams, context_.streams + context_.nb_streams,
+      [](const AVStream* stream) { return stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO; });
+  return audioStreams > 1 && avio_feof(context_.pb) != 0;
+}
+
+// Whether FFmpeg found nothing else about a stream by its other ways.
+bool Shortcut::keepsPromises(const FilledStream& filled) const {
+  const AVStream& stream = *context_.streams[filled.index];
+  const AVCodecParameters& parameters = *stream.codecpar;
+  const PictureParameters& picture = filled.picture;
+  if (parameters.width != picture.width || parameters.height != picture.height ||
+      parameters.profile != picture.profile || parameters.level != picture.level)
+    return false;
+  if (!isH264(filled.index) || filled.hadFrameRate) return true;
+  const AVRational rate = stream.r_frame_rate;
+  // The decoder knows half of the rate at which the clock ticks, and FFmpeg takes it where it could
+  // measure nothing but the time base or that clock.
+  const bool isTimeBase = rate.num == stream.time_base.den && rate.den == stream.time_base.num;
+  const bool isClock =
+      std::int64_t{rate.num} * picture.unitTicks == std::int64_t{rate.den} * picture.ticksPerSecond;
+  return !isTimeBase && !isClock;
+}
+
+// Whether the first packets are what the headers promised. Takes them from those that reading the
+// stream information left behind.
+bool Shortcut::hasExpectedPackets() {
+  auto left = expectedPackets_;
+  const OwnedPacket packet(av_packet_alloc());
+  if (packet == nullptr) return false;
+  for (int i = 0; !left.empty(); ++i) {
+    if (i >= kMostPackets || av_read_frame(&context_, packet.get()) < 0) return false;
+    const auto found = left.find(packet->stream_index);
+    const bool isWanted = found != left.end();
+    const bool isGood =
+        !isWanted || isExpected(*context_.streams[packet->stream_index], bytesOf(*packet));
+    if (isWanted && --found->second == 0) left.erase(found);
+    av_packet_unref(packet.get());
+    if (!isGood) return false;
+  }
+  return true;
+}
+
+}  // namespace kolum::ffmpeg

@@ -1,0 +1,84 @@
+// Spares FFmpeg the decoding of pictures when headers say what it would find out by that.
+#ifndef KOLUM_READ_FFMPEG_SHORTCUT_H
+#define KOLUM_READ_FFMPEG_SHORTCUT_H
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <vector>
+
+#include "media/rational.h"
+#include "media/source.h"
+#include "read/headers/h264.h"
+
+struct AVDictionary;
+struct AVFormatContext;
+struct AVStream;
+
+namespace kolum::ffmpeg {
+
+// What a header says about a stream's pictures.
+struct PictureParameters {
+  int width;
+  int height;
+  int pixelFormat;  // FFmpeg's number
+  int profile;
+  int level;
+  media::Rational sampleAspect;
+  int heldBackPictures;
+  std::uint32_t ticksPerSecond;
+  std::uint32_t unitTicks;
+};
+
+// Used in this order: fill() in a context that was opened and has read no packets, let FFmpeg read
+// the stream information with options(), then ask isSound(). If it is not, only opening the file
+// anew and reading it without a shortcut leads to FFmpeg's own answers.
+class Shortcut {
+ public:
+  Shortcut(AVFormatContext& context, const media::Source& source);
+  Shortcut(const Shortcut&) = delete;
+  Shortcut& operator=(const Shortcut&) = delete;
+  ~Shortcut();
+
+  void fill();
+  // One for each stream; null if there are none.
+  AVDictionary** options();
+  // Reads on in the file.
+  bool isSound();
+
+ private:
+  struct FilledStream {
+    unsigned index;
+    PictureParameters picture;
+    bool hadFrameRate;  // before any packet was read
+  };
+  // What the first packet of a stream of a transport stream has.
+  struct FirstPacket {
+    std::optional<headers::H264Parameters> picture;
+    std::vector<std::uint8_t> parameterSets;
+  };
+
+  bool isH264(unsigned index) const;
+  void lookAhead();
+  std::optional<PictureParameters> pictureOf(const AVStream& stream) const;
+  std::optional<PictureParameters> h264Picture(const AVStream& stream) const;
+  std::optional<PictureParameters> stillPicture(const AVStream& stream) const;
+  void fillParameterSets(AVStream& stream);
+  void apply(const FilledStream& filled);
+  void leaveOutH264(unsigned index);
+  bool mayHaveEndedEarly() const;
+  bool keepsPromises(const FilledStream& filled) const;
+  bool hasExpectedPackets();
+
+  AVFormatContext& context_;
+  const media::Source& source_;
+  unsigned streamCount_;
+  std::map<int, FirstPacket> firstPackets_;  // by the stream's own number
+  std::vector<FilledStream> filled_;
+  std::map<int, int> expectedPackets_;  // by the stream's index
+  std::vector<AVDictionary*> options_;
+};
+
+}  // namespace kolum::ffmpeg
+
+#endif

@@ -1,0 +1,82 @@
+// The shortcut by headers and FFmpeg's own way lead to the same answers, also about damaged files.
+#include "answers/two_ways.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "support/media_factory.h"
+
+namespace kolum::test {
+
+namespace {
+
+struct FileCase {
+  const char* name;
+  const char* arguments;
+};
+
+std::ostream& operator<<(std::ostream& out, const FileCase& row) {
+  return out << row.name;
+}
+
+class TwoWays : public testing::TestWithParam<FileCase> {};
+
+TEST_P(TwoWays, LeadToTheSameAnswers) {
+  constexpr const char* kVideo = "-f lavfi -i testsrc2=s=176x144:r=25:d=2 -f lavfi -i sine=d=2 ";
+  constexpr int kDamage = 20;
+  const FileCase& row = GetParam();
+  const std::string path = media(row.name, kVideo + std::string(row.arguments));
+  EXPECT_EQ(differencesAbout(path, Extent::kAnswers), "");
+  forEachDamaged(path, kDamage, [](const std::string& copy, const std::string& damage) {
+    EXPECT_EQ(differencesAbout(copy, Extent::kFacts), "") << damage;
+  });
+}
+
+std::string testName(const testing::TestParamInfo<FileCase>& info) {
+  std::string name = info.param.name;
+  std::replace_if(
+      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, TwoWays,
+    testing::Values(
+        FileCase{"h264.mp4", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
+        FileCase{"baseline.mp4", "-pix_fmt yuv420p -c:v libx264 -profile:v baseline -c:a aac"},
+        FileCase{"fragments.mp4", "-pix_fmt yuv420p -c:v libx264 -c:a aac -movflags frag_keyframe"},
+        FileCase{"h264.mov", "-pix_fmt yuv420p -c:v libx264 -c:a pcm_s16le"},
+        FileCase{"h264.mkv", "-pix_fmt yuv420p -c:v libx264 -c:a ac3"},
+        FileCase{"tracks.mkv",
+                 "-map 0 -map 1 -map 1 -map 1 -pix_fmt yuv420p -c:v libx264 -c:a ac3"},
+        FileCase{"h264.flv", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
+        FileCase{"h264.ts", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
+        FileCase{"interlaced.ts",
+                 "-pix_fmt yuv420p -c:v libx264 -flags +ildct+ilme -x264-params tff=1 -c:a mp2"},
+        FileCase{"h264.m2ts", "-pix_fmt yuv420p -c:v libx264 -c:a ac3 -mpegts_m2ts_mode 1"},
+        FileCase{"hevc.ts", "-pix_fmt yuv420p -c:v libx265 -x265-params log-level=none -c:a aac"},
+        FileCase{"mpeg2.ts", "-c:v mpeg2video -c:a mp2"}, FileCase{"mpeg4.avi", "-c:v mpeg4"},
+        FileCase{"vp9.webm", "-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -c:a libopus"},
+        FileCase{"wmv.wmv", "-c:v wmv2 -c:a wmav2"}, FileCase{"song.mp3", "-map 1"},
+        FileCase{"song.m4a", "-map 1"}, FileCase{"song.flac", "-map 1"},
+        FileCase{"song.ogg", "-map 1 -c:a libvorbis"}, FileCase{"song.wav", "-map 1"},
+        FileCase{"ac3.wav", "-map 1 -c:a ac3"}, FileCase{"dts.wav", "-map 1 -c:a dca -strict -2"},
+        FileCase{"song.wma", "-map 1 -c:a wmav2"},
+        FileCase{"cover.mp3",
+                 "-map 0 -map 1 -c:v mjpeg -pix_fmt yuvj420p -frames:v 1 "
+                 "-disposition:v attached_pic"},
+        FileCase{"cover.m4a",
+                 "-map 0 -map 1 -c:v png -pix_fmt rgb24 -frames:v 1 "
+                 "-disposition:v attached_pic"},
+        FileCase{"photo.jpg", "-map 0 -frames:v 1 -pix_fmt yuvj420p"},
+        FileCase{"photo.png", "-map 0 -frames:v 1"}, FileCase{"photo.gif", "-map 0 -frames:v 1"},
+        FileCase{"photo.bmp", "-map 0 -frames:v 1 -pix_fmt bgr24"},
+        FileCase{"photo.tiff", "-map 0 -frames:v 1 -pix_fmt rgb24"},
+        FileCase{"photo.webp", "-map 0 -frames:v 1 -pix_fmt yuv420p -c:v libwebp"},
+        FileCase{"photo.tga", "-map 0 -frames:v 1 -pix_fmt bgr24"}),
+    testName);
+
+}  // namespace
+
+}  // namespace kolum::test
