@@ -1,8 +1,10 @@
-// Measures what the library adds to FFmpeg: calls of each entry point alternate with those of a
-// floor that only opens the file and reads the stream information with the same FFmpeg.
+// Measures the library beside two others in the same process: the floor, a program that only opens
+// the file and reads the stream information with the same FFmpeg, and MediaInfo.
 //
-//   probe_overhead times ROUNDS FILE...        lines "FILE ENTRY MICROSECONDS", medians
-//   probe_overhead calls ENTRY FILE...         one call per file, for counting system calls
+//   probe_overhead times ROUNDS SECONDS ENTRY,... FILE...
+//       lines "FILE ENTRY MICROSECONDS": medians of the processor time of all threads. A file that
+//       takes longer than SECONDS gets fewer rounds
+//   probe_overhead calls ENTRY FILE            one call between two of getppid(), for strace
 //   probe_overhead memory ENTRY FILE           peak growth in KiB, threads left behind
 //   probe_overhead flat COUNT FILE             growth in KiB over COUNT probes
 //   probe_overhead parallel COUNT FILE...      speed of two threads relative to one
@@ -14,6 +16,7 @@ extern "C" {
 #include <dlfcn.h>
 #include <kolum/kolum.h>
 #include <sys/resource.h>
+#include <time.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -24,6 +27,8 @@ extern "C" {
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -31,8 +36,10 @@ extern "C" {
 namespace {
 
 std::FILE* results = nullptr;
+std::FILE* problems = nullptr;
 
 constexpr int kSearchSeconds = 5;
+constexpr int kLeastRounds = 5;
 
 struct Path {
   std::string whole;
@@ -45,18 +52,20 @@ Path pathOf(const std::string& whole) {
   return {whole, slash == 0 ? "./" : whole.substr(0, slash), whole.substr(slash)};
 }
 
-void openAndRead(const Path& path, bool streamInfo) {
+// Every entry says whether it succeeded: the time of a failure means nothing.
+bool openAndRead(const Path& path, bool streamInfo) {
   AVFormatContext* context = nullptr;
-  if (avformat_open_input(&context, path.whole.c_str(), nullptr, nullptr) != 0) return;
-  if (streamInfo) avformat_find_stream_info(context, nullptr);
+  if (avformat_open_input(&context, path.whole.c_str(), nullptr, nullptr) != 0) return false;
+  const bool isRead = !streamInfo || avformat_find_stream_info(context, nullptr) >= 0;
   avformat_close_input(&context);
+  return isRead;
 }
 
-void floorProbe(const Path& path) {
-  openAndRead(path, true);
+bool floorProbe(const Path& path) {
+  return openAndRead(path, true);
 }
-void floorOpen(const Path& path) {
-  openAndRead(path, false);
+bool floorOpen(const Path& path) {
+  return openAndRead(path, false);
 }
 
 // Reads to the first packet of a stream from TIMESTAMP on for which IS_WANTED holds; false when
@@ -85,9 +94,9 @@ AVCodecContext* openDecoder(const AVStream& stream) {
 
 // The floor of the key-frame search: no stream information, but a decoder, because its refusal is a
 // result, and a look at the first packet if the header does not say when the stream begins.
-void floorSearch(const Path& path) {
+bool floorSearch(const Path& path) {
   AVFormatContext* context = nullptr;
-  if (avformat_open_input(&context, path.whole.c_str(), nullptr, nullptr) != 0) return;
+  if (avformat_open_input(&context, path.whole.c_str(), nullptr, nullptr) != 0) return false;
   const int video = av_find_best_stream(context, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0);
   AVPacket* packet = av_packet_alloc();
   if (video >= 0 && packet != nullptr) {
@@ -107,15 +116,16 @@ void floorSearch(const Path& path) {
   }
   av_packet_free(&packet);
   avformat_close_input(&context);
+  return true;
 }
 
-void videoRecord(const Path& path) {
+bool videoRecord(const Path& path) {
   videoObject_st record = {};
-  GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, 0);
+  return GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &record, 0) == 0;
 }
 
 // As most hosts call it: with a variable for each output.
-void videoFlat(const Path& path) {
+bool videoFlat(const Path& path) {
   int numbers[23] = {};
   char mimeType[96];
   char dlnaProfile[128];
@@ -124,66 +134,78 @@ void videoFlat(const Path& path) {
   std::int64_t creationTime = 0;
   double frameRate = 0;
   int* n = numbers;
-  GetVideoMetadata3(path.folder.c_str(), path.name.c_str(), n, n + 1, n + 2, n + 3, n + 4, n + 5,
-                    n + 6, n + 7, n + 8, n + 9, mimeType, dlnaProfile, n + 10, n + 11, n + 12,
-                    n + 13, n + 14, n + 15, n + 16, n + 17, n + 18, n + 19, yearMonth, creationDate,
-                    &creationTime, 0, &frameRate, nullptr, nullptr, nullptr, nullptr, n + 20);
+  return GetVideoMetadata3(path.folder.c_str(), path.name.c_str(), n, n + 1, n + 2, n + 3, n + 4,
+                           n + 5, n + 6, n + 7, n + 8, n + 9, mimeType, dlnaProfile, n + 10, n + 11,
+                           n + 12, n + 13, n + 14, n + 15, n + 16, n + 17, n + 18, n + 19,
+                           yearMonth, creationDate, &creationTime, 0, &frameRate, nullptr, nullptr,
+                           nullptr, nullptr, n + 20) == 0;
 }
 
-void mediaInfo(const Path& path) {
+bool mediaInfo(const Path& path) {
   MediaInfo* info = nullptr;
-  GetMediaInfo(path.whole.c_str(), &info, 0, nullptr);
+  const bool isDescribed = GetMediaInfo(path.whole.c_str(), &info, 0, nullptr) == 0;
   Free_MediaInfo(info);
+  return isDescribed;
 }
 
-void audioTracks(const Path& path) {
+bool audioTracks(const Path& path) {
   unsigned count = 0;
-  GetAudioTrack(path.whole.c_str(), &count);
+  return GetAudioTrack(path.whole.c_str(), &count) == 0;
 }
 
-void subtitleTracks(const Path& path) {
+bool subtitleTracks(const Path& path) {
   unsigned count = 0;
-  GetSubtitleTrack(path.whole.c_str(), &count);
+  return GetSubtitleTrack(path.whole.c_str(), &count) == 0;
 }
 
-void isProtected(const Path& path) {
+bool isProtected(const Path& path) {
   unsigned answer = 0;
-  GetDRMProtectedInfo(path.whole.c_str(), &answer);
+  return GetDRMProtectedInfo(path.whole.c_str(), &answer) == 0;
 }
 
-void keyFrame(const Path& path) {
+// Files of less than that time have no such key frame; the search is measured all the same.
+bool keyFrame(const Path& path) {
   double time = 0;
   getVideoKeyFrameTime(path.whole.c_str(), kSearchSeconds, &time);
+  return true;
 }
 
-void rotation(const Path& path) {
+// Fails on FLV, whose streams are not known before packets are read.
+bool rotation(const Path& path) {
   unsigned degrees = 0;
   GetVideoRotationDegree(path.folder.c_str(), path.name.c_str(), &degrees);
+  return true;
 }
 
-void song(const Path& path) {
-  std::uint32_t numbers[8] = {};
+// The result is no measure: it is a failure for Opus, which has no codec number but is read as
+// fully as other songs.
+bool song(const Path& path) {
+  std::uint32_t numbers[7] = {};
+  std::uint32_t duration = 0;
   std::int32_t profile = 0;
   std::int32_t level = 0;
   char name[16] = "";
   GetAudioMetadata(path.folder.c_str(), path.name.c_str(), &numbers[0], &numbers[1], &numbers[2],
-                   &numbers[3], &numbers[4], &numbers[5], &numbers[6], &numbers[7], &profile,
-                   &level, name);
+                   &numbers[3], &numbers[4], &duration, &numbers[5], &numbers[6], &profile, &level,
+                   name);
+  return duration != 0;
 }
 
-void photo(const Path& path) {
+bool photo(const Path& path) {
   std::uint32_t width = 0;
   std::uint32_t height = 0;
-  GetPhotoHW(path.whole.c_str(), &width, &height);
+  return GetPhotoHW(path.whole.c_str(), &width, &height) == 0 && width != 0 && height != 0;
 }
 
-void pixelFormat(const Path& path) {
+bool pixelFormat(const Path& path) {
   std::uint32_t format = 0;
-  GetPhotoMetadata(path.folder.c_str(), path.name.c_str(), &format);
+  return GetPhotoMetadata(path.folder.c_str(), path.name.c_str(), &format) == 0;
 }
 
-// MediaInfo in this process, through its C interface. It is loaded at run time, because its
-// development package conflicts with the libcurl that this project builds with.
+// MediaInfo in this process, through its C interface and with its default options. It is loaded at
+// run time, because its development package conflicts with the libcurl that this project builds
+// with. Every call has its own object: one that has read some files is up to fifteen times slower
+// on later ones.
 class OtherLibrary {
  public:
   OtherLibrary() {
@@ -191,72 +213,110 @@ class OtherLibrary {
     if (library_ == nullptr) return;
     find("MediaInfoA_New", create_);
     find("MediaInfoA_Open", open_);
+    find("MediaInfoA_Get", get_);
     find("MediaInfoA_Close", close_);
     find("MediaInfoA_Delete", destroy_);
   }
 
-  bool isThere() const { return library_ != nullptr && create_ != nullptr && open_ != nullptr; }
-
-  void probe(const Path& path) const {
+  bool probe(const Path& path) const {
+    if (create_ == nullptr || open_ == nullptr || get_ == nullptr || close_ == nullptr ||
+        destroy_ == nullptr)
+      return false;
     void* handle = create_();
-    open_(handle, path.whole.c_str());
+    const bool isOpen = open_(handle, path.whole.c_str()) != 0;
+    const bool isKnown = isOpen && *get(handle, 0, "Format") != '\0';
+    for (const auto& [stream, field] : kFields) get(handle, stream, field);
     close_(handle);
     destroy_(handle);
+    return isKnown;
   }
 
  private:
+  struct Field {
+    int stream;  // its numbers: 0 the file, 1 video, 2 audio, 5 image
+    const char* name;
+  };
+  static constexpr Field kFields[] = {{0, "Duration"}, {0, "OverallBitRate"}, {1, "Format"},
+                                      {1, "Width"},    {1, "Height"},         {1, "FrameRate"},
+                                      {2, "Format"},   {2, "Channel(s)"},     {2, "SamplingRate"},
+                                      {5, "Width"},    {5, "Height"}};
+
   template <typename Function>
   void find(const char* name, Function*& function) {
     function = reinterpret_cast<Function*>(dlsym(library_, name));
   }
 
+  const char* get(void* handle, int stream, const char* field) const {
+    constexpr int kText = 1;
+    constexpr int kByName = 0;
+    return get_(handle, stream, 0, field, kText, kByName);
+  }
+
   void* library_ = nullptr;
   void* (*create_)() = nullptr;
   std::size_t (*open_)(void*, const char*) = nullptr;
+  const char* (*get_)(void*, int, std::size_t, const char*, int, int) = nullptr;
   void (*close_)(void*) = nullptr;
   void (*destroy_)(void*) = nullptr;
 };
 
-struct Entry {
-  const char* name;
-  const char* floor;
-  unsigned kinds;  // kinds of files, as bits of the classification
-  void (*call)(const Path&);
-};
-
-constexpr unsigned kSong = 1;
-constexpr unsigned kVideo = 2;
-constexpr unsigned kPhoto = 4;
-
-constexpr Entry kEntries[] = {
-    {"floor", "floor", kSong | kVideo | kPhoto, floorProbe},
-    {"open", "open", kVideo, floorOpen},
-    {"search", "search", kVideo, floorSearch},
-    {"GetVideoMetadata1", "floor", kVideo, videoRecord},
-    {"GetVideoMetadata3", "floor", kVideo, videoFlat},
-    {"GetMediaInfo", "floor", kVideo, mediaInfo},
-    {"GetAudioTrack", "floor", kVideo, audioTracks},
-    {"GetSubtitleTrack", "floor", kVideo, subtitleTracks},
-    {"GetDRMProtectedInfo", "floor", kVideo, isProtected},
-    {"GetVideoRotationDegree", "floor", kVideo, rotation},
-    {"getVideoKeyFrameTime", "search", kVideo, keyFrame},
-    {"GetAudioMetadata", "floor", kSong, song},
-    {"GetPhotoHW", "floor", kPhoto, photo},
-    {"GetPhotoMetadata", "floor", kPhoto, pixelFormat},
-};
-
-unsigned kindOf(const Path& path) {
-  unsigned row = 0;
-  unsigned tag = 0;
-  const int kind = KoLUM_GetFilenameType(path.whole.c_str(), &row, 7, &tag);
-  return kind == 0 ? 0 : 1U << (kind - 1);
+bool otherLibrary(const Path& path) {
+  static const OtherLibrary library;
+  return library.probe(path);
 }
 
-double microseconds(const std::function<void()>& work) {
+struct Entry {
+  const char* name;
+  bool (*call)(const Path&);
+};
+
+constexpr Entry kEntries[] = {
+    {"floor", floorProbe},
+    {"open", floorOpen},
+    {"search", floorSearch},
+    {"MediaInfo", otherLibrary},
+    {"GetVideoMetadata1", videoRecord},
+    {"GetVideoMetadata3", videoFlat},
+    {"GetMediaInfo", mediaInfo},
+    {"GetAudioTrack", audioTracks},
+    {"GetSubtitleTrack", subtitleTracks},
+    {"GetDRMProtectedInfo", isProtected},
+    {"GetVideoRotationDegree", rotation},
+    {"getVideoKeyFrameTime", keyFrame},
+    {"GetAudioMetadata", song},
+    {"GetPhotoHW", photo},
+    {"GetPhotoMetadata", pixelFormat},
+};
+
+const Entry& entryOf(const std::string& name) {
+  for (const Entry& entry : kEntries)
+    if (name == entry.name) return entry;
+  std::fprintf(problems, "no entry %s\n", name.c_str());
+  std::exit(2);
+}
+
+std::vector<Entry> entriesOf(const std::string& names) {
+  std::vector<Entry> entries;
+  std::istringstream list(names);
+  for (std::string name; std::getline(list, name, ',');) entries.push_back(entryOf(name));
+  return entries;
+}
+
+// Microseconds of processor time that all threads of this process have used.
+double processorTime() {
+  timespec now = {};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &now);
+  return static_cast<double>(now.tv_sec) * 1e6 + static_cast<double>(now.tv_nsec) / 1e3;
+}
+
+double secondsSince(std::chrono::steady_clock::time_point begin) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - begin).count();
+}
+
+double elapsed(const std::function<void()>& work) {
   const auto before = std::chrono::steady_clock::now();
   work();
-  return std::chrono::duration<double, std::micro>(std::chrono::steady_clock::now() - before)
-      .count();
+  return secondsSince(before);
 }
 
 double median(std::vector<double> values) {
@@ -264,39 +324,38 @@ double median(std::vector<double> values) {
   return values[values.size() / 2];
 }
 
+void mustSucceed(const Entry& entry, const Path& path) {
+  if (entry.call(path)) return;
+  std::fprintf(problems, "%s fails on %s\n", entry.name, path.whole.c_str());
+  std::exit(1);
+}
+
 // Every round takes the entries in another order.
-void times(int rounds, const Path& path) {
-  const unsigned kind = kindOf(path);
-  constexpr std::size_t kCount = std::size(kEntries);
-  std::vector<std::vector<double>> taken(kCount);
-  for (int round = 0; round < rounds; ++round) {
-    for (std::size_t step = 0; step < kCount; ++step) {
-      const std::size_t i = (step + static_cast<std::size_t>(round)) % kCount;
-      if ((kEntries[i].kinds & kind) == 0) continue;
-      // An uncounted call, so that every entry starts with the heap and caches in the same state.
-      floorProbe(path);
-      taken[i].push_back(microseconds([&] { kEntries[i].call(path); }));
+void times(long rounds, long seconds, const std::vector<Entry>& entries, const Path& path) {
+  for (const Entry& entry : entries) mustSucceed(entry, path);
+  std::vector<std::vector<double>> taken(entries.size());
+  const auto begin = std::chrono::steady_clock::now();
+  for (long round = 0; round < rounds; ++round) {
+    if (round >= kLeastRounds && secondsSince(begin) > static_cast<double>(seconds)) break;
+    for (std::size_t step = 0; step < entries.size(); ++step) {
+      const std::size_t i = (step + static_cast<std::size_t>(round)) % entries.size();
+      // An uncounted call, so that no entry finds the heap and caches as another has left them.
+      entries[i].call(path);
+      const double before = processorTime();
+      entries[i].call(path);
+      taken[i].push_back(processorTime() - before);
     }
   }
-  for (std::size_t i = 0; i < kCount; ++i)
-    if (!taken[i].empty())
-      std::fprintf(results, "%s\t%s\t%s\t%.2f\n", path.whole.c_str(), kEntries[i].name,
-                   kEntries[i].floor, median(taken[i]));
+  for (std::size_t i = 0; i < entries.size(); ++i)
+    std::fprintf(results, "%s\t%s\t%.2f\n", path.whole.c_str(), entries[i].name, median(taken[i]));
 }
 
-// Measured separately, because it leaves the caches in a different state from FFmpeg.
-void others(int rounds, const OtherLibrary& library, const Path& path) {
-  std::vector<double> taken;
-  for (int round = 0; round < rounds; ++round)
-    taken.push_back(microseconds([&] { library.probe(path); }));
-  std::fprintf(results, "%s\tMediaInfo\tfloor\t%.2f\n", path.whole.c_str(), median(taken));
-}
-
-const Entry& entryOf(const std::string& name) {
-  for (const Entry& entry : kEntries)
-    if (name == entry.name) return entry;
-  std::fprintf(stderr, "no entry %s\n", name.c_str());
-  std::exit(2);
+// The first call does what a process does only once.
+void calls(const Entry& entry, const Path& path) {
+  mustSucceed(entry, path);
+  getppid();
+  entry.call(path);
+  getppid();
 }
 
 long residentKib() {
@@ -320,22 +379,22 @@ void memory(const Entry& entry, const Path& path) {
                std::distance(std::filesystem::directory_iterator("/proc/self/task"), {}) - 1);
 }
 
-void flat(int count, const Path& path) {
-  for (int i = 0; i < count / 10; ++i) videoRecord(path);
+void flat(long count, const Path& path) {
+  for (long i = 0; i < count / 10; ++i) videoRecord(path);
   const long before = residentKib();
-  for (int i = 0; i < count; ++i) videoRecord(path);
+  for (long i = 0; i < count; ++i) videoRecord(path);
   std::fprintf(results, "%ld\n", residentKib() - before);
 }
 
-void parallel(int count, const std::vector<Path>& paths) {
+void parallel(long count, const std::vector<Path>& paths) {
   const auto work = [&] {
-    for (int i = 0; i < count; ++i)
+    for (long i = 0; i < count; ++i)
       for (const Path& path : paths) videoRecord(path);
   };
   std::vector<double> ratios;
   for (int round = 0; round < 7; ++round) {
-    const double one = microseconds(work);
-    const double two = microseconds([&] {
+    const double one = elapsed(work);
+    const double two = elapsed([&] {
       std::thread other(work);
       work();
       other.join();
@@ -348,8 +407,20 @@ void parallel(int count, const std::vector<Path>& paths) {
 // The library's own output would slow down the measurement and mix with the results.
 bool takeOverOutput() {
   results = fdopen(dup(STDOUT_FILENO), "w");
-  return results != nullptr && std::freopen("/dev/null", "w", stdout) != nullptr &&
+  problems = fdopen(dup(STDERR_FILENO), "w");
+  return results != nullptr && problems != nullptr &&
+         std::freopen("/dev/null", "w", stdout) != nullptr &&
          std::freopen("/dev/null", "w", stderr) != nullptr;
+}
+
+long numberIn(const char* text) {
+  return std::strtol(text, nullptr, 10);
+}
+
+std::vector<Path> pathsFrom(int first, int argc, char** argv) {
+  std::vector<Path> paths;
+  for (int i = first; i < argc; ++i) paths.push_back(pathOf(argv[i]));
+  return paths;
 }
 
 }  // namespace
@@ -358,21 +429,18 @@ int main(int argc, char** argv) {
   if (argc < 4 || !takeOverOutput()) return 2;
   av_log_set_level(AV_LOG_QUIET);
   const std::string mode = argv[1];
-  std::vector<Path> paths;
-  for (int i = 3; i < argc; ++i) paths.push_back(pathOf(argv[i]));
-  if (mode == "times") {
-    for (const Path& path : paths) times(std::atoi(argv[2]), path);
-    const OtherLibrary library;
-    if (!library.isThere()) return 1;
-    for (const Path& path : paths) others(std::atoi(argv[2]) / 10 + 1, library, path);
+  if (mode == "times" && argc > 5) {
+    const std::vector<Entry> entries = entriesOf(argv[4]);
+    for (const Path& path : pathsFrom(5, argc, argv))
+      times(numberIn(argv[2]), numberIn(argv[3]), entries, path);
   } else if (mode == "calls") {
-    for (const Path& path : paths) entryOf(argv[2]).call(path);
+    calls(entryOf(argv[2]), pathOf(argv[3]));
   } else if (mode == "memory") {
-    memory(entryOf(argv[2]), paths[0]);
+    memory(entryOf(argv[2]), pathOf(argv[3]));
   } else if (mode == "flat") {
-    flat(std::atoi(argv[2]), paths[0]);
+    flat(numberIn(argv[2]), pathOf(argv[3]));
   } else if (mode == "parallel") {
-    parallel(std::atoi(argv[2]), paths);
+    parallel(numberIn(argv[2]), pathsFrom(3, argc, argv));
   } else {
     return 2;
   }
