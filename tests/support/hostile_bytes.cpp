@@ -107,6 +107,18 @@ std::string riffList(const std::string& id, const std::string& type, const std::
   return riffChunk(id, type + chunks);
 }
 
+std::string distinctRiffChunks(int count) {
+  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
+  constexpr int kBase = sizeof kDigits - 1;
+  std::string chunks;
+  for (int i = 0; i < count; ++i) {
+    std::string type;
+    for (int rest = i; type.size() < 4; rest /= kBase) type += kDigits[rest % kBase];
+    chunks += riffChunk(type, "v");
+  }
+  return chunks;
+}
+
 std::string iffChunk(const std::string& id, const std::string& payload) {
   return id + bigEndian(payload.size(), 4) + payload + zeros(payload.size() % 2);
 }

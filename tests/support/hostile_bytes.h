@@ -49,6 +49,9 @@ std::string riffChunk(const std::string& id, const std::string& payload);
 // "RIFF" or "LIST" with a type in front of its chunks.
 std::string riffList(const std::string& id, const std::string& type, const std::string& chunks);
 
+// COUNT chunks, each of another type.
+std::string distinctRiffChunks(int count);
+
 // A chunk of AIFF or IFF: a big-endian size.
 std::string iffChunk(const std::string& id, const std::string& payload);
 

@@ -285,20 +285,21 @@ std::string hugeJpeg() {
   return jpegWith("", kSide);
 }
 
-// Every scan skips 32767 blocks per code, and there are four million of them.
-std::string jpegOfScans() {
+// Every scan skips 32767 blocks per code.
+std::string jpegOfScans(std::uint32_t side, std::size_t rounds) {
   constexpr char kLongestRun = '\xE0';
-  std::string file = "\xFF\xD8" + jpegQuantization() + jpegFrame(kProgressive, kSide, kSide) +
+  std::string file = "\xFF\xD8" + jpegQuantization() + jpegFrame(kProgressive, side, side) +
                      jpegTable('\x00', '\0') + jpegTable('\x10', kLongestRun) +
                      jpegScan('\1', 0, 0) + zeros(64);
   // A code of one zero bit and 14 bits of the run's length.
   Bits runs;
-  for (int i = 0; i < 125; ++i) runs.put(0, 1).put(0x3FFE, 14);
+  for (std::uint32_t blocks = 0; blocks < side * side / 64; blocks += 32767)
+    runs.put(0, 1).put(0x3FFE, 14);
   std::string data;
   for (const char c : runs.bytes()) data += c == '\xFF' ? std::string("\xFF\0", 2) : std::string{c};
   std::string scans;
   for (char i = 1; i < 64; ++i) scans += jpegScan('\1', i, i) + data;
-  return file + repeated(scans, 60) + "\xFF\xD9";
+  return file + repeated(scans, rounds) + "\xFF\xD9";
 }
 
 std::string jpegOfSegments() {
@@ -468,7 +469,7 @@ HostileFiles hostilePictures() {
       {"hugeHeader.xpm", hugeXpm},
       {"hugeHeader.xbm", hugeXbm},
       {"hugeHeader.svg", hugeSvg},
-      {"hugeHeaderAsPhoto.jpg", hugeSvg},
+      {"hugeHeaderAsVideo.mkv", hugeSvg},
       {"nestedGroups.svg", svgOfGroups},
       {"nestedEntities.svg", svgOfEntities},
       {"inflatingText.png", pngInflatingText},
@@ -484,7 +485,8 @@ HostileFiles hostilePictures() {
       {"manyFrames.gif", [] { return gif(1, 200000); }},
       {"huge.jpg", hugeJpeg},
       {"tall.jpg", [] { return "\xFF\xD8" + jpegFrame(kBaseline, 4000, 65500) + zeros(64); }},
-      {"scans.jpg", jpegOfScans},
+      {"scans.jpg", [] { return jpegOfScans(kSide, 60); }},
+      {"scansOfModeratePicture.jpg", [] { return jpegOfScans(4000, 600); }},
       {"segments.jpg", jpegOfSegments},
       {"hugeLossless.jpg", hugeLosslessJpeg},
       {"exifNumbers.jpg", jpegOfExifNumbers},

@@ -272,20 +272,6 @@ std::string wavWithInfo(const std::string& items) {
   return wavWith(wavFormat() + riffList("LIST", "INFO", items) + riffChunk("data", zeros(4096)));
 }
 
-// Four letters or digits.
-std::string fourCharacters(int number) {
-  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789";
-  std::string text;
-  for (int i = 0; i < 4; ++i, number /= 36) text += kDigits[number % 36];
-  return text;
-}
-
-std::string distinctInfo() {
-  std::string items;
-  for (int i = 0; i < 100'000; ++i) items += riffChunk(fourCharacters(i), "v");
-  return items;
-}
-
 std::string hugeChunk(const std::string& id, std::uint32_t size) {
   return "RIFF" + little32(0xFFFFFFFF) + "WAVE" + wavFormat() + id + little32(size);
 }
@@ -406,7 +392,7 @@ HostileFiles hostileSongs() {
        [] { return dffFile(dsdWithTag(id3v2TagOf(inflatingFrames("TXXX")))); }},
       {"chunks.dff", dffOfChunks},
       {"nested.dff", nestedDff},
-      {"distinctInfo.wav", [] { return wavWithInfo(distinctInfo()); }},
+      {"distinctInfo.wav", [] { return wavWithInfo(distinctRiffChunks(100000)); }},
       {"emptyLists.wav",
        [] { return wavWith(wavFormat() + repeated(riffList("LIST", "INFO", ""), 1'000'000)); }},
       {"hugeList.wav",
