@@ -3,7 +3,6 @@
 #include <zlib.h>
 
 #include <algorithm>
-#include <array>
 #include <bit>
 #include <memory>
 #include <stdexcept>
@@ -18,26 +17,31 @@ struct DeflateEnder {
   void operator()(z_stream* stream) const { deflateEnd(stream); }
 };
 
-// Compresses BLOCK, COUNT times, without holding all of it.
+// BLOCK, COUNT times, compressed only once: after a full flush the same bytes compress to the same
+// ones again.
 std::string deflatedBlocks(std::string_view block, std::size_t count) {
+  constexpr std::size_t kHeaderSize = 2;
+  constexpr char kLastEmptyBlock[] = "\x03\0";
   z_stream stream = {};
   if (deflateInit(&stream, Z_BEST_COMPRESSION) != Z_OK) throw std::runtime_error("deflateInit");
   const std::unique_ptr<z_stream, DeflateEnder> ender(&stream);
-  std::array<unsigned char, 65536> buffer = {};
-  std::string out;
-  for (std::size_t i = 0; i <= count; ++i) {
-    const bool isEnd = i == count;
-    // zlib never writes through the pointer.
-    stream.next_in = reinterpret_cast<unsigned char*>(const_cast<char*>(block.data()));
-    stream.avail_in = isEnd ? 0 : static_cast<unsigned>(block.size());
-    do {
-      stream.next_out = buffer.data();
-      stream.avail_out = buffer.size();
-      deflate(&stream, isEnd ? Z_FINISH : Z_NO_FLUSH);
-      out.append(reinterpret_cast<const char*>(buffer.data()), buffer.size() - stream.avail_out);
-    } while (stream.avail_out == 0);
-  }
-  return out;
+  std::string packed(deflateBound(&stream, block.size()) + 64, '\0');
+  // zlib never writes through this pointer.
+  auto* bytes = reinterpret_cast<unsigned char*>(const_cast<char*>(block.data()));
+  stream.next_in = bytes;
+  stream.avail_in = static_cast<unsigned>(block.size());
+  stream.next_out = reinterpret_cast<unsigned char*>(packed.data());
+  stream.avail_out = static_cast<unsigned>(packed.size());
+  if (deflate(&stream, Z_FULL_FLUSH) != Z_OK) throw std::runtime_error("deflate");
+  packed.resize(stream.total_out);
+
+  const uLong checksum = adler32(1, bytes, static_cast<unsigned>(block.size()));
+  uLong whole = 1;
+  for (std::size_t i = 0; i < count; ++i)
+    whole = adler32_combine(whole, checksum, static_cast<z_off_t>(block.size()));
+  return packed.substr(0, kHeaderSize) +
+         repeated(std::string_view(packed).substr(kHeaderSize), count) +
+         std::string(kLastEmptyBlock, 2) + bigEndian(whole, 4);
 }
 
 }  // namespace

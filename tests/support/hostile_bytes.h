@@ -15,6 +15,9 @@ inline constexpr std::size_t kMiB = 1024 * kKiB;
 // The longest side of a square picture that FFmpeg still accepts, in round numbers.
 inline constexpr std::uint32_t kHugeSide = 16000;
 
+// FFmpeg refuses a file with more than a thousand streams. Covers and attachments are streams.
+inline constexpr std::uint32_t kMostStreams = 900;
+
 // BLOCK, COUNT times.
 std::string repeated(std::string_view block, std::size_t count);
 

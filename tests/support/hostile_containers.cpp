@@ -195,7 +195,7 @@ std::string asfDistinctAttributes() {
 }
 
 std::string asfPictures() {
-  constexpr std::uint32_t kCount = 20'000;
+  constexpr std::uint32_t kCount = kMostStreams;
   const std::string picture =
       "\3" + little32(hugePng().size()) + utf16("image/png") + utf16("") + hugePng();
   const std::string attribute = asfAttribute("WM/Picture", 1, picture);
@@ -310,7 +310,7 @@ std::string realStream(std::uint32_t number) {
 
 std::string realStreams() {
   std::string streams;
-  for (std::uint32_t i = 0; i < 50'000; ++i) streams += realStream(i);
+  for (std::uint32_t i = 0; i < kMostStreams; ++i) streams += realStream(i);
   return realWith(streams);
 }
 
@@ -432,7 +432,7 @@ HostileFiles hostileContainers() {
       {"hugeCodecData.avi", aviHugeCodecData},
       {"nestedLists.avi", aviNested},
       {"manyStreams.avi",
-       [] { return aviSmall(aviHeader(repeated(aviStream("H264", 64), 50'000))); }},
+       [] { return aviSmall(aviHeader(repeated(aviStream("H264", 64), kMostStreams))); }},
       {"headThenNoise.avi",
        [] { return aviSmall(aviHeader(aviStream("H264", 64))) + repeated(noise(kMiB), 128); }},
       {"hugePicture.avi", [] { return aviWithPicture("MPNG", 64, hugePng()); }},

@@ -81,7 +81,7 @@ std::string compressedTrack(std::uint32_t id, const std::string& codecData) {
 }
 
 std::string inflatingCodecData() {
-  const std::string data = deflatedZeros(16 * kMiB);
+  const std::string data = deflatedZeros(9 * kMiB);
   std::string tracks;
   for (std::uint32_t id = 1; id <= 200; ++id) tracks += compressedTrack(id, data);
   return matroska(element(kTracks, tracks) + cluster("x"));
@@ -219,12 +219,12 @@ HostileFiles hostileMatroskaFiles() {
        [] { return matroska(element(kTracks, repeated(element(kTrackEntry, ""), 1'000'000))); }},
       {"manyTracks.mkv", [] { return manyTracks(100'000, "V_MPEG4/ISO/AVC"); }},
       {"tracksOfNoCodec.mkv", [] { return manyTracks(100'000, "V_NONE"); }},
-      {"thousandTracks.mkv", [] { return manyTracks(1000, "V_MPEGH/ISO/HEVC"); }},
+      {"thousandTracks.mkv", [] { return manyTracks(kMostStreams, "V_MPEGH/ISO/HEVC"); }},
       {"inflatingCodecData.mkv", inflatingCodecData},
       {"inflatingFrames.mkv", inflatingFrames},
       {"manyEncodings.mkv", manyEncodings},
-      {"manyAttachments.mkv", [] { return attachments(100'000, "x"); }},
-      {"hugeAttachments.mkv", [] { return attachments(10'000, hugePng()); }},
+      {"tooManyAttachments.mkv", [] { return attachments(100'000, "x"); }},
+      {"hugeAttachments.mkv", [] { return attachments(kMostStreams, hugePng()); }},
       {"distinctTags.mkv", distinctTags},
       {"nestedTags.mkv", nestedTags},
       {"longTags.mkv", longTags},

@@ -140,7 +140,7 @@ std::string manyEdits() {
 std::string fragmented(const std::string& tracks, std::uint32_t count) {
   std::string defaults;
   for (std::uint32_t id = 1; id <= count; ++id)
-    defaults += fullBox("trex", 0, 0, big32(id) + big32(1) + zeros(12));
+    defaults += fullBox("trex", 0, 0, big32(id) + repeated(big32(1), 3) + zeros(4));
   return movie(tracks + box("mvex", defaults));
 }
 
@@ -156,7 +156,7 @@ std::string fragment(std::uint32_t samples) {
                          box("traf", fullBox("tfhd", 0, kBaseIsFragment, big32(1)) + run));
 }
 
-std::string fragmentsOfEmptySamples() {
+std::string fragmentsOfClaimedSamples() {
   return fragmented(trak({.tables = emptyTables()}), 1) + repeated(fragment(1'000'000), 100);
 }
 
@@ -174,9 +174,18 @@ std::string manyTracks(std::uint32_t count, const Track& pattern) {
   return tracks;
 }
 
+// Every track's only sample is the same picture.
+std::string manyPictures() {
+  const std::string head = ftyp("qt  ") + box("mdat", hugePng());
+  const auto size = static_cast<std::uint32_t>(hugePng().size());
+  const auto offset = static_cast<std::uint32_t>(head.size() - size);
+  const Track track = {.entry = videoEntry("png ", 64), .tables = sameSamples(1, size, offset)};
+  return head + box("moov", movieHeader() + manyTracks(kMostStreams, track));
+}
+
 // The index has a row for every fragment and track.
 std::string fragmentsOfManyTracks() {
-  return fragmented(manyTracks(900, {.tables = emptyTables()}), 900) +
+  return fragmented(manyTracks(kMostStreams, {.tables = emptyTables()}), kMostStreams) +
          repeated(fragment(1), 100'000);
 }
 
@@ -185,7 +194,8 @@ std::string segmentIndexOfManyTracks() {
   const std::string index = fullBox("sidx", 0, 0,
                                     big32(1) + big32(1000) + zeros(8) + big16(0) + big16(kCount) +
                                         repeated(big32(1) + big32(1) + big32(0), kCount));
-  return fragmented(manyTracks(900, {.tables = emptyTables()}), 900) + index + fragment(1);
+  return fragmented(manyTracks(kMostStreams, {.tables = emptyTables()}), kMostStreams) + index +
+         fragment(1);
 }
 
 std::string hugeRandomAccessIndex() {
@@ -224,14 +234,14 @@ std::string encryptionTables() {
 
 std::string protectionSystems() {
   constexpr std::size_t kCount = 50'000;
-  return movie(repeated(fullBox("pssh", 0, 0, zeros(16) + big32(8) + zeros(8)), kCount) +
-               trak({.tables = sameSamples(1, 1)}));
+  const std::string system = fullBox("pssh", 0, 0, zeros(16) + big32(8) + zeros(8));
+  return movie(trak({.tables = sameSamples(1, 1)}) + repeated(system, kCount));
 }
 
 std::string hugeSamples() {
   return movie(trak({.handler = "vide",
                      .entry = videoEntry("mp4v", 64),
-                     .tables = sameSamples(1000, 0x7FFF0000)}));
+                     .tables = sameSamples(1000, 0x30000000)}));
 }
 
 // One sample that is as large as its table claims.
@@ -300,7 +310,7 @@ std::string covers(std::size_t count, const std::string& picture) {
 std::string coversOfOneItem() {
   constexpr std::uint32_t kPng = 14;
   const std::string data = box("data", big32(kPng) + big32(0) + hugePng());
-  return movieWithMetadata(userData(box("covr", repeated(data, 10'000))));
+  return movieWithMetadata(userData(box("covr", repeated(data, kMostStreams))));
 }
 
 std::string longText() {
@@ -444,7 +454,7 @@ HostileFiles hostileMp4Files() {
       {"hugeSyncGroups.mp4", hugeSyncGroups},
       {"multiplyingEdits.mp4", multiplyingEdits},
       {"manyEdits.mp4", manyEdits},
-      {"fragmentsOfEmptySamples.mp4", fragmentsOfEmptySamples},
+      {"fragmentsOfClaimedSamples.mp4", fragmentsOfClaimedSamples},
       {"manyFragments.mp4", manyFragments},
       {"fragmentsOfManyTracks.mp4", fragmentsOfManyTracks},
       {"segmentIndexOfManyTracks.mp4", segmentIndexOfManyTracks},
@@ -456,6 +466,9 @@ HostileFiles hostileMp4Files() {
       {"hugeSamples.mp4", hugeSamples, std::int64_t{4} << 40},
       {"largeSample.mp4", largeSample},
       {"manyTracks.mp4", [] { return movie(manyTracks(20'000, {.tables = sameSamples(1, 1)})); }},
+      {"thousandTracks.mp4",
+       [] { return movie(manyTracks(kMostStreams, {.tables = sameSamples(1, 1)})); }},
+      {"thousandPictures.mov", manyPictures},
       {"manySoundTracks.m4a",
        [] {
          return movie(manyTracks(
@@ -466,7 +479,8 @@ HostileFiles hostileMp4Files() {
       {"distinctKeys.mov", distinctKeys},
       {"hugeKeyCount.mov", hugeKeyCount},
       {"distinctUserData.mov", distinctUserData},
-      {"hugeCovers.m4a", [] { return covers(10'000, hugePng()); }},
+      {"hugeCovers.m4a", [] { return covers(kMostStreams, hugePng()); }},
+      {"tooManyCovers.m4a", [] { return covers(100'000, "x"); }},
       {"hugeCoversOfOneItem.m4a", coversOfOneItem},
       {"longText.m4a", longText},
       {"longTexts.m4a", longTexts},

@@ -1,3 +1,5 @@
+#include <iterator>
+
 #include "support/hostile_bytes.h"
 #include "support/hostile_media.h"
 #include "support/mp4_builder.h"
@@ -346,24 +348,28 @@ std::string hugeTiff() {
   return tiff(tiffSize(kSide) + bits + tiffPixels(), repeated(little16(16), 4) + zeros(64));
 }
 
-// Tens of thousands of tags with the same megabytes of text.
+// Every text that a TIFF file may have, and all are the same megabytes.
 std::string tiffOfTexts() {
-  constexpr std::size_t kEntries = 65000;
-  constexpr std::uint32_t kLength = 8 * kMiB;
-  const std::string entry = tiffEntry(315, kTiffText, kLength, offsetBehind(kEntries));
-  return tiff(tiffSize(16) + repeated(entry, kEntries - 2), repeated("a", kLength));
+  constexpr std::uint32_t kTags[] = {269, 270, 271, 272, 285, 305, 306, 315, 316, 33432};
+  constexpr std::uint32_t kLength = 32 * kMiB;
+  std::string entries = tiffSize(16);
+  for (const std::uint32_t tag : kTags)
+    entries += tiffEntry(tag, kTiffText, kLength, offsetBehind(std::size(kTags) + 2));
+  return tiff(entries, repeated("a", kLength));
 }
 
 std::string tiffOfNumbers() {
-  constexpr std::size_t kEntries = 65000;
-  constexpr std::uint32_t kCount = kMiB;
-  const std::string entry = tiffEntry(33922, kTiffDouble, kCount, offsetBehind(kEntries));
-  return tiff(tiffSize(16) + repeated(entry, kEntries - 2), repeated("abcdefgh", kCount));
+  constexpr std::uint32_t kTags[] = {33550, 33922, 34264, 34736};
+  constexpr std::uint32_t kCount = 2 * kMiB;
+  std::string entries = tiffSize(16);
+  for (const std::uint32_t tag : kTags)
+    entries += tiffEntry(tag, kTiffDouble, kCount, offsetBehind(std::size(kTags) + 2));
+  return tiff(entries, repeated("abcdefgh", kCount));
 }
 
+// The directory is its own subdirectory and its own successor.
 std::string tiffOfLoops() {
-  const std::string subDirectory = tiffEntry(330, kTiffLong, 1, 8);
-  const std::string entries = tiffSize(16) + repeated(subDirectory, 1000);
+  const std::string entries = tiffSize(16) + tiffEntry(330, kTiffLong, 1, 8);
   return "II*" + zeros(1) + little32(8) + little16(entries.size() / 12) + entries + little32(8);
 }
 
@@ -395,7 +401,7 @@ std::string exifSegment(const std::string& exif) {
 
 std::string jpegOfExifNumbers() {
   std::string segments;
-  for (std::uint32_t tag = 0x9290; tag < 0xFFFF - 2700; tag += 2700)
+  for (std::uint32_t tag = 0xB000; tag < 0xFFFF - 2700; tag += 2700)
     segments += exifSegment(exifOfNumbers(2700, 16000, tag));
   return jpegWith(segments, 16);
 }
@@ -421,7 +427,7 @@ std::string jpeg2000(std::uint32_t side, std::uint32_t tileSide) {
   return "\xFF\x4F" + jpegSegment('\x51', size) + jpegSegment('\x52', style) +
          jpegSegment('\x5C', quantization) +
          jpegSegment('\x90', big16(0) + big32(0) + std::string("\0\1", 2)) + "\xFF\x93" +
-         zeros(64) + "\xFF\xD9";
+         zeros(16 * kKiB) + "\xFF\xD9";
 }
 
 std::string inJp2(const std::string& codestream) {
@@ -498,7 +504,7 @@ HostileFiles hostilePictures() {
       {"loops.tiff", tiffOfLoops},
       {"hugeCounts.tiff", tiffOfHugeCounts},
       {"huge.j2k", [] { return jpeg2000(kSide, kSide); }},
-      {"tiles.j2k", [] { return jpeg2000(kSide, 16); }},
+      {"tiles.j2k", [] { return jpeg2000(kSide, 64); }},
       {"huge.jp2", [] { return inJp2(jpeg2000(kSide, kSide)); }},
   };
   // Content decides what FFmpeg reads, not the name.
