@@ -1,4 +1,3 @@
-#include <array>
 #include <bit>
 
 #include "support/hostile_bytes.h"
@@ -129,11 +128,30 @@ std::string aviNested() {
   return riffList("RIFF", "AVI ", lists);
 }
 
-// Codecs whose decoders make a picture of the container's size from a few bytes.
-constexpr std::array<const char*, 30> kAviCodecs = {
-    "mpg2", "FMP4", "MP43", "H263", "H264", "HEVC", "MJPG", "MPNG", "MJ2C", "FFV1",
-    "HFYU", "FFVH", "LAGS", "cvid", "MSVC", "ZMBV", "tscc", "IV50", "VP31", "VP62",
-    "ULRG", "MAGY", "WMV1", "WMV3", "FLV1", "SNOW", "CSCD", "LOCO", "FPS1", "YV12"};
+std::string fewBytes() {
+  return noise(4 * kKiB);
+}
+
+std::string oneColour() {
+  return "\x06\x01\x02\x03\x04";
+}
+
+// Codecs whose decoders make a picture of the container's size, or of their own, from a few bytes.
+struct CodecRow {
+  const char* codec;
+  std::string (*frame)();
+};
+
+constexpr CodecRow kAviCodecs[] = {
+    {"mpg2", hugeMpeg2}, {"FMP4", hugeMpeg4}, {"H264", hugeH264},     {"HEVC", hugeHevc},
+    {"MJPG", hugeJpeg},  {"MPNG", hugePng},   {"MJ2C", hugeJpeg2000}, {"VP80", hugeVp8},
+    {"MP43", fewBytes},  {"H263", fewBytes},  {"FFV1", fewBytes},     {"HFYU", fewBytes},
+    {"FFVH", fewBytes},  {"LAGS", oneColour}, {"cvid", fewBytes},     {"MSVC", fewBytes},
+    {"ZMBV", fewBytes},  {"tscc", fewBytes},  {"IV50", fewBytes},     {"VP31", fewBytes},
+    {"VP62", fewBytes},  {"ULRG", fewBytes},  {"MAGY", fewBytes},     {"WMV1", fewBytes},
+    {"WMV3", fewBytes},  {"FLV1", fewBytes},  {"SNOW", fewBytes},     {"CSCD", fewBytes},
+    {"LOCO", fewBytes},  {"FPS1", fewBytes},  {"YV12", fewBytes},
+};
 
 // --- ASF ---
 
@@ -435,7 +453,6 @@ HostileFiles hostileContainers() {
        [] { return aviSmall(aviHeader(repeated(aviStream("H264", 64), kMostStreams))); }},
       {"headThenNoise.avi",
        [] { return aviSmall(aviHeader(aviStream("H264", 64))) + repeated(noise(kMiB), 128); }},
-      {"hugePicture.avi", [] { return aviWithPicture("MPNG", 64, hugePng()); }},
       {"hugeRaw.avi", [] { return aviWithPicture(zeros(4), kHugeSide, noise(4 * kKiB)); }},
       {"hugeRuns.avi", [] { return aviWithPicture("\1" + zeros(3), kHugeSide, zeros(64), 8); }},
       {"distinctAttributes.wmv", asfDistinctAttributes},
@@ -475,9 +492,9 @@ HostileFiles hostileContainers() {
       {"terabytesOfNothing.avi", [] { return std::string("RIFF\0\0\0\0AVI ", 12); },
        std::int64_t{4} << 40},
   };
-  for (const char* codec : kAviCodecs) {
-    files.push_back({std::string("huge_") + codec + ".avi",
-                     [codec] { return aviWithPicture(codec, kHugeSide, noise(4 * kKiB)); }});
+  for (const CodecRow& row : kAviCodecs) {
+    files.push_back({std::string("huge_") + row.codec + ".avi",
+                     [row] { return aviWithPicture(row.codec, kHugeSide, row.frame()); }});
   }
   return files;
 }

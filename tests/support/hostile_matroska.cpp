@@ -1,5 +1,3 @@
-#include <array>
-
 #include "support/hostile_bytes.h"
 #include "support/hostile_media.h"
 #include "support/mp4_builder.h"
@@ -191,15 +189,33 @@ std::string laces() {
                   element(kCluster, number(0xE7, 0) + repeated(element(0xA3, frame), 20'000)));
 }
 
-constexpr std::array<const char*, 10> kPictureCodecs = {
-    "V_MPEG2", "V_MPEG4/ISO/ASP", "V_MPEG4/ISO/AVC", "V_MPEGH/ISO/HEVC", "V_VP8",
-    "V_VP9",   "V_AV1",           "V_THEORA",        "V_MJPEG",          "V_SNOW"};
-
-std::string inName(std::string codec) {
-  for (char& c : codec)
-    if (c == '/') c = '_';
-  return codec;
+std::string fewBytes() {
+  return noise(4 * kKiB);
 }
+
+std::string oneColour() {
+  return "\x06\x01\x02\x03\x04";
+}
+
+// Codecs whose decoders make a picture of the container's size, or of their own, from a few bytes.
+struct CodecRow {
+  const char* name;
+  const char* codec;
+  std::string (*frame)();
+};
+
+constexpr CodecRow kPictureCodecs[] = {
+    {"Mpeg2", "V_MPEG2", hugeMpeg2},
+    {"Mpeg4", "V_MPEG4/ISO/ASP", hugeMpeg4},
+    {"H264", "V_MPEG4/ISO/AVC", hugeH264},
+    {"Hevc", "V_MPEGH/ISO/HEVC", hugeHevc},
+    {"Vp8", "V_VP8", hugeVp8},
+    {"Vp9", "V_VP9", fewBytes},
+    {"Av1", "V_AV1", fewBytes},
+    {"Theora", "V_THEORA", fewBytes},
+    {"Jpeg", "V_MJPEG", hugeJpeg},
+    {"Snow", "V_SNOW", fewBytes},
+};
 
 // As AVI describes a picture.
 std::string foreignTrack(const std::string& fourCharacters, std::uint32_t side) {
@@ -208,8 +224,12 @@ std::string foreignTrack(const std::string& fourCharacters, std::uint32_t side) 
   return videoTrack(1, "V_MS/VFW/FOURCC", side, element(0x63A2, header));
 }
 
-constexpr std::array<const char*, 8> kForeignCodecs = {"GIF ", "MPNG", "FFV1", "HFYU",
-                                                       "LAGS", "MSVC", "CRAM", "ZLIB"};
+constexpr CodecRow kForeignCodecs[] = {
+    {"Gif", "GIF ", hugeGif},           {"Png", "MPNG", hugePng},
+    {"Ffv1", "FFV1", fewBytes},         {"HuffYuv", "HFYU", fewBytes},
+    {"Lagarith", "LAGS", oneColour},    {"Video1", "MSVC", fewBytes},
+    {"Jpeg2000", "MJ2C", hugeJpeg2000}, {"Zlib", "ZLIB", fewBytes},
+};
 
 }  // namespace
 
@@ -244,15 +264,14 @@ HostileFiles hostileMatroskaFiles() {
        std::int64_t{4} << 40},
       {"noise.webm", [] { return small("") + repeated(noise(kMiB), 128); }},
   };
-  for (const char* codec : kPictureCodecs) {
-    files.push_back({"huge_" + inName(codec) + ".mkv", [codec] {
-                       return withTrack(videoTrack(1, codec, kHugeSide), noise(4 * kKiB));
+  for (const CodecRow& row : kPictureCodecs) {
+    files.push_back({std::string("huge") + row.name + ".mkv", [row] {
+                       return withTrack(videoTrack(1, row.codec, kHugeSide), row.frame());
                      }});
   }
-  for (const char* codec : kForeignCodecs) {
-    files.push_back({"huge_" + std::string(codec, 3) + ".mkv", [codec] {
-                       return withTrack(foreignTrack(codec, kHugeSide), noise(4 * kKiB));
-                     }});
+  for (const CodecRow& row : kForeignCodecs) {
+    files.push_back({std::string("huge") + row.name + "OfAvi.mkv",
+                     [row] { return withTrack(foreignTrack(row.codec, kHugeSide), row.frame()); }});
   }
   return files;
 }

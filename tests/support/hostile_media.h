@@ -35,9 +35,19 @@ HostileFiles hostileFiles();
 // Writes the file into FOLDER (which ends with "/") and returns its path.
 std::string writeHostileFile(const HostileFile& file, const std::string& folder);
 
-// Parts that other formats contain, too.
-std::string hugePng();         // a header only: 16000 x 16000 pixels of 16 bits
+// Parts that other formats contain, too. The huge ones are only headers of 16000 x 16000 pixels, or
+// the most that the format allows, with next to no data behind them.
 std::string sunRasterAbort();  // FFmpeg's decoder fails an assertion
+std::string hugePng();
+std::string hugeJpeg();
+std::string hugeJpeg2000();
+std::string hugeTiff();
+std::string hugeGif();
+std::string hugeVp8();
+std::string hugeMpeg2();
+std::string hugeMpeg4();
+std::string hugeH264();
+std::string hugeHevc();
 
 }  // namespace kolum::test
 

@@ -1,5 +1,3 @@
-#include <array>
-
 #include "support/hostile_bytes.h"
 #include "support/hostile_media.h"
 #include "support/mp4_builder.h"
@@ -432,16 +430,29 @@ std::string manyProperties() {
 
 // --- Codecs ---
 
-// Codecs whose decoders make a picture of the container's size from a few bytes.
-constexpr std::array<const char*, 16> kPictureCodecs = {
-    "mp4v", "jpeg", "mjpa", "png ", "gif ", "tiff", "raw ", "rle ",
-    "rpza", "smc ", "SVQ1", "SVQ3", "apcn", "AVdn", "mjp2", "CFHD"};
+// Codecs whose decoders make a picture of the container's size, or of their own, from a few bytes.
+struct CodecRow {
+  const char* name;
+  const char* codec;
+  std::string (*sample)();
+};
 
-std::string codecInName(std::string codec) {
-  for (char& c : codec)
-    if (c == ' ') c = '_';
-  return codec;
+std::string fewBytes() {
+  return noise(4 * kKiB);
 }
+
+constexpr CodecRow kPictureCodecs[] = {
+    {"Mpeg4", "mp4v", hugeMpeg4},    {"Mpeg2", "m2v1", hugeMpeg2},
+    {"H264", "avc3", hugeH264},      {"Hevc", "hev1", hugeHevc},
+    {"Jpeg", "jpeg", hugeJpeg},      {"MotionJpeg", "mjpa", hugeJpeg},
+    {"Png", "png ", hugePng},        {"Gif", "gif ", hugeGif},
+    {"Tiff", "tiff", hugeTiff},      {"Jpeg2000", "mjp2", hugeJpeg2000},
+    {"Vp8", "vp08", hugeVp8},        {"Raw", "raw ", fewBytes},
+    {"Animation", "rle ", fewBytes}, {"Video", "rpza", fewBytes},
+    {"Graphics", "smc ", fewBytes},  {"Sorenson", "SVQ1", fewBytes},
+    {"Sorenson3", "SVQ3", fewBytes}, {"ProRes", "apcn", fewBytes},
+    {"DnxHd", "AVdn", fewBytes},     {"Cineform", "CFHD", fewBytes},
+};
 
 }  // namespace
 
@@ -503,13 +514,10 @@ HostileFiles hostileMp4Files() {
       {"loopingGrids.heic", loopingGrids},
       {"manyProperties.avif", manyProperties},
   };
-  for (const char* codec : kPictureCodecs) {
-    files.push_back({"huge_" + codecInName(codec) + ".mov", [codec] {
-                       return withSample(videoEntry(codec, kHugeSide), noise(4 * kKiB));
-                     }});
+  for (const CodecRow& row : kPictureCodecs) {
+    files.push_back({std::string("huge") + row.name + ".mov",
+                     [row] { return withSample(videoEntry(row.codec, kHugeSide), row.sample()); }});
   }
-  files.push_back(
-      {"hugePicture_png_.mov", [] { return withSample(videoEntry("png ", 64), hugePng()); }});
   return files;
 }
 

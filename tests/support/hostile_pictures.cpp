@@ -283,10 +283,6 @@ std::string jpegWith(const std::string& segments, std::uint32_t side) {
          "\xFF\xD9";
 }
 
-std::string hugeJpeg() {
-  return jpegWith("", kSide);
-}
-
 // Every scan skips 32767 blocks per code.
 std::string jpegOfScans(std::uint32_t side, std::size_t rounds) {
   constexpr char kLongestRun = '\xE0';
@@ -340,12 +336,6 @@ std::string tiffPixels() {
   return tiffEntry(259, kTiffShort, 1, 1) + tiffEntry(262, kTiffShort, 1, 2) +
          tiffEntry(273, kTiffLong, 1, 8) + tiffEntry(277, kTiffShort, 1, 4) +
          tiffEntry(278, kTiffLong, 1, kSide) + tiffEntry(279, kTiffLong, 1, 64);
-}
-
-std::string hugeTiff() {
-  constexpr std::size_t kEntries = 9;
-  const std::string bits = tiffEntry(258, kTiffShort, 4, offsetBehind(kEntries));
-  return tiff(tiffSize(kSide) + bits + tiffPixels(), repeated(little16(16), 4) + zeros(64));
 }
 
 // Every text that a TIFF file may have, and all are the same megabytes.
@@ -444,6 +434,30 @@ std::string hugePng() {
   return pngHeader(kSide, 16, 6) + pngChunk("IDAT", deflated(zeros(4))) + pngChunk("IEND", "");
 }
 
+std::string hugeJpeg() {
+  // FFmpeg wants a byte for every four blocks.
+  constexpr std::size_t kBlocks = std::size_t{kSide / 8} * (kSide / 8);
+  return jpegWith("", kSide) + zeros(kBlocks / 4);
+}
+
+std::string hugeJpeg2000() {
+  return jpeg2000(kSide, kSide);
+}
+
+std::string hugeTiff() {
+  constexpr std::size_t kEntries = 9;
+  const std::string bits = tiffEntry(258, kTiffShort, 4, offsetBehind(kEntries));
+  return tiff(tiffSize(kSide) + bits + tiffPixels(), repeated(little16(16), 4) + zeros(64));
+}
+
+std::string hugeGif() {
+  return gif(kSide, 1);
+}
+
+std::string hugeVp8() {
+  return vp8KeyFrame(kSide);
+}
+
 std::string sunRasterAbort() {
   return "\x59\xA6\x6A\x95" + big32(16000) + big32(16000) + big32(32) + big32(0) + big32(2) +
          big32(0) + big32(0) + std::string("\x80\xFF\0\x80\xFF\0\x80\xFF", 8);
@@ -486,7 +500,7 @@ HostileFiles hostilePictures() {
       {"manyTexts.png", pngManyTexts},
       {"manyFrames.png", [] { return animatedPng(1, 100000); }},
       {"hugeFrames.png", [] { return animatedPng(kSide / 2, 1000); }},
-      {"huge.gif", [] { return gif(kSide, 1); }},
+      {"huge.gif", hugeGif},
       {"hugeFrames.gif", [] { return gif(kSide / 2, 1000); }},
       {"manyFrames.gif", [] { return gif(1, 200000); }},
       {"huge.jpg", hugeJpeg},
@@ -503,9 +517,9 @@ HostileFiles hostilePictures() {
       {"numbers.tiff", tiffOfNumbers},
       {"loops.tiff", tiffOfLoops},
       {"hugeCounts.tiff", tiffOfHugeCounts},
-      {"huge.j2k", [] { return jpeg2000(kSide, kSide); }},
+      {"huge.j2k", hugeJpeg2000},
       {"tiles.j2k", [] { return jpeg2000(kSide, 64); }},
-      {"huge.jp2", [] { return inJp2(jpeg2000(kSide, kSide)); }},
+      {"huge.jp2", [] { return inJp2(hugeJpeg2000()); }},
   };
   // Content decides what FFmpeg reads, not the name.
   for (const char* extension :

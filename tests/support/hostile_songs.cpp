@@ -293,9 +293,9 @@ std::string monkeysAudio() {
          little16(2) + little32(44100);
 }
 
-std::string trueAudio() {
-  return "TTA1" + little16(1) + little16(2) + little16(16) + little32(1) + little32(0xFFFFFFF0) +
-         little32(0) + zeros(64);
+std::string trueAudio(std::uint32_t sampleRate, std::uint32_t samples) {
+  return "TTA1" + little16(1) + little16(2) + little16(16) + little32(sampleRate) +
+         little32(samples) + little32(0) + zeros(64);
 }
 
 std::string wavPack() {
@@ -343,7 +343,7 @@ HostileFiles hostileSongs() {
       {"hugeTag.mp3",
        [] { return "ID3\4" + zeros(2) + "\x7F\x7F\x7F\x7F" + "TIT2\x7F\x7F\x7F\x7F" + zeros(2); },
        std::int64_t{1} << 40},
-      {"apeItems.mp3", [] { return mp3Frames(20) + apeTag(65000); }},
+      {"apeItems.tta", [] { return trueAudio(44100, 1000) + apeTag(65000); }},
       {"noise.mp3", [] { return repeated(noise(kMiB), 128); }},
       {"framesAndNoise.mp3", [] { return mp3Frames(20) + repeated(noise(kMiB), 128); }},
       {"noise.aac", [] { return repeated("\xFF\xF1\x50\x80\x02\x1F\xFC" + noise(9), 1'000'000); }},
@@ -418,8 +418,8 @@ HostileFiles hostileSongs() {
       {"chunks.aiff", [] { return aiffWith(repeated(iffChunk("ANNO", "v"), 1'000'000)); }},
       {"hugeSeekTable.ape", monkeysAudio},
       {"hugeSeekTableInHole.ape", monkeysAudio, std::int64_t{1} << 30},
-      {"hugeFrameCount.tta", trueAudio},
-      {"hugeFrameCountInHole.tta", trueAudio, std::int64_t{1} << 33},
+      {"hugeFrameCount.tta", [] { return trueAudio(1, 0xFFFFFFF0); }},
+      {"hugeFrameCountInHole.tta", [] { return trueAudio(1, 0xFFFFFFF0); }, std::int64_t{1} << 33},
       {"blocks.wv", wavPack},
       {"hugeFrameCount.mpc", musepack7},
       {"hugePacketTable.caf", coreAudio},

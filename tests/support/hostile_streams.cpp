@@ -196,12 +196,27 @@ std::string h264ParameterSets() {
   return stream + h264(64);
 }
 
+// Without sequences that look like a start code.
+std::string escaped(const std::string& bytes) {
+  std::string result;
+  int zerosBefore = 0;
+  for (const char c : bytes) {
+    if (zerosBefore == 2 && static_cast<unsigned char>(c) <= 3) {
+      result += '\3';
+      zerosBefore = 0;
+    }
+    zerosBefore = c == '\0' ? zerosBefore + 1 : 0;
+    result += c;
+  }
+  return result;
+}
+
 std::string hevc(std::uint32_t side) {
   const auto profile = [](Bits& bits) {
     bits.put(1, 8).put(0x60000000, 32).put(0, 48).put(186, 8);
   };
   Bits video;
-  video.put(0xC, 4).put(3, 2).put(0, 6).put(0, 3).put(1, 1).put(0xFFFF, 16);
+  video.put(0, 4).put(3, 2).put(0, 6).put(0, 3).put(1, 1).put(0xFFFF, 16);
   profile(video);
   video.put(1, 1).putGolomb(0).putGolomb(0).putGolomb(0).put(0, 6).putGolomb(0).put(0, 2).put(1, 1);
   Bits sequence;
@@ -210,13 +225,13 @@ std::string hevc(std::uint32_t side) {
   sequence.putGolomb(0).putGolomb(1).putGolomb(side).putGolomb(side).put(0, 1).putGolomb(0);
   sequence.putGolomb(0).putGolomb(4).put(1, 1).putGolomb(0).putGolomb(0).putGolomb(0);
   sequence.putGolomb(0).putGolomb(3).putGolomb(0).putGolomb(3).putGolomb(0).putGolomb(0);
-  sequence.put(0, 4).putGolomb(0).put(0, 2).put(0, 2).put(1, 1);
+  sequence.put(0, 4).putGolomb(0).put(0, 5).put(1, 1);
   Bits picture;
   picture.putGolomb(0).putGolomb(0).put(0, 7).putGolomb(0).putGolomb(0).putGolomb(0).put(0, 3);
-  picture.putGolomb(0).putGolomb(0).put(0, 20).put(1, 1);
+  picture.putGolomb(0).putGolomb(0).put(0, 10).putGolomb(0).put(0, 2).put(1, 1);
   const auto unit = [](int type) { return zeros(1) + startCode(type << 1) + "\1"; };
-  return unit(32) + video.bytes() + unit(33) + sequence.bytes() + unit(34) + picture.bytes() +
-         unit(19) + "\xAC" + noise(64);
+  return unit(32) + escaped(video.bytes()) + unit(33) + escaped(sequence.bytes()) + unit(34) +
+         escaped(picture.bytes()) + unit(19) + "\xAC" + noise(64);
 }
 
 std::string programStreamPack() {
@@ -246,6 +261,23 @@ std::string startCodes() {
 
 }  // namespace
 
+std::string hugeMpeg2() {
+  return mpeg2(kHugeSide);
+}
+
+std::string hugeMpeg4() {
+  constexpr std::uint32_t kLongestSide = 8191;
+  return mpeg4(kLongestSide);
+}
+
+std::string hugeH264() {
+  return h264(kHugeSide);
+}
+
+std::string hugeHevc() {
+  return hevc(kHugeSide);
+}
+
 HostileFiles hostileStreams() {
   return {
       {"headThenNoise.ts", [] { return head(kH264) + repeated(noise(kMiB), 128); }},
@@ -260,17 +292,17 @@ HostileFiles hostileStreams() {
       {"allPidsOfVideo.ts", [] { return allPids(0xE0); }},
       {"allPidsOfAudio.ts", [] { return allPids(0xC0); }},
       {"services.ts", services},
-      {"hugeMpeg2.ts", [] { return streamOf(kMpeg2, mpeg2(kHugeSide)); }},
-      {"hugeMpeg4.ts", [] { return streamOf(kMpeg4, mpeg4(8191)); }},
-      {"hugeH264.ts", [] { return streamOf(kH264, h264(kHugeSide)); }},
-      {"hugeHevc.ts", [] { return streamOf(kHevc, hevc(kHugeSide)); }},
-      {"hugeMpeg2.mpg", [] { return programStream(mpeg2(kHugeSide)); }},
-      {"hugeMpeg4.mpg", [] { return programStream(mpeg4(8191)); }},
-      {"hugeH264.mpg", [] { return programStream(h264(kHugeSide)); }},
-      {"hugeMpeg2.m2v", [] { return repeated(mpeg2(kHugeSide), 20); }},
-      {"hugeMpeg4.m4v", [] { return repeated(mpeg4(8191), 20); }},
-      {"hugeH264.h264", [] { return repeated(h264(kHugeSide), 20); }},
-      {"hugeHevc.hevc", [] { return repeated(hevc(kHugeSide), 20); }},
+      {"hugeMpeg2.ts", [] { return streamOf(kMpeg2, hugeMpeg2()); }},
+      {"hugeMpeg4.ts", [] { return streamOf(kMpeg4, hugeMpeg4()); }},
+      {"hugeH264.ts", [] { return streamOf(kH264, hugeH264()); }},
+      {"hugeHevc.ts", [] { return streamOf(kHevc, hugeHevc()); }},
+      {"hugeMpeg2.mpg", [] { return programStream(hugeMpeg2()); }},
+      {"hugeMpeg4.mpg", [] { return programStream(hugeMpeg4()); }},
+      {"hugeH264.mpg", [] { return programStream(hugeH264()); }},
+      {"hugeMpeg2.m2v", [] { return repeated(hugeMpeg2(), 20); }},
+      {"hugeMpeg4.m4v", [] { return repeated(hugeMpeg4(), 20); }},
+      {"hugeH264.h264", [] { return repeated(hugeH264(), 20); }},
+      {"hugeHevc.hevc", [] { return repeated(hugeHevc(), 20); }},
       {"parameterSets.h264", h264ParameterSets},
       {"noise.h264", [] { return repeated(h264(64), 20) + repeated(noise(kMiB), 128); }},
       {"allStreamIds.mpg", allStreamIds},
