@@ -8,11 +8,6 @@ namespace {
 
 constexpr std::uint32_t kBlockSize = 4096;
 
-std::string littleEndian(std::uint64_t value, int size) {
-  std::string bytes = bigEndian(value, size);
-  return {bytes.rbegin(), bytes.rend()};
-}
-
 std::string encoded(const TextFrame& frame) {
   if (frame.encoding == TextEncoding::kLatin1 || frame.encoding == TextEncoding::kUtf8)
     return frame.text;
@@ -20,13 +15,6 @@ std::string encoded(const TextFrame& frame) {
   std::string text = isBigEndian ? "" : "\xFF\xFE";
   for (const char c : frame.text) text += isBigEndian ? std::string{'\0', c} : std::string{c, '\0'};
   return text;
-}
-
-// Seven bits per byte.
-std::string synchSafe(std::size_t value) {
-  std::string bytes;
-  for (int shift = 21; shift >= 0; shift -= 7) bytes += static_cast<char>(value >> shift & 0x7F);
-  return bytes;
 }
 
 // The size of a frame's content, followed by the flags if the version has them.
@@ -52,14 +40,24 @@ std::uint64_t bytesPerChannel(const DsdFile& file) {
 
 }  // namespace
 
+std::string synchSafe(std::size_t value) {
+  std::string bytes;
+  for (int shift = 21; shift >= 0; shift -= 7) bytes += static_cast<char>(value >> shift & 0x7F);
+  return bytes;
+}
+
 std::string id3v2Tag(const std::vector<TextFrame>& frames, int version) {
   std::string body;
   for (const TextFrame& frame : frames) {
     const std::string content = static_cast<char>(frame.encoding) + encoded(frame);
     body += frame.id + frameSize(content.size(), version) + content;
   }
-  return "ID3" + std::string{static_cast<char>(version), '\0', '\0'} + synchSafe(body.size()) +
-         body;
+  return id3v2TagOf(body, version);
+}
+
+std::string id3v2TagOf(const std::string& frames, int version) {
+  return "ID3" + std::string{static_cast<char>(version), '\0', '\0'} + synchSafe(frames.size()) +
+         frames;
 }
 
 std::string dsfFile(const DsdFile& file) {

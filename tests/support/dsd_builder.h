@@ -21,6 +21,12 @@ struct TextFrame {
 // VERSION is the 4 of ID3v2.4; 3 and 2 store sizes differently.
 std::string id3v2Tag(const std::vector<TextFrame>& frames, int version = 4);
 
+// The same around frames that are bytes already.
+std::string id3v2TagOf(const std::string& frames, int version = 4);
+
+// A size of ID3v2 in four bytes of seven bits.
+std::string synchSafe(std::size_t value);
+
 struct DsdFile {
   std::uint32_t sampleRate = 2822400;
   std::uint32_t channels = 2;

@@ -56,6 +56,11 @@ std::string bigEndian(std::uint64_t value, int size) {
   return bytes;
 }
 
+std::string littleEndian(std::uint64_t value, int size) {
+  const std::string bytes = bigEndian(value, size);
+  return {bytes.rbegin(), bytes.rend()};
+}
+
 std::string box(const std::string& type, const std::string& payload) {
   return bigEndian(kHeaderSize + payload.size(), 4) + type + payload;
 }

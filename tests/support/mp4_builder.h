@@ -26,6 +26,9 @@ std::string ftyp(const std::string& brand,
 // VALUE in SIZE bytes, the most significant first.
 std::string bigEndian(std::uint64_t value, int size);
 
+// The same with the least significant byte first.
+std::string littleEndian(std::uint64_t value, int size);
+
 // The nine numbers of a track's matrix.
 using TrackMatrix = std::array<std::int32_t, 9>;
 

@@ -1,0 +1,314 @@
+// Hostile files: no entry point may end the process, need more than 256 MiB or take longer than 2 s
+// of processor time. Every call runs in a process of its own, which is measured from outside.
+#include <gtest/gtest.h>
+#include <kolum/kolum.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fcntl.h>
+#include <algorithm>
+#include <array>
+#include <cctype>
+#include <csignal>
+#include <cstdio>
+#include <cstring>
+#include <string>
+#include <string_view>
+
+#include "support/hostile_media.h"
+#include "support/temp_dir.h"
+
+using namespace kolum::test;
+
+namespace {
+
+constexpr double kMebibytes = 256;
+constexpr double kSeconds = 2;
+
+// Ends calls that are far beyond the bounds.
+constexpr rlim_t kAddressSpace = rlim_t{6} << 30;
+constexpr rlim_t kProcessorSeconds = 4;
+constexpr unsigned kWallSeconds = 20;
+
+// Sanitizers need memory and time of their own, and huge address spaces: what is left is the check
+// that no call crashes.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kMeasures = false;
+#else
+constexpr bool kMeasures = true;
+#endif
+
+// They have no bounds, so they get less memory to end sooner.
+constexpr rlim_t kIsolatedAddressSpace = rlim_t{512} << 20;
+
+// What only a process of its own can bound: FFmpeg neither reads nor asks between its allocations,
+// and the format is one that a media library needs.
+struct IsolationRow {
+  std::string_view file;
+  const char* reason;
+};
+
+constexpr IsolationRow kNeedsIsolation[] = {
+    {"hugeCounts.mp4", "An entry of the index is made for each of 160 million claimed samples."},
+    {"inflatingTables.mov",
+     "The same tables in a compressed index: all of it is in memory before."},
+    {"inflatingMovie.mov", "An index is inflated in one go, to whatever size it claims."},
+    {"multiplyingEdits.mp4", "Each of a hundred edits copies the index of a million samples."},
+    {"fragmentsOfClaimedSamples.mp4",
+     "A few bytes claim a million samples, and each gets an entry."},
+    {"hugeKeyCount.mov", "Memory for all claimed keys is taken before the first is read."},
+    {"emptyTracks.mkv", "Two bytes are a track of two kilobytes, long before streams are made."},
+    {"inflatingCodecData.mkv", "The codec data of all tracks are inflated behind the last read."},
+};
+
+const char* isolationReason(std::string_view file) {
+  const auto* row =
+      std::find_if(std::begin(kNeedsIsolation), std::end(kNeedsIsolation),
+                   [&](const IsolationRow& candidate) { return candidate.file == file; });
+  return row == std::end(kNeedsIsolation) ? nullptr : row->reason;
+}
+
+struct Path {
+  std::string folder;
+  std::string name;
+  std::string whole() const { return folder + name; }
+};
+
+// What the entry points write to.
+struct Outputs {
+  std::array<int, 20> numbers = {};
+  std::array<int, 4> aspect = {1, 1, 1, 1};
+  std::array<uint32_t, 8> sizes = {};
+  std::array<char, 1024> mimeType = {};
+  std::array<char, 1024> dlnaProfile = {};
+  std::array<char, 1024> date = {};
+  int64_t time = 0;
+  double fraction = 0;
+  int flag = 0;
+};
+
+constexpr int kSecondsInto = 60;
+
+void videoRecord(const Path& path) {
+  videoObject_st video = {};
+  GetVideoMetadata1(path.folder.c_str(), path.name.c_str(), &video, 0);
+}
+
+void flatVideo(const Path& path) {
+  Outputs out;
+  auto& n = out.numbers;
+  GetVideoMetadata3(path.folder.c_str(), path.name.c_str(), &n[0], &n[1], &n[2], &n[3], &n[4],
+                    &n[5], &n[6], &n[7], &n[8], &n[9], out.mimeType.data(), out.dlnaProfile.data(),
+                    &n[10], &n[11], &n[12], &n[13], &n[14], &n[15], &n[16], &n[17], &n[18], &n[19],
+                    out.date.data(), out.date.data(), &out.time, 0, &out.fraction, &out.aspect[0],
+                    &out.aspect[1], &out.aspect[2], &out.aspect[3], &out.flag);
+}
+
+void explain(const Path& path) {
+  kolum::DlnaNaming naming;
+  ExplainDlnaProfile(path.folder.c_str(), path.name.c_str(), 0, &naming);
+}
+
+void mediaInfo(const Path& path) {
+  MediaInfo* info = nullptr;
+  double time = 0;
+  GetMediaInfo(path.whole().c_str(), &info, kSecondsInto, &time);
+  Free_MediaInfo(info);
+}
+
+void keyFrame(const Path& path) {
+  double time = 0;
+  getVideoKeyFrameTime(path.whole().c_str(), kSecondsInto, &time);
+}
+
+void song(const Path& path) {
+  Outputs out;
+  auto& n = out.sizes;
+  GetAudioMetadata(path.folder.c_str(), path.name.c_str(), &n[0], &n[1], &n[2], &n[3], &n[4], &n[5],
+                   &n[6], &n[7], &out.numbers[0], &out.numbers[1], out.dlnaProfile.data());
+}
+
+void dsdSong(const Path& path) {
+  songObject_st song = {};
+  GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song);
+}
+
+void photo(const Path& path) {
+  uint32_t format = 0;
+  GetPhotoMetadata(path.folder.c_str(), path.name.c_str(), &format);
+}
+
+void photoSize(const Path& path) {
+  uint32_t width = 0;
+  uint32_t height = 0;
+  GetPhotoHW(path.whole().c_str(), &width, &height);
+}
+
+void subFormat(const Path& path) {
+  unsigned format = 0;
+  GetMp4SubFormat(path.whole().c_str(), &format);
+}
+
+void moovAtEnd(const Path& path) {
+  CheckMp4MoovAtEnd(path.whole().c_str());
+}
+
+void rotation(const Path& path) {
+  unsigned degrees = 0;
+  GetVideoRotationDegree(path.folder.c_str(), path.name.c_str(), &degrees);
+}
+
+void audioTracks(const Path& path) {
+  unsigned count = 0;
+  GetAudioTrack(path.whole().c_str(), &count);
+}
+
+void packetSize(const Path& path) {
+  unsigned size = 0;
+  ProbeTsPacketSize(path.whole().c_str(), &size);
+}
+
+struct EntryPoint {
+  const char* name;
+  void (*call)(const Path&);
+};
+
+// The other stream queries read as GetAudioTrack does.
+constexpr EntryPoint kEntryPoints[] = {
+    {"GetVideoMetadata1", videoRecord}, {"GetVideoMetadata3", flatVideo},
+    {"ExplainDlnaProfile", explain},    {"GetMediaInfo", mediaInfo},
+    {"getVideoKeyFrameTime", keyFrame}, {"GetAudioMetadata", song},
+    {"GetDsfMetadata", dsdSong},        {"GetPhotoMetadata", photo},
+    {"GetPhotoHW", photoSize},          {"GetMp4SubFormat", subFormat},
+    {"CheckMp4MoovAtEnd", moovAtEnd},   {"GetVideoRotationDegree", rotation},
+    {"GetAudioTrack", audioTracks},     {"ProbeTsPacketSize", packetSize},
+};
+
+// --- Measuring ---
+
+struct Cost {
+  int signal = 0;  // that ended the process
+  int status = 0;  // its exit status: a sanitizer's report
+  double seconds = 0;
+  double mebibytes = 0;  // at the peak
+};
+
+void limit(__rlimit_resource resource, rlim_t value) {
+  const rlimit both = {value, value};
+  setrlimit(resource, &both);
+}
+
+[[noreturn]] void callAndExit(const EntryPoint& entryPoint, const Path& path, rlim_t addressSpace) {
+  // What the library and FFmpeg say about hostile files does not matter here.
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  dup2(nowhere, STDOUT_FILENO);
+  if (kMeasures) {
+    dup2(nowhere, STDERR_FILENO);
+    limit(RLIMIT_AS, addressSpace);
+    limit(RLIMIT_CPU, kProcessorSeconds);
+  }
+  limit(RLIMIT_CORE, 0);
+  alarm(kWallSeconds);
+  entryPoint.call(path);
+  _exit(0);
+}
+
+Cost costOf(const EntryPoint& entryPoint, const Path& path, rlim_t addressSpace) {
+  const pid_t child = fork();
+  if (child == 0) callAndExit(entryPoint, path, addressSpace);
+  int status = 0;
+  rusage usage = {};
+  EXPECT_EQ(wait4(child, &status, 0, &usage), child);
+  const auto seconds = [](const timeval& time) {
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_usec) * 1e-6;
+  };
+  Cost cost;
+  cost.signal = WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+  cost.status = WIFEXITED(status) ? WEXITSTATUS(status) : 0;
+  cost.seconds = seconds(usage.ru_utime) + seconds(usage.ru_stime);
+  cost.mebibytes = static_cast<double>(usage.ru_maxrss) / 1024;
+  return cost;
+}
+
+// The signals of the limits. The kernel kills if SIGXCPU comes too late.
+bool wasOutOfTime(const Cost& cost) {
+  return cost.signal == SIGXCPU || cost.signal == SIGKILL || cost.signal == SIGALRM;
+}
+
+// A short song, to know what a probe takes in any case.
+std::string ordinaryFile() {
+  constexpr char kFormat[] =
+      "RIFF\x34\0\0\0WAVEfmt \x10\0\0\0\1\0\2\0\x44\xAC\0\0\x10\xB1\2\0\4\0\x10\0data\x10\0\0\0";
+  return std::string(kFormat, sizeof kFormat - 1) + std::string(16, '\0');
+}
+
+class HostileFileTest : public ::testing::TestWithParam<HostileFile> {
+ protected:
+  HostileFileTest() {
+    folder_.write("ordinary.wav", ordinaryFile());
+    ordinary_ = costOf(kEntryPoints[0], {folder_.folder(), "ordinary.wav"}, kAddressSpace);
+    writeHostileFile(GetParam(), folder_.folder());
+  }
+
+  // Memory is what the call takes beyond a probe of an ordinary file.
+  Cost cost(const EntryPoint& entryPoint, rlim_t addressSpace = kAddressSpace) const {
+    Cost cost = costOf(entryPoint, {folder_.folder(), GetParam().name}, addressSpace);
+    cost.mebibytes = std::max(0.0, cost.mebibytes - ordinary_.mebibytes);
+    return cost;
+  }
+
+ private:
+  TempDir folder_;
+  Cost ordinary_;
+};
+
+// In the report that --gtest_output writes.
+void record(const EntryPoint& entryPoint, const Cost& cost) {
+  std::array<char, 64> text = {};
+  std::snprintf(text.data(), text.size(), "%.2f s, %.0f MiB, signal %d", cost.seconds,
+                cost.mebibytes, cost.signal);
+  ::testing::Test::RecordProperty(entryPoint.name, text.data());
+}
+
+void expectNoCrash(const Cost& cost) {
+  EXPECT_TRUE(cost.signal == 0 || wasOutOfTime(cost)) << strsignal(cost.signal);
+  EXPECT_EQ(cost.status, 0);
+}
+
+TEST_P(HostileFileTest, StaysWithinBounds) {
+  const char* isolation = isolationReason(GetParam().name);
+  if (isolation != nullptr && !kMeasures) GTEST_SKIP() << isolation;
+  for (const EntryPoint& entryPoint : kEntryPoints) {
+    SCOPED_TRACE(entryPoint.name);
+    const Cost found =
+        cost(entryPoint, isolation != nullptr ? kIsolatedAddressSpace : kAddressSpace);
+    record(entryPoint, found);
+    expectNoCrash(found);
+    if (isolation != nullptr || !kMeasures) continue;
+    EXPECT_LE(found.seconds, kSeconds);
+    EXPECT_LE(found.mebibytes, kMebibytes);
+    EXPECT_FALSE(wasOutOfTime(found));
+  }
+}
+
+std::string testName(const ::testing::TestParamInfo<HostileFile>& file) {
+  std::string name = file.param.name;
+  std::replace_if(
+      name.begin(), name.end(), [](unsigned char c) { return std::isalnum(c) == 0; }, '_');
+  return name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Corpus, HostileFileTest, ::testing::ValuesIn(hostileFiles()), testName);
+
+TEST(HostileFiles, IncludeEachThatNeedsIsolation) {
+  const HostileFiles files = hostileFiles();
+  for (const IsolationRow& row : kNeedsIsolation) {
+    EXPECT_EQ(std::count_if(files.begin(), files.end(),
+                            [&](const HostileFile& file) { return file.name == row.file; }),
+              1)
+        << row.file;
+  }
+}
+
+}  // namespace
