@@ -16,6 +16,8 @@ constexpr unsigned kLong = 4;
 constexpr unsigned kRational = 5;
 constexpr auto kTypeSizes = std::to_array<std::uint64_t>({0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8});
 
+constexpr std::size_t kFileHeader = 8;
+
 constexpr std::uint64_t kYcc = 6;  // photometric interpretation
 constexpr std::uint64_t kInk = 5;
 constexpr std::uint64_t kLastInterpretation = kYcc;
@@ -201,7 +203,8 @@ bool Directory::takeSubsampling(const Entry& entry) {
 
 bool Directory::isInFile(const Entry& entry) const {
   const auto size = static_cast<std::uint64_t>(content_.size());
-  return entry.count > 0 && entry.size() <= size && entry.valueAt <= size - entry.size();
+  return entry.count > 0 && entry.valueAt >= kFileHeader && entry.size() <= size &&
+         entry.valueAt <= size - entry.size();
 }
 
 // Stores a value if there is one.
@@ -360,7 +363,6 @@ std::optional<media::Rational> aspectOf(const Resolution& x, const Resolution& y
 }  // namespace
 
 std::optional<Picture> readTiff(Content& content) {
-  constexpr std::size_t kFileHeader = 8;
   const auto bytes = content.head().first(std::min(content.head().size(), kFileHeader));
   if (bytes.size() < kFileHeader) return std::nullopt;
   const bool isBigEndian = bytes[0] == 'M';
