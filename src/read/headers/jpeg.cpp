@@ -274,8 +274,11 @@ bool takeScans(ByteReader& bytes, std::int64_t size, const Header& header) {
   const auto scans = scansIn(rest);
   // Another picture behind this one.
   if (!scans || !hasNoMarker(rest.subspan(scans->size))) return false;
-  // Without a file header, FFmpeg recognises the file by its end.
-  if (!header.hasFileHeader && !scans->hasEnd) bytes.fail();
+  // Without a file header, FFmpeg recognises the file by its end. And a second frame header would
+  // overrule the first in most of FFmpeg's releases: small files are looked through.
+  constexpr std::int64_t kSmall = 64 * 1024;
+  const bool isCut = static_cast<std::int64_t>(bytes.position()) < size;
+  if (!scans->hasEnd && (!header.hasFileHeader || (isCut && size <= kSmall))) bytes.fail();
   return isLongEnough(*header.frame,
                       scans->hasEnd ? static_cast<std::int64_t>(begin + scans->size) : size);
 }

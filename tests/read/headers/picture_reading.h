@@ -39,18 +39,28 @@ inline std::string headerAnswer(std::string_view bytes, std::optional<std::int64
       size.value_or(static_cast<std::int64_t>(bytes.size()))));
 }
 
+inline std::string headerAnswer(const media::Source& source) {
+  return inWords(headers::readPicture(source));
+}
+
 inline std::string headerAnswerForFile(const std::string& path) {
   const auto source = media::Source::open(path);
-  return source ? inWords(headers::readPicture(*source)) : std::string(kNone);
+  return source ? headerAnswer(*source) : std::string(kNone);
+}
+
+inline std::string ffmpegAnswer(const media::Source& source) {
+  // It complains about every damaged picture.
+  av_log_set_level(AV_LOG_QUIET);
+  const auto input = ffmpeg::Input::open(source, ffmpeg::Depth::kStreams);
+  const media::Stream* stream =
+      input ? input->container().first(media::StreamType::kVideo) : nullptr;
+  if (stream == nullptr) return std::string(kNone);
+  return inWords(stream->width, stream->height, stream->pixelFormat, stream->sampleAspect);
 }
 
 inline std::string ffmpegAnswer(const std::string& path) {
-  // It complains about every damaged picture.
-  av_log_set_level(AV_LOG_QUIET);
-  const auto container = ffmpeg::readContainer(path, ffmpeg::Depth::kStreams);
-  const media::Stream* stream = container ? container->first(media::StreamType::kVideo) : nullptr;
-  if (stream == nullptr) return std::string(kNone);
-  return inWords(stream->width, stream->height, stream->pixelFormat, stream->sampleAspect);
+  const auto source = media::Source::open(path);
+  return source ? ffmpegAnswer(*source) : std::string(kNone);
 }
 
 }  // namespace kolum::test
