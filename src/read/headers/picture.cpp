@@ -54,7 +54,8 @@ constexpr std::int64_t kLargestPicture = std::int64_t{64} << 20;
 // How much of a file is read at first, and how much in all if that is not enough. Cameras may store
 // megabytes of depth maps and previews before the picture.
 constexpr std::size_t kFirstRead = 4096;
-constexpr auto kLaterReads = std::to_array<std::size_t>({256 * 1024, 4 * 1024 * 1024});
+constexpr auto kLaterReads =
+    std::to_array<std::size_t>({std::size_t{256} << 10, std::size_t{4} << 20});
 
 std::string_view textOf(std::span<const std::uint8_t> bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
@@ -82,9 +83,10 @@ bool isNamedPicture(std::string_view path) {
   });
 }
 
-// The first bytes of a file; fewer than COUNT if it ends before or cannot be read.
+// The first COUNT bytes of a file; fewer if it ends before or cannot be read.
 std::vector<std::uint8_t> headOf(const media::Source& source, std::size_t count) {
-  std::vector<std::uint8_t> head(count);
+  const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(source.size(), 0));
+  std::vector<std::uint8_t> head(std::min<std::uint64_t>(count, size));
   const std::ptrdiff_t got = source.readAt(0, head);
   head.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
   return head;

@@ -264,6 +264,16 @@ TEST(JpegHeader, FollowsManyLongSegments) {
   }
 }
 
+// Wherever the first read of a file ends.
+TEST(JpegHeader, IsReadAcrossTheEndOfTheFirstRead) {
+  for (std::size_t size = 3900; size < 4150; ++size) {
+    const TempDir folder;
+    const std::string file =
+        photo({}, jpegFileHeader() + jpegSegment(0xE1, std::string(size, 'x')));
+    EXPECT_EQ(headerAnswerForFile(folder.write("a.jpg", file)), "20 x 10 yuvj420p, 1:1") << size;
+  }
+}
+
 TEST(JpegHeader, LeavesSegmentsThatMayChangeTheAnswer) {
   const std::string contents[] = {
       "AVI1 interlaced", "LJIF lossless ......", "colr.", "xfrm.", "_JPS stereo ....", "abc", ""};
@@ -284,6 +294,11 @@ TEST(JpegHeader, LeavesSegmentsThatFfmpegDoesNotSkipAsAWhole) {
   EXPECT_EQ(answer(photo({}, thumbnail)), kNone);
   EXPECT_EQ(answer(photo({}, jpegFileHeader() + jpegSegment(0xC4, "ab\xFF\xC0"))), kNone);
   EXPECT_EQ(answer(photo({}, jpegFileHeader() + jpegSegment(0xDD, "\xFF\xC0"))), kNone);
+  // The length ends with 0xFF.
+  const std::string table = "\xC0" + std::string(0xFF - 2 - 1, 'h');
+  EXPECT_EQ(answer(photo({}, jpegFileHeader() + jpegSegment(0xC4, table))), kNone);
+  const std::string scan = jpegSegment(0xDA, jpegFrame({.width = 40}));
+  EXPECT_EQ(answer("\xFF\xD8" + jpegFileHeader() + jpegFrame({}) + scan + "data\xFF\xD9"), kNone);
 }
 
 TEST(JpegHeader, LeavesTablesThatFfmpegCannotRead) {
