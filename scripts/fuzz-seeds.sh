@@ -67,6 +67,27 @@ songs_and_photos() {
   for i in jpg png gif bmp tiff; do encode "${kPicture[@]}" -frames:v 1 "song_photo/picture.$i"; done
 }
 
+# Photos of different kinds, small enough for many rounds.
+pictures() {
+  mkdir -p picture
+  local i
+  for i in rgb24 rgba64be pal8 gray monob; do
+    encode "${kPicture[@]}" -frames:v 1 -pix_fmt "$i" "picture/$i.png"
+  done
+  for i in yuvj420p yuvj444p; do
+    encode "${kPicture[@]}" -frames:v 1 -pix_fmt "$i" "picture/$i.jpg"
+  done
+  for i in rgb24 rgba64le pal8 yuv420p; do
+    encode "${kPicture[@]}" -frames:v 1 -pix_fmt "$i" "picture/$i.tiff"
+  done
+  for i in bgra bgr24 rgb565le pal8; do
+    encode "${kPicture[@]}" -frames:v 1 -pix_fmt "$i" "picture/$i.bmp"
+  done
+  encode "${kPicture[@]}" -frames:v 1 -pix_fmt yuva420p picture/lossy.webp
+  encode "${kPicture[@]}" -frames:v 1 -pix_fmt bgra -lossless 1 picture/lossless.webp
+  encode "${kPicture[@]}" picture/animation.gif
+}
+
 boxes() {
   mkdir -p mp4_boxes
   local brand
@@ -151,6 +172,7 @@ texts() {
 videos
 covers
 songs_and_photos
+pictures
 boxes
 packets
 dsd

@@ -36,6 +36,14 @@ TEST(ByteReader, StaysFailedBeyondTheEnd) {
   EXPECT_TRUE(far.failed());
 }
 
+TEST(ByteReader, FailsForACallerThatNeedsMore) {
+  ByteReader bytes(kBytes);
+  bytes.skip(2);
+  bytes.fail();
+  EXPECT_TRUE(bytes.failed());
+  EXPECT_EQ(bytes.bigEndian(1), 0U);
+}
+
 TEST(BitReader, ReadsTheHighestBitFirst) {
   BitReader bits(kBytes);
   EXPECT_EQ(bits.bits(7), 0U);

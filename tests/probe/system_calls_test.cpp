@@ -1,6 +1,7 @@
 // The library's system calls beyond FFmpeg's own: on a spinning disk or a network share each call
 // costs time. Unlike times, the numbers are the same on every machine.
 #include <gtest/gtest.h>
+#include <kolum/photo.h>
 #include <kolum/video.h>
 #include <sys/ptrace.h>
 #include <sys/syscall.h>
@@ -11,12 +12,14 @@
 #include <algorithm>
 #include <csignal>
 #include <functional>
+#include <iterator>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "support/media_factory.h"
 #include "support/mp4_builder.h"
+#include "support/picture_builder.h"
 #include "support/temp_dir.h"
 
 using namespace kolum::test;
@@ -110,6 +113,34 @@ TEST(CheckMp4MoovAtEnd, ReadsManySmallBoxesAtOnce) {
   const auto calls = callsOfWalk(5000, "");
   if (!calls) GTEST_SKIP() << "tracing is not allowed here";
   EXPECT_LT(*calls, 20);
+}
+
+// For these FFmpeg would read the whole photo.
+TEST(GetPhotoHW, OnlyOpensReadsAndClosesPhotosWithUsualHeaders) {
+  const TempDir folder;
+  const std::string pixels(100'000, 'x');
+  const std::string segments = jpegFileHeader() + jpegFrame({.width = 640, .height = 480});
+  const std::string paths[] = {
+      folder.write("a.jpg", jpeg(segments + jpegScan(pixels))),
+      folder.write("a.png", png({}) + pixels),
+      folder.write("a.gif", gif(20, 10) + pixels),
+      folder.write("a.bmp", bmp({.pixels = pixels})),
+      folder.write("a.webp", webp(webpLossy(20, 10) + webpChunk("EXIF", pixels))),
+  };
+  for (const std::string& path : paths) {
+    SCOPED_TRACE(path);
+    const auto calls = tracedCalls([&] {
+      uint32_t width = 0;
+      uint32_t height = 0;
+      GetPhotoHW(path.c_str(), &width, &height);
+    });
+    if (!calls) GTEST_SKIP() << "tracing is not allowed here";
+    std::vector<unsigned long long> onFiles;
+    std::copy_if(calls->begin(), calls->end(), std::back_inserter(onFiles), isOnFiles);
+    constexpr unsigned long long kSize = SYS_newfstatat;  // of the opened file
+    EXPECT_EQ(onFiles,
+              (std::vector<unsigned long long>{SYS_openat, kSize, SYS_pread64, SYS_close}));
+  }
 }
 
 struct Video {

@@ -70,6 +70,11 @@ bool hasFrameRate(const AVStream& stream) {
   return stream.r_frame_rate.num != 0 && stream.avg_frame_rate.num != 0;
 }
 
+// Whether the container states a size, and not this one.
+bool isOfAnotherSize(const AVCodecParameters& parameters, int width, int height) {
+  return parameters.width != 0 && (parameters.width != width || parameters.height != height);
+}
+
 bool isEncrypted(const AVStream& stream) {
   return stream.codecpar->codec_tag == MKTAG('e', 'n', 'c', 'v') ||
          stream.codecpar->codec_tag == MKTAG('d', 'r', 'm', 'i');
@@ -191,10 +196,7 @@ std::optional<PictureParameters> Shortcut::h264Picture(const AVStream& stream) c
   if (isDemuxer(context_, media::kDemuxerMatroska) &&
       (!hasFrameRate(stream) || context_.duration <= 0))
     return std::nullopt;
-  const AVCodecParameters& parameters = *stream.codecpar;
-  if (parameters.width != 0 &&
-      (parameters.width != found->width || parameters.height != found->height))
-    return std::nullopt;
+  if (isOfAnotherSize(*stream.codecpar, found->width, found->height)) return std::nullopt;
   return PictureParameters{.width = found->width,
                            .height = found->height,
                            .pixelFormat = av_get_pix_fmt(found->pixelFormat),
@@ -213,6 +215,8 @@ std::optional<PictureParameters> Shortcut::stillPicture(const AVStream& stream) 
   else if (isStillPictureFile(context_))
     found = headers::readPicture(source_);
   if (!found || codecOf(found->format) != stream.codecpar->codec_id) return std::nullopt;
+  // FFmpeg takes a JPEG picture that is lower than announced for half of an interlaced one.
+  if (isOfAnotherSize(*stream.codecpar, found->width, found->height)) return std::nullopt;
   const AVRational aspect = {found->sampleAspect.num, found->sampleAspect.den};
   // Extreme ones: only some of FFmpeg's checks refuse them.
   if (av_image_check_sar(static_cast<unsigned>(found->width), static_cast<unsigned>(found->height),

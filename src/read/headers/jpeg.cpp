@@ -155,7 +155,7 @@ bool takeQuantisationTables(ByteReader bytes) {
   return true;
 }
 
-// FFmpeg skips these by looking for the next marker.
+// FFmpeg skips some segments by looking for the next marker.
 bool hasNoMarker(std::span<const std::uint8_t> bytes) {
   return std::find(bytes.begin(), bytes.end(), kMarker) == bytes.end();
 }
@@ -207,8 +207,10 @@ bool takeComment(std::string_view comment, Header& header) {
                       [&](std::string_view each) { return comment.starts_with(each); });
 }
 
-bool takeSegment(std::uint8_t marker, std::span<const std::uint8_t> content, Header& header) {
-  const ByteReader bytes(content);
+// SEGMENT: from its length on.
+bool takeSegment(std::uint8_t marker, std::span<const std::uint8_t> segment, Header& header) {
+  ByteReader bytes(segment);
+  bytes.skip(2);
   switch (marker) {
     case kBaseline:
     case kExtended:
@@ -218,13 +220,13 @@ bool takeSegment(std::uint8_t marker, std::span<const std::uint8_t> content, Hea
       return takeQuantisationTables(bytes);
     case kHuffmanTables:
     case kRestartInterval:
-      return hasNoMarker(content);
+      return hasNoMarker(segment);
     default:
       break;
   }
   // Some of FFmpeg's releases take these into account after the frame header, some do not.
   if (header.frame) return false;
-  if (marker == kComment) return takeComment(ByteReader(bytes).text(content.size()), header);
+  if (marker == kComment) return takeComment(bytes.text(bytes.left()), header);
   if (marker < kFirstApplication || marker > kLastApplication) return false;
   return takeApplication(bytes, marker, header);
 }
@@ -274,8 +276,11 @@ bool takeScans(ByteReader& bytes, std::int64_t size, const Header& header) {
   const auto scans = scansIn(rest);
   // Another picture behind this one.
   if (!scans || !hasNoMarker(rest.subspan(scans->size))) return false;
-  // Without a file header, FFmpeg recognises the file by its end.
-  if (!header.hasFileHeader && !scans->hasEnd) bytes.fail();
+  // Without a file header, FFmpeg recognises the file by its end. And a second frame header would
+  // overrule the first in most of FFmpeg's releases: small files are looked through.
+  constexpr std::int64_t kSmall = std::int64_t{64} << 10;
+  const bool isCut = static_cast<std::int64_t>(bytes.position()) < size;
+  if (!scans->hasEnd && (!header.hasFileHeader || (isCut && size <= kSmall))) bytes.fail();
   return isLongEnough(*header.frame,
                       scans->hasEnd ? static_cast<std::int64_t>(begin + scans->size) : size);
 }
@@ -287,12 +292,15 @@ std::optional<Picture> readJpeg(ByteReader& bytes, std::int64_t size) {
   Header header;
   for (;;) {
     const std::uint8_t marker = takeMarker(bytes);
-    const std::uint64_t length = bytes.bigEndian(2);
-    if (bytes.failed() || length < 2) return std::nullopt;
-    const auto content = bytes.take(length - 2);
+    constexpr std::uint64_t kShortest = 2;
+    const std::uint64_t length = ByteReader(bytes).bigEndian(2);
+    const auto segment = bytes.take(std::max(length, kShortest));
     if (bytes.failed()) return std::nullopt;
-    if (marker == kScan) break;
-    if (!takeSegment(marker, content, header)) return std::nullopt;
+    if (marker == kScan) {
+      if (!hasNoMarker(segment)) return std::nullopt;
+      break;
+    }
+    if (length < kShortest || !takeSegment(marker, segment, header)) return std::nullopt;
   }
   if (!header.frame || !takeScans(bytes, size, header)) return std::nullopt;
   const std::string_view pixelFormat = pixelFormatOf(header, *header.frame);

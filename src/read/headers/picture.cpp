@@ -54,7 +54,8 @@ constexpr std::int64_t kLargestPicture = std::int64_t{64} << 20;
 // How much of a file is read at first, and how much in all if that is not enough. Cameras may store
 // megabytes of depth maps and previews before the picture.
 constexpr std::size_t kFirstRead = 4096;
-constexpr auto kLaterReads = std::to_array<std::size_t>({256 * 1024, 4 * 1024 * 1024});
+constexpr auto kLaterReads =
+    std::to_array<std::size_t>({std::size_t{256} << 10, std::size_t{4} << 20});
 
 std::string_view textOf(std::span<const std::uint8_t> bytes) {
   return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
@@ -72,31 +73,20 @@ Attempt attempt(std::span<const std::uint8_t> head, std::int64_t size,
   return format != kFormats.end() ? format->read(content) : Attempt{};
 }
 
-// Names by which FFmpeg takes a file for a picture, whatever else its content looks like, and those
-// that mean nothing to it.
-constexpr auto kPictureNames = std::to_array<std::string_view>(
-    {".jpg", ".jpeg", ".jps", ".mpo", ".png", ".bmp", ".tif", ".tiff", ".webp"});
-constexpr auto kPlainNames = std::to_array<std::string_view>({"", ".jpe", ".jfif"});
-
-template <std::size_t kCount>
-bool isOneOf(std::string_view extension, const std::array<std::string_view, kCount>& names) {
-  return std::any_of(names.begin(), names.end(), [extension](std::string_view name) {
-    return equalsIgnoringCase(extension, name);
+// FFmpeg is not certain of a JPEG file until it has seen all of it, except if it has a picture's
+// name. Other names overrule the content.
+bool isNamedPicture(std::string_view path) {
+  constexpr auto kExtensions = std::to_array<std::string_view>(
+      {".jpg", ".jpeg", ".jps", ".mpo", ".png", ".bmp", ".tif", ".tiff", ".webp"});
+  return std::any_of(kExtensions.begin(), kExtensions.end(), [path](std::string_view extension) {
+    return equalsIgnoringCase(extensionOf(path), extension);
   });
 }
 
-// How many bytes of a JPEG file may be used. Without a picture's name, FFmpeg is certain of the
-// format only if these first bytes show it; some other names overrule the content.
-std::size_t jpegWindow(std::string_view path) {
-  constexpr std::size_t kFirstLook = 2048;
-  const std::string_view extension = extensionOf(path.substr(path.rfind('/') + 1));
-  if (isOneOf(extension, kPictureNames)) return kLaterReads.back();
-  return isOneOf(extension, kPlainNames) ? kFirstLook : 0;
-}
-
-// The first bytes of a file; fewer than COUNT if it ends before or cannot be read.
+// The first COUNT bytes of a file; fewer if it ends before or cannot be read.
 std::vector<std::uint8_t> headOf(const media::Source& source, std::size_t count) {
-  std::vector<std::uint8_t> head(count);
+  const auto size = static_cast<std::uint64_t>(std::max<std::int64_t>(source.size(), 0));
+  std::vector<std::uint8_t> head(std::min<std::uint64_t>(count, size));
   const std::ptrdiff_t got = source.readAt(0, head);
   head.resize(got > 0 ? static_cast<std::size_t>(got) : 0);
   return head;
@@ -129,12 +119,10 @@ std::optional<Picture> readPicture(std::span<const std::uint8_t> head, std::int6
 std::optional<Picture> readPicture(const media::Source& source) {
   const std::int64_t size = source.size();
   std::vector<std::uint8_t> head = headOf(source, kFirstRead);
-  const std::size_t window =
-      textOf(head).starts_with(kJpegMagic) ? jpegWindow(source.name()) : kLaterReads.back();
-  if (head.size() > window) head.resize(window);
+  if (textOf(head).starts_with(kJpegMagic) && !isNamedPicture(source.name())) return std::nullopt;
   Attempt last = attempt(head, size, &source);
   for (const std::size_t count : kLaterReads) {
-    if (!last.needsMore || count > window) break;
+    if (!last.needsMore) break;
     head = headOf(source, count);
     last = attempt(head, size, &source);
   }

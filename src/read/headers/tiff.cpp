@@ -10,11 +10,12 @@ namespace {
 
 // Types of values.
 constexpr unsigned kByte = 1;
-constexpr unsigned kText = 2;
 constexpr unsigned kShort = 3;
 constexpr unsigned kLong = 4;
 constexpr unsigned kRational = 5;
 constexpr auto kTypeSizes = std::to_array<std::uint64_t>({0, 1, 1, 2, 4, 8, 1, 1, 2, 4, 8, 4, 8});
+
+constexpr std::size_t kFileHeader = 8;
 
 constexpr std::uint64_t kYcc = 6;  // photometric interpretation
 constexpr std::uint64_t kInk = 5;
@@ -87,19 +88,16 @@ class Directory {
   Header header_;
 };
 
-// What becomes of an entry. FFmpeg reads some entries in a way that may fail, or differs in its
-// releases.
+// What becomes of an entry.
 enum class Rule {
-  kIgnored,
-  kInFile,  // has no influence unless it lies beyond the end
   kWidth,
   kHeight,
   kDepths,
   kCompression,
   kInterpretation,
   kData,
-  kDataSize,
   kSamples,
+  kDataSize,
   kResolutionX,
   kResolutionY,
   kPlanes,
@@ -112,47 +110,29 @@ struct TagRule {
   Rule rule;
 };
 
-// In the order of tags. Any other tag is unusual: tiles, raw pictures of cameras, maps.
 constexpr auto kRules = std::to_array<TagRule>({
-    {254, Rule::kIgnored},  // kind of sub-picture
-    {255, Rule::kIgnored},     {256, Rule::kWidth},       {257, Rule::kHeight},
-    {258, Rule::kDepths},      {259, Rule::kCompression}, {262, Rule::kInterpretation},
-    {266, Rule::kIgnored},                             // order of bits
-    {269, Rule::kInFile},                              // document name
-    {270, Rule::kInFile},                              // description
-    {271, Rule::kInFile},                              // camera maker
-    {272, Rule::kInFile},                              // camera model
-    {273, Rule::kData},        {274, Rule::kIgnored},  // orientation
-    {277, Rule::kSamples},     {278, Rule::kIgnored},  // rows in a strip
-    {279, Rule::kDataSize},    {280, Rule::kIgnored},  // lowest value
-    {281, Rule::kIgnored},                             // highest value
-    {282, Rule::kResolutionX}, {283, Rule::kResolutionY}, {284, Rule::kPlanes},
-    {285, Rule::kInFile},                              // page name
-    {286, Rule::kIgnored},                             // position on the page
-    {287, Rule::kIgnored},     {292, Rule::kIgnored},  // fax options
-    {293, Rule::kIgnored},     {296, Rule::kIgnored},  // unit of the resolution
-    {297, Rule::kInFile},                              // page number
-    {305, Rule::kInFile},                              // software
-    {306, Rule::kInFile},                              // date
-    {315, Rule::kInFile},                              // artist
-    {316, Rule::kInFile},                              // computer
-    {317, Rule::kIgnored},                             // predictor
-    {318, Rule::kIgnored},                             // white point
-    {319, Rule::kIgnored},                             // primary colours
-    {320, Rule::kPalette},     {338, Rule::kIgnored},  // meaning of further samples
-    {339, Rule::kIgnored},                             // format of samples
-    {529, Rule::kIgnored},                             // coefficients of YCC
-    {530, Rule::kSubsampling}, {531, Rule::kIgnored},  // position of YCC samples
-    {532, Rule::kIgnored},                             // reference black and white
-    {700, Rule::kIgnored},                             // XMP
-    {33432, Rule::kInFile},                            // copyright
-    {33723, Rule::kIgnored},                           // IPTC
-    {34377, Rule::kIgnored},                           // Photoshop
-    {34665, Rule::kIgnored},                           // Exif
-    {34675, Rule::kInFile},                            // ICC profile
-    {34853, Rule::kIgnored},                           // GPS
-    {37724, Rule::kIgnored},                           // Photoshop
+    {256, Rule::kWidth},
+    {257, Rule::kHeight},
+    {258, Rule::kDepths},
+    {259, Rule::kCompression},
+    {262, Rule::kInterpretation},
+    {273, Rule::kData},
+    {277, Rule::kSamples},
+    {279, Rule::kDataSize},
+    {282, Rule::kResolutionX},
+    {283, Rule::kResolutionY},
+    {284, Rule::kPlanes},
+    {320, Rule::kPalette},
+    {530, Rule::kSubsampling},
 });
+
+// Descriptions, and how pixels are stored and shown. Any other tag is unusual (tiles, raw pictures
+// of cameras, maps): FFmpeg reads some of them in a way that may fail, or that differs in its
+// releases.
+constexpr auto kSkippedTags = std::to_array<std::uint64_t>(
+    {254, 255, 266, 269, 270, 271,   272,   274,   278,   280,   281,   285,  286,
+     287, 292, 293, 296, 297, 305,   306,   315,   316,   317,   318,   319,  338,
+     339, 529, 531, 532, 700, 33432, 33723, 34377, 34665, 34675, 34853, 37724});
 
 bool isKnownCompression(std::uint64_t method) {
   // None, fax, LZW, Deflate, PackBits.
@@ -201,7 +181,8 @@ bool Directory::takeSubsampling(const Entry& entry) {
 
 bool Directory::isInFile(const Entry& entry) const {
   const auto size = static_cast<std::uint64_t>(content_.size());
-  return entry.count > 0 && entry.size() <= size && entry.valueAt <= size - entry.size();
+  return entry.count > 0 && entry.valueAt >= kFileHeader && entry.size() <= size &&
+         entry.valueAt <= size - entry.size();
 }
 
 // Stores a value if there is one.
@@ -213,13 +194,13 @@ bool store(const std::optional<Value>& value, Value& out) {
 
 bool Directory::take(const Entry& entry) {
   constexpr std::uint64_t kLongestPalette = std::uint64_t{3} * 256;
+  if (!isInFile(entry)) return false;
   const auto rule = std::find_if(kRules.begin(), kRules.end(),
                                  [&](const TagRule& each) { return each.tag == entry.tag; });
-  if (rule == kRules.end() || !isInFile(entry)) return false;
+  if (rule == kRules.end()) {
+    return std::find(kSkippedTags.begin(), kSkippedTags.end(), entry.tag) != kSkippedTags.end();
+  }
   switch (rule->rule) {
-    case Rule::kIgnored:
-    case Rule::kInFile:
-      return true;
     case Rule::kWidth:
       return store(positive(entry), header_.width);
     case Rule::kHeight:
@@ -360,7 +341,6 @@ std::optional<media::Rational> aspectOf(const Resolution& x, const Resolution& y
 }  // namespace
 
 std::optional<Picture> readTiff(Content& content) {
-  constexpr std::size_t kFileHeader = 8;
   const auto bytes = content.head().first(std::min(content.head().size(), kFileHeader));
   if (bytes.size() < kFileHeader) return std::nullopt;
   const bool isBigEndian = bytes[0] == 'M';
