@@ -24,6 +24,8 @@ inline constexpr std::chrono::seconds kWallTime{60};
 inline constexpr std::int64_t kSearchedBytes = std::int64_t{64} << 20;
 // Audio books have a track or two, discs some dozens.
 inline constexpr int kStreams = 1000;
+// The largest picture that is decoded, if only that says what it is. Of larger ones, headers count.
+inline constexpr std::int64_t kDecodedPixels = std::int64_t{16} << 20;
 // What the frames of an ID3v2 tag may inflate to.
 inline constexpr std::int64_t kInflatedTag = std::int64_t{16} << 20;
 

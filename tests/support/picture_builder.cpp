@@ -6,12 +6,6 @@
 
 namespace kolum::test {
 
-std::string littleEndian(std::uint64_t value, int size) {
-  std::string bytes = bigEndian(value, size);
-  std::reverse(bytes.begin(), bytes.end());
-  return bytes;
-}
-
 std::string pngChunk(const std::string& type, const std::string& content) {
   return bigEndian(content.size(), 4) + type + content + bigEndian(0, 4);
 }

@@ -9,9 +9,6 @@
 
 namespace kolum::test {
 
-// VALUE in SIZE bytes, the least significant first.
-std::string littleEndian(std::uint64_t value, int size);
-
 struct PngShape {
   unsigned width = 20;
   unsigned height = 10;

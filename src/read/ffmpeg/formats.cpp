@@ -221,10 +221,14 @@ const char* allowedDecodersButH264() {
   return kList.c_str();
 }
 
+bool isAllowedCodec(const AVStream& stream) {
+  return isAllowed(stream.codecpar->codec_id);
+}
+
 bool isForeignPicture(const AVFormatContext& context) {
   constexpr std::string_view kByName = "image2";
   return context.iformat->name == kByName && context.nb_streams == 1 &&
-         !isAllowed(context.streams[0]->codecpar->codec_id);
+         !isAllowedCodec(*context.streams[0]);
 }
 
 bool opensFurtherFiles(std::string_view demuxer) {

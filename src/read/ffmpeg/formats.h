@@ -7,6 +7,7 @@
 #include <string_view>
 
 struct AVFormatContext;
+struct AVStream;
 
 namespace kolum::ffmpeg {
 
@@ -17,6 +18,8 @@ bool isAllowedDemuxer(std::string_view demuxer);
 const char* allowedDecoders();
 // The same without the decoders of H.264.
 const char* allowedDecodersButH264();
+
+bool isAllowedCodec(const AVStream& stream);
 
 // Whether an opened file has no stream but pictures of a kind that is not allowed.
 bool isForeignPicture(const AVFormatContext& context);

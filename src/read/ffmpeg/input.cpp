@@ -26,9 +26,10 @@ void readStreams(const Context& context) {
 }
 
 // The same with a shortcut. False if another way has to be taken.
-bool readStreamsFromHeaders(const Context& context, const media::Source& source) {
+bool readStreamsFromHeaders(const Context& context, const media::Source& source,
+                            Shortcuts allowed) {
   beginOperationOf(context);
-  Shortcut shortcut(*context.format, source);
+  Shortcut shortcut(*context.format, source, allowed);
   shortcut.fill();
   avformat_find_stream_info(context.format.get(), shortcut.options());
   return shortcut.isSound();
@@ -49,9 +50,11 @@ std::optional<Input> Input::open(const media::Source& source, Depth depth) {
   headers::blankInflatingTags(source);
   auto context = openFile(source);
   if (!context) return std::nullopt;
-  if (depth != Depth::kStreams || !headers::mayTakeShortcuts())
+  if (depth == Depth::kHeader || !headers::mayTakeShortcuts())
     return Input(std::move(*context), depth);
-  if (readStreamsFromHeaders(*context, source)) return Input(std::move(*context), Depth::kHeader);
+  const Shortcuts allowed = depth == Depth::kStreams ? Shortcuts::kAll : Shortcuts::kStillPictures;
+  if (readStreamsFromHeaders(*context, source, allowed))
+    return Input(std::move(*context), Depth::kHeader);
   context.reset();
   auto again = openFile(source);
   if (!again) return std::nullopt;

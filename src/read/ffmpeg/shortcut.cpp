@@ -8,10 +8,12 @@
 #include <string>
 #include <string_view>
 
+#include "media/budget.h"
 #include "media/container.h"
 #include "read/ffmpeg/context.h"
 #include "read/ffmpeg/ffmpeg.h"
 #include "read/ffmpeg/formats.h"
+#include "read/ffmpeg/header_decoder.h"
 #include "read/ffmpeg/source_reader.h"  // for the context's destructor
 #include "read/headers/h264.h"
 #include "read/headers/picture.h"
@@ -26,7 +28,6 @@ using Bytes = std::span<const std::uint8_t>;
 constexpr int kMostPackets = 500;
 // FFmpeg looks at the second packet of a transport stream's streams, too, for their frame rate.
 constexpr int kPacketsOfTransportStream = 2;
-constexpr int kUnknownProfile = -99;
 
 struct PacketDeleter {
   void operator()(AVPacket* packet) const { av_packet_free(&packet); }
@@ -75,6 +76,26 @@ bool isOfAnotherSize(const AVCodecParameters& parameters, int width, int height)
   return parameters.width != 0 && (parameters.width != width || parameters.height != height);
 }
 
+PictureParameters parametersOf(const headers::H264Parameters& sps) {
+  return {.width = sps.width,
+          .height = sps.height,
+          .pixelFormat = av_get_pix_fmt(sps.pixelFormat),
+          .profile = sps.profile,
+          .level = sps.level,
+          .sampleAspect = sps.sampleAspect,
+          .heldBackPictures = sps.heldBackPictures.value_or(0),
+          .ticksPerSecond = sps.ticksPerSecond,
+          .unitTicks = sps.unitTicks};
+}
+
+// Larger than any level of the standard allows. Nobody encodes such pictures, and decoding one
+// takes more memory than a call may use: the header counts, whatever follows.
+template <typename Picture>
+bool isBeyondH264(const Picture& picture) {
+  constexpr std::int64_t kLargestFrame = std::int64_t{139264} * 16 * 16;
+  return std::int64_t{picture.width} * picture.height > kLargestFrame;
+}
+
 bool isEncrypted(const AVStream& stream) {
   return stream.codecpar->codec_tag == MKTAG('e', 'n', 'c', 'v') ||
          stream.codecpar->codec_tag == MKTAG('d', 'r', 'm', 'i');
@@ -117,8 +138,8 @@ std::vector<std::uint8_t> parameterSetsOf(const AVStream& stream, const AVPacket
 
 }  // namespace
 
-Shortcut::Shortcut(AVFormatContext& context, const media::Source& source)
-    : context_(context), source_(source), streamCount_(context.nb_streams) {}
+Shortcut::Shortcut(AVFormatContext& context, const media::Source& source, Shortcuts allowed)
+    : context_(context), source_(source), allowed_(allowed), streamCount_(context.nb_streams) {}
 
 Shortcut::~Shortcut() {
   for (AVDictionary*& each : options_) av_dict_free(&each);
@@ -129,7 +150,7 @@ AVDictionary** Shortcut::options() {
 }
 
 void Shortcut::fill() {
-  if (isDemuxer(context_, media::kDemuxerMpegTs)) lookAhead();
+  if (allowed_ == Shortcuts::kAll && isDemuxer(context_, media::kDemuxerMpegTs)) lookAhead();
   bool isH264Known = true;
   std::vector<FilledStream> found;
   for (unsigned i = 0; i < streamCount_; ++i) {
@@ -180,8 +201,16 @@ void Shortcut::lookAhead() {
 }
 
 std::optional<PictureParameters> Shortcut::pictureOf(const AVStream& stream) const {
-  if (stream.codecpar->codec_id == AV_CODEC_ID_H264 && !isCover(stream)) return h264Picture(stream);
-  return stillPicture(stream);
+  if (stream.codecpar->codec_id == AV_CODEC_ID_H264 && !isCover(stream))
+    return allowed_ == Shortcuts::kAll ? h264Picture(stream) : std::nullopt;
+  auto picture = stillPicture(stream);
+  if (!picture) picture = largePicture(stream);
+  // Extreme aspects: only some of FFmpeg's checks refuse them.
+  if (picture && av_image_check_sar(static_cast<unsigned>(picture->width),
+                                    static_cast<unsigned>(picture->height),
+                                    {picture->sampleAspect.num, picture->sampleAspect.den}) < 0)
+    return std::nullopt;
+  return picture;
 }
 
 std::optional<PictureParameters> Shortcut::h264Picture(const AVStream& stream) const {
@@ -189,7 +218,8 @@ std::optional<PictureParameters> Shortcut::h264Picture(const AVStream& stream) c
   const auto found = ahead != firstPackets_.end()
                          ? ahead->second.picture
                          : headers::readSps(headers::spsOfConfiguration(extraDataOf(stream)));
-  if (!found || isEncrypted(stream)) return std::nullopt;
+  if (!found || (isEncrypted(stream) && !isBeyondH264(*found))) return std::nullopt;
+  if (isBeyondH264(*found)) return parametersOf(*found);
   const bool hasDecodingTimes = isDemuxer(context_, media::kDemuxerMp4);
   if (!found->heldBackPictures && !hasDecodingTimes) return std::nullopt;
   // Without the decoder, FFmpeg makes up no decoding times, and measures no frame rate by them.
@@ -197,15 +227,7 @@ std::optional<PictureParameters> Shortcut::h264Picture(const AVStream& stream) c
       (!hasFrameRate(stream) || context_.duration <= 0))
     return std::nullopt;
   if (isOfAnotherSize(*stream.codecpar, found->width, found->height)) return std::nullopt;
-  return PictureParameters{.width = found->width,
-                           .height = found->height,
-                           .pixelFormat = av_get_pix_fmt(found->pixelFormat),
-                           .profile = found->profile,
-                           .level = found->level,
-                           .sampleAspect = found->sampleAspect,
-                           .heldBackPictures = found->heldBackPictures.value_or(0),
-                           .ticksPerSecond = found->ticksPerSecond,
-                           .unitTicks = found->unitTicks};
+  return parametersOf(*found);
 }
 
 std::optional<PictureParameters> Shortcut::stillPicture(const AVStream& stream) const {
@@ -217,20 +239,38 @@ std::optional<PictureParameters> Shortcut::stillPicture(const AVStream& stream) 
   if (!found || codecOf(found->format) != stream.codecpar->codec_id) return std::nullopt;
   // FFmpeg takes a JPEG picture that is lower than announced for half of an interlaced one.
   if (isOfAnotherSize(*stream.codecpar, found->width, found->height)) return std::nullopt;
-  const AVRational aspect = {found->sampleAspect.num, found->sampleAspect.den};
-  // Extreme ones: only some of FFmpeg's checks refuse them.
-  if (av_image_check_sar(static_cast<unsigned>(found->width), static_cast<unsigned>(found->height),
-                         aspect) < 0)
-    return std::nullopt;
   return PictureParameters{.width = found->width,
                            .height = found->height,
                            .pixelFormat = av_get_pix_fmt(std::string(found->pixelFormat).c_str()),
-                           .profile = kUnknownProfile,
-                           .level = kUnknownProfile,
-                           .sampleAspect = found->sampleAspect,
-                           .heldBackPictures = 0,
-                           .ticksPerSecond = 0,
-                           .unitTicks = 0};
+                           .sampleAspect = found->sampleAspect};
+}
+
+// Pictures so large that decoding one would take more memory than a call may use.
+std::optional<PictureParameters> Shortcut::largePicture(const AVStream& stream) const {
+  const AVCodecParameters& parameters = *stream.codecpar;
+  const bool isClaimedLarge =
+      std::int64_t{parameters.width} * parameters.height > media::budget::kDecodedPixels;
+  std::optional<PictureParameters> found;
+  if (isCover(stream) && stream.attached_pic.data != nullptr)
+    found = decodeHeader(stream, stream.attached_pic);
+  else if (isClaimedLarge || isStillPictureFile(context_))
+    found = decodeFirstHeader(stream);
+  const bool isLarge =
+      found && std::int64_t{found->width} * found->height > media::budget::kDecodedPixels;
+  return isLarge ? found : std::nullopt;
+}
+
+// Reads the stream's first packet in a context of its own.
+std::optional<PictureParameters> Shortcut::decodeFirstHeader(const AVStream& stream) const {
+  const auto ahead = openContext(source_, context_.iformat->name);
+  const OwnedPacket packet(av_packet_alloc());
+  if (!ahead || packet == nullptr) return std::nullopt;
+  for (int i = 0; i < kMostPackets && av_read_frame(ahead->format.get(), packet.get()) >= 0; ++i) {
+    if (packet->stream_index == stream.index)
+      return decodeHeader(*ahead->format->streams[stream.index], *packet);
+    av_packet_unref(packet.get());
+  }
+  return std::nullopt;
 }
 
 // With parameter sets, the HEVC decoder knows its pictures without decoding any.
@@ -263,7 +303,8 @@ void Shortcut::apply(const FilledStream& filled) {
 void Shortcut::leaveOutH264(unsigned index) {
   constexpr int kSilent = 100;
   const bool isTransportStream = isDemuxer(context_, media::kDemuxerMpegTs);
-  expectedPackets_[static_cast<int>(index)] = isTransportStream ? kPacketsOfTransportStream : 1;
+  if (!isBeyondH264(filled_.back().picture))
+    expectedPackets_[static_cast<int>(index)] = isTransportStream ? kPacketsOfTransportStream : 1;
   // FFmpeg would log that the decoder is not allowed, with the whole list of those that are.
   av_dict_set_int(&options_[index], "log_level_offset", kSilent, 0);
   av_freep(&context_.codec_whitelist);
@@ -299,7 +340,7 @@ bool Shortcut::keepsPromises(const FilledStream& filled) const {
   if (parameters.width != picture.width || parameters.height != picture.height ||
       parameters.profile != picture.profile || parameters.level != picture.level)
     return false;
-  if (!isH264(filled.index) || filled.hadFrameRate) return true;
+  if (!isH264(filled.index) || filled.hadFrameRate || isBeyondH264(picture)) return true;
   const AVRational rate = stream.r_frame_rate;
   // The decoder knows half of the rate at which the clock ticks, and FFmpeg takes it where it could
   // measure nothing but the time base or that clock.

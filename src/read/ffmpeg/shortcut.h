@@ -7,8 +7,8 @@
 #include <optional>
 #include <vector>
 
-#include "media/rational.h"
 #include "media/source.h"
+#include "read/ffmpeg/picture_parameters.h"
 #include "read/headers/h264.h"
 
 struct AVDictionary;
@@ -17,17 +17,9 @@ struct AVStream;
 
 namespace kolum::ffmpeg {
 
-// What a header says about a stream's pictures.
-struct PictureParameters {
-  int width;
-  int height;
-  int pixelFormat;  // FFmpeg's number
-  int profile;
-  int level;
-  media::Rational sampleAspect;
-  int heldBackPictures;
-  std::uint32_t ticksPerSecond;
-  std::uint32_t unitTicks;
+enum class Shortcuts {
+  kAll,
+  kStillPictures,  // those that leave the streams' time stamps alone
 };
 
 // Used in this order: fill() in a context that was opened and has read no packets, let FFmpeg read
@@ -35,7 +27,7 @@ struct PictureParameters {
 // anew and reading it without a shortcut leads to FFmpeg's own answers.
 class Shortcut {
  public:
-  Shortcut(AVFormatContext& context, const media::Source& source);
+  Shortcut(AVFormatContext& context, const media::Source& source, Shortcuts allowed);
   Shortcut(const Shortcut&) = delete;
   Shortcut& operator=(const Shortcut&) = delete;
   ~Shortcut();
@@ -63,6 +55,8 @@ class Shortcut {
   std::optional<PictureParameters> pictureOf(const AVStream& stream) const;
   std::optional<PictureParameters> h264Picture(const AVStream& stream) const;
   std::optional<PictureParameters> stillPicture(const AVStream& stream) const;
+  std::optional<PictureParameters> largePicture(const AVStream& stream) const;
+  std::optional<PictureParameters> decodeFirstHeader(const AVStream& stream) const;
   void fillParameterSets(AVStream& stream);
   void apply(const FilledStream& filled);
   void leaveOutH264(unsigned index);
@@ -72,6 +66,7 @@ class Shortcut {
 
   AVFormatContext& context_;
   const media::Source& source_;
+  Shortcuts allowed_;
   unsigned streamCount_;
   std::map<int, FirstPacket> firstPackets_;  // by the stream's own number
   std::vector<FilledStream> filled_;

@@ -1,11 +1,11 @@
 #include "read/headers/id3v2.h"
 
 #include <gtest/gtest.h>
-#include <zlib.h>
 
 #include <string>
 #include <vector>
 
+#include "support/hostile_bytes.h"
 #include "support/temp_dir.h"
 
 namespace headers = kolum::headers;
@@ -23,23 +23,13 @@ std::string number(std::uint64_t value, int bytes, int bits = 8) {
   return text;
 }
 
-std::string deflated(std::size_t size) {
-  const std::string zeros(size, '\0');
-  uLongf length = compressBound(zeros.size());
-  std::string text(length, '\0');
-  compress(reinterpret_cast<Bytef*>(text.data()), &length,
-           reinterpret_cast<const Bytef*>(zeros.data()), zeros.size());
-  text.resize(length);
-  return text;
-}
-
 std::string plainFrame(std::size_t size) {
   return "TXXX" + number(size, 4) + number(0, 2) + std::string(size, 'x');
 }
 
 // A frame of version 3 that inflates to SIZE bytes.
 std::string compressedFrame(std::size_t size) {
-  const std::string content = number(size, 4) + deflated(size);
+  const std::string content = number(size, 4) + kolum::test::deflatedZeros(size);
   return "TXXX" + number(content.size(), 4) + number(0x80, 2) + content;
 }
 

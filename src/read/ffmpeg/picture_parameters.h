@@ -1,0 +1,28 @@
+// What a header says about a stream's pictures, in FFmpeg's numbers.
+#ifndef KOLUM_READ_FFMPEG_PICTURE_PARAMETERS_H
+#define KOLUM_READ_FFMPEG_PICTURE_PARAMETERS_H
+
+#include <cstdint>
+
+#include "media/rational.h"
+
+namespace kolum::ffmpeg {
+
+inline constexpr int kUnknownProfile = -99;  // or level
+
+struct PictureParameters {
+  int width = 0;
+  int height = 0;
+  int pixelFormat = -1;
+  int profile = kUnknownProfile;
+  int level = kUnknownProfile;
+  media::Rational sampleAspect = {0, 1};
+  int heldBackPictures = 0;
+  // A picture takes two units of a clock that ticks so often per second; 0 when not stated.
+  std::uint32_t ticksPerSecond = 0;
+  std::uint32_t unitTicks = 0;
+};
+
+}  // namespace kolum::ffmpeg
+
+#endif
