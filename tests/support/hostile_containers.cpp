@@ -212,13 +212,12 @@ std::string asfDistinctAttributes() {
   return asfWith(asfStream(1, 64) + asfObject(kAsfExtended, little16(kCount) + attributes));
 }
 
-std::string asfPictures() {
-  constexpr std::uint32_t kCount = kMostStreams;
+std::string asfPictures(std::uint32_t count, const std::string& content) {
   const std::string picture =
-      "\3" + little32(hugePng().size()) + utf16("image/png") + utf16("") + hugePng();
+      "\3" + little32(content.size()) + utf16("image/png") + utf16("") + content;
   const std::string attribute = asfAttribute("WM/Picture", 1, picture);
   return asfWith(asfStream(1, 64) +
-                 asfObject(kAsfExtended, little16(kCount) + repeated(attribute, kCount)));
+                 asfObject(kAsfExtended, little16(count) + repeated(attribute, count)));
 }
 
 std::string asfMarkers(std::uint32_t count) {
@@ -456,7 +455,9 @@ HostileFiles hostileContainers() {
       {"hugeRaw.avi", [] { return aviWithPicture(zeros(4), kHugeSide, noise(4 * kKiB)); }},
       {"hugeRuns.avi", [] { return aviWithPicture("\1" + zeros(3), kHugeSide, zeros(64), 8); }},
       {"distinctAttributes.wmv", asfDistinctAttributes},
-      {"pictures.wma", asfPictures},
+      {"pictures.wma", [] { return asfPictures(kMostStreams, hugePng()); }},
+      // FFmpeg's search has room for 128 streams, on the stack.
+      {"seekAmongPictures.wma", [] { return asfPictures(200, "x"); }},
       {"markers.wmv", [] { return asfMarkers(200'000); }},
       {"hugeMarkerCount.wmv", [] { return asfMarkers(0x7FFFFFFF); }},
       {"manyStreams.wmv", asfStreams},
