@@ -451,7 +451,7 @@ HostileFiles hostileContainers() {
       {"manyStreams.avi",
        [] { return aviSmall(aviHeader(repeated(aviStream("H264", 64), kMostStreams))); }},
       {"headThenNoise.avi",
-       [] { return aviSmall(aviHeader(aviStream("H264", 64))) + repeated(noise(kMiB), 128); }},
+       [] { return aviSmall(aviHeader(aviStream("H264", 64))) + repeated(noise(kMiB), 32); }},
       {"hugeRaw.avi", [] { return aviWithPicture(zeros(4), kHugeSide, noise(4 * kKiB)); }},
       {"hugeRuns.avi", [] { return aviWithPicture("\1" + zeros(3), kHugeSide, zeros(64), 8); }},
       {"distinctAttributes.wmv", asfDistinctAttributes},
