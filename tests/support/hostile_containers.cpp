@@ -376,7 +376,7 @@ std::string mxfPrimer() {
 
 std::string subtitles() {
   std::string text;
-  for (int i = 1; i <= 300'000; ++i)
+  for (int i = 1; i <= 100'000; ++i)
     text += std::to_string(i) + "\n00:00:01,000 --> 00:00:02,000\ntext\n\n";
   return text;
 }
@@ -384,11 +384,11 @@ std::string subtitles() {
 std::string styledSubtitles() {
   return "[Script Info]\n[Events]\nFormat: Layer, Start, End, Style, Name, MarginL, MarginR, "
          "MarginV, Effect, Text\n" +
-         repeated("Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,text\n", 300'000);
+         repeated("Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,text\n", 100'000);
 }
 
 std::string webSubtitles() {
-  return "WEBVTT\n\n" + repeated("00:01.000 --> 00:02.000\ntext\n\n", 300'000);
+  return "WEBVTT\n\n" + repeated("00:01.000 --> 00:02.000\ntext\n\n", 100'000);
 }
 
 std::string metadataText() {

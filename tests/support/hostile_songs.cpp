@@ -348,7 +348,7 @@ HostileFiles hostileSongs() {
       {"apeItems.tta", [] { return trueAudio(44100, 1000) + apeTag(65000); }},
       {"noise.mp3", [] { return repeated(noise(kMiB), 32); }},
       {"framesAndNoise.mp3", [] { return mp3Frames(20) + repeated(noise(kMiB), 32); }},
-      {"noise.aac", [] { return repeated("\xFF\xF1\x50\x80\x02\x1F\xFC" + noise(9), 1'000'000); }},
+      {"noise.aac", [] { return repeated("\xFF\xF1\x50\x80\x02\x1F\xFC" + noise(9), 300'000); }},
       {"hugeCovers.flac",
        [] {
          return flacWith(
