@@ -13,6 +13,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstring>
+#include <numeric>
 #include <string>
 #include <string_view>
 
@@ -172,17 +173,18 @@ void packetSize(const Path& path) {
 struct EntryPoint {
   const char* name;
   void (*call)(const Path&);
+  bool readsLikeFirst = false;  // as the first one of the table does
 };
 
 // The other stream queries read as GetAudioTrack does.
 constexpr EntryPoint kEntryPoints[] = {
-    {"GetVideoMetadata1", videoRecord}, {"GetVideoMetadata3", flatVideo},
-    {"ExplainDlnaProfile", explain},    {"GetMediaInfo", mediaInfo},
-    {"getVideoKeyFrameTime", keyFrame}, {"GetAudioMetadata", song},
-    {"GetDsfMetadata", dsdSong},        {"GetPhotoMetadata", photo},
-    {"GetPhotoHW", photoSize},          {"GetMp4SubFormat", subFormat},
-    {"CheckMp4MoovAtEnd", moovAtEnd},   {"GetVideoRotationDegree", rotation},
-    {"GetAudioTrack", audioTracks},     {"ProbeTsPacketSize", packetSize},
+    {"GetVideoMetadata1", videoRecord},    {"GetVideoMetadata3", flatVideo, true},
+    {"ExplainDlnaProfile", explain, true}, {"GetAudioMetadata", song, true},
+    {"GetPhotoMetadata", photo, true},     {"GetPhotoHW", photoSize, true},
+    {"GetAudioTrack", audioTracks, true},  {"GetMediaInfo", mediaInfo},
+    {"getVideoKeyFrameTime", keyFrame},    {"GetDsfMetadata", dsdSong},
+    {"GetMp4SubFormat", subFormat},        {"CheckMp4MoovAtEnd", moovAtEnd},
+    {"GetVideoRotationDegree", rotation},  {"ProbeTsPacketSize", packetSize},
 };
 
 // --- Measuring ---
@@ -276,14 +278,28 @@ void expectNoCrash(const Cost& cost) {
   EXPECT_EQ(cost.status, 0);
 }
 
+// Whether it is this entry point's turn among those that read alike: each file has one of them.
+bool hasTurn(const EntryPoint& entryPoint, std::string_view file) {
+  const auto alike = std::count_if(std::begin(kEntryPoints), std::end(kEntryPoints),
+                                   [](const EntryPoint& each) { return each.readsLikeFirst; });
+  const auto turn = std::accumulate(file.begin(), file.end(), 0) % alike;
+  return &entryPoint - &kEntryPoints[1] == turn;
+}
+
 TEST_P(HostileFileTest, StaysWithinBounds) {
   const char* isolation = isolationReason(GetParam().name);
   if (isolation != nullptr && !kMeasures) GTEST_SKIP() << isolation;
+  // All files together shall take about a minute, so the slow ones are not read in the same way by
+  // every entry point.
+  constexpr double kSlowSeconds = 0.25;
+  bool isSlow = false;
   for (const EntryPoint& entryPoint : kEntryPoints) {
+    if (isSlow && entryPoint.readsLikeFirst && !hasTurn(entryPoint, GetParam().name)) continue;
     SCOPED_TRACE(entryPoint.name);
     const Cost found =
         cost(entryPoint, isolation != nullptr ? kIsolatedAddressSpace : kAddressSpace);
     record(entryPoint, found);
+    isSlow = isSlow || found.seconds > kSlowSeconds;
     expectNoCrash(found);
     if (isolation != nullptr || !kMeasures) continue;
     EXPECT_LE(found.seconds, kSeconds);

@@ -212,13 +212,12 @@ std::string asfDistinctAttributes() {
   return asfWith(asfStream(1, 64) + asfObject(kAsfExtended, little16(kCount) + attributes));
 }
 
-std::string asfPictures() {
-  constexpr std::uint32_t kCount = kMostStreams;
+std::string asfPictures(std::uint32_t count, const std::string& content) {
   const std::string picture =
-      "\3" + little32(hugePng().size()) + utf16("image/png") + utf16("") + hugePng();
+      "\3" + little32(content.size()) + utf16("image/png") + utf16("") + content;
   const std::string attribute = asfAttribute("WM/Picture", 1, picture);
   return asfWith(asfStream(1, 64) +
-                 asfObject(kAsfExtended, little16(kCount) + repeated(attribute, kCount)));
+                 asfObject(kAsfExtended, little16(count) + repeated(attribute, count)));
 }
 
 std::string asfMarkers(std::uint32_t count) {
@@ -377,7 +376,7 @@ std::string mxfPrimer() {
 
 std::string subtitles() {
   std::string text;
-  for (int i = 1; i <= 300'000; ++i)
+  for (int i = 1; i <= 100'000; ++i)
     text += std::to_string(i) + "\n00:00:01,000 --> 00:00:02,000\ntext\n\n";
   return text;
 }
@@ -385,11 +384,11 @@ std::string subtitles() {
 std::string styledSubtitles() {
   return "[Script Info]\n[Events]\nFormat: Layer, Start, End, Style, Name, MarginL, MarginR, "
          "MarginV, Effect, Text\n" +
-         repeated("Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,text\n", 300'000);
+         repeated("Dialogue: 0,0:00:01.00,0:00:02.00,Default,,0,0,0,,text\n", 100'000);
 }
 
 std::string webSubtitles() {
-  return "WEBVTT\n\n" + repeated("00:01.000 --> 00:02.000\ntext\n\n", 300'000);
+  return "WEBVTT\n\n" + repeated("00:01.000 --> 00:02.000\ntext\n\n", 100'000);
 }
 
 std::string metadataText() {
@@ -452,11 +451,13 @@ HostileFiles hostileContainers() {
       {"manyStreams.avi",
        [] { return aviSmall(aviHeader(repeated(aviStream("H264", 64), kMostStreams))); }},
       {"headThenNoise.avi",
-       [] { return aviSmall(aviHeader(aviStream("H264", 64))) + repeated(noise(kMiB), 128); }},
+       [] { return aviSmall(aviHeader(aviStream("H264", 64))) + repeated(noise(kMiB), 32); }},
       {"hugeRaw.avi", [] { return aviWithPicture(zeros(4), kHugeSide, noise(4 * kKiB)); }},
       {"hugeRuns.avi", [] { return aviWithPicture("\1" + zeros(3), kHugeSide, zeros(64), 8); }},
       {"distinctAttributes.wmv", asfDistinctAttributes},
-      {"pictures.wma", asfPictures},
+      {"pictures.wma", [] { return asfPictures(kMostStreams, hugePng()); }},
+      // FFmpeg's search has room for 128 streams, on the stack.
+      {"seekAmongPictures.wma", [] { return asfPictures(200, "x"); }},
       {"markers.wmv", [] { return asfMarkers(200'000); }},
       {"hugeMarkerCount.wmv", [] { return asfMarkers(0x7FFFFFFF); }},
       {"manyStreams.wmv", asfStreams},

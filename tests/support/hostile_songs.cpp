@@ -294,8 +294,10 @@ std::string monkeysAudio() {
 }
 
 std::string trueAudio(std::uint32_t sampleRate, std::uint32_t samples) {
-  return "TTA1" + little16(1) + little16(2) + little16(16) + little32(sampleRate) +
-         little32(samples) + little32(0) + zeros(64);
+  const std::string header =
+      "TTA1" + little16(1) + little16(2) + little16(16) + little32(sampleRate) + little32(samples);
+  const std::string seekTable = little32(64);
+  return header + little32(crc32Of(header)) + seekTable + little32(crc32Of(seekTable)) + zeros(64);
 }
 
 std::string wavPack() {
@@ -344,9 +346,9 @@ HostileFiles hostileSongs() {
        [] { return "ID3\4" + zeros(2) + "\x7F\x7F\x7F\x7F" + "TIT2\x7F\x7F\x7F\x7F" + zeros(2); },
        std::int64_t{1} << 40},
       {"apeItems.tta", [] { return trueAudio(44100, 1000) + apeTag(65000); }},
-      {"noise.mp3", [] { return repeated(noise(kMiB), 128); }},
-      {"framesAndNoise.mp3", [] { return mp3Frames(20) + repeated(noise(kMiB), 128); }},
-      {"noise.aac", [] { return repeated("\xFF\xF1\x50\x80\x02\x1F\xFC" + noise(9), 1'000'000); }},
+      {"noise.mp3", [] { return repeated(noise(kMiB), 32); }},
+      {"framesAndNoise.mp3", [] { return mp3Frames(20) + repeated(noise(kMiB), 32); }},
+      {"noise.aac", [] { return repeated("\xFF\xF1\x50\x80\x02\x1F\xFC" + noise(9), 300'000); }},
       {"hugeCovers.flac",
        [] {
          return flacWith(
@@ -368,7 +370,7 @@ HostileFiles hostileSongs() {
          return flacWith(repeated(
              flacBlock(kComments, vorbisComments(1000, distinctVorbisComments(1000))), 1000));
        }},
-      {"noise.flac", [] { return flacWith("") + repeated(noise(kMiB), 128); }},
+      {"noise.flac", [] { return flacWith("") + repeated(noise(kMiB), 32); }},
       {"distinctComments.ogg",
        [] { return oggVorbisWith(vorbisComments(100'000, distinctVorbisComments(100'000))); }},
       {"hugeCommentCount.ogg", [] { return oggVorbisWith(vorbisComments(0x80000000, "")); }},
@@ -410,7 +412,7 @@ HostileFiles hostileSongs() {
          return wavWith(wavFormat() + riffChunk("id3 ", id3v2TagOf(inflatingFrames("TXXX"))) +
                         riffChunk("data", zeros(4096)));
        }},
-      {"noise.wav", [] { return hugeChunk("data", 0xFFFFFFF0) + repeated(noise(kMiB), 128); }},
+      {"noise.wav", [] { return hugeChunk("data", 0xFFFFFFF0) + repeated(noise(kMiB), 32); }},
       {"hugeText.aiff", [] { return "FORM" + big32(0x7FFFFFFF) + "AIFFNAME" + big32(0x7FFFFFF0); },
        std::int64_t{1} << 33},
       {"inflatingFrames.aiff",
@@ -418,8 +420,8 @@ HostileFiles hostileSongs() {
       {"chunks.aiff", [] { return aiffWith(repeated(iffChunk("ANNO", "v"), 1'000'000)); }},
       {"hugeSeekTable.ape", monkeysAudio},
       {"hugeSeekTableInHole.ape", monkeysAudio, std::int64_t{1} << 30},
-      {"hugeFrameCount.tta", [] { return trueAudio(1, 0xFFFFFFF0); }},
-      {"hugeFrameCountInHole.tta", [] { return trueAudio(1, 0xFFFFFFF0); }, std::int64_t{1} << 33},
+      {"hugeFrameCount.tta", [] { return trueAudio(1, 0x0FFFFFF0); }},
+      {"hugeFrameCountInHole.tta", [] { return trueAudio(1, 0x0FFFFFF0); }, std::int64_t{1} << 33},
       {"blocks.wv", wavPack},
       {"hugeFrameCount.mpc", musepack7},
       {"hugePacketTable.caf", coreAudio},

@@ -80,10 +80,21 @@ std::string pes(const std::string& data, int stream = 0xE0, std::uint64_t time =
 
 enum StreamType { kMpeg2 = 0x02, kMpeg4 = 0x10, kH264 = 0x1B, kHevc = 0x24, kAacInTs = 0x0F };
 
-std::string streamOf(int type, const std::string& pictures) {
-  return head(type) + packets(kVideoPid, pes(pictures)) +
-         packets(kVideoPid, pes(pictures, 0xE0, 3600)) +
-         packets(kVideoPid, pes(pictures, 0xE0, 7200)) + packets(0x1FFF, zeros(184));
+// Long enough to be recognized at once; pictures come 25 times a second.
+std::string streamOf(int type, const std::string& pictures, std::uint64_t count = 100) {
+  std::string stream = head(type);
+  for (std::uint64_t i = 0; i < count; ++i)
+    stream += packets(kVideoPid, pes(pictures, 0xE0, 3600 * i));
+  return stream;
+}
+
+// Packets that look well from outside.
+std::string noisePackets(std::size_t count) {
+  const std::string bytes = noise(8192 * (kPacketSize - 1));
+  std::string some;
+  for (std::size_t at = 0; at < bytes.size(); at += kPacketSize - 1)
+    some += "G" + bytes.substr(at, kPacketSize - 1);
+  return repeated(some, count / 8192);
 }
 
 std::string manyPrograms() {
@@ -280,22 +291,31 @@ std::string hugeHevc() {
 
 HostileFiles hostileStreams() {
   return {
-      {"headThenNoise.ts", [] { return head(kH264) + repeated(noise(kMiB), 128); }},
-      {"headThenNoise.m2ts", [] { return head(kMpeg2) + repeated(noise(kMiB), 128); }},
+      {"headThenNoise.ts",
+       [] {
+         return head(kH264) + repeated(packets(0x1FFF, zeros(184)), 100) +
+                repeated(noise(kMiB), 128);
+       }},
+      {"headThenNoise.m2ts",
+       [] { return repeated(head(kMpeg2), 100) + repeated(noise(kMiB), 128); }},
       {"headThenHole.ts", [] { return head(kH264); }, std::int64_t{1} << 40},
       {"headThenNullPackets.ts",
        [] { return head(kH264) + repeated(packets(0x1FFF, zeros(184)), 700'000); }},
       {"picturesThenNoise.ts",
        [] { return streamOf(kH264, h264(64)) + repeated(noise(kMiB), 128); }},
+      {"picturesThenPackets.ts",
+       [] { return streamOf(kMpeg2, mpeg2(64)) + noisePackets(700'000); }},
+      {"picturesThenNullPackets.ts",
+       [] { return streamOf(kMpeg2, mpeg2(64)) + repeated(packets(0x1FFF, zeros(184)), 700'000); }},
       {"manyPrograms.ts", manyPrograms},
       {"manyElementaryStreams.ts", manyElementaryStreams},
       {"allPidsOfVideo.ts", [] { return allPids(0xE0); }},
       {"allPidsOfAudio.ts", [] { return allPids(0xC0); }},
       {"services.ts", services},
-      {"hugeMpeg2.ts", [] { return streamOf(kMpeg2, hugeMpeg2()); }},
-      {"hugeMpeg4.ts", [] { return streamOf(kMpeg4, hugeMpeg4()); }},
-      {"hugeH264.ts", [] { return streamOf(kH264, hugeH264()); }},
-      {"hugeHevc.ts", [] { return streamOf(kHevc, hugeHevc()); }},
+      {"hugeMpeg2.ts", [] { return streamOf(kMpeg2, hugeMpeg2(), 10); }},
+      {"hugeMpeg4.ts", [] { return streamOf(kMpeg4, hugeMpeg4(), 10); }},
+      {"hugeH264.ts", [] { return streamOf(kH264, hugeH264(), 10); }},
+      {"hugeHevc.ts", [] { return streamOf(kHevc, hugeHevc(), 10); }},
       {"hugeMpeg2.mpg", [] { return programStream(hugeMpeg2()); }},
       {"hugeMpeg4.mpg", [] { return programStream(hugeMpeg4()); }},
       {"hugeH264.mpg", [] { return programStream(hugeH264()); }},
