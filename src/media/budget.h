@@ -18,10 +18,10 @@ inline constexpr std::int64_t kBytes = std::int64_t{1} << 30;
 inline constexpr std::chrono::seconds kProcessorTime{10};
 // A sleeping disk needs ten seconds.
 inline constexpr std::chrono::seconds kWallTime{60};
-// What demuxers without an index (transport streams, raw streams) may read at a stretch to find out
-// what streams there are. FFmpeg itself stops after 5 MB of packets, but counts only what it
-// recognises as such.
-inline constexpr std::int64_t kSearchedBytes = std::int64_t{64} << 20;
+// What one operation (opening, finding the streams, seeking, reading a packet) of a demuxer that
+// searches for data may read. FFmpeg itself stops after 5 MB of packets, but counts only what it
+// recognizes as such, and reads the end of a recording for its duration.
+inline constexpr std::int64_t kSearchedBytes = std::int64_t{32} << 20;
 // Audio books have a track or two, discs some dozens.
 inline constexpr int kStreams = 1000;
 // The largest picture that is decoded, if only that says what it is. Of larger ones, headers count.

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <new>
 
+#include "media/container.h"
 #include "read/ffmpeg/ffmpeg.h"
 
 namespace kolum::ffmpeg {
@@ -18,6 +19,14 @@ bool isBeyondOggStreams(const Input& input, const media::Stream& stream) {
       std::count_if(container.streams.begin(), container.streams.end(),
                     [](const media::Stream& each) { return !each.isAttachedPicture; });
   return stream.index >= fileStreams;
+}
+
+// The ASF demuxer's search has room for as many streams as ASF can number, and overwrites its stack
+// when there are more: covers are streams, too.
+bool exceedsAsfStreams(const Input& input) {
+  constexpr std::size_t kMostStreams = 128;
+  const media::Container& container = input.container();
+  return container.demuxer == media::kDemuxerAsf && container.streams.size() > kMostStreams;
 }
 
 }  // namespace
@@ -48,7 +57,7 @@ bool Packet::isKeyFrame() const {
 }
 
 bool seek(const Input& input, const media::Stream& stream, std::int64_t timestamp) {
-  if (isBeyondOggStreams(input, stream)) return false;
+  if (isBeyondOggStreams(input, stream) || exceedsAsfStreams(input)) return false;
   input.beginOperation();
   return av_seek_frame(input.raw(), stream.index, timestamp, 0) >= 0;
 }

@@ -201,9 +201,9 @@ void Shortcut::lookAhead() {
 }
 
 std::optional<PictureParameters> Shortcut::pictureOf(const AVStream& stream) const {
-  if (stream.codecpar->codec_id == AV_CODEC_ID_H264 && !isCover(stream))
-    return allowed_ == Shortcuts::kAll ? h264Picture(stream) : std::nullopt;
-  auto picture = stillPicture(stream);
+  const bool isVideo = stream.codecpar->codec_id == AV_CODEC_ID_H264 && !isCover(stream);
+  auto picture = isVideo ? h264Picture(stream) : stillPicture(stream);
+  if (isVideo && picture && allowed_ != Shortcuts::kAll && !isBeyondH264(*picture)) picture.reset();
   if (!picture) picture = largePicture(stream);
   // Extreme aspects: only some of FFmpeg's checks refuse them.
   if (picture && av_image_check_sar(static_cast<unsigned>(picture->width),

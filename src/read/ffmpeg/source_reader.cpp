@@ -59,7 +59,7 @@ std::int64_t SourceReader::seek(void* opaque, std::int64_t offset, int whence) n
 }
 
 int SourceReader::read(std::span<std::uint8_t> out) {
-  if (zerosLeft_ <= 0 || stretchLeft_ <= 0) return AVERROR_EOF;
+  if (zerosLeft_ <= 0 || left_ <= 0) return AVERROR_EOF;
   if (position_ == 0) source_.head();
   const std::ptrdiff_t got = source_.readAt(position_, out);
   if (got < 0) return AVERROR(errno);
@@ -71,24 +71,24 @@ int SourceReader::read(std::span<std::uint8_t> out) {
 
 void SourceReader::renew() {
   zerosLeft_ = kZerosLimit;
-  stretchLeft_ = stretch_;
+  left_ = limit_;
 }
 
 int SourceReader::isInterrupted(void* reader) noexcept {
   return static_cast<const SourceReader*>(reader)->source_.isUsedUp() ? 1 : 0;
 }
 
-// A seek leads to another part of the file, so counting starts anew.
+// A seek leads to another part of the file, so counting of zeros starts anew.
 std::int64_t SourceReader::seekTo(std::int64_t position) {
   if (position < 0) return AVERROR(EINVAL);
-  if (position != position_) renew();
+  if (position != position_) zerosLeft_ = kZerosLimit;
   return position_ = position;
 }
 
 void SourceReader::count(std::span<const std::uint8_t> bytes) {
   const auto size = static_cast<std::int64_t>(bytes.size());
   if (!isAllZero(bytes)) {
-    stretchLeft_ -= size;
+    left_ -= size;
     return;
   }
   zerosLeft_ -= size;

@@ -27,10 +27,10 @@ class SourceReader {
   ~SourceReader();
 
   AVIOContext* context() const { return context_; }
-  // Begins an operation: what it may read at a stretch is counted anew.
+  // Begins an operation: what it may read is counted anew.
   void renew();
-  // From now on, the demuxer may read only so much at a stretch as a search for data takes.
-  void limitSearches() { stretch_ = media::budget::kSearchedBytes; }
+  // From now on, an operation may read only as much as a search for data takes.
+  void limitSearches() { limit_ = media::budget::kSearchedBytes; }
   // For AVIOInterruptCB: whether the call has used up its budget.
   static int isInterrupted(void* reader) noexcept;
 
@@ -45,8 +45,8 @@ class SourceReader {
   const media::Source& source_;
   AVIOContext* context_;
   std::int64_t position_ = 0;
-  std::int64_t stretch_ = media::budget::kBytes;
-  std::int64_t stretchLeft_ = stretch_;
+  std::int64_t limit_ = media::budget::kBytes;
+  std::int64_t left_ = limit_;
   std::int64_t zerosLeft_ = kZerosLimit;
 };
 
