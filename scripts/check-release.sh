@@ -15,7 +15,8 @@ shift
 "$bare" "$release" visitor "/tmp/a folder with spaces" bash -euxc '
   ./run
   ./check
-  sudo ./check'
+  sudo ./check
+  build/release/tests/answers/compare_ways --damage 3 build/release/media'
 "$bare" "$release" root /root/libkolum bash -euxc '
   ./run
   cmake --install build/release --component kolum >/dev/null

@@ -39,6 +39,14 @@ videos() {
   cp probe/* media_info/
 }
 
+stream_headers() {
+  mkdir -p stream_headers signatures
+  encode "${kPicture[@]}" -c:v libx264 -preset ultrafast -pix_fmt yuv420p stream_headers/plain.h264
+  encode "${kPicture[@]}" -c:v libx264 -pix_fmt yuv422p10le stream_headers/high.h264
+  encode "${kTone[@]}" stream_headers/frames.mp3
+  cp probe/* stream_headers/frames.mp3 signatures/
+}
+
 # Songs with a picture, because the key-frame search treats a picture as a video stream.
 covers() {
   local picture=media_info/picture.jpg block i
@@ -170,6 +178,7 @@ texts() {
 }
 
 videos
+stream_headers
 covers
 songs_and_photos
 pictures

@@ -6,7 +6,8 @@
  * KoLUM_Init. Each call runs it through the shell and waits for it; it inherits the caller's
  * standard error. If it cannot be started, "error" is printed to standard output.
  *
- * Every function may be called from any thread. Folder names end with "/".
+ * Every function may be called from any thread. Folder names end with "/". See <kolum/kolum.h> for
+ * what is read of a file.
  */
 #ifndef KOLUM_AUDIO_H
 #define KOLUM_AUDIO_H

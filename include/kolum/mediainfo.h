@@ -2,7 +2,8 @@
  * Media info: the streams of a file as a player needs them, and the key frame to start from.
  *
  * Every function may be called from any thread. Messages of FFmpeg and of getVideoKeyFrameTime go
- * to standard error, as do the system's reasons for entries left out of a Blu-ray folder.
+ * to standard error, as do the system's reasons for entries left out of a Blu-ray folder. See
+ * <kolum/kolum.h> for what is read of a file.
  */
 #ifndef KOLUM_MEDIAINFO_H
 #define KOLUM_MEDIAINFO_H

@@ -3,7 +3,8 @@
  *
  * Every function may be called from any thread. The picture of a file is its first video stream. A
  * file that opens but contains no picture succeeds, with the outputs as described. FFmpeg's own
- * messages go to standard error.
+ * messages go to standard error. Of usual photos only the header is read; see <kolum/kolum.h> for
+ * what is read of other files.
  */
 #ifndef KOLUM_PHOTO_H
 #define KOLUM_PHOTO_H

@@ -8,7 +8,7 @@
  *
  * The probes print: naming H.264 in MP4 for DLNA writes debug lines to standard output, and a
  * transport stream or a disc folder that cannot be read gives the system's reason on standard
- * error. See <kolum/kolum.h> for other output there.
+ * error. See <kolum/kolum.h> for other output there, and for what is read of a file.
  */
 #ifndef KOLUM_VIDEO_H
 #define KOLUM_VIDEO_H

@@ -1,9 +1,11 @@
 // compare_ways [--damage COUNT] PATH...: compares the shortcut by headers with FFmpeg's own way,
 // for files and for all files below folders, and for damaged copies of them. Prints what differs
 // and fails if anything does.
+#include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -31,6 +33,7 @@ std::vector<std::string> filesBelow(const std::vector<std::string>& paths) {
 }
 
 struct Comparison {
+  FILE* report = stdout;
   long compared = 0;
   long differing = 0;
 
@@ -40,27 +43,38 @@ struct Comparison {
     if (differences.empty()) return;
     // Once more: what FFmpeg finds may itself depend on its threads' order.
     if (differencesAbout(path, extent).empty()) {
-      std::printf("%s: differed once, not the second time\n%s", name.c_str(), differences.c_str());
+      std::fprintf(report, "%s: differed once, not the second time\n%s", name.c_str(),
+                   differences.c_str());
       return;
     }
     ++differing;
-    std::printf("%s\n%s", name.c_str(), differences.c_str());
+    std::fprintf(report, "%s\n%s", name.c_str(), differences.c_str());
   }
 };
 
+// Silences what the library and FFmpeg say; what is reported goes where it went before.
+FILE* reportOnly() {
+  FILE* report = fdopen(dup(STDOUT_FILENO), "w");
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  dup2(nowhere, STDOUT_FILENO);
+  dup2(nowhere, STDERR_FILENO);
+  return report;
+}
+
 // The part of the files whose turn it is.
 int compare(const std::vector<std::string>& files, unsigned turn, unsigned turns, int damage) {
-  Comparison comparison;
+  Comparison comparison = {.report = reportOnly()};
   for (std::size_t i = turn; i < files.size(); i += turns) {
     const std::string& file = files[i];
     comparison.look(file, file, Extent::kAnswers);
     forEachDamaged(file, damage, [&](const std::string& copy, const std::string& what) {
       comparison.look(copy, file + ", " + what, Extent::kFacts);
     });
-    std::fflush(stdout);
+    std::fflush(comparison.report);
   }
-  std::printf("%ld compared, %ld differ\n", comparison.compared, comparison.differing);
-  std::fflush(stdout);
+  std::fprintf(comparison.report, "%ld compared, %ld differ\n", comparison.compared,
+               comparison.differing);
+  std::fclose(comparison.report);
   return comparison.differing == 0 ? 0 : 1;
 }
 
