@@ -21,7 +21,7 @@ inline constexpr std::chrono::seconds kWallTime{60};
 // What one operation (opening, finding the streams, seeking, reading a packet) of a demuxer that
 // searches for data may read. FFmpeg itself stops after 5 MB of packets, but counts only what it
 // recognizes as such, and reads the end of a recording for its duration.
-inline constexpr std::int64_t kSearchedBytes = std::int64_t{32} << 20;
+inline constexpr std::int64_t kSearchedBytes = std::int64_t{16} << 20;
 // Audio books have a track or two, discs some dozens.
 inline constexpr int kStreams = 1000;
 // The largest picture that is decoded, if only that says what it is. Of larger ones, headers count.
