@@ -50,6 +50,10 @@ INSTANTIATE_TEST_SUITE_P(
         FileCase{"h264.mkv", "-pix_fmt yuv420p -c:v libx264 -c:a ac3"},
         FileCase{"tracks.mkv",
                  "-map 0 -map 1 -map 1 -map 1 -pix_fmt yuv420p -c:v libx264 -c:a ac3"},
+        // FFmpeg stops looking before it comes to the video.
+        FileCase{"late.mkv",
+                 "-f lavfi -i sine=d=9 -itsoffset 8 -f lavfi -i testsrc2=s=176x144:r=25:d=1 "
+                 "-map 2 -map 3 -pix_fmt yuv420p -c:v libx264 -c:a ac3"},
         FileCase{"h264.flv", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
         FileCase{"h264.ts", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
         FileCase{"interlaced.ts",

@@ -351,13 +351,19 @@ bool Shortcut::keepsPromises(const FilledStream& filled) const {
 }
 
 // Whether the first packets are what the headers promised. Takes them from those that reading the
-// stream information left behind.
+// stream information left behind, and from nowhere else: FFmpeg gives up after some seconds or
+// megabytes, and knows nothing about a stream that begins later.
 bool Shortcut::hasExpectedPackets() {
+  if (expectedPackets_.empty()) return true;  // others read on where FFmpeg has stopped
+  // FFmpeg looks at the end of a transport stream, and then reads it from its beginning again.
+  const bool areLeft = !isDemuxer(context_, media::kDemuxerMpegTs);
   auto left = expectedPackets_;
   const OwnedPacket packet(av_packet_alloc());
-  if (packet == nullptr) return false;
+  // Wherever it reads on, it leaves the beginning.
+  if (packet == nullptr || (areLeft && avio_seek(context_.pb, 0, SEEK_SET) != 0)) return false;
   for (int i = 0; !left.empty(); ++i) {
     if (i >= kMostPackets || av_read_frame(&context_, packet.get()) < 0) return false;
+    if (areLeft && avio_tell(context_.pb) != 0) return false;
     const auto found = left.find(packet->stream_index);
     const bool isWanted = found != left.end();
     const bool isGood =
