@@ -117,6 +117,18 @@ packets() {
   for i in 1 2 3; do bytes 0102030447; zeros 187; done >ts_packets/192-stamped
 }
 
+# The first packets of VP9 streams, which IVF files keep behind headers of 32 and 12 bytes.
+vp9() {
+  mkdir -p vp9
+  local format
+  for format in yuv420p yuv422p gbrp yuv420p10le yuv444p12le; do
+    encode "${kPicture[@]}" -frames:v 1 -c:v libvpx-vp9 -pix_fmt "$format" -aq-mode 3 "vp9/$format.ivf"
+    [ -e "vp9/$format.ivf" ] || continue
+    tail -c +45 "vp9/$format.ivf" >"vp9/$format"
+    rm "vp9/$format.ivf"
+  done
+}
+
 # A DSF and a DFF file of one block of silence, each with an ID3v2.4 tag.
 dsd() {
   mkdir -p dsd
@@ -184,6 +196,7 @@ songs_and_photos
 pictures
 boxes
 packets
+vp9
 dsd
 dvd
 texts

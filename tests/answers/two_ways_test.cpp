@@ -50,6 +50,10 @@ INSTANTIATE_TEST_SUITE_P(
         FileCase{"h264.mkv", "-pix_fmt yuv420p -c:v libx264 -c:a ac3"},
         FileCase{"tracks.mkv",
                  "-map 0 -map 1 -map 1 -map 1 -pix_fmt yuv420p -c:v libx264 -c:a ac3"},
+        // FFmpeg stops looking before it comes to the video.
+        FileCase{"late.mkv",
+                 "-f lavfi -i sine=d=9 -itsoffset 8 -f lavfi -i testsrc2=s=176x144:r=25:d=1 "
+                 "-map 2 -map 3 -pix_fmt yuv420p -c:v libx264 -c:a ac3"},
         FileCase{"h264.flv", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
         FileCase{"h264.ts", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
         FileCase{"interlaced.ts",
@@ -58,9 +62,32 @@ INSTANTIATE_TEST_SUITE_P(
         FileCase{"hevc.ts", "-pix_fmt yuv420p -c:v libx265 -x265-params log-level=none -c:a aac"},
         FileCase{"mpeg2.ts", "-c:v mpeg2video -c:a mp2"}, FileCase{"mpeg4.avi", "-c:v mpeg4"},
         FileCase{"vp9.webm", "-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -c:a libopus"},
+        FileCase{"vp9.mkv", "-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -c:a ac3"},
+        FileCase{"vp9.mp4",
+                 "-pix_fmt yuv420p -c:v libvpx-vp9 -deadline realtime -cpu-used 8 -c:a aac"},
+        FileCase{"vp9.ivf", "-map 0 -c:v libvpx-vp9 -deadline realtime -cpu-used 8"},
+        FileCase{"deep.webm",
+                 "-map 0 -pix_fmt yuv422p10le -c:v libvpx-vp9 -deadline realtime -cpu-used 8"},
+        FileCase{"variable.webm",
+                 "-map 0 -vf 'select=not(mod(n\\,3))' -fps_mode vfr -c:v libvpx-vp9 "
+                 "-deadline realtime -cpu-used 8"},
+        FileCase{"alpha.webm",
+                 "-map 0 -pix_fmt yuva420p -c:v libvpx-vp9 -deadline realtime -cpu-used 8"},
+        FileCase{"late.webm",
+                 "-f lavfi -i sine=d=9 -itsoffset 8 -f lavfi -i testsrc2=s=176x144:r=25:d=1 "
+                 "-map 2 -map 3 -c:v libvpx-vp9 -deadline realtime -cpu-used 8 -c:a libopus"},
+        FileCase{"vp8.webm", "-c:v libvpx -deadline realtime -c:a libvorbis"},
+        FileCase{"vp8.mkv", "-c:v libvpx -deadline realtime -c:a ac3"},
+        FileCase{"vp8.ivf", "-map 0 -c:v libvpx -deadline realtime"},
         FileCase{"wmv.wmv", "-c:v wmv2 -c:a wmav2"}, FileCase{"song.mp3", "-map 1"},
         FileCase{"song.m4a", "-map 1"}, FileCase{"song.flac", "-map 1"},
         FileCase{"song.ogg", "-map 1 -c:a libvorbis"}, FileCase{"song.wav", "-map 1"},
+        FileCase{"8bit.wav", "-map 1 -c:a pcm_u8"},
+        FileCase{"24bit.wav", "-map 1 -c:a pcm_s24le -ac 2"},
+        FileCase{"32bit.wav", "-map 1 -c:a pcm_f32le -ac 6"},
+        FileCase{"surround.wav", "-map 1 -c:a pcm_s16le -ac 8 -ar 96000"},
+        FileCase{"silent.wav", "-f lavfi -i anullsrc -map 2 -t 2"},
+        FileCase{"noise.wav", "-f lavfi -i anoisesrc=d=2 -map 2"},
         FileCase{"ac3.wav", "-map 1 -c:a ac3"}, FileCase{"dts.wav", "-map 1 -c:a dca -strict -2"},
         FileCase{"song.wma", "-map 1 -c:a wmav2"},
         FileCase{"cover.mp3",
@@ -76,6 +103,15 @@ INSTANTIATE_TEST_SUITE_P(
         FileCase{"photo.webp", "-map 0 -frames:v 1 -pix_fmt yuv420p -c:v libwebp"},
         FileCase{"photo.tga", "-map 0 -frames:v 1 -pix_fmt bgr24"}),
     testName);
+
+TEST(TwoWaysOfVp9, AgreeIfTheContainerStatesAnotherSize) {
+  using namespace std::string_literals;
+  const std::string path =
+      media("size.ivf", "-f lavfi -i testsrc2=s=176x144:d=1 -c:v libvpx-vp9 -deadline realtime");
+  EXPECT_EQ(differencesAbout(replaced(path, "VP90\xB0\x00\x90\x00"s, "VP90\x40\x01\xF0\x00"s),
+                             Extent::kAnswers),
+            "");
+}
 
 }  // namespace
 

@@ -11,6 +11,7 @@
 #include "read/ffmpeg/ffmpeg.h"
 #include "read/ffmpeg/formats.h"
 #include "read/ffmpeg/source_reader.h"
+#include "read/headers/wave.h"
 
 namespace kolum::ffmpeg {
 
@@ -58,18 +59,50 @@ DemuxerPointer findDemuxer(AVFormatContext& context, const std::string& fileName
   return found != nullptr && isAllowedDemuxer(found->name) ? found : nullptr;
 }
 
-// Options of demuxers, for the searches that cost most.
-AVDictionary* optionsFor(AVFormatContext& context, std::string_view demuxer) {
+AVDictionary* commonOptions() {
   AVDictionary* options = nullptr;
   // FFmpeg ignores the options that a release does not have.
   av_dict_set_int(&options, "max_streams", media::budget::kStreams, 0);
-  if (demuxer == "wav") {
-    // WAV files may contain DTS or AC-3: one look at what 32 packets hold, where FFmpeg looks after
-    // 1, 2, 4, 8, 16 and 32.
-    av_dict_set_int(&options, "max_size", 131072, 0);
-    context.max_probe_packets = 1;
-  }
   return options;
+}
+
+// How FFmpeg looks for DTS, AC-3 and the like among 16-bit samples: after 1, 2, 4, 8, 16 and 32
+// packets, with all its demuxers.
+enum class SampleSearch { kWhole, kOnePacket };
+
+bool isCover(const AVStream* stream) {
+  return (stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+}
+
+// Whether looking at one packet of a WAV file finds what looking at all of them finds: nothing.
+bool mayEndSearchEarly(const AVFormatContext& context, const media::Source& source) {
+  constexpr std::int64_t kPackets = 32;
+  constexpr std::int64_t kWorthwhile = std::int64_t{1} << 20;
+  if (context.nb_streams == 0) return false;
+  const AVCodecParameters& parameters = *context.streams[0]->codecpar;
+  if (parameters.codec_id != AV_CODEC_ID_PCM_S16LE) return true;  // FFmpeg does not search
+  const std::int64_t searched = kPackets * release::longestWavPacket(parameters);
+  return std::all_of(context.streams + 1, context.streams + context.nb_streams, isCover) &&
+         parameters.sample_rate > 0 && searched <= kWorthwhile &&
+         headers::isPlainPcm(source, avio_tell(context.pb), static_cast<std::size_t>(searched));
+}
+
+std::optional<Context> openContext(const media::Source& source, std::string_view demuxer,
+                                   SampleSearch search) {
+  std::unique_ptr<AVFormatContext, Freer> prepared(avformat_alloc_context());
+  auto reader = std::make_unique<SourceReader>(source);
+  if (prepared == nullptr || !setLimits(*prepared, *reader)) return std::nullopt;
+  if (search == SampleSearch::kOnePacket) prepared->max_probe_packets = 1;
+  const std::string name = nameForGuess(source.name());
+  const auto format = findDemuxer(*prepared, name, demuxer);
+  if (format == nullptr) return std::nullopt;
+  AVDictionary* options = commonOptions();
+  AVFormatContext* opened = prepared.release();
+  // Frees the context if it fails.
+  const int result = avformat_open_input(&opened, name.c_str(), format, &options);
+  av_dict_free(&options);
+  if (result != 0) return std::nullopt;
+  return Context(std::move(reader), opened);
 }
 
 }  // namespace
@@ -84,21 +117,13 @@ Context::Context(Context&&) noexcept = default;
 Context::~Context() = default;
 
 std::optional<Context> openContext(const media::Source& source, std::string_view demuxer) {
-  std::unique_ptr<AVFormatContext, Freer> prepared(avformat_alloc_context());
-  auto reader = std::make_unique<SourceReader>(source);
-  if (prepared == nullptr || !setLimits(*prepared, *reader)) return std::nullopt;
-  const std::string name = nameForGuess(source.name());
-  const auto format = findDemuxer(*prepared, name, demuxer);
-  if (format == nullptr) return std::nullopt;
-  AVDictionary* options = optionsFor(*prepared, demuxer);
-  AVFormatContext* opened = prepared.release();
-  // Frees the context if it fails.
-  const int result = avformat_open_input(&opened, name.c_str(), format, &options);
-  av_dict_free(&options);
-  if (result != 0) return std::nullopt;
-  Context context(std::move(reader), opened);
-  if (isForeignPicture(*opened)) return std::nullopt;
-  if (searchesForData(opened->iformat->name)) context.reader->limitSearches();
+  const bool isWav = demuxer == "wav";
+  auto context =
+      openContext(source, demuxer, isWav ? SampleSearch::kOnePacket : SampleSearch::kWhole);
+  if (!context || isForeignPicture(*context->format)) return std::nullopt;
+  if (isWav && !mayEndSearchEarly(*context->format, source))
+    return openContext(source, demuxer, SampleSearch::kWhole);
+  if (searchesForData(context->format->iformat->name)) context->reader->limitSearches();
   return context;
 }
 

@@ -110,6 +110,20 @@ inline SideData sideData(const AVStream& stream, int index) {
 }
 #endif
 
+// At most so many bytes make a packet of 16-bit samples in a WAV file: since 60 up to a tenth of a
+// second.
+inline std::int64_t longestWavPacket(const AVCodecParameters& parameters) {
+  constexpr std::int64_t kFixed = 4096;
+  const std::int64_t least = std::max<std::int64_t>(kFixed, parameters.block_align);
+#if LIBAVFORMAT_VERSION_INT < AV_VERSION_INT(60, 0, 100)
+  return least;
+#else
+  constexpr std::int64_t kPacketsPerSecond = 10;
+  const int bytes = std::max(parameters.block_align, channels(parameters) * 2);
+  return std::max(least, std::int64_t{parameters.sample_rate} * bytes / kPacketsPerSecond);
+#endif
+}
+
 // Parameter sets that a bitstream filter found in a packet; the size's type changed in 59.0.
 inline std::span<const std::uint8_t> newExtraData(const AVPacket& packet) {
 #if LIBAVCODEC_VERSION_MAJOR < 59

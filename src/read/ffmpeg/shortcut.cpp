@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -15,6 +14,7 @@
 #include "read/ffmpeg/formats.h"
 #include "read/ffmpeg/header_decoder.h"
 #include "read/ffmpeg/source_reader.h"  // for the context's destructor
+#include "read/ffmpeg/values.h"
 #include "read/headers/h264.h"
 #include "read/headers/picture.h"
 
@@ -61,6 +61,8 @@ bool isStillPictureFile(const AVFormatContext& context) {
 // Whether a packet can be what its stream's parameters say.
 bool isExpected(const AVStream& stream, Bytes packet) {
   constexpr std::uint8_t kConfigurationVersion = 1;
+  if (stream.codecpar->codec_id == AV_CODEC_ID_VP9)
+    return headers::readVp9KeyFrame(packet).has_value();
   const Bytes extraData = extraDataOf(stream);
   const bool hasConfiguration = stream.codecpar->codec_id == AV_CODEC_ID_H264 &&
                                 !extraData.empty() && extraData[0] == kConfigurationVersion;
@@ -96,9 +98,21 @@ bool isBeyondH264(const Picture& picture) {
   return std::int64_t{picture.width} * picture.height > kLargestFrame;
 }
 
+// Decoding it would take more memory than a call may use.
+bool isLarge(int width, int height) {
+  return std::int64_t{width} * height > media::budget::kDecodedPixels;
+}
+
 bool isEncrypted(const AVStream& stream) {
   return stream.codecpar->codec_tag == MKTAG('e', 'n', 'c', 'v') ||
          stream.codecpar->codec_tag == MKTAG('d', 'r', 'm', 'i');
+}
+
+// The containers that are known to give the same packets to every reader.
+bool hasVp9(const AVFormatContext& context) {
+  constexpr std::string_view kIvf = "ivf";
+  return isDemuxer(context, media::kDemuxerMatroska) || isDemuxer(context, media::kDemuxerMp4) ||
+         isDemuxer(context, kIvf);
 }
 
 AVCodecID codecOf(headers::PictureFormat format) {
@@ -150,7 +164,7 @@ AVDictionary** Shortcut::options() {
 }
 
 void Shortcut::fill() {
-  if (allowed_ == Shortcuts::kAll && isDemuxer(context_, media::kDemuxerMpegTs)) lookAhead();
+  if (allowed_ == Shortcuts::kAll) lookAhead();
   bool isH264Known = true;
   std::vector<FilledStream> found;
   for (unsigned i = 0; i < streamCount_; ++i) {
@@ -173,37 +187,61 @@ bool Shortcut::isH264(unsigned index) const {
   return context_.streams[index]->codecpar->codec_id == AV_CODEC_ID_H264;
 }
 
-// Reads what the first pictures of a transport stream carry, in a context of its own.
-void Shortcut::lookAhead() {
+// Streams whose first pictures say more than their containers.
+std::set<int> Shortcut::streamsToLookAt() const {
+  const bool isTransportStream = isDemuxer(context_, media::kDemuxerMpegTs);
+  const bool mayHaveVp9 = hasVp9(context_);
   std::set<int> wanted;
   for (unsigned i = 0; i < streamCount_; ++i) {
     const AVStream& stream = *context_.streams[i];
     const AVCodecID codec = stream.codecpar->codec_id;
-    if (extraDataOf(stream).empty() && (codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_HEVC))
-      wanted.insert(stream.id);
+    const bool lacksSets =
+        (codec == AV_CODEC_ID_H264 || codec == AV_CODEC_ID_HEVC) && extraDataOf(stream).empty();
+    if ((isTransportStream && lacksSets) || (mayHaveVp9 && codec == AV_CODEC_ID_VP9))
+      wanted.insert(stream.index);
   }
-  const auto ahead = wanted.empty() ? std::nullopt : openContext(source_, media::kDemuxerMpegTs);
+  return wanted;
+}
+
+// Reads them in a context of its own.
+void Shortcut::lookAhead() {
+  std::set<int> wanted = streamsToLookAt();
+  const auto ahead = wanted.empty() ? std::nullopt : openContext(source_, context_.iformat->name);
   const OwnedPacket packet(av_packet_alloc());
-  if (!ahead || packet == nullptr) return;
-  for (int i = 0; i < kMostPackets && firstPackets_.size() < wanted.size() &&
-                  av_read_frame(ahead->format.get(), packet.get()) >= 0;
+  if (!ahead || packet == nullptr || ahead->format->nb_streams != streamCount_) return;
+  for (int i = 0;
+       i < kMostPackets && !wanted.empty() && av_read_frame(ahead->format.get(), packet.get()) >= 0;
        ++i) {
     const AVStream& stream = *ahead->format->streams[packet->stream_index];
-    if (wanted.contains(stream.id) && !firstPackets_.contains(stream.id)) {
-      FirstPacket& first = firstPackets_[stream.id];
-      if (stream.codecpar->codec_id == AV_CODEC_ID_H264)
-        first.picture = headers::readSps(headers::spsOfByteStream(bytesOf(*packet)));
-      else
-        first.parameterSets = parameterSetsOf(stream, *packet);
-    }
+    if (wanted.erase(stream.index) > 0) firstPackets_[stream.index] = firstPacket(stream, *packet);
     av_packet_unref(packet.get());
   }
 }
 
+Shortcut::FirstPacket Shortcut::firstPacket(const AVStream& stream, const AVPacket& packet) {
+  FirstPacket first;
+  switch (stream.codecpar->codec_id) {
+    case AV_CODEC_ID_H264:
+      first.h264 = headers::readSps(headers::spsOfByteStream(bytesOf(packet)));
+      break;
+    case AV_CODEC_ID_HEVC:
+      first.parameterSets = parameterSetsOf(stream, packet);
+      break;
+    case AV_CODEC_ID_VP9:
+      // Side data may change what the decoder is given.
+      if (packet.side_data_elems == 0) first.vp9 = headers::readVp9KeyFrame(bytesOf(packet));
+      break;
+    default:
+      break;
+  }
+  return first;
+}
+
 std::optional<PictureParameters> Shortcut::pictureOf(const AVStream& stream) const {
   const bool isVideo = stream.codecpar->codec_id == AV_CODEC_ID_H264 && !isCover(stream);
-  auto picture = isVideo ? h264Picture(stream) : stillPicture(stream);
+  auto picture = isVideo ? h264Picture(stream) : vp9Picture(stream);
   if (isVideo && picture && allowed_ != Shortcuts::kAll && !isBeyondH264(*picture)) picture.reset();
+  if (!isVideo && !picture) picture = stillPicture(stream);
   if (!picture) picture = largePicture(stream);
   // Extreme aspects: only some of FFmpeg's checks refuse them.
   if (picture && av_image_check_sar(static_cast<unsigned>(picture->width),
@@ -214,9 +252,9 @@ std::optional<PictureParameters> Shortcut::pictureOf(const AVStream& stream) con
 }
 
 std::optional<PictureParameters> Shortcut::h264Picture(const AVStream& stream) const {
-  const auto ahead = firstPackets_.find(stream.id);
+  const auto ahead = firstPackets_.find(stream.index);
   const auto found = ahead != firstPackets_.end()
-                         ? ahead->second.picture
+                         ? ahead->second.h264
                          : headers::readSps(headers::spsOfConfiguration(extraDataOf(stream)));
   if (!found || (isEncrypted(stream) && !isBeyondH264(*found))) return std::nullopt;
   if (isBeyondH264(*found)) return parametersOf(*found);
@@ -228,6 +266,23 @@ std::optional<PictureParameters> Shortcut::h264Picture(const AVStream& stream) c
     return std::nullopt;
   if (isOfAnotherSize(*stream.codecpar, found->width, found->height)) return std::nullopt;
   return parametersOf(*found);
+}
+
+// VP9's decoder says nothing else, and holds back no pictures. (VP8's says nothing at all once the
+// container has stated the size, so FFmpeg does not ask it.)
+std::optional<PictureParameters> Shortcut::vp9Picture(const AVStream& stream) const {
+  const auto ahead = firstPackets_.find(stream.index);
+  if (ahead == firstPackets_.end() || !ahead->second.vp9 || isCover(stream) || isEncrypted(stream))
+    return std::nullopt;
+  const headers::Vp9Parameters& found = *ahead->second.vp9;
+  const AVCodecParameters& parameters = *stream.codecpar;
+  if (parameters.width != found.width || parameters.height != found.height) return std::nullopt;
+  return PictureParameters{.width = found.width,
+                           .height = found.height,
+                           .pixelFormat = av_get_pix_fmt(found.pixelFormat),
+                           .profile = found.profile,
+                           .level = parameters.level,
+                           .sampleAspect = rationalOf(parameters.sample_aspect_ratio)};
 }
 
 std::optional<PictureParameters> Shortcut::stillPicture(const AVStream& stream) const {
@@ -248,16 +303,12 @@ std::optional<PictureParameters> Shortcut::stillPicture(const AVStream& stream) 
 // Pictures so large that decoding one would take more memory than a call may use.
 std::optional<PictureParameters> Shortcut::largePicture(const AVStream& stream) const {
   const AVCodecParameters& parameters = *stream.codecpar;
-  const bool isClaimedLarge =
-      std::int64_t{parameters.width} * parameters.height > media::budget::kDecodedPixels;
   std::optional<PictureParameters> found;
   if (isCover(stream) && stream.attached_pic.data != nullptr)
     found = decodeHeader(stream, stream.attached_pic);
-  else if (isClaimedLarge || isStillPictureFile(context_))
+  else if (isLarge(parameters.width, parameters.height) || isStillPictureFile(context_))
     found = decodeFirstHeader(stream);
-  const bool isLarge =
-      found && std::int64_t{found->width} * found->height > media::budget::kDecodedPixels;
-  return isLarge ? found : std::nullopt;
+  return found && isLarge(found->width, found->height) ? found : std::nullopt;
 }
 
 // Reads the stream's first packet in a context of its own.
@@ -275,7 +326,7 @@ std::optional<PictureParameters> Shortcut::decodeFirstHeader(const AVStream& str
 
 // With parameter sets, the HEVC decoder knows its pictures without decoding any.
 void Shortcut::fillParameterSets(AVStream& stream) {
-  const auto ahead = firstPackets_.find(stream.id);
+  const auto ahead = firstPackets_.find(stream.index);
   if (ahead == firstPackets_.end() || ahead->second.parameterSets.empty()) return;
   const std::vector<std::uint8_t>& sets = ahead->second.parameterSets;
   auto* copy = static_cast<std::uint8_t*>(av_mallocz(sets.size() + AV_INPUT_BUFFER_PADDING_SIZE));
@@ -298,6 +349,8 @@ void Shortcut::apply(const FilledStream& filled) {
   parameters.video_delay = std::max(parameters.video_delay, picture.heldBackPictures);
   filled_.push_back(filled);
   if (isH264(filled.index)) leaveOutH264(filled.index);
+  if (parameters.codec_id == AV_CODEC_ID_VP9 && !isLarge(picture.width, picture.height))
+    expectedPackets_[static_cast<int>(filled.index)] = 1;
 }
 
 void Shortcut::leaveOutH264(unsigned index) {
@@ -351,13 +404,19 @@ bool Shortcut::keepsPromises(const FilledStream& filled) const {
 }
 
 // Whether the first packets are what the headers promised. Takes them from those that reading the
-// stream information left behind.
+// stream information left behind, and from nowhere else: FFmpeg gives up after some seconds or
+// megabytes, and knows nothing about a stream that begins later.
 bool Shortcut::hasExpectedPackets() {
+  if (expectedPackets_.empty()) return true;  // others read on where FFmpeg has stopped
+  // FFmpeg looks at the end of a transport stream, and then reads it from its beginning again.
+  const bool areLeft = !isDemuxer(context_, media::kDemuxerMpegTs);
   auto left = expectedPackets_;
   const OwnedPacket packet(av_packet_alloc());
-  if (packet == nullptr) return false;
+  // Wherever it reads on, it leaves the beginning.
+  if (packet == nullptr || (areLeft && avio_seek(context_.pb, 0, SEEK_SET) != 0)) return false;
   for (int i = 0; !left.empty(); ++i) {
     if (i >= kMostPackets || av_read_frame(&context_, packet.get()) < 0) return false;
+    if (areLeft && avio_tell(context_.pb) != 0) return false;
     const auto found = left.find(packet->stream_index);
     const bool isWanted = found != left.end();
     const bool isGood =

@@ -5,14 +5,17 @@
 #include <cstdint>
 #include <map>
 #include <optional>
+#include <set>
 #include <vector>
 
 #include "media/source.h"
 #include "read/ffmpeg/picture_parameters.h"
 #include "read/headers/h264.h"
+#include "read/headers/vp9.h"
 
 struct AVDictionary;
 struct AVFormatContext;
+struct AVPacket;
 struct AVStream;
 
 namespace kolum::ffmpeg {
@@ -44,16 +47,20 @@ class Shortcut {
     PictureParameters picture;
     bool hadFrameRate;  // before any packet was read
   };
-  // What the first packet of a stream of a transport stream has.
+  // What the first packet of a stream has.
   struct FirstPacket {
-    std::optional<headers::H264Parameters> picture;
+    std::optional<headers::H264Parameters> h264;
+    std::optional<headers::Vp9Parameters> vp9;
     std::vector<std::uint8_t> parameterSets;
   };
 
+  static FirstPacket firstPacket(const AVStream& stream, const AVPacket& packet);
   bool isH264(unsigned index) const;
+  std::set<int> streamsToLookAt() const;
   void lookAhead();
   std::optional<PictureParameters> pictureOf(const AVStream& stream) const;
   std::optional<PictureParameters> h264Picture(const AVStream& stream) const;
+  std::optional<PictureParameters> vp9Picture(const AVStream& stream) const;
   std::optional<PictureParameters> stillPicture(const AVStream& stream) const;
   std::optional<PictureParameters> largePicture(const AVStream& stream) const;
   std::optional<PictureParameters> decodeFirstHeader(const AVStream& stream) const;
@@ -68,7 +75,7 @@ class Shortcut {
   const media::Source& source_;
   Shortcuts allowed_;
   unsigned streamCount_;
-  std::map<int, FirstPacket> firstPackets_;  // by the stream's own number
+  std::map<int, FirstPacket> firstPackets_;  // by the stream's index
   std::vector<FilledStream> filled_;
   std::map<int, int> expectedPackets_;  // by the stream's index
   std::vector<AVDictionary*> options_;
