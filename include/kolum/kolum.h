@@ -24,11 +24,11 @@
  *
  * What is read of a file: its headers, its tags and the packets at its beginning and end; never
  * another file that it names. Pictures are decoded only where no header says what they are, and
- * only up to 16 million pixels. Only containers and codecs of media libraries are read at all; other
- * files count as no media. A call reads at most 1 GiB and takes at most 10 s of processor time and
- * 60 s in all (not counting programs that it runs): then reading ends as at the end of the file, and
- * what was found counts. What some hostile files make FFmpeg allocate, only a process of their own
- * can limit; docs/architecture.md names these.
+ * only up to 16 million pixels. Only containers and codecs of media libraries are read at all;
+ * other files count as no media. A call reads at most 1 GiB and takes at most 10 s of processor
+ * time and 60 s in all (not counting programs that it runs): then reading ends as at the end of the
+ * file, and what was found counts. What some hostile files make FFmpeg allocate, only a process of
+ * their own can limit; docs/architecture.md names these.
  *
  * Programs that the library runs (mount, umount, dsf2flac, osm_info, ffmpeg, convert, setcfg, ...)
  * inherit standard error, and standard output unless the library reads it. All other messages go

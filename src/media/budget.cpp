@@ -17,8 +17,8 @@ std::chrono::nanoseconds processorTime() {
 bool Meter::isUsedUp() const noexcept {
   if (isUsedUp_) return true;
   const auto wallTime = Clock::now() - begin_;
-  isUsedUp_ = bytes_ >= budget::kBytes || wallTime >= budget::kWallTime ||
-              isProcessorTimeUsedUp(wallTime);
+  isUsedUp_ =
+      bytes_ >= budget::kBytes || wallTime >= budget::kWallTime || isProcessorTimeUsedUp(wallTime);
   return isUsedUp_;
 }
 

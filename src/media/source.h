@@ -32,8 +32,8 @@ class Source {
   // The size in bytes at the first call; 0 for block devices.
   std::int64_t size() const;
 
-  // Reads at POSITION until OUT is full or the file ends, which it also does when the budget is used
-  // up. Returns the number of bytes read, or a negative number with the reason in errno.
+  // Reads at POSITION until OUT is full or the file ends, which it also does when the budget is
+  // used up. Returns the number of bytes read, or a negative number with the reason in errno.
   std::ptrdiff_t readAt(std::int64_t position, std::span<std::uint8_t> out) const;
   // The first bytes, kHeadSize at most, which are read once for all readers: nearly every one needs
   // some of them.

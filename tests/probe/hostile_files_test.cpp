@@ -53,6 +53,16 @@ struct IsolationRow {
   const char* reason;
 };
 
+// Reasons that several files share.
+constexpr const char* kTags =
+    "FFmpeg and TagLib compare each tag with all before; the budget of time ends it.";
+constexpr const char* kEarlyMemory = "The decoder takes its memory before it asks for a picture.";
+constexpr const char* kClaims =
+    "Memory for all that is claimed is taken before the first of it is read.";
+constexpr const char* kDecoders = "Each stream has a decoder and buffers of its own.";
+constexpr const char* kSets =
+    "Only the pictures say their size, and appear while FFmpeg already decodes them.";
+
 constexpr IsolationRow kNeedsIsolation[] = {
     {"hugeCounts.mp4", "An entry of the index is made for each of 160 million claimed samples."},
     {"inflatingTables.mov",
@@ -61,44 +71,49 @@ constexpr IsolationRow kNeedsIsolation[] = {
     {"multiplyingEdits.mp4", "Each of a hundred edits copies the index of a million samples."},
     {"fragmentsOfClaimedSamples.mp4",
      "A few bytes claim a million samples, and each gets an entry."},
-    {"hugeKeyCount.mov", "Memory for all claimed keys is taken before the first is read."},
     {"fragmentsOfManyTracks.mp4", "Each fragment has entries for each of a thousand tracks."},
     {"segmentIndexOfManyTracks.mp4", "Each segment has entries for each of a thousand tracks."},
     {"protectionSystems.mp4", "Lists of protection systems are searched anew for each entry."},
     {"largeSample.mp4", "A sample is in memory as a whole, twice."},
-    {"thousandTracks.mp4", "Each track has a decoder of its own."},
     {"thousandPictures.mov", "Each of a thousand tracks has a picture below the limit."},
-    {"distinctItems.m4a", "FFmpeg compares each tag with all before; the budget of time ends it."},
-    {"distinctKeys.mov", "As above."},
-    {"thousandTracks.mkv", "Each track has a decoder of its own."},
     {"inflatingFrames.mkv", "Each packet inflates, and a search reads thousands."},
-    {"distinctTags.mkv", "FFmpeg compares each tag with all before; the budget of time ends it."},
-    {"distinctTexts.mp3", "As above."},
-    {"distinctPrivateFrames.mp3", "As above."},
-    {"apeItems.tta", "As above."},
-    {"distinctComments.flac", "As above."},
-    {"commentBlocks.flac", "As above."},
-    {"hugeSnow.mkv", "The decoder takes its memory before it asks for a picture."},
-    {"hugeH264.ts", "Only the pictures say their size, and a key-frame search needs them decoded."},
-    {"hugeHevc.ts", "As above."},
-    {"hugeH264.mpg", "The streams of such files appear while pictures are read."},
-    {"hugeH264.h264", "As above."},
-    {"hugeHevc.hevc", "As above."},
     {"parameterSets.h264", "The decoder keeps a picture's memory for each of many sizes."},
     {"texts.tiff", "The decoder keeps every text of the directory."},
     {"numbers.tiff", "The decoder writes every number of the directory as text."},
-    {"distinctComments.ogg", "As above."},
-    {"distinctTexts.dsf", "As above, in TagLib."},
-    {"distinctInfo.wav", "As above."},
-    {"distinctInfo.avi", "As above."},
-    {"distinctAttributes.wmv", "As above."},
-    {"hugeArrays.flv", "Memory for all claimed key frames is taken before the first is read."},
-    {"hugeExtension.wav", "Memory for a claimed size is taken before a byte is read."},
-    {"hugeText.aiff", "As above."},
-    {"manyStreams.avi", "Each stream has a decoder of its own."},
-    {"huge_VP31.avi", "The decoder takes its memory before it asks for a picture."},
     {"emptyTracks.mkv", "Two bytes are a track of two kilobytes, long before streams are made."},
     {"inflatingCodecData.mkv", "The codec data of all tracks are inflated behind the last read."},
+    {"distinctItems.m4a", kTags},
+    {"distinctKeys.mov", kTags},
+    {"distinctTags.mkv", kTags},
+    {"distinctTexts.mp3", kTags},
+    {"distinctPrivateFrames.mp3", kTags},
+    {"apeItems.tta", kTags},
+    {"distinctComments.flac", kTags},
+    {"commentBlocks.flac", kTags},
+    {"distinctComments.ogg", kTags},
+    {"distinctTexts.dsf", kTags},
+    {"distinctInfo.wav", kTags},
+    {"distinctInfo.avi", kTags},
+    {"distinctAttributes.wmv", kTags},
+    {"distinctKeys.flv", kTags},
+    {"distinctKeysAsVideo.mp4", kTags},
+    {"hugeSnow.mkv", kEarlyMemory},
+    {"huge_VP31.avi", kEarlyMemory},
+    {"huge_ZMBV.avi", kEarlyMemory},
+    {"huge_SNOW.avi", kEarlyMemory},
+    {"hugeKeyCount.mov", kClaims},
+    {"hugeArrays.flv", kClaims},
+    {"hugeExtension.wav", kClaims},
+    {"hugeText.aiff", kClaims},
+    {"thousandTracks.mp4", kDecoders},
+    {"thousandTracks.mkv", kDecoders},
+    {"manyStreams.avi", kDecoders},
+    {"manyStreams.rm", kDecoders},
+    {"hugeH264.ts", kSets},
+    {"hugeHevc.ts", kSets},
+    {"hugeH264.mpg", kSets},
+    {"hugeH264.h264", kSets},
+    {"hugeHevc.hevc", kSets},
 };
 
 const char* isolationReason(std::string_view file) {

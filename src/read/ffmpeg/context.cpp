@@ -96,6 +96,7 @@ std::optional<Context> openContext(const media::Source& source, std::string_view
   const std::string name = nameForGuess(source.name());
   const auto format = findDemuxer(*prepared, name, demuxer);
   if (format == nullptr) return std::nullopt;
+  if (searchesForData(format->name)) reader->limitSearches();
   AVDictionary* options = commonOptions();
   AVFormatContext* opened = prepared.release();
   // Frees the context if it fails.
@@ -111,8 +112,8 @@ void ContextCloser::operator()(AVFormatContext* context) const {
   avformat_close_input(&context);
 }
 
-Context::Context(std::unique_ptr<SourceReader> reader_, AVFormatContext* format_)
-    : reader(std::move(reader_)), format(format_) {}
+Context::Context(std::unique_ptr<SourceReader> sourceReader, AVFormatContext* formatContext)
+    : reader(std::move(sourceReader)), format(formatContext) {}
 Context::Context(Context&&) noexcept = default;
 Context::~Context() = default;
 
@@ -123,7 +124,6 @@ std::optional<Context> openContext(const media::Source& source, std::string_view
   if (!context || isForeignPicture(*context->format)) return std::nullopt;
   if (isWav && !mayEndSearchEarly(*context->format, source))
     return openContext(source, demuxer, SampleSearch::kWhole);
-  if (searchesForData(context->format->iformat->name)) context->reader->limitSearches();
   return context;
 }
 

@@ -23,7 +23,7 @@ struct Context {
   std::unique_ptr<SourceReader> reader;  // null for URLs: their servers set the pace
   std::unique_ptr<AVFormatContext, ContextCloser> format;
 
-  Context(std::unique_ptr<SourceReader> reader, AVFormatContext* format);
+  Context(std::unique_ptr<SourceReader> sourceReader, AVFormatContext* formatContext);
   Context(Context&&) noexcept;
   Context& operator=(Context&&) = delete;
   ~Context();

@@ -30,7 +30,7 @@ class SourceReader {
   // Begins an operation: what it may read is counted anew.
   void renew();
   // From now on, an operation may read only as much as a search for data takes.
-  void limitSearches() { limit_ = media::budget::kSearchedBytes; }
+  void limitSearches() { limit_ = left_ = media::budget::kSearchedBytes; }
   // For AVIOInterruptCB: whether the call has used up its budget.
   static int isInterrupted(void* reader) noexcept;
 

@@ -61,8 +61,8 @@ struct PixelFormatRow {
   const char* name;
 };
 constexpr PixelFormatRow kPixelFormats[] = {
-    {1, 8, false, "yuv420p"},     {1, 8, true, "yuvj420p"},     {2, 8, false, "yuv422p"},
-    {2, 8, true, "yuvj422p"},     {1, 10, false, "yuv420p10le"}, {1, 10, true, "yuv420p10le"},
+    {1, 8, false, "yuv420p"},      {1, 8, true, "yuvj420p"},      {2, 8, false, "yuv422p"},
+    {2, 8, true, "yuvj422p"},      {1, 10, false, "yuv420p10le"}, {1, 10, true, "yuv420p10le"},
     {2, 10, false, "yuv422p10le"}, {2, 10, true, "yuv422p10le"}};
 
 const char* pixelFormatOf(unsigned chroma, unsigned depth, bool isFullRange) {
@@ -157,7 +157,7 @@ class SpsReader {
     int next = 8;
     for (int i = 0; i < size && next != 0; ++i) {
       const std::int32_t difference = bits_.signedCode();
-      require(difference >= -128 && difference <= 127);
+      if (difference < -128 || difference > 127) return require(false);
       next = (last + difference) & 0xFF;
       if (next != 0) last = next;
     }

@@ -49,7 +49,8 @@ struct CompressedFrame {
     constexpr std::size_t kFlags = 9;
     constexpr unsigned kCompressed = 0x88;  // 0x80 in version 3, 0x08 in version 4
     constexpr std::size_t kMostFurtherBytes = 2;
-    if (bytes.size() < kLongestHeader || !std::all_of(bytes.begin(), bytes.begin() + 4, isFrameId) ||
+    if (bytes.size() < kLongestHeader ||
+        !std::all_of(bytes.begin(), bytes.begin() + 4, isFrameId) ||
         (bytes[kFlags] & kCompressed) == 0)
       return 0;
     for (std::size_t further = 0; further <= kMostFurtherBytes; ++further) {
@@ -154,8 +155,8 @@ void checkChunks(const media::Source& source, const ChunkedFile& file) {
     if (!header) return;
     ByteReader reader(*header);
     const std::string_view name = reader.text(kName);
-    const std::uint64_t size = file.isBigEndian ? reader.bigEndian(file.sizeBytes)
-                                                : reader.littleEndian(file.sizeBytes);
+    const std::uint64_t size =
+        file.isBigEndian ? reader.bigEndian(file.sizeBytes) : reader.littleEndian(file.sizeBytes);
     at += static_cast<std::int64_t>(kName + file.sizeBytes);
     if (name == "ID3 " || name == "id3 ") checkTag(source, at);
     if (size > static_cast<std::uint64_t>(source.size())) return;

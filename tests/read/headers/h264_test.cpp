@@ -105,6 +105,17 @@ TEST(Sps, LeavesUnusualStreamsToTheDecoder) {
   EXPECT_FALSE(read({.columns = 2, .crop = {0, 16, 0, 0}}));
 }
 
+TEST(Sps, LeavesImpossibleScalingListsToTheDecoder) {
+  const auto withDifferences = [](unsigned first, unsigned second) {
+    SpsBuilder sps;
+    sps.bits(100, 8).bits(0, 8).bits(31, 8).code(0).code(1).code(0).code(0).bits(0, 1);
+    sps.bits(1, 1).bits(1, 1).code(first).code(second);
+    return headers::readSps(sps.bits(0, 32).bits(0xFFFFFFFF, 32).nalUnit());
+  };
+  EXPECT_FALSE(withDifferences(255, 0xFFFFFFF0));
+  EXPECT_FALSE(withDifferences(257, 0));
+}
+
 TEST(Sps, MarksConstrainedProfiles) {
   EXPECT_EQ(read({.profile = 66})->profile, 66);
   EXPECT_EQ(read({.profile = 66, .constraints = 0x40})->profile, 66 | 1 << 9);
