@@ -20,11 +20,11 @@ using Bytes = std::vector<std::uint8_t>;
 // Writes the bits of a sequence parameter set.
 class SpsBuilder {
  public:
-  SpsBuilder& bits(unsigned value, unsigned count) {
+  SpsBuilder& bits(std::uint64_t value, unsigned count) {
     for (unsigned i = count; i > 0; --i) bits_.push_back((value >> (i - 1) & 1) != 0);
     return *this;
   }
-  SpsBuilder& code(unsigned value) {
+  SpsBuilder& code(std::uint64_t value) {
     unsigned length = 0;
     while ((value + 1) >> (length + 1) != 0) ++length;
     return bits(0, length).bits(value + 1, length + 1);
