@@ -76,6 +76,7 @@ constexpr IsolationRow kNeedsIsolation[] = {
     {"protectionSystems.mp4", "Lists of protection systems are searched anew for each entry."},
     {"largeSample.mp4", "A sample is in memory as a whole, twice."},
     {"thousandPictures.mov", "Each of a thousand tracks has a picture below the limit."},
+    {"services.ts", "The tables of thousands of services are read by each of three searches."},
     {"inflatingFrames.mkv", "Each packet inflates, and a search reads thousands."},
     {"parameterSets.h264", "The decoder keeps a picture's memory for each of many sizes."},
     {"texts.tiff", "The decoder keeps every text of the directory."},
