@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "support/mp4_builder.h"
+
 namespace kolum::test {
 
 inline constexpr std::size_t kKiB = 1024;
@@ -17,6 +19,23 @@ inline constexpr std::uint32_t kHugeSide = 16000;
 
 // FFmpeg refuses a file with more than a thousand streams. Covers and attachments are streams.
 inline constexpr std::uint32_t kMostStreams = 900;
+
+// Numbers of so many bits.
+inline std::string big16(std::uint64_t value) {
+  return bigEndian(value, 2);
+}
+inline std::string big32(std::uint64_t value) {
+  return bigEndian(value, 4);
+}
+inline std::string little16(std::uint64_t value) {
+  return littleEndian(value, 2);
+}
+inline std::string little32(std::uint64_t value) {
+  return littleEndian(value, 4);
+}
+inline std::string little64(std::uint64_t value) {
+  return littleEndian(value, 8);
+}
 
 // BLOCK, COUNT times.
 std::string repeated(std::string_view block, std::size_t count);

@@ -8,22 +8,6 @@ namespace kolum::test {
 
 namespace {
 
-std::string big16(std::uint64_t value) {
-  return bigEndian(value, 2);
-}
-std::string big32(std::uint64_t value) {
-  return bigEndian(value, 4);
-}
-std::string little16(std::uint64_t value) {
-  return littleEndian(value, 2);
-}
-std::string little32(std::uint64_t value) {
-  return littleEndian(value, 4);
-}
-std::string little64(std::uint64_t value) {
-  return littleEndian(value, 8);
-}
-
 // --- AVI ---
 
 std::string bitmapInfo(const std::string& codec, std::uint32_t side, int depth = 24) {

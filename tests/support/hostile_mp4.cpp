@@ -6,13 +6,6 @@ namespace kolum::test {
 
 namespace {
 
-std::string big16(std::uint64_t value) {
-  return bigEndian(value, 2);
-}
-std::string big32(std::uint64_t value) {
-  return bigEndian(value, 4);
-}
-
 // --- Parts of a movie ---
 
 // NUMBERS of 32 bits behind their count, which may be a lie.

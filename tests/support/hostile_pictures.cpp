@@ -10,19 +10,6 @@ namespace {
 
 constexpr std::uint32_t kSide = kHugeSide;
 
-std::string big16(std::uint64_t value) {
-  return bigEndian(value, 2);
-}
-std::string big32(std::uint64_t value) {
-  return bigEndian(value, 4);
-}
-std::string little16(std::uint64_t value) {
-  return littleEndian(value, 2);
-}
-std::string little32(std::uint64_t value) {
-  return littleEndian(value, 4);
-}
-
 // --- PNG ---
 
 constexpr char kPngSignature[] = "\x89PNG\r\n\x1A\n";

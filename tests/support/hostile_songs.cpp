@@ -7,19 +7,6 @@ namespace kolum::test {
 
 namespace {
 
-std::string big16(std::uint64_t value) {
-  return bigEndian(value, 2);
-}
-std::string big32(std::uint64_t value) {
-  return bigEndian(value, 4);
-}
-std::string little16(std::uint64_t value) {
-  return littleEndian(value, 2);
-}
-std::string little32(std::uint64_t value) {
-  return littleEndian(value, 4);
-}
-
 // --- MP3 and ID3v2 ---
 
 std::string mp3Frames(std::size_t count) {

@@ -13,10 +13,6 @@ constexpr std::size_t kPacketSize = 188;
 constexpr std::uint32_t kPmtPid = 0x100;
 constexpr std::uint32_t kVideoPid = 0x101;
 
-std::string big16(std::uint64_t value) {
-  return bigEndian(value, 2);
-}
-
 // CRC of the sections of a transport stream.
 std::uint32_t sectionChecksum(const std::string& section) {
   std::uint32_t crc = 0xFFFFFFFF;

@@ -70,10 +70,6 @@ AVDictionary* commonOptions() {
 // packets, with all its demuxers.
 enum class SampleSearch { kWhole, kOnePacket };
 
-bool isCover(const AVStream* stream) {
-  return (stream->disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
-}
-
 // Whether looking at one packet of a WAV file finds what looking at all of them finds: nothing.
 bool mayEndSearchEarly(const AVFormatContext& context, const media::Source& source) {
   constexpr std::int64_t kPackets = 32;
@@ -82,7 +78,8 @@ bool mayEndSearchEarly(const AVFormatContext& context, const media::Source& sour
   const AVCodecParameters& parameters = *context.streams[0]->codecpar;
   if (parameters.codec_id != AV_CODEC_ID_PCM_S16LE) return true;  // FFmpeg does not search
   const std::int64_t searched = kPackets * release::longestWavPacket(parameters);
-  return std::all_of(context.streams + 1, context.streams + context.nb_streams, isCover) &&
+  return std::all_of(context.streams + 1, context.streams + context.nb_streams,
+                     [](const AVStream* stream) { return isCover(*stream); }) &&
          parameters.sample_rate > 0 && searched <= kWorthwhile &&
          headers::isPlainPcm(source, avio_tell(context.pb), static_cast<std::size_t>(searched));
 }

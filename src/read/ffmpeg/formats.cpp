@@ -225,6 +225,10 @@ bool isAllowedCodec(const AVStream& stream) {
   return isAllowed(stream.codecpar->codec_id);
 }
 
+bool isCover(const AVStream& stream) {
+  return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+}
+
 bool isForeignPicture(const AVFormatContext& context) {
   constexpr std::string_view kByName = "image2";
   return context.iformat->name == kByName && context.nb_streams == 1 &&

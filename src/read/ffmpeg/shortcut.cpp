@@ -49,10 +49,6 @@ Bytes extraDataOf(const AVStream& stream) {
   return {parameters.extradata, static_cast<std::size_t>(parameters.extradata_size)};
 }
 
-bool isCover(const AVStream& stream) {
-  return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
-}
-
 bool isStillPictureFile(const AVFormatContext& context) {
   const std::string_view name = context.iformat->name;
   return name.ends_with("_pipe") || name == "image2";

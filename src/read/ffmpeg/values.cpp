@@ -10,6 +10,7 @@
 #include "media/classic_codecs.h"
 #include "media/levels.h"
 #include "read/ffmpeg/ffmpeg.h"
+#include "read/ffmpeg/formats.h"
 
 namespace kolum::ffmpeg {
 
@@ -154,7 +155,7 @@ void readPicture(AVFormatContext& context, AVStream& stream, media::Stream& valu
   value.pixelFormat = pixelFormatOf(parameters);
   value.frameRate = rationalOf(release57FrameRate(context, stream));
   value.sampleAspect = rationalOf(av_guess_sample_aspect_ratio(&context, &stream, nullptr));
-  value.isAttachedPicture = (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
+  value.isAttachedPicture = isCover(stream);
   value.isEquirectangular = isEquirectangular(stream);
   value.rotation = rotationOf(context, stream);
   value.creationTime = entry(stream.metadata, "creation_time");
