@@ -199,19 +199,26 @@ std::set<int> Shortcut::streamsToLookAt() const {
   return wanted;
 }
 
-// Reads them in a context of its own.
-void Shortcut::lookAhead() {
-  std::set<int> wanted = streamsToLookAt();
-  const auto ahead = wanted.empty() ? std::nullopt : openContext(source_, context_.iformat->name);
+// Reads packets in a context of its own, until VISIT has seen enough.
+template <typename Visit>
+void Shortcut::readAhead(Visit visit) const {
+  const auto ahead = openContext(source_, context_.iformat->name);
   const OwnedPacket packet(av_packet_alloc());
   if (!ahead || packet == nullptr || ahead->format->nb_streams != streamCount_) return;
-  for (int i = 0;
-       i < kMostPackets && !wanted.empty() && av_read_frame(ahead->format.get(), packet.get()) >= 0;
-       ++i) {
-    const AVStream& stream = *ahead->format->streams[packet->stream_index];
-    if (wanted.erase(stream.index) > 0) firstPackets_[stream.index] = firstPacket(stream, *packet);
+  for (int i = 0; i < kMostPackets && av_read_frame(ahead->format.get(), packet.get()) >= 0; ++i) {
+    const bool hasEnough = visit(*ahead->format->streams[packet->stream_index], *packet);
     av_packet_unref(packet.get());
+    if (hasEnough) return;
   }
+}
+
+void Shortcut::lookAhead() {
+  std::set<int> wanted = streamsToLookAt();
+  if (wanted.empty()) return;
+  readAhead([&](const AVStream& stream, const AVPacket& packet) {
+    if (wanted.erase(stream.index) > 0) firstPackets_[stream.index] = firstPacket(stream, packet);
+    return wanted.empty();
+  });
 }
 
 Shortcut::FirstPacket Shortcut::firstPacket(const AVStream& stream, const AVPacket& packet) {
@@ -307,17 +314,14 @@ std::optional<PictureParameters> Shortcut::largePicture(const AVStream& stream) 
   return found && isLarge(found->width, found->height) ? found : std::nullopt;
 }
 
-// Reads the stream's first packet in a context of its own.
-std::optional<PictureParameters> Shortcut::decodeFirstHeader(const AVStream& stream) const {
-  const auto ahead = openContext(source_, context_.iformat->name);
-  const OwnedPacket packet(av_packet_alloc());
-  if (!ahead || packet == nullptr) return std::nullopt;
-  for (int i = 0; i < kMostPackets && av_read_frame(ahead->format.get(), packet.get()) >= 0; ++i) {
-    if (packet->stream_index == stream.index)
-      return decodeHeader(*ahead->format->streams[stream.index], *packet);
-    av_packet_unref(packet.get());
-  }
-  return std::nullopt;
+std::optional<PictureParameters> Shortcut::decodeFirstHeader(const AVStream& wanted) const {
+  std::optional<PictureParameters> found;
+  readAhead([&](const AVStream& stream, const AVPacket& packet) {
+    if (stream.index != wanted.index) return false;
+    found = decodeHeader(stream, packet);
+    return true;
+  });
+  return found;
 }
 
 // With parameter sets, the HEVC decoder knows its pictures without decoding any.

@@ -57,13 +57,15 @@ class Shortcut {
   static FirstPacket firstPacket(const AVStream& stream, const AVPacket& packet);
   bool isH264(unsigned index) const;
   std::set<int> streamsToLookAt() const;
+  template <typename Visit>
+  void readAhead(Visit visit) const;
   void lookAhead();
   std::optional<PictureParameters> pictureOf(const AVStream& stream) const;
   std::optional<PictureParameters> h264Picture(const AVStream& stream) const;
   std::optional<PictureParameters> vp9Picture(const AVStream& stream) const;
   std::optional<PictureParameters> stillPicture(const AVStream& stream) const;
   std::optional<PictureParameters> largePicture(const AVStream& stream) const;
-  std::optional<PictureParameters> decodeFirstHeader(const AVStream& stream) const;
+  std::optional<PictureParameters> decodeFirstHeader(const AVStream& wanted) const;
   void fillParameterSets(AVStream& stream);
   void apply(const FilledStream& filled);
   void leaveOutH264(unsigned index);
