@@ -192,6 +192,18 @@ void keepCoverage() {
   _exit(::testing::Test::IsSkipped() ? kBodySkipped : kBodyPassed);
 }
 
+// A child that runs BODY and ends; negative if there is none.
+pid_t startChild(const std::function<void()>& body, const Environment& environment,
+                 bool checksLeaks) {
+  const pid_t parent = getpid();
+  const pid_t child = fork();
+  if (child != 0) return child;
+  endWithParent(parent);
+  for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
+  tzset();
+  runBodyAndEnd(body, checksLeaks);
+}
+
 void report(int status) {
   if (status == kBodyPassed) return;
   if (status == kBodySkipped) GTEST_SKIP() << "skipped in the child process, see above";
@@ -275,17 +287,23 @@ void runInChild(const std::function<void()>& body, const Environment& environmen
   std::fflush(nullptr);
   // The child lacks the stacks of other threads, so memory that only they refer to would count as
   // leaked.
-  const bool checksLeaks = isSingleThreaded();
-  const pid_t parent = getpid();
-  const pid_t child = fork();
+  const pid_t child = startChild(body, environment, isSingleThreaded());
   ASSERT_GE(child, 0) << "fork failed";
-  if (child == 0) {
-    endWithParent(parent);
-    for (const auto& [name, value] : environment) setenv(name.c_str(), value.c_str(), 1);
-    tzset();
-    runBodyAndEnd(body, checksLeaks);
-  }
   report(waitFor(child));
+}
+
+void runInChildren(int count, const std::function<void(int)>& body) {
+  std::fflush(nullptr);
+  std::vector<pid_t> children;
+  for (int i = 0; i < count; ++i)
+    children.push_back(startChild([&] { body(i); }, {}, isSingleThreaded()));
+  for (const pid_t child : children) {
+    SCOPED_TRACE(child);
+    if (child < 0)
+      ADD_FAILURE() << "fork failed";
+    else
+      report(waitFor(child));
+  }
 }
 
 void withinSeconds(int seconds, const std::function<void()>& body) {

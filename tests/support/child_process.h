@@ -44,6 +44,10 @@ std::vector<std::string> shellWords(std::string_view text);
 // the test is skipped.
 void runInChild(const std::function<void()>& body, const Environment& environment = {});
 
+// The same for COUNT children at a time, each with its number. Threads that call runInChild() are
+// no substitute: a child of theirs may find the allocator locked for ever.
+void runInChildren(int count, const std::function<void(int)>& body);
+
 // Runs the body in this process, and exits with failure if it takes longer: a hanging test fails.
 void withinSeconds(int seconds, const std::function<void()>& body);
 

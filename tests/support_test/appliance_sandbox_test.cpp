@@ -14,6 +14,7 @@
 #include <thread>
 #include <vector>
 
+#include "support/child_process.h"
 #include "support/temp_dir.h"
 #include "support_test/failing_body_run.h"
 
@@ -150,18 +151,14 @@ TEST_F(ApplianceSandbox, CoversMountsBelowTheRoot) {
 }
 
 TEST_F(ApplianceSandbox, KeepsConcurrentSandboxesApart) {
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 4; ++i) {
-    threads.emplace_back([i] {
-      runInAppliance([i] {
-        const std::string own = std::to_string(i);
-        writeRootFile("/etc/kolum-test.conf", own);
-        std::this_thread::sleep_for(std::chrono::milliseconds(100));
-        EXPECT_EQ(contentOf("/etc/kolum-test.conf"), own);
-      });
+  runInChildren(4, [](int i) {
+    runInAppliance([i] {
+      const std::string own = std::to_string(i);
+      writeRootFile("/etc/kolum-test.conf", own);
+      std::this_thread::sleep_for(std::chrono::milliseconds(100));
+      EXPECT_EQ(contentOf("/etc/kolum-test.conf"), own);
     });
-  }
-  for (std::thread& thread : threads) thread.join();
+  });
 }
 
 TEST_F(ApplianceSandbox, ReportsEveryWayToFail) {
