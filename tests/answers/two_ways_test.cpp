@@ -56,6 +56,9 @@ INSTANTIATE_TEST_SUITE_P(
                  "-map 2 -map 3 -pix_fmt yuv420p -c:v libx264 -c:a ac3"},
         FileCase{"h264.flv", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
         FileCase{"h264.ts", "-pix_fmt yuv420p -c:v libx264 -c:a aac"},
+        FileCase{"late.ts",
+                 "-f lavfi -i sine=d=9 -itsoffset 6 -f lavfi -i testsrc2=s=176x144:r=25:d=2 "
+                 "-map 2 -map 3 -pix_fmt yuv420p -c:v libx264 -c:a aac"},
         FileCase{"interlaced.ts",
                  "-pix_fmt yuv420p -c:v libx264 -flags +ildct+ilme -x264-params tff=1 -c:a mp2"},
         FileCase{"h264.m2ts", "-pix_fmt yuv420p -c:v libx264 -c:a ac3 -mpegts_m2ts_mode 1"},

@@ -111,6 +111,17 @@ bool hasVp9(const AVFormatContext& context) {
          isDemuxer(context, kIvf);
 }
 
+// In microseconds.
+std::optional<std::int64_t> timeOf(const AVStream& stream, const AVPacket& packet) {
+  if (packet.dts == AV_NOPTS_VALUE) return std::nullopt;
+  return av_rescale_q(packet.dts, stream.time_base, AV_TIME_BASE_Q);
+}
+
+// While FFmpeg waits for a stream that begins later than others, it measures these for longer.
+bool isLate(std::optional<std::int64_t> start, std::optional<std::int64_t> time) {
+  return start && time && *time / AV_TIME_BASE > *start / AV_TIME_BASE + 1;
+}
+
 AVCodecID codecOf(headers::PictureFormat format) {
   switch (format) {
     case headers::PictureFormat::kPng:
@@ -215,8 +226,12 @@ void Shortcut::readAhead(Visit visit) const {
 void Shortcut::lookAhead() {
   std::set<int> wanted = streamsToLookAt();
   if (wanted.empty()) return;
+  std::optional<std::int64_t> start;
   readAhead([&](const AVStream& stream, const AVPacket& packet) {
-    if (wanted.erase(stream.index) > 0) firstPackets_[stream.index] = firstPacket(stream, packet);
+    const auto time = timeOf(stream, packet);
+    if (!start) start = time;
+    if (wanted.erase(stream.index) > 0 && !isLate(start, time))
+      firstPackets_[stream.index] = firstPacket(stream, packet);
     return wanted.empty();
   });
 }
