@@ -4,6 +4,7 @@ find_package(Threads REQUIRED)
 pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavutil)
 pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib)
 pkg_check_modules(DVDREAD REQUIRED IMPORTED_TARGET dvdread)
+pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET libseccomp)
 find_package(pugixml REQUIRED)
 
 # iniparser ships no pkg-config file in Debian 12.

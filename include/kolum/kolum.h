@@ -47,6 +47,7 @@
 #include <kolum/geocode.h>
 #include <kolum/host.h>
 #include <kolum/identifiers.h>
+#include <kolum/isolation.h>
 #include <kolum/mediainfo.h>
 #include <kolum/photo.h>
 #include <kolum/server.h>

@@ -7,10 +7,10 @@
 #include "api/guarded.h"
 #include "base/trace.h"
 #include "media/container.h"
-#include "probe/key_frames.h"
 #include "probe/numbers.h"
 #include "probe/streams.h"
 #include "read/ffmpeg/input.h"
+#include "read/ffmpeg/key_frames.h"
 
 using namespace kolum;
 
@@ -142,5 +142,5 @@ unsigned int getVideoKeyFrameTime(const char* url, int seconds, double* keyFrame
 
 int64_t ElapseTimeToPts(struct AVStream* stream, int64_t startPts, int64_t seconds) {
   if (stream == nullptr) return startPts;
-  return probe::timestampAfter(startPts, seconds, ffmpeg::timeBase(*stream));
+  return ffmpeg::timestampAfter(startPts, seconds, ffmpeg::timeBase(*stream));
 }

@@ -7,13 +7,11 @@
 #include "api/guarded.h"
 #include "api/outputs.h"
 #include "base/trace.h"
+#include "isolation/isolation.h"
 #include "media/source.h"
 #include "probe/streams.h"
 #include "probe/video.h"
 #include "read/disc/disc.h"
-#include "read/ffmpeg/input.h"
-#include "read/headers/mp4_boxes.h"
-#include "read/headers/ts_packets.h"
 
 using namespace kolum;
 using api::put;
@@ -245,16 +243,15 @@ std::optional<media::TransportPackets> packetsOfFile(const char* path) {
     std::perror(path);
     return std::nullopt;
   }
-  Trace trace;
-  const auto packets = headers::packetsOf(*source, trace);
-  write(trace);
-  return packets;
+  const read::Findings found = isolation::look(*source, {.transportPackets = true});
+  write(found.transportPacketsTrace);
+  return found.transportPackets;
 }
 
 // Empty when the file cannot be opened or has no streams.
 std::optional<media::Container> containerWithStreams(const char* path) {
   if (path == nullptr) return std::nullopt;
-  auto container = ffmpeg::readContainer(path, ffmpeg::Depth::kStreams);
+  auto container = probe::containerOf(path, ffmpeg::Depth::kStreams);
   if (container && container->streams.empty()) return std::nullopt;
   return container;
 }
@@ -381,7 +378,8 @@ int GetMp4SubFormat(const char* path, unsigned int* subFormat) {
     if (subFormat == nullptr) return 1;
     *subFormat = 0;
     const auto source = path != nullptr ? media::Source::openUnchecked(path) : std::nullopt;
-    const auto found = source ? headers::mp4SubFormat(*source) : std::nullopt;
+    const auto found =
+        source ? isolation::look(*source, {.mp4SubFormat = true}).mp4SubFormat : std::nullopt;
     if (!found) return 1;
     *subFormat = *found;
     return 0;
@@ -391,8 +389,9 @@ int GetMp4SubFormat(const char* path, unsigned int* subFormat) {
 int CheckMp4MoovAtEnd(const char* path) {
   return api::guarded(static_cast<int>(headers::MoovPosition::kUnreadable), [&] {
     const auto source = path != nullptr ? media::Source::openUnchecked(path) : std::nullopt;
-    return static_cast<int>(source ? headers::moovPosition(*source)
-                                   : headers::MoovPosition::kUnreadable);
+    const auto found =
+        source ? isolation::look(*source, {.moovPosition = true}).moovPosition : std::nullopt;
+    return static_cast<int>(found.value_or(headers::MoovPosition::kUnreadable));
   });
 }
 

@@ -28,6 +28,10 @@ class Trace {
   void log(const char* function, std::string text) {
     lines_.push_back({TraceChannel::kLog, function, std::move(text)});
   }
+  // Takes over the lines of MORE.
+  void add(const Trace& more) {
+    lines_.insert(lines_.end(), more.lines_.begin(), more.lines_.end());
+  }
   const std::vector<TraceLine>& lines() const { return lines_; }
 
  private:

@@ -28,7 +28,7 @@ std::optional<Source> Source::open(const std::string& path) {
 std::optional<Source> Source::openUnchecked(const std::string& path) {
   Descriptor descriptor = openWithoutWaiting(path);
   if (!descriptor.isOpen()) return std::nullopt;
-  return Source(std::move(descriptor), path);
+  return adoptUnchecked(std::move(descriptor), path);
 }
 
 std::optional<Source> Source::adopt(Descriptor descriptor, std::string name) {
@@ -38,6 +38,11 @@ std::optional<Source> Source::adopt(Descriptor descriptor, std::string name) {
   Source source(std::move(descriptor), std::move(name));
   source.size_ = status.st_size;
   return source;
+}
+
+// cppcheck-suppress passedByValue; it is moved from
+Source Source::adoptUnchecked(Descriptor descriptor, std::string name) {
+  return {std::move(descriptor), std::move(name)};
 }
 
 // cppcheck-suppress passedByValue; it is moved from

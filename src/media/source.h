@@ -22,6 +22,8 @@ class Source {
   static std::optional<Source> open(const std::string& path);
   // The same for a descriptor that is already open. NAME is the file's name for readers.
   static std::optional<Source> adopt(Descriptor descriptor, std::string name);
+  // The same for anything that is open.
+  static Source adoptUnchecked(Descriptor descriptor, std::string name);
   // Anything that can be opened, for readers of a few bytes. Reading fails for anything but a file.
   static std::optional<Source> openUnchecked(const std::string& path);
 
@@ -29,6 +31,7 @@ class Source {
   Source& operator=(Source&&) = delete;
 
   const std::string& name() const { return name_; }
+  int descriptor() const { return descriptor_.get(); }
   // The size in bytes at the first call; 0 for block devices.
   std::int64_t size() const;
 

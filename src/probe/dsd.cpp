@@ -4,8 +4,9 @@
 #include <string_view>
 
 #include "base/text.h"
+#include "isolation/isolation.h"
 #include "media/source.h"
-#include "read/ffmpeg/input.h"
+#include "probe/streams.h"
 
 namespace kolum::probe {
 
@@ -58,7 +59,8 @@ DsdResult probeDsd(const std::string& path, const char* toolFolder) {
   DsdResult result;
   const bool isDsf = equalsIgnoringCase(extensionOf(path), ".dsf");
   if (isDsf)
-    if (const auto source = media::Source::open(path)) result.texts = tags::readDsfTags(*source);
+    if (const auto source = media::Source::open(path))
+      result.texts = isolation::look(*source, {.dsfTags = true}).dsfTags;
   const tags::DsdToolResult tool = tags::runDsdTool(path, toolFolder);
   result.toolIsMissing = tool.isMissing;
   if (!tool.document) return result;
@@ -68,7 +70,7 @@ DsdResult probeDsd(const std::string& path, const char* toolFolder) {
 }
 
 std::optional<SongTags> readSongTags(const std::string& path) {
-  const auto container = ffmpeg::readContainer(path, ffmpeg::Depth::kStreams);
+  const auto container = containerOf(path, ffmpeg::Depth::kStreams);
   if (!container || container->streams.empty()) return std::nullopt;
   SongTags tags;
   for (const auto& [key, value] : container->tags)

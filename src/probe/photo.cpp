@@ -2,10 +2,8 @@
 
 #include <string_view>
 
+#include "isolation/isolation.h"
 #include "media/pixel_formats.h"
-#include "read/ffmpeg/input.h"
-#include "read/headers/picture.h"
-#include "read/headers/shortcuts.h"
 
 namespace kolum::probe {
 
@@ -23,14 +21,14 @@ PhotoResult photo(int width, int height, std::string_view pixelFormat) {
 PhotoResult probePhoto(const std::string& path) {
   const auto source = media::Source::open(path);
   if (!source) return {};
-  const auto fromHeader =
-      headers::mayTakeShortcuts() ? headers::readPicture(*source) : std::nullopt;
-  if (fromHeader) return photo(fromHeader->width, fromHeader->height, fromHeader->pixelFormat);
-  const auto input = ffmpeg::Input::open(*source, ffmpeg::Depth::kStreams);
-  if (!input) return {};
-  const media::Stream* picture = input->container().first(media::StreamType::kVideo);
-  if (picture == nullptr) return {.isReadable = true, .picture = {}};
-  return photo(picture->width, picture->height, picture->pixelFormat);
+  const read::Findings found =
+      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .picture = true});
+  if (found.picture)
+    return photo(found.picture->width, found.picture->height, found.picture->pixelFormat);
+  PhotoResult result = {.isReadable = found.container.has_value(), .failure = found.failure};
+  const media::Stream* picture =
+      found.container ? found.container->first(media::StreamType::kVideo) : nullptr;
+  return picture != nullptr ? photo(picture->width, picture->height, picture->pixelFormat) : result;
 }
 
 }  // namespace kolum::probe

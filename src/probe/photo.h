@@ -5,6 +5,8 @@
 #include <optional>
 #include <string>
 
+#include "read/findings/findings.h"
+
 namespace kolum::probe {
 
 struct PhotoFacts {
@@ -15,7 +17,9 @@ struct PhotoFacts {
 
 struct PhotoResult {
   bool isReadable = false;
-  std::optional<PhotoFacts> picture;  // empty if the file has none
+  std::optional<PhotoFacts> picture = {};  // empty if the file has none
+  // Why the file could not be read, if an isolated reader failed.
+  std::optional<read::Failure> failure = {};
 };
 
 PhotoResult probePhoto(const std::string& path);

@@ -6,22 +6,21 @@
 #include "base/log.h"
 #include "base/text.h"
 #include "dlna/audio_profile.h"
+#include "isolation/isolation.h"
 #include "media/container.h"
 #include "media/identifiers.h"
 #include "media/levels.h"
 #include "media/source.h"
 #include "probe/numbers.h"
-#include "read/ffmpeg/input.h"
-#include "read/headers/mp4_boxes.h"
 
 namespace kolum::probe {
 
 namespace {
 
-std::uint32_t containerFormat(std::string_view demuxer, const media::Source& source) {
-  const std::uint32_t format = media::containerType(demuxer).songFormat;
+std::uint32_t containerFormat(const read::Findings& found) {
+  const std::uint32_t format = media::containerType(found.container->demuxer).songFormat;
   if (format != FORMAT_MPEG4) return format;
-  return headers::mp4SubFormat(source).value_or(0) << media::kBrandShift | FORMAT_MPEG4;
+  return found.mp4SubFormat.value_or(0) << media::kBrandShift | FORMAT_MPEG4;
 }
 
 void traceDuration(const media::Container& container, Trace& trace) {
@@ -33,8 +32,9 @@ void traceDuration(const media::Container& container, Trace& trace) {
 }
 
 // False if the codec is unknown: only bit rates, duration and profile are found then.
-bool describe(const media::Container& container, const media::Stream& stream,
-              const media::Source& source, std::string_view fileName, SongFacts& facts) {
+bool describe(const read::Findings& found, const media::Stream& stream, std::string_view fileName,
+              SongFacts& facts) {
+  const media::Container& container = *found.container;
   facts.containerBitRate = container.bitRate;
   facts.bitRate = stream.bitRate;
   if (container.duration > 0) facts.duration = container.duration / media::kTimeBase;
@@ -54,7 +54,7 @@ bool describe(const media::Container& container, const media::Stream& stream,
   facts.sampleRate = stream.sampleRate;
   facts.bitsPerSample = stream.bitsPerSample;
   facts.channels = stream.channels;
-  facts.containerFormat = containerFormat(container.demuxer, source);
+  facts.containerFormat = containerFormat(found);
   facts.codec = codec;
   facts.level = levelNumber(stream);
   return true;
@@ -98,13 +98,15 @@ SongResult probeSong(const std::string& path, std::string_view fileName, const c
     return result;
   }
   const auto source = media::Source::open(path);
-  const auto input = source ? ffmpeg::Input::open(*source, ffmpeg::Depth::kStreams) : std::nullopt;
-  if (!input) return result;
+  if (!source) return result;
+  const read::Findings found =
+      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .mp4SubFormat = true});
+  result.failure = found.failure;
+  if (!found.container) return result;
   // A file without audio is a success with no facts: hosts keep it listed.
-  const media::Stream* stream = input->container().first(media::StreamType::kAudio);
-  if (stream != nullptr) traceDuration(input->container(), result.trace);
-  result.succeeded =
-      stream == nullptr || describe(input->container(), *stream, *source, fileName, result.facts);
+  const media::Stream* stream = found.container->first(media::StreamType::kAudio);
+  if (stream != nullptr) traceDuration(*found.container, result.trace);
+  result.succeeded = stream == nullptr || describe(found, *stream, fileName, result.facts);
   return result;
 }
 

@@ -8,6 +8,7 @@
 
 #include "base/trace.h"
 #include "probe/dsd.h"
+#include "read/findings/findings.h"
 
 namespace kolum::probe {
 
@@ -35,6 +36,8 @@ struct SongResult {
   // What was found, up to the failure if any.
   SongFacts facts;
   Trace trace;
+  // Why the file could not be read, if an isolated reader failed.
+  std::optional<read::Failure> failure;
 };
 
 // TOOLFOLDER is the DSD tool's folder with its trailing "/"; null if unknown.

@@ -8,8 +8,12 @@
 
 #include "base/trace.h"
 #include "media/stream.h"
+#include "read/ffmpeg/depth.h"
 
 namespace kolum::probe {
+
+// What a file contains, even if it has no streams; empty if it cannot be read.
+std::optional<media::Container> containerOf(const std::string& path, ffmpeg::Depth depth);
 
 struct StreamsResult {
   media::Container container;
@@ -23,6 +27,14 @@ struct StreamsResult {
 // Empty if there is nothing to report. SEEKSECONDS, if given, requests the key frame.
 std::optional<StreamsResult> probeStreams(const std::string& path,
                                           std::optional<std::int64_t> seekSeconds, Trace& trace);
+
+// The search without a record, in all video streams in turn. It reports failures.
+struct KeyFrameSearch {
+  std::optional<double> time;
+  Trace trace;
+};
+KeyFrameSearch searchKeyFrame(const char* url, std::int32_t seconds);
+void reportParameterError(Trace& trace);
 
 // Whether a video stream is MPEG-4 of a kind that some players refuse. Only capitals count, unlike
 // for the play exceptions of the video probes: databases hold both.

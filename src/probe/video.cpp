@@ -13,6 +13,7 @@
 #include "base/text.h"
 #include "dlna/audio_class.h"
 #include "dlna/naming.h"
+#include "isolation/isolation.h"
 #include "media/container.h"
 #include "media/identifiers.h"
 #include "probe/creation.h"
@@ -20,8 +21,6 @@
 #include "read/disc/disc.h"
 #include "read/disc/image.h"
 #include "read/ffmpeg/input.h"
-#include "read/headers/mp4_boxes.h"
-#include "read/headers/ts_packets.h"
 
 namespace kolum::probe {
 
@@ -58,7 +57,7 @@ class Probe {
 
   ProbeResult run() && {
     const bool succeeded = probe();
-    return {succeeded, std::move(facts_), std::move(trace_)};
+    return {succeeded, std::move(facts_), std::move(trace_), std::move(found_.failure)};
   }
 
  private:
@@ -79,7 +78,7 @@ class Probe {
   void nameProfile();
   void readQuickTimeCreation();
   void scaleDiscDuration();
-  media::TransportPackets readPackets();
+  media::TransportPackets packets();
   std::optional<std::string> tagWithPrefix(std::string_view prefix) const;
 
   bool isMovPath() const { return endsWithIgnoringCase(path_, ".mov"); }
@@ -91,9 +90,8 @@ class Probe {
 
   std::string path_;
   std::optional<disc::Title> title_;
-  // In this order, so that the file is closed before the image is unmounted.
   std::unique_ptr<disc::MountedImage> image_;
-  std::optional<media::Source> source_;
+  read::Findings found_;
   media::Container container_;
   const media::Stream* audio_ = nullptr;
   const media::Stream* video_ = nullptr;
@@ -147,12 +145,13 @@ bool Probe::choosePath() {
 }
 
 bool Probe::open() {
-  auto opened = title_ ? disc::open(*title_) : media::Source::open(path_);
-  if (!opened) return false;
-  source_.emplace(std::move(*opened));
-  auto input = ffmpeg::Input::open(*source_, ffmpeg::Depth::kStreams);
-  if (!input) return false;
-  container_ = std::move(*input).takeContainer();
+  const auto source = title_ ? disc::open(*title_) : media::Source::open(path_);
+  if (!source) return false;
+  found_ = isolation::look(
+      *source,
+      {.container = ffmpeg::Depth::kStreams, .mp4SubFormat = true, .transportPackets = true});
+  if (!found_.container) return false;
+  container_ = std::move(*found_.container);
   return !container_.streams.empty();
 }
 
@@ -201,9 +200,10 @@ std::optional<std::string> Probe::tagWithPrefix(std::string_view prefix) const {
 }
 
 // A file that cannot be read counts as time-stamped: stored profile names depend on it.
-media::TransportPackets Probe::readPackets() {
-  return headers::packetsOf(*source_, trace_)
-      .value_or(media::TransportPackets{.size = 0, .isTimeStamped = true});
+media::TransportPackets Probe::packets() {
+  trace_.add(found_.transportPacketsTrace);
+  return found_.transportPackets.value_or(
+      media::TransportPackets{.size = 0, .isTimeStamped = true});
 }
 
 // The largest picture wins; among equals the earlier stream.
@@ -243,7 +243,7 @@ void Probe::readContainerFormat() {
 }
 
 void Probe::readMp4Format() {
-  const std::uint32_t subFormat = headers::mp4SubFormat(*source_).value_or(0);
+  const std::uint32_t subFormat = found_.mp4SubFormat.value_or(0);
   facts_.containerFormat = subFormat << media::kBrandShift | FORMAT_MPEG4;
   if (!isMovPath()) return;
   facts_.mimeType = "video/quicktime";
@@ -321,7 +321,7 @@ void Probe::nameProfile() {
        .codecTag = video_->codecTag,
        .path = path_,
        .extraData = video_->extraData},
-      [this] { return readPackets(); }, request_.explanation);
+      [this] { return packets(); }, request_.explanation);
   for (const std::string& line : name.outputLines) trace_.output(line);
   facts_.dlnaProfile = name.profile;
   facts_.mimeType = name.mimeType;

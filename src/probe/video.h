@@ -3,11 +3,13 @@
 #define KOLUM_PROBE_VIDEO_H
 
 #include <cstdint>
+#include <optional>
 #include <string_view>
 
 #include "base/trace.h"
 #include "dlna/naming.h"
 #include "probe/video_facts.h"
+#include "read/findings/findings.h"
 
 namespace kolum::probe {
 
@@ -58,6 +60,8 @@ struct ProbeResult {
   // What was found, up to the failure if any.
   VideoFacts facts;
   Trace trace;
+  // Why the file could not be read, if an isolated reader failed.
+  std::optional<read::Failure> failure;
 };
 
 ProbeResult probeVideo(const ProbeRequest& request, const ProbePolicy& policy);

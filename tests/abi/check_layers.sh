@@ -18,17 +18,19 @@ nobody() {
 sources() { find "$@" -name '*.h' -o -name '*.cpp' | sort; }
 
 nobody '#include .*(libav|libsw)' "only src/read/ffmpeg includes FFmpeg's headers" \
-  $(sources include src host tools/kolum | grep -v '^src/read/ffmpeg/')
+  $(sources include src host isolation tools/kolum | grep -v '^src/read/ffmpeg/')
 nobody 'LIBAV[A-Z]+_VERSION' "differences between FFmpeg's releases belong in src/read/ffmpeg/ffmpeg.h" \
   $(sources src | grep -v '^src/read/ffmpeg/ffmpeg.h')
 nobody '#include <(id3v2|taglib|dsffile|tfile|tiostream|textidentification)' 'only src/read/tags includes TagLib' \
-  $(sources include src host tools/kolum | grep -v '^src/read/tags/')
+  $(sources include src host isolation tools/kolum | grep -v '^src/read/tags/')
 nobody '#include .*(pugi|iniparser)' 'only src/base includes pugixml and iniparser' \
   $(sources include src | grep -v '^src/base/')
 nobody '#include "' 'public headers include public headers only' $(sources include)
 nobody 'getenv' 'the library reads no environment variable' $(sources src)
+nobody '#include <(seccomp|linux/landlock)' 'only the worker includes libseccomp' \
+  $(sources include src host tools/kolum isolation | grep -v '^isolation/worker/')
 nobody '[^n](f?printf|f?puts|perror)\(' 'only src/api writes to standard output and error' \
-  $(sources src/media src/read src/dlna src/probe)
+  $(sources src/media src/read src/dlna src/probe isolation | grep -v '^isolation/worker/main.cpp')
 nobody '#include "(commands|files|machine)[/.]' "the tool's terminal/ includes nothing else of it" \
   $(sources tools/kolum/terminal)
 nobody '#include "(commands|files|terminal)[/.]' "the tool's machine/ includes nothing else of it" \

@@ -7,6 +7,7 @@
 #include <functional>
 #include <iosfwd>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace kolum::test {
@@ -31,6 +32,11 @@ HostileFiles hostileContainers();  // AVI, ASF, FLV, RealMedia and everything el
 
 // All of these.
 HostileFiles hostileFiles();
+
+// Those that only a process of their own can bound.
+HostileFiles isolatedFiles();
+// Why a file of that name is among them; null if it is not.
+const char* whyIsolated(std::string_view file);
 
 // Writes the file into FOLDER (which ends with "/") and returns its path.
 std::string writeHostileFile(const HostileFile& file, const std::string& folder);

@@ -634,7 +634,7 @@ TEST(Dsf, ShowsTagsAndFailsWithoutTheToolsNumbers) {
   const TempDir folder;
   std::filesystem::copy(KOLUM_PROGRAM, folder.path("kolum"));
   const std::string song = samples() + "Music/Tones/04-silence.dsf";
-  const RunResult result = run({folder.path("kolum"), "dsf", "--json", song});
+  const RunResult result = run({folder.path("kolum"), "dsf", "--in-process", "--json", song});
   EXPECT_EQ(result.status, 1);
   const Outcome outcome = {result.status, result.out, result.err};
   ASSERT_EQ(outcome.json().size(), 1U);
@@ -642,7 +642,7 @@ TEST(Dsf, ShowsTagsAndFailsWithoutTheToolsNumbers) {
   EXPECT_EQ(outcome.json()[0]["error"]["code"], "no-numbers");
   EXPECT_THAT(result.err, HasSubstr("kolum: " + song + ": dsf2flac reported no technical data\n"));
   expectFitsSchema("dsf", outcome);
-  const RunResult probed = run({folder.path("kolum"), "probe", song});
+  const RunResult probed = run({folder.path("kolum"), "probe", "--in-process", song});
   EXPECT_EQ(probed.status, 1);
   EXPECT_THAT(probed.err, HasSubstr("kolum: " + song + ": dsf2flac reported no technical data\n"));
 }

@@ -24,12 +24,15 @@ enum ExitStatus { kAllDone = 0, kSomeFailed = 1, kUsage = 2 };
 struct CommonOptions {
   bool json = false;
   bool debug = false;
+  bool inProcess = false;
 };
 
 // The options of every command and sub-command.
 void addCommonOptions(CLI::App& parser, CommonOptions& options) {
   parser.add_flag("--json", options.json, "Prints one JSON object per line");
   parser.add_flag("--debug", options.debug, "Shows the library's debug lines on standard error");
+  parser.add_flag("--in-process", options.inProcess,
+                  "Reads files in this process, not in isolated ones");
   for (CLI::App* nested : parser.get_subcommands({})) addCommonOptions(*nested, options);
 }
 
@@ -46,6 +49,14 @@ void routeLibrary(const Channels& channels, bool debug) {
   } else {
     channels.muteLibrary();
   }
+}
+
+// For the library and for the probes in this program.
+void chooseIsolation(bool inProcess) {
+  if (inProcess)
+    setenv("KOLUM_ISOLATION", "off", 1);
+  else
+    setenv("KOLUM_ISOLATION", "on", 0);
 }
 
 // HELP is the command whose --help explains more.
@@ -108,6 +119,7 @@ int run(const Channels& channels, int argc, char** argv) {
   try {
     app.parse(protectedArguments(argc, argv));
     routeLibrary(channels, options.debug);
+    chooseIsolation(options.inProcess);
     Context context(channels, options.json);
     grammar.actions.at (&innermost(app))(context);
     return context.failed() ? kSomeFailed : kAllDone;

@@ -9,17 +9,11 @@
 #include "media/source.h"
 #include "media/stream.h"
 #include "read/ffmpeg/context.h"
+#include "read/ffmpeg/depth.h"
 
 struct AVStream;
 
 namespace kolum::ffmpeg {
-
-// How much of an input is read when it is opened.
-enum class Depth {
-  kHeader,       // the container's header only
-  kStreams,      // also packets, until FFmpeg knows the streams as well as it can
-  kStreamTimes,  // also the times at which streams start, and packets can be read from there
-};
 
 // Closed on destruction.
 class Input {

@@ -7,9 +7,9 @@
 #include <fstream>
 #include <string>
 
-#include "probe/key_frames.h"
 #include "read/ffmpeg/formats.h"
 #include "read/ffmpeg/input.h"
+#include "read/ffmpeg/key_frames.h"
 #include "read/ffmpeg/recognition.h"
 #include "support/child_process.h"
 #include "support/media_factory.h"
@@ -157,7 +157,7 @@ double unlimitedKeyFrameTimeOf(const std::string& path, int seconds) {
   const auto input =
       kolum::ffmpeg::Input::openUrl(("file:" + path).c_str(), kolum::ffmpeg::Depth::kStreams);
   const auto* video = input->container().first(kolum::media::StreamType::kVideo);
-  return kolum::probe::keyFrameTime(*input, *video, seconds).value_or(seconds);
+  return kolum::ffmpeg::keyFrameTime(*input, *video, seconds).value_or(seconds);
 }
 
 TEST(ReadLimit, KeepsKeyFramesOfFileWithHole) {

@@ -7,9 +7,9 @@
 #include <string_view>
 
 #include "files/media_files.h"
+#include "isolation/isolation.h"
 #include "media/container.h"
-#include "read/ffmpeg/input.h"
-#include "read/ffmpeg/recognition.h"
+#include "probe/streams.h"
 
 namespace kolum::tool {
 
@@ -90,11 +90,12 @@ Content contentOf(const std::string& path) {
   Content content;
   const auto source = media::Source::open(path);
   if (!source) return content;
-  const ffmpeg::Recognition recognition = ffmpeg::recognize(*source);
-  content.format = recognition.format;
-  content.opensFurtherFiles = recognition.opensFurtherFiles;
-  if (const auto input = ffmpeg::Input::open(*source, ffmpeg::Depth::kStreams))
-    addStreams(input->container(), content);
+  const read::Findings found =
+      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .recognition = true});
+  content.format = found.recognition.format;
+  content.opensFurtherFiles = found.recognition.opensFurtherFiles;
+  content.failure = found.failure;
+  if (found.container) addStreams(*found.container, content);
   return content;
 }
 
@@ -106,7 +107,7 @@ int kindOf(const Content& content) {
 }
 
 std::optional<Picture> pictureOf(const std::string& path) {
-  const auto container = ffmpeg::readContainer(path, ffmpeg::Depth::kStreams);
+  const auto container = probe::containerOf(path, ffmpeg::Depth::kStreams);
   const media::Stream* stream = container ? container->first(media::StreamType::kVideo) : nullptr;
   if (stream == nullptr || stream->pixelFormat.empty()) return std::nullopt;
   return Picture{static_cast<std::uint32_t>(stream->width),

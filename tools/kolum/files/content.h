@@ -7,6 +7,8 @@
 #include <optional>
 #include <string>
 
+#include "read/findings/findings.h"
+
 namespace kolum::tool {
 
 struct Content {
@@ -23,6 +25,8 @@ struct Content {
   std::string unknownAudioCodec;
 
   bool isOpen = false;  // FFmpeg found video, audio or subtitles
+  // Why nothing is known, if an isolated reader failed.
+  std::optional<read::Failure> failure;
 };
 
 Content contentOf(const std::string& path);

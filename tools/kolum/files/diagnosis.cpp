@@ -114,6 +114,7 @@ std::optional<Failure> songFailure(const std::string& name, const Content& conte
 // Why the content of a file does not match; empty if it does.
 std::optional<Failure> contentFailure(const std::string& name, const Content& content,
                                       Wanted wanted) {
+  if (content.failure) return readerFailure(*content.failure);
   if (!content.isOpen) return damaged(content);
   switch (wanted) {
     case Wanted::kVideo:
@@ -153,6 +154,21 @@ std::optional<Failure> readingFailure(const std::string& path) {
   if (auto failure = openingFailure(path)) return failure;
   if (S_ISREG(status.st_mode) && status.st_size == 0) return Failure{Cause::kEmpty, "empty file"};
   return std::nullopt;
+}
+
+Failure readerFailure(const read::Failure& failure) {
+  switch (failure.cause) {
+    case read::FailureCause::kCrashed:
+    case read::FailureCause::kInvalidAnswer:
+      return {Cause::kReaderCrashed, failure.reason};
+    case read::FailureCause::kTimeOver:
+      return {Cause::kTookTooLong, failure.reason};
+    case read::FailureCause::kOutOfMemory:
+      return {Cause::kOutOfMemory, failure.reason};
+    case read::FailureCause::kNoReader:
+      break;
+  }
+  return {Cause::kNoReader, failure.reason};
 }
 
 Failure noNumbersFailure() {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "files/paths.h"
+#include "read/findings/findings.h"
 #include "terminal/failure.h"
 
 namespace kolum::tool {
@@ -22,6 +23,9 @@ enum class Wanted {
 
 // Why a file cannot be read at all, whatever its content.
 std::optional<Failure> readingFailure(const std::string& path);
+
+// For a file at which an isolated reader failed.
+Failure readerFailure(const read::Failure& failure);
 
 // For a DSD song about which the external tool reports nothing.
 Failure noNumbersFailure();

@@ -35,6 +35,10 @@ constexpr Code kCodes[] = {
     {Cause::kNoKeyFrame, "no-key-frame"},
     {Cause::kNotDsd, "not-dsd"},
     {Cause::kNoNumbers, "no-numbers"},
+    {Cause::kReaderCrashed, "reader-crashed"},
+    {Cause::kTookTooLong, "took-too-long"},
+    {Cause::kOutOfMemory, "out-of-memory"},
+    {Cause::kNoReader, "no-reader"},
 };
 
 struct SystemError {

@@ -28,6 +28,10 @@ enum class Cause {
   kNoKeyFrame,
   kNotDsd,
   kNoNumbers,
+  kReaderCrashed,
+  kTookTooLong,
+  kOutOfMemory,
+  kNoReader,
 };
 
 struct Failure {

@@ -14,8 +14,8 @@
 #include <vector>
 
 #include "base/shell.h"
-#include "probe/key_frames.h"
 #include "read/ffmpeg/input.h"
+#include "read/ffmpeg/key_frames.h"
 #include "support/child_process.h"
 #include "support/descriptors.h"
 #include "support/media_factory.h"
@@ -24,8 +24,8 @@
 
 using namespace kolum::test;
 using kolum::shellWord;
-using kolum::probe::timestampAfter;
-using kolum::probe::timestampAfter32;
+using kolum::ffmpeg::timestampAfter;
+using kolum::ffmpeg::timestampAfter32;
 
 namespace {
 

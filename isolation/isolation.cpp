@@ -1,0 +1,100 @@
+#include "isolation/isolation.h"
+
+#include <pthread.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <memory>
+#include <mutex>
+#include <string_view>
+
+#include "base/log.h"
+#include "isolation/client.h"
+
+namespace kolum::isolation {
+
+namespace {
+
+// What hosts choose that do not know of isolation.
+Mode modeOfEnvironment() {
+  const char* value = secure_getenv("KOLUM_ISOLATION");
+  const std::string_view mode = value != nullptr ? value : "";
+  if (mode == "strict") return Mode::kStrict;
+  return mode == "on" ? Mode::kOn : Mode::kOff;
+}
+
+struct State {
+  std::mutex mutex;
+  Settings settings = {.mode = modeOfEnvironment()};
+  std::atomic<bool> isOn = settings.mode != Mode::kOff;
+  std::shared_ptr<Client> client;
+  pid_t owner = 0;
+};
+
+// Never destroyed: threads of a host may still look while the process ends.
+State& state() {
+  static auto* const kState = [] {
+    static auto* const kNew = new State;
+    // A forked child must not find the lock held by a thread that it does not have.
+    pthread_atfork([] { kNew->mutex.lock(); }, [] { kNew->mutex.unlock(); },
+                   [] { kNew->mutex.unlock(); });
+    return kNew;
+  }();
+  return *kState;
+}
+
+// Null if files are read in this process. A forked child does not touch the workers of its parent.
+std::shared_ptr<Client> currentClient() {
+  State& shared = state();
+  if (!shared.isOn) return nullptr;
+  const std::lock_guard lock(shared.mutex);
+  if (shared.client == nullptr || shared.owner != getpid()) {
+    // Its destructor would end them.
+    if (shared.client != nullptr) new std::shared_ptr<Client>(std::move(shared.client));
+    shared.client = std::make_shared<Client>(shared.settings);
+    shared.owner = getpid();
+  }
+  return shared.client;
+}
+
+}  // namespace
+
+void configure(const Settings& settings) {
+  State& shared = state();
+  std::shared_ptr<Client> former;
+  {
+    const std::lock_guard lock(shared.mutex);
+    shared.settings = settings;
+    shared.isOn = settings.mode != Mode::kOff;
+    if (shared.owner == getpid()) former = std::move(shared.client);
+    shared.client = nullptr;
+  }
+}
+
+Settings settings() {
+  State& shared = state();
+  const std::lock_guard lock(shared.mutex);
+  return shared.settings;
+}
+
+read::Findings look(const media::Source& source, const read::Query& query) {
+  const auto client = currentClient();
+  if (client == nullptr) return read::look(source, query);
+  read::Findings findings = client->look(source, query);
+  if (findings.failure)
+    KOLUM_LOG(kMediaSource, "%s: %s", source.name().c_str(), findings.failure->reason.c_str());
+  return findings;
+}
+
+void stop() {
+  if (const auto client = currentClient()) client->stop();
+}
+
+std::optional<std::uint32_t> activeLayers(std::string& why) {
+  if (const auto client = currentClient()) return client->activeLayers(why);
+  why = "isolation is off";
+  return std::nullopt;
+}
+
+}  // namespace kolum::isolation

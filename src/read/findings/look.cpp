@@ -1,0 +1,57 @@
+#include <string_view>
+
+#include "media/container.h"
+#include "read/ffmpeg/input.h"
+#include "read/ffmpeg/key_frames.h"
+#include "read/findings/findings.h"
+#include "read/headers/picture.h"
+#include "read/headers/shortcuts.h"
+#include "read/headers/ts_packets.h"
+
+namespace kolum::read {
+
+namespace {
+
+std::optional<Picture> pictureOf(const media::Source& source) {
+  if (!headers::mayTakeShortcuts()) return std::nullopt;
+  const auto picture = headers::readPicture(source);
+  if (!picture) return std::nullopt;
+  return Picture{.width = picture->width,
+                 .height = picture->height,
+                 .pixelFormat = std::string(picture->pixelFormat)};
+}
+
+void readContainer(const media::Source& source, const Query& query, Findings& found) {
+  auto input = ffmpeg::Input::open(source, *query.container);
+  if (!input) return;
+  const media::Stream* video = input->container().first(media::StreamType::kVideo);
+  if (query.keyFrameAt && video != nullptr)
+    found.keyFrameTime = ffmpeg::keyFrameTime(*input, *video, *query.keyFrameAt);
+  if (query.reportedKeyFrameAt)
+    found.keyFrameTime =
+        ffmpeg::searchKeyFrame(*input, *query.reportedKeyFrameAt, found.keyFrameTrace);
+  found.container = std::move(*input).takeContainer();
+}
+
+// Whether something is wanted that belongs to one kind of container.
+bool isFor(std::string_view demuxer, const Query& query, const Findings& found) {
+  return !query.container || (found.container && found.container->demuxer == demuxer);
+}
+
+}  // namespace
+
+Findings look(const media::Source& source, const Query& query) {
+  Findings found;
+  if (query.picture) found.picture = pictureOf(source);
+  if (query.container && !found.picture) readContainer(source, query, found);
+  if (query.mp4SubFormat && isFor(media::kDemuxerMp4, query, found))
+    found.mp4SubFormat = headers::mp4SubFormat(source);
+  if (query.transportPackets && isFor(media::kDemuxerMpegTs, query, found))
+    found.transportPackets = headers::packetsOf(source, found.transportPacketsTrace);
+  if (query.moovPosition) found.moovPosition = headers::moovPosition(source);
+  if (query.dsfTags) found.dsfTags = tags::readDsfTags(source);
+  if (query.recognition) found.recognition = ffmpeg::recognize(source);
+  return found;
+}
+
+}  // namespace kolum::read

@@ -1,0 +1,153 @@
+#include "isolation/wire.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <climits>
+#include <random>
+
+namespace kolum::isolation {
+
+namespace {
+
+// With something in every field.
+read::Findings everything() {
+  media::Stream stream = {.type = media::StreamType::kVideo,
+                          .index = 1,
+                          .id = 256,
+                          .codec = 28,
+                          .codecName = "h264",
+                          .codecTag = 0x31637661,
+                          .codecTagText = "avc1",
+                          .extraData = {1, 100, 0, 40},
+                          .profile = 100,
+                          .level = 40,
+                          .bitRate = 1'000'000,
+                          .width = 1920,
+                          .height = 1080,
+                          .pixelFormat = "yuv420p",
+                          .frameRate = {25, 1},
+                          .sampleAspect = {1, 1},
+                          .isAttachedPicture = true,
+                          .isEquirectangular = true,
+                          .rotation = "90",
+                          .creationTime = "2015-06-07T08:09:10Z",
+                          .sampleRate = 48000,
+                          .channels = 6,
+                          .bitsPerSample = 24,
+                          .timeBase = {1, 90000},
+                          .startTime = -5};
+  read::Findings findings;
+  findings.container =
+      media::Container{.demuxer = "mov",
+                       .bitRate = 2'000'000,
+                       .duration = 60'000'000,
+                       .streams = {stream, media::Stream{}},
+                       .tags = {{"title", "A"}, {"artist", std::string("\0B", 2)}}};
+  findings.picture = {.width = 40, .height = 30, .pixelFormat = "rgb24"};
+  findings.mp4SubFormat = 7;
+  findings.transportPackets = {.size = 192, .isTimeStamped = true};
+  findings.transportPacketsTrace.error("a line\n");
+  findings.moovPosition = headers::MoovPosition::kUnreadable;
+  findings.dsfTags = {.title = "T", .artist = "A", .albumArtist = "AA", .album = "L"};
+  findings.recognition = {.format = "QuickTime / MOV", .opensFurtherFiles = true};
+  findings.keyFrameTime = 12.5;
+  findings.keyFrameTrace.error("another\n");
+  return findings;
+}
+
+TEST(Wire, KeepsEveryFinding) {
+  const auto bytes = encode(everything());
+  const auto found = decodeFindings(bytes);
+  ASSERT_TRUE(found);
+  EXPECT_EQ(encode(*found), bytes);
+  ASSERT_EQ(found->container->streams.size(), 2U);
+  EXPECT_EQ(found->container->streams[0].codecName, "h264");
+  EXPECT_EQ(found->container->streams[0].startTime, -5);
+  EXPECT_EQ(found->container->tags[1].second, std::string("\0B", 2));
+  EXPECT_EQ(found->picture->pixelFormat, "rgb24");
+  EXPECT_EQ(found->transportPacketsTrace.lines()[0].text, "a line\n");
+  EXPECT_EQ(found->keyFrameTime, 12.5);
+}
+
+TEST(Wire, KeepsFailures) {
+  read::Findings findings;
+  findings.failure = {read::FailureCause::kOutOfMemory, "why"};
+  const auto found = decodeFindings(encode(findings));
+  ASSERT_TRUE(found && found->failure);
+  EXPECT_EQ(found->failure->cause, read::FailureCause::kOutOfMemory);
+  EXPECT_EQ(found->failure->reason, "why");
+}
+
+TEST(Wire, KeepsRequests) {
+  const Request request = {"a.mp4",
+                           {.container = ffmpeg::Depth::kStreamTimes,
+                            .picture = true,
+                            .mp4SubFormat = true,
+                            .keyFrameAt = 7}};
+  const auto found = decodeRequest(encode(request));
+  ASSERT_TRUE(found);
+  EXPECT_EQ(found->fileName, "a.mp4");
+  EXPECT_EQ(found->query.container, ffmpeg::Depth::kStreamTimes);
+  EXPECT_TRUE(found->query.picture && found->query.mp4SubFormat);
+  EXPECT_FALSE(found->query.dsfTags);
+  EXPECT_EQ(found->query.keyFrameAt, 7);
+  EXPECT_FALSE(found->query.reportedKeyFrameAt);
+}
+
+TEST(Wire, RejectsWhatIsCutAnywhereOrLonger) {
+  auto bytes = encode(everything());
+  for (std::size_t size = 0; size < bytes.size(); ++size)
+    EXPECT_FALSE(decodeFindings(std::span(bytes).first(size))) << size;
+  bytes.push_back(0);
+  EXPECT_FALSE(decodeFindings(bytes));
+}
+
+TEST(Wire, RejectsEnumeratorsThatDoNotExist) {
+  read::Findings findings;
+  findings.moovPosition = static_cast<headers::MoovPosition>(3);
+  EXPECT_FALSE(decodeFindings(encode(findings)));
+  findings = everything();
+  findings.container->streams[0].type = static_cast<media::StreamType>(4);
+  EXPECT_FALSE(decodeFindings(encode(findings)));
+}
+
+// Whoever divides by them relies on it.
+TEST(Wire, RejectsFractionsThatNoReaderGives) {
+  for (const media::Rational rate : {media::Rational{INT_MIN, 1}, media::Rational{1, -1}}) {
+    read::Findings findings = everything();
+    findings.container->streams[0].frameRate = rate;
+    EXPECT_FALSE(decodeFindings(encode(findings)));
+  }
+}
+
+TEST(Wire, RejectsListsThatCannotBeThere) {
+  const auto bytes = encode(everything());
+  // Every number of elements is in one of these places.
+  for (std::size_t i = 0; i + 4 <= bytes.size(); ++i) {
+    auto damaged = bytes;
+    std::fill_n(damaged.begin() + static_cast<std::ptrdiff_t>(i), 4, std::uint8_t{0xFF});
+    const auto found = decodeFindings(damaged);
+    if (found) {
+      EXPECT_EQ(encode(*found).size(), damaged.size());
+    }
+  }
+}
+
+TEST(Wire, SurvivesDamage) {
+  const auto bytes = encode(everything());
+  std::mt19937 random(1);
+  for (int i = 0; i < 20000; ++i) {
+    auto damaged = bytes;
+    for (int flips = 0; flips < 3; ++flips)
+      damaged[random() % damaged.size()] = static_cast<std::uint8_t>(random());
+    const auto found = decodeFindings(damaged);
+    if (found) {
+      EXPECT_EQ(encode(*found).size(), damaged.size());
+    }
+  }
+}
+
+}  // namespace
+
+}  // namespace kolum::isolation
