@@ -41,7 +41,6 @@ struct FoundFile {
   FilePath path;
   Identity identity;
   State state = State::kKnown;
-  bool isCurrent = false;
   std::optional<Reason> reason;  // unless its state is kKnown
   std::int64_t lookedAt = 0;     // seconds since 1970
   int schema = 0;                // of the document
