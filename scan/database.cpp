@@ -14,7 +14,7 @@ namespace {
 using Kind = StoreError::Kind;
 
 // How long another SQL client may hold what is needed; scans themselves exclude each other.
-constexpr int kBusyMilliseconds = 10000;
+constexpr int kBusyMilliseconds = 5000;
 // No value of a library is nearly as long.
 constexpr int kLongestValue = 16 << 20;
 constexpr int kLongestStatement = 1 << 20;
@@ -158,6 +158,10 @@ void Database::harden() {
   sqlite3_busy_timeout(handle(), kBusyMilliseconds);
   execute("PRAGMA mmap_size = 0");  // a file that gets shorter would end the process
   execute("PRAGMA cell_size_check = ON");
+}
+
+void Database::trustSchema() {
+  sqlite3_db_config(handle(), SQLITE_DBCONFIG_TRUSTED_SCHEMA, 1, nullptr);
 }
 
 void Database::fail(int code) const {

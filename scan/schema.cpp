@@ -1,5 +1,6 @@
 #include "scan/schema.h"
 
+#include <algorithm>
 #include <string>
 
 namespace kolum::scan {
@@ -50,8 +51,8 @@ CREATE TABLE document (
   version INTEGER NOT NULL REFERENCES version (id),
   size INTEGER NOT NULL,
   mtime_ns INTEGER NOT NULL,
-  kind TEXT GENERATED ALWAYS AS (json_extract(json, '$.kind.name')) STORED,
-  json TEXT NOT NULL CHECK (json_valid(json))
+  kind TEXT,
+  json TEXT NOT NULL
 ) STRICT;
 CREATE INDEX document_kind ON document (kind);
 
@@ -165,12 +166,18 @@ FROM files WHERE state <> 'known';
 
 constexpr const char* kMigrations[] = {kVersion1};
 
-std::string numbered(const char* pragma, int value) {
+std::string numbered(const char* pragma, std::size_t value) {
   return std::string("PRAGMA ") + pragma + " = " + std::to_string(value);
 }
 
 [[noreturn]] void refuse(const Database& database, Kind kind, const std::string& reason) {
   throw StoreError(kind, database.file() + ": " + reason);
+}
+
+void run(Database& database, std::span<const char* const> steps, std::size_t version) {
+  for (const char* step : steps) database.execute(step);
+  database.execute(numbered("application_id", kApplicationId).c_str());
+  database.execute(numbered("user_version", version).c_str());
 }
 
 constexpr const char* kNotALibrary = "not a library of kolum";
@@ -202,18 +209,10 @@ Content contentOf(Database& database, std::span<const char* const> steps) {
   return version == newest ? Content::kPresent : Content::kOlder;
 }
 
-void migrate(Database& database, std::span<const char* const> steps) {
-  database.atomically([&] {
-    const auto version = static_cast<std::size_t>(database.number("PRAGMA user_version"));
-    for (const char* step : steps.subspan(std::min(version, steps.size()))) database.execute(step);
-    database.execute(numbered("application_id", kApplicationId).c_str());
-    database.execute(numbered("user_version", static_cast<int>(steps.size())).c_str());
-  });
-}
-
 void checkSchema(Database& database, std::span<const char* const> steps) {
   Database fresh;
-  migrate(fresh, steps);
+  fresh.trustSchema();
+  run(fresh, steps, steps.size());
   Run wanted(fresh, "SELECT type, name, tbl_name, sql FROM sqlite_schema");
   while (wanted.next()) {
     Run found(database,
@@ -235,6 +234,14 @@ void checkSchema(Database& database, std::span<const char* const> steps) {
       refuse(database, Kind::kNotALibrary,
              std::string(kNotALibrary) + ": its \"" + name + "\" has been changed");
   }
+  database.trustSchema();
+}
+
+void migrate(Database& database, std::span<const char* const> steps) {
+  const auto version = static_cast<std::size_t>(database.number("PRAGMA user_version"));
+  const auto known = steps.first(std::min(version, steps.size()));
+  checkSchema(database, known);
+  database.atomically([&] { run(database, steps.subspan(known.size()), steps.size()); });
 }
 
 }  // namespace kolum::scan

@@ -21,12 +21,13 @@ int newestSchema();
 enum class Content { kNothing, kOlder, kPresent };
 Content contentOf(Database& database, std::span<const char* const> steps = migrations());
 
-// Brings a database to the newest version, all at once or not at all.
-void migrate(Database& database, std::span<const char* const> steps = migrations());
-
 // Throws kNotALibrary unless the tables, indexes and views are those that the migrations make: a
-// query on others could mean anything. Further ones, of the library's owner, may exist.
+// query on others could mean anything. Further ones, of the library's owner, may exist. Trusts them
+// from then on.
 void checkSchema(Database& database, std::span<const char* const> steps = migrations());
+
+// Brings a database to the newest version, all at once or not at all. Checks what it comes from.
+void migrate(Database& database, std::span<const char* const> steps = migrations());
 
 }  // namespace kolum::scan
 

@@ -86,15 +86,19 @@ std::unique_ptr<Database> openForReading(const std::string& file) {
   return database;
 }
 
+void requireLog(Database& database) {
+  Run mode(database, "PRAGMA journal_mode = WAL");
+  if (!mode.next() || mode.text(0) != "wal")
+    throw StoreError(Kind::kOther, database.file() + ": this file system cannot hold a library");
+}
+
 std::unique_ptr<Database> openForWriting(const std::string& file) {
   auto database = std::make_unique<Database>(file, Database::Mode::kWrite);
   // SQLite would rather read than fail.
   if (sqlite3_db_readonly(database->handle(), "main") == 1)
     throw StoreError(Kind::kReadOnly, file + ": cannot be written");
   const Content content = contentOf(*database);
-  Run mode(*database, "PRAGMA journal_mode = WAL");
-  if (!mode.next() || mode.text(0) != "wal")
-    throw StoreError(Kind::kOther, file + ": this file system cannot hold a library");
+  requireLog(*database);
   database->execute("PRAGMA synchronous = FULL");
   if (content != Content::kPresent) migrate(*database);
   checkSchema(*database);

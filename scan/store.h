@@ -104,8 +104,8 @@ class Store {
   std::vector<std::pair<std::string, std::uint64_t>> countsByKind();
 
   // ---- Queries of people ----
-  // Calls VISIT for every file that fits, in byte order of folders and names. Needs kRead:
-  // expressions run on connections that cannot write.
+  // Calls VISIT, which must not use the store, for every file that fits, by folders and names.
+  // Expressions need a store that was opened with kRead.
   void forEachFile(const FileQuery& query, const std::function<void(const FoundFile&)>& visit);
 
  private:

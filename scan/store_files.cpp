@@ -154,8 +154,8 @@ void Store::putDocument(const FilePath& path, const Identity& identity, std::str
   write([&] {
     const std::int64_t id = putFile(path, identity, State::kKnown, nullptr);
     Run(*database_,
-        "INSERT OR REPLACE INTO document (file, version, size, mtime_ns, json)"
-        " VALUES (?, ?, ?, ?, ?)",
+        "INSERT OR REPLACE INTO document (file, version, size, mtime_ns, json, kind)"
+        " VALUES (?1, ?2, ?3, ?4, ?5, json_extract(?5, '$.kind.name'))",
         id, versionId(), identity.size, identity.mtimeNs, std::string_view(json))
         .finish();
   });

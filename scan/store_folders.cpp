@@ -27,14 +27,12 @@ std::string nameOf(const std::string& folder) {
 template <typename Visit>
 void forTree(Database& database, const char* sql, const std::string& folder, const Visit& visit) {
   const std::string end = endOfTree(folder);
-  Run blobs(database, sql);
-  blobs.bind(Blob{folder});
-  blobs.bind(Blob{end});
-  visit(blobs);
+  {
+    Run blobs(database, sql, Blob{folder}, Blob{end});
+    visit(blobs);
+  }
   if (!isUtf8(folder)) return;
-  Run texts(database, sql);
-  texts.bind(std::string_view(folder));
-  texts.bind(std::string_view(end));
+  Run texts(database, sql, std::string_view(folder), std::string_view(end));
   visit(texts);
 }
 

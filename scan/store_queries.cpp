@@ -1,6 +1,7 @@
 // What people ask: files that fit, and how many there are.
 #include <algorithm>
 #include <memory>
+#include <stdexcept>
 #include <string_view>
 
 #include "base/utf8.h"
@@ -238,6 +239,8 @@ bool nextRow(Run& run, bool hasExpression) {
 
 void Store::forEachFile(const FileQuery& query,
                         const std::function<void(const FoundFile&)>& visit) {
+  if (query.where && lock_ != nullptr)
+    throw std::logic_error("expressions run on connections that cannot write");
   if (query.where && query.where->find('\0') != std::string::npos)
     refuseExpression("it contains a NUL");
   const Conditions conditions(query);
