@@ -5,6 +5,7 @@ pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavut
 pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib)
 pkg_check_modules(DVDREAD REQUIRED IMPORTED_TARGET dvdread)
 find_package(pugixml REQUIRED)
+find_package(SQLite3 3.40 REQUIRED)
 
 # iniparser ships no pkg-config file in Debian 12.
 find_path(INIPARSER_INCLUDE_DIR iniparser.h PATH_SUFFIXES iniparser REQUIRED)

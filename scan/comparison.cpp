@@ -37,9 +37,9 @@ void Comparison::add(const Piece& piece, const Visitor& visitor) {
 }
 
 void Comparison::compare(const SeenFile& file, const Visitor& visitor) {
-  const auto at =
-      std::lower_bound(known_.files.begin(), known_.files.end(), file.name,
-                       [](const Known& known, const std::string& name) { return known.name < name; });
+  const auto at = std::lower_bound(
+      known_.files.begin(), known_.files.end(), file.name,
+      [](const Known& known, const std::string& name) { return known.name < name; });
   const bool isKnown = at != known_.files.end() && at->name == file.name;
   if (isKnown) isSeen_[static_cast<std::size_t>(at - known_.files.begin())] = true;
   if (file.error != 0) return visitor.unreadable(file);

@@ -41,8 +41,7 @@ void Dispatcher::write() {
 
 bool Dispatcher::isHungry(std::size_t lane) const {
   const Queue& queue = queues_[lane];
-  return !queue.tasks.empty() && lanes_.isHealthy(lane) &&
-         lanes_.waiting(lane) <= queue.batch / 2;
+  return !queue.tasks.empty() && lanes_.isHealthy(lane) && lanes_.waiting(lane) <= queue.batch / 2;
 }
 
 void Dispatcher::commitIfDue() {

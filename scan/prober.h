@@ -33,8 +33,8 @@ struct Outcome {
   };
 
   Kind kind = Kind::kFailure;
-  std::string document;  // a JSON object
-  Reason reason;         // otherwise
+  std::string document;      // a JSON object
+  Reason reason;             // otherwise
   bool isTransient = false;  // a failure that may pass by itself: the next scan tries again
   std::uint64_t bytesRead = 0;
 };

@@ -47,8 +47,7 @@ void check(TaskResult& result) {
   const Job& job = result.task.job;
   const Descriptor root = openRoot(job);
   if (!root.isOpen()) return;
-  const Descriptor folder =
-      Beneath(root.get()).openFolder(job.file.folder.substr(job.rootLength));
+  const Descriptor folder = Beneath(root.get()).openFolder(job.file.folder.substr(job.rootLength));
   if (!folder.isOpen()) {
     if (isNothingThere(errno)) result.missing = result.task.names;
     return;
@@ -61,8 +60,7 @@ void check(TaskResult& result) {
 void lookForSuspect(TaskResult& result) {
   Job& job = result.task.job;
   const Descriptor root = openRoot(job);
-  const auto status =
-      root.isOpen() ? Beneath(root.get()).status(job.pathBeneath()) : std::nullopt;
+  const auto status = root.isOpen() ? Beneath(root.get()).status(job.pathBeneath()) : std::nullopt;
   if (status && S_ISREG(status->st_mode)) {
     job.identity = identityOf(*status);
   } else {

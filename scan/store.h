@@ -8,6 +8,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -76,11 +77,12 @@ class Store {
   // A known file has a new name, and maybe a new ctime. Replaces what was known under that name.
   // False if no file has that id.
   bool move(std::int64_t id, const FilePath& to, const Identity& identity);
-  // These also remove marks, and folders without known files.
+  // These also remove marks, and folders that hold nothing any more.
   void removeFile(const FilePath& path);
   // Everything in and below a folder. Returns how many files that were.
   std::uint64_t removeTree(const std::string& folder);
-  // So that a folder on another device is noticed. Nothing is written if it is the same.
+  // So that a folder on another device is noticed later. Makes the folder known; writes nothing if
+  // that is known already.
   void putDevice(const std::string& folder, std::uint64_t device);
   void putRoot(const Root& root);
 
@@ -102,14 +104,33 @@ class Store {
   std::vector<std::pair<std::string, std::uint64_t>> countsByKind();
 
   // ---- Queries of people ----
-  // Calls VISIT for every file that fits, in byte order of folders and names. Needs kRead:
-  // expressions run on connections that cannot write.
+  // Calls VISIT, which must not use the store, for every file that fits, by folders and names.
+  // Expressions need a store that was opened with kRead.
   void forEachFile(const FileQuery& query, const std::function<void(const FoundFile&)>& visit);
 
  private:
+  void openAsWriter(const std::string& file, const std::function<bool()>& keepWaiting);
+  // All of WORK, or nothing of it.
+  void write(const std::function<void()>& work);
+  void forgetIds() noexcept;
+
+  std::optional<std::int64_t> folderId(const std::string& folder);
+  std::int64_t madeFolderId(const std::string& folder);
+  std::int64_t insertFolder(const std::string& folder, std::optional<std::int64_t> parent);
+  void removeEmptyFolders(std::string folder);
+  void removeMark(const FilePath& path);
+  std::int64_t versionId();
+  std::int64_t putFile(const FilePath& path, const Identity& identity, State state,
+                       const Reason* reason);
+  std::string cleaned(std::string_view document);
+
+  const Version version_;
   std::string file_;
   std::unique_ptr<StoreLock> lock_;  // of a writer
   std::unique_ptr<Database> database_;
+  // Known in this batch or committed.
+  std::map<std::string, std::int64_t> folderIds_;
+  std::int64_t versionId_ = 0;  // of version_; 0 if it is not looked up yet
 };
 
 }  // namespace kolum::scan

@@ -143,8 +143,9 @@ class Supervisor::Impl {
   void noteInterrupted(const Mark& mark) {
     if (!mark.isAlone) return;
     tally_.countQuarantined();
-    report(mark.path.full(), "ended the scan twice, the second time while it was read alone: in "
-                             "quarantine until it changes");
+    report(mark.path.full(),
+           "ended the scan twice, the second time while it was read alone: in "
+           "quarantine until it changes");
   }
 
   // ---- Walking ----
@@ -193,9 +194,8 @@ class Supervisor::Impl {
   void begin(TargetState& target, const WalkEvent& event) {
     target.isDuplicate = isWalkedElsewhere(event);
     target.device = event.device;
-    target.comparison.emplace(
-        store_, options_.selection, *storage_, options_.targets[event.target], event.root,
-        Comparison::Options{options_.isRetry, findsMoves_});
+    target.comparison.emplace(store_, options_.selection, *storage_, options_.targets[event.target],
+                              event.root, Comparison::Options{options_.isRetry, findsMoves_});
   }
 
   // Whether a target lies in another one, so that it would be walked twice.
@@ -228,14 +228,14 @@ class Supervisor::Impl {
     const std::size_t lane = laneOf(piece.device, folder);
     laneOfGroup_[group] = lane;
     std::uint64_t unchanged = 0;
-    target.comparison->add(
-        piece, {.unchanged = [&](const SeenFile&) { ++unchanged; },
-                .look = [&](Task&& task) { add(lane, std::move(task)); },
-                .unreadable =
-                    [&](const SeenFile& file) {
-                      tally_.countSkipped(1);
-                      reportProblem(folder + file.name, std::strerror(file.error));
-                    }});
+    target.comparison->add(piece, {.unchanged = [&](const SeenFile&) { ++unchanged; },
+                                   .look = [&](Task&& task) { add(lane, std::move(task)); },
+                                   .unreadable =
+                                       [&](const SeenFile& file) {
+                                         tally_.countSkipped(1);
+                                         reportProblem(folder + file.name,
+                                                       std::strerror(file.error));
+                                       }});
     tally_.countUnchanged(unchanged);
   }
 
@@ -550,8 +550,8 @@ class Supervisor::Impl {
 };
 
 Supervisor::Supervisor(Store& store, Prober prober, ScanOptions options, ScanHooks hooks)
-    : impl_(std::make_unique<Impl>(store, std::move(prober), std::move(options),
-                                   std::move(hooks))) {}
+    : impl_(
+          std::make_unique<Impl>(store, std::move(prober), std::move(options), std::move(hooks))) {}
 
 Supervisor::~Supervisor() = default;
 

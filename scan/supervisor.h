@@ -27,10 +27,10 @@ namespace kolum::scan {
 struct ScanOptions {
   std::vector<Target> targets;
   Selection selection;
-  std::size_t jobs = 0;         // files read at a time; 0: as the storage suggests
-  std::size_t processors = 1;   // of this machine
-  bool isRetry = false;         // also looks at unchanged files that failed or are in quarantine
-  bool countsAhead = false;     // for the progress, if the walk has to wait for the readers
+  std::size_t jobs = 0;        // files read at a time; 0: as the storage suggests
+  std::size_t processors = 1;  // of this machine
+  bool isRetry = false;        // also looks at unchanged files that failed or are in quarantine
+  bool countsAhead = false;    // for the progress, if the walk has to wait for the readers
   // What takes longer hangs: its thread is left behind.
   std::chrono::milliseconds folderLimit{30'000};
   std::chrono::milliseconds fileLimit{180'000};
@@ -44,8 +44,8 @@ struct ScanProgress {
   std::uint64_t done = 0;
   std::uint64_t total = 0;
   bool isTotalFinal = false;
-  double perSecond = 0;                       // over the last seconds
-  std::optional<std::chrono::seconds> left;   // empty if unknown
+  double perSecond = 0;                      // over the last seconds
+  std::optional<std::chrono::seconds> left;  // empty if unknown
   std::uint64_t failed = 0;
   std::uint64_t bytesRead = 0;
   std::chrono::milliseconds elapsed{0};
@@ -60,7 +60,7 @@ struct ScanSummary {
   std::uint64_t added = 0;
   std::uint64_t changed = 0;
   std::uint64_t unchanged = 0;
-  std::uint64_t retried = 0;      // unchanged, but looked at again
+  std::uint64_t retried = 0;  // unchanged, but looked at again
   std::uint64_t moved = 0;
   std::uint64_t gone = 0;
   std::uint64_t kept = 0;         // not found, but their disk seems to be missing

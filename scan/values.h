@@ -96,9 +96,9 @@ struct KnownFile {
 
 // What the library knows of one folder.
 struct KnownFolder {
-  std::optional<std::uint64_t> device;  // that it was on; empty if it never was walked
+  std::optional<std::uint64_t> device;  // as put by putDevice()
   std::vector<Known> files;             // in byte order of their names
-  std::vector<std::string> folders;     // the names of folders in it with known files at any depth
+  std::vector<std::string> folders;     // the names of known folders in it
 };
 
 // A file that was about to be opened.
