@@ -6,6 +6,7 @@ pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib)
 pkg_check_modules(DVDREAD REQUIRED IMPORTED_TARGET dvdread)
 pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET libseccomp)
 find_package(pugixml REQUIRED)
+find_package(SQLite3 3.40 REQUIRED)
 
 # iniparser ships no pkg-config file in Debian 12.
 find_path(INIPARSER_INCLUDE_DIR iniparser.h PATH_SUFFIXES iniparser REQUIRED)

@@ -1,9 +1,10 @@
 # kolum_layer(NAME [OBJECT] FOLDER folder SOURCES file... [USES layer...] [NEEDS library...])
 #
-# A layer of the library: the sources of src/FOLDER, which is the current folder. They see their own
-# headers, those of the layers in USES and of the layers these use, and no others: any other include
-# does not compile. For this each layer has its own include folder in the build tree, which contains
-# only a link to the layer's sources. NEEDS are external libraries, visible to this layer only.
+# A layer of the library, or of what the tool adds to it: the sources of FOLDER (below src, or at the
+# top), which is the current folder. They see their own headers, those of the layers in USES and of
+# the layers these use, and no others: any other include does not compile. For this each layer has
+# its own include folder in the build tree, which contains only a link to the layer's sources. NEEDS
+# are external libraries, visible to this layer only.
 # OBJECT: an object library, for code that nothing else refers to.
 function(kolum_layer name)
   cmake_parse_arguments(PARSE_ARGV 1 arg "OBJECT" "FOLDER" "SOURCES;USES;NEEDS")

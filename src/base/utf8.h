@@ -32,6 +32,15 @@ inline Utf8Character firstUtf8Character(std::string_view text) {
   return {code, length};
 }
 
+inline bool isUtf8(std::string_view bytes) {
+  while (!bytes.empty()) {
+    const Utf8Character character = firstUtf8Character(bytes);
+    if (character.length == 0) return false;
+    bytes.remove_prefix(character.length);
+  }
+  return true;
+}
+
 }  // namespace kolum
 
 #endif

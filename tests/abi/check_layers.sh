@@ -25,12 +25,16 @@ nobody '#include <(id3v2|taglib|dsffile|tfile|tiostream|textidentification)' 'on
   $(sources include src host isolation tools/kolum | grep -v '^src/read/tags/')
 nobody '#include .*(pugi|iniparser)' 'only src/base includes pugixml and iniparser' \
   $(sources include src | grep -v '^src/base/')
+nobody '#include .*sqlite' 'only the store in scan/ includes SQLite' \
+  $(sources include src host tools scan | grep -vE '^scan/(database|expressions|schema|statements|store)')
 nobody '#include "' 'public headers include public headers only' $(sources include)
 nobody 'getenv' 'the library reads no environment variable' $(sources src)
 nobody '#include <(seccomp|linux/landlock)' 'only the worker includes libseccomp' \
   $(sources include src host tools/kolum isolation | grep -v '^isolation/worker/')
 nobody '[^n](f?printf|f?puts|perror)\(' 'only src/api writes to standard output and error' \
   $(sources src/media src/read src/dlna src/probe isolation | grep -v '^isolation/worker/main.cpp')
+nobody '#include "(probe|read|dlna|commands|files|machine|terminal)[/.]' 'scan/ knows no probe and no command' \
+  $(sources scan)
 nobody '#include "(commands|files|machine)[/.]' "the tool's terminal/ includes nothing else of it" \
   $(sources tools/kolum/terminal)
 nobody '#include "(commands|files|terminal)[/.]' "the tool's machine/ includes nothing else of it" \

@@ -5,6 +5,7 @@
 #include <kolum/filetype.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -25,6 +26,13 @@ struct MediaFile {
   bool isNamed;  // by the caller, directly or as a disc's folder; else found in a folder
   bool isDisc;   // the index file of a DVD or Blu-ray folder
 };
+
+// The kind of a file (MEDIA_KIND_*) by its name; BYCONTENT: by its content, or by its name if the
+// content does not say.
+int kindOfFile(const MediaPath& path, bool byContent);
+
+// For paths that the library cannot take.
+std::optional<Failure> lengthFailure(const MediaPath& path);
 
 // "FILE..." of a command that walks folders, with the options that select files there.
 struct MediaFileArguments {

@@ -39,8 +39,9 @@ class Channels {
   void writeMessage(std::string_view text) const;
   // Shows a line on a terminal, cut to its width, until the next message or progress replaces it;
   // an empty one clears it. For waiting people: nothing is shown if messages do not go to a
-  // terminal, if results go to one too, or if the terminal cannot replace a line.
-  void showProgress(std::string_view text) const;
+  // terminal, if results go to one too, or if the terminal cannot replace a line. AMONGRESULTS is
+  // false for commands whose results come at the end, when the line is cleared.
+  void showProgress(std::string_view text, bool amongResults = true) const;
   // Whether people read the results as they come and may see colours.
   bool mayColourResults() const;
   // The original standard input, -1 if it was closed.
@@ -53,7 +54,8 @@ class Channels {
   int input_;
   int results_;
   int messages_;
-  bool hasProgress_;
+  bool canReplaceLines_;
+  bool areResultsElsewhere_;
   mutable bool progressShown_ = false;
 };
 

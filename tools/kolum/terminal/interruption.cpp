@@ -35,6 +35,10 @@ void Interruption::check() {
   if (g_signal != 0) throw Interrupted{g_signal};
 }
 
+bool Interruption::hasCome() {
+  return g_signal != 0;
+}
+
 void waitForInput(int descriptor) {
   // Blocked until ppoll() waits, so that no signal is lost between the check and the wait.
   sigset_t blocked;

@@ -74,15 +74,6 @@ std::size_t columnsOf(char32_t code) {
 
 }  // namespace
 
-bool isUtf8(std::string_view bytes) {
-  while (!bytes.empty()) {
-    const Utf8Character character = firstUtf8Character(bytes);
-    if (character.length == 0) return false;
-    bytes.remove_prefix(character.length);
-  }
-  return true;
-}
-
 std::string printable(std::string_view bytes) {
   std::string out;
   while (!bytes.empty()) {

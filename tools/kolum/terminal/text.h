@@ -7,9 +7,9 @@
 #include <string_view>
 #include <vector>
 
-namespace kolum::tool {
+#include "base/utf8.h"
 
-bool isUtf8(std::string_view bytes);
+namespace kolum::tool {
 
 // BYTES made safe for a terminal: invalid bytes as \xff, control characters (including C1 and those
 // that change the writing direction) as \n, \x1b or \u202e, and the backslash itself doubled.

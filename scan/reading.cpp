@@ -1,0 +1,121 @@
+#include "scan/reading.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <ctime>
+#include <exception>
+#include <new>
+#include <utility>
+
+#include "base/descriptor.h"
+#include "scan/beneath.h"
+
+namespace kolum::scan {
+
+namespace {
+
+bool isNothingThere(int error) {
+  return error == ENOENT || error == ENOTDIR || error == ELOOP;
+}
+
+bool exists(const FilePath& path) {
+  struct stat status = {};
+  return lstat(path.full().c_str(), &status) == 0 || !isNothingThere(errno);
+}
+
+std::chrono::nanoseconds processorTime() {
+  std::timespec now = {};
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &now);
+  return std::chrono::seconds(now.tv_sec) + std::chrono::nanoseconds(now.tv_nsec);
+}
+
+Descriptor openRoot(const Job& job) {
+  return Descriptor(::open(job.root().c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+bool isMissingIn(int folder, const std::string& name) {
+  struct stat status = {};
+  if (fstatat(folder, name.c_str(), &status, AT_SYMLINK_NOFOLLOW | AT_NO_AUTOMOUNT) == 0)
+    return !S_ISREG(status.st_mode);
+  return isNothingThere(errno);
+}
+
+// If it is not certain that a file is missing, it is not.
+void check(TaskResult& result) {
+  const Job& job = result.task.job;
+  const Descriptor root = openRoot(job);
+  if (!root.isOpen()) return;
+  const Descriptor folder = Beneath(root.get()).openFolder(job.file.folder.substr(job.rootLength));
+  if (!folder.isOpen()) {
+    if (isNothingThere(errno)) result.missing = result.task.names;
+    return;
+  }
+  for (const std::string& name : result.task.names)
+    if (isMissingIn(folder.get(), name)) result.missing.push_back(name);
+}
+
+// A suspect was found in the library, not on a walk of this moment.
+void lookForSuspect(TaskResult& result) {
+  Job& job = result.task.job;
+  const Descriptor root = openRoot(job);
+  const auto status = root.isOpen() ? Beneath(root.get()).status(job.pathBeneath()) : std::nullopt;
+  if (status && S_ISREG(status->st_mode)) {
+    job.identity = identityOf(*status);
+  } else {
+    result.isMissing = true;
+  }
+}
+
+Outcome failure(Outcome::Kind kind, const char* code, const char* text) {
+  Outcome outcome;
+  outcome.kind = kind;
+  outcome.reason = {code, text};
+  return outcome;
+}
+
+Outcome probed(const Job& job, const Prober& prober) {
+  try {
+    return prober(job);
+  } catch (const std::bad_alloc&) {
+    return failure(Outcome::Kind::kMemory, "out-of-memory", "out of memory");
+  } catch (const std::exception& error) {
+    return failure(Outcome::Kind::kFailure, "system-error", error.what());
+  }
+}
+
+void look(TaskResult& result, const Prober& prober) {
+  const Task& task = result.task;
+  for (std::size_t i = 0; i < task.formerNames.size(); ++i) {
+    if (exists(task.formerNames[i].path())) continue;
+    result.movedFrom = i;
+    return;
+  }
+  if (task.origin == Origin::kSuspect) lookForSuspect(result);
+  if (!result.isMissing) result.outcome = probed(task.job, prober);
+}
+
+}  // namespace
+
+TaskResult carryOut(Task&& task, const Prober& prober) noexcept {
+  const auto begin = std::chrono::steady_clock::now();
+  const std::chrono::nanoseconds busyBefore = processorTime();
+  TaskResult result;
+  result.task = std::move(task);
+  try {
+    if (result.task.kind == Task::Kind::kCheck) {
+      check(result);
+    } else {
+      look(result, prober);
+    }
+  } catch (...) {
+    result.missing.clear();
+    result.outcome.kind = Outcome::Kind::kMemory;
+  }
+  result.elapsed = std::chrono::steady_clock::now() - begin;
+  result.waiting = result.elapsed - (processorTime() - busyBefore);
+  return result;
+}
+
+}  // namespace kolum::scan

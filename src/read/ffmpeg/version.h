@@ -1,0 +1,15 @@
+// Which FFmpeg is in use.
+#ifndef KOLUM_READ_FFMPEG_VERSION_H
+#define KOLUM_READ_FFMPEG_VERSION_H
+
+#include <string>
+
+namespace kolum::ffmpeg {
+
+// Of the libraries that are loaded, which may be others than those of the build: "libavformat
+// 59.27.100, libavcodec 59.37.100".
+std::string versionInUse();
+
+}  // namespace kolum::ffmpeg
+
+#endif
