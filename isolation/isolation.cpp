@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <vector>
 
 #include "base/log.h"
 #include "isolation/client.h"
@@ -24,12 +25,16 @@ Mode modeOfEnvironment() {
   return mode == "on" ? Mode::kOn : Mode::kOff;
 }
 
+thread_local std::uint64_t g_bytesRead = 0;
+
 struct State {
   std::mutex mutex;
   Settings settings = {.mode = modeOfEnvironment()};
   std::atomic<bool> isOn = settings.mode != Mode::kOff;
   std::shared_ptr<Client> client;
   pid_t owner = 0;
+  // Their destructors would end workers of another process.
+  std::vector<std::shared_ptr<Client>> ofParents;
 };
 
 // Never destroyed: threads of a host may still look while the process ends.
@@ -50,8 +55,7 @@ std::shared_ptr<Client> currentClient() {
   if (!shared.isOn) return nullptr;
   const std::lock_guard lock(shared.mutex);
   if (shared.client == nullptr || shared.owner != getpid()) {
-    // Its destructor would end them.
-    if (shared.client != nullptr) new std::shared_ptr<Client>(std::move(shared.client));
+    if (shared.client != nullptr) shared.ofParents.push_back(std::move(shared.client));
     shared.client = std::make_shared<Client>(shared.settings);
     shared.owner = getpid();
   }
@@ -82,9 +86,14 @@ read::Findings look(const media::Source& source, const read::Query& query) {
   const auto client = currentClient();
   if (client == nullptr) return read::look(source, query);
   read::Findings findings = client->look(source, query);
+  g_bytesRead += findings.bytesRead;
   if (findings.failure)
     KOLUM_LOG(kMediaSource, "%s: %s", source.name().c_str(), findings.failure->reason.c_str());
   return findings;
+}
+
+std::uint64_t bytesReadForThread() {
+  return g_bytesRead;
 }
 
 void stop() {

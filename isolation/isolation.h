@@ -36,6 +36,9 @@ Settings settings();
 // own. Never throws for what a worker does: that is a failure in the findings.
 read::Findings look(const media::Source& source, const read::Query& query);
 
+// Bytes of files that workers have read for calls of this thread.
+std::uint64_t bytesReadForThread();
+
 // Ends all workers at once, also those at work, whose files fail. Later calls fail, too, until the
 // next configure().
 void stop();

@@ -220,7 +220,8 @@ void fields(Archive& io, Request& value) {
 
 template <typename Archive>
 void fields(Archive& io, read::Findings& value) {
-  io(value.failure, value.container, value.picture, value.mp4SubFormat, value.transportPackets);
+  io(value.failure, value.bytesRead, value.container, value.picture, value.mp4SubFormat,
+     value.transportPackets);
   io.trace(value.transportPacketsTrace);
   io(value.moovPosition, value.dsfTags, value.recognition, value.keyFrameTime);
   io.trace(value.keyFrameTrace);

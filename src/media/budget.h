@@ -35,6 +35,7 @@ inline constexpr std::int64_t kInflatedTag = std::int64_t{16} << 20;
 class Meter {
  public:
   void countBytes(std::size_t bytes) { bytes_ += static_cast<std::int64_t>(bytes); }
+  std::uint64_t bytesRead() const noexcept { return static_cast<std::uint64_t>(bytes_); }
   bool isUsedUp() const noexcept;
 
  private:

@@ -41,6 +41,7 @@ class Source {
   // The first bytes, kHeadSize at most, which are read once for all readers: nearly every one needs
   // some of them.
   std::span<const std::uint8_t> head() const noexcept;
+  std::uint64_t bytesRead() const noexcept { return meter_.bytesRead(); }
   // Whether the call has used up its budget. Cheap enough to be asked often.
   bool isUsedUp() const noexcept { return meter_.isUsedUp(); }
   // Lets the bytes from BEGIN to END read as zeros: what they hold would cost its readers too much.

@@ -33,7 +33,7 @@ using testing::HasSubstr;
 const read::Query kRecognition = {.recognition = true};
 const read::Query kPicture = {.container = ffmpeg::Depth::kStreams, .picture = true};
 
-#ifdef KOLUM_SANITIZED
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr bool kIsSanitized = true;
 #else
 constexpr bool kIsSanitized = false;

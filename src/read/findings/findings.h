@@ -69,6 +69,7 @@ struct Findings {
   ffmpeg::Recognition recognition;
   std::optional<double> keyFrameTime;  // seconds from the start of the stream
   Trace keyFrameTrace;
+  std::uint64_t bytesRead = 0;  // of the file
   // If set, nothing else is.
   std::optional<Failure> failure;
 };

@@ -51,6 +51,7 @@ Findings look(const media::Source& source, const Query& query) {
   if (query.moovPosition) found.moovPosition = headers::moovPosition(source);
   if (query.dsfTags) found.dsfTags = tags::readDsfTags(source);
   if (query.recognition) found.recognition = ffmpeg::recognize(source);
+  found.bytesRead = source.bytesRead();
   return found;
 }
 

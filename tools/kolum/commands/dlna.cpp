@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "files/descriptions.h"
 #include "files/diagnosis.h"
 #include "files/file_types.h"
 #include "files/media_files.h"
@@ -78,7 +79,8 @@ void addExplanation(Result& result, const DlnaNaming& naming) {
 
 // Only videos' names can be explained.
 std::optional<DlnaNaming> nameSong(const MediaPath& path) {
-  const auto song = readSong(path);
+  std::optional<read::Failure> failure;
+  const auto song = readSong(path, failure);
   if (!song) return std::nullopt;
   DlnaNaming naming;
   naming.profile = song->dlnaProfile;
@@ -96,12 +98,11 @@ std::optional<DlnaNaming> nameVideo(const MediaPath& path, int audioStream) {
   return isNamed ? std::optional(naming) : std::nullopt;
 }
 
-void printNaming(Context& context, const MediaFile& file, const Options& options) {
+Description namingOf(const MediaFile& file, const Options& options) {
   const MediaPath& path = file.path;
   const bool isSong = file.kind == MEDIA_KIND_MUSIC;
   const auto found = isSong ? nameSong(path) : nameVideo(path, options.audioStream);
-  if (!found)
-    return context.fail(path.given, diagnose(path, isSong ? Wanted::kSong : Wanted::kVideo));
+  if (!found) return diagnose(path, isSong ? Wanted::kSong : Wanted::kVideo);
   const DlnaNaming& naming = *found;
   Result result = Result::ofFile(path.given);
   if (!naming.profile.empty()) result.data("dlnaProfile", naming.profile);
@@ -109,12 +110,12 @@ void printNaming(Context& context, const MediaFile& file, const Options& options
   if (!naming.mimeType.empty()) result.data("mimeType", naming.mimeType);
   result.show("MIME type", naming.mimeType.empty() ? "(none)" : naming.mimeType);
   if (options.explain) addExplanation(result, naming);
-  context.printer.block(result);
+  return result;
 }
 
 void run(Context& context, const Options& options) {
-  forEachMediaFile(context, options.files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
-                   [&](const MediaFile& file) { printNaming(context, file, options); });
+  describeMediaFiles(context, options.files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
+                     [&](const MediaFile& file) { return namingOf(file, options); });
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "files/content.h"
+#include "files/descriptions.h"
 #include "files/diagnosis.h"
 #include "files/file_types.h"
 #include "files/identifiers.h"
@@ -37,23 +38,19 @@ void addNumbers(Result& result, const songObject_st& song) {
   if (song.bitRate != 0) result.bitRate("bitRate", "Bit rate", song.bitRate * kBitsOfAKilobit);
 }
 
-void describe(Context& context, const MediaPath& path) {
+Description describe(const MediaPath& path) {
   songObject_st song = {};
   // The library reads tags from any song and treats it as DSF.
   if (!contentOf(path.full()).isDsd ||
       GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
-    return context.fail(path.given, diagnose(path, Wanted::kDsdSong));
+    return diagnose(path, Wanted::kDsdSong);
   }
   Result result = Result::ofFile(path.given);
-  if (song.sampleRate == 0) {
-    const Failure failure = noNumbersFailure();
-    context.fail(path.given, std::string_view(failure.reason));
-    addFailure(result, failure);
-  }
   addContainer(result, song.containerFormat);
   addTags(result, song);
   addNumbers(result, song);
-  context.printer.block(result);
+  if (song.sampleRate == 0) return {std::move(result), noNumbersFailure()};
+  return result;
 }
 
 // A file in a folder counts if it is a DSD song by its name, or with --all by its content.
@@ -74,9 +71,11 @@ Action defineDsf(Syntax& syntax) {
       "\nExample:\n  kolum dsf Music/*.dsf");
   return [files](Context& context) {
     initLibrary();
-    forEachMediaFile(context, *files, MEDIA_KIND_BIT_MUSIC, [&](const MediaFile& file) {
-      if (isWanted(file, files->byContent)) describe(context, file.path);
-    });
+    const auto describeWanted = [&](const MediaFile& file) -> std::optional<Description> {
+      if (!isWanted(file, files->byContent)) return std::nullopt;
+      return describe(file.path);
+    };
+    describeMediaFiles(context, *files, MEDIA_KIND_BIT_MUSIC, describeWanted);
   };
 }
 

@@ -5,6 +5,7 @@
 #include <climits>
 #include <memory>
 
+#include "files/descriptions.h"
 #include "files/diagnosis.h"
 #include "files/identifiers.h"
 #include "files/media_files.h"
@@ -126,15 +127,13 @@ void addStreams(Result& result, const MediaInfo& info) {
   result.data("streams", streams);
 }
 
-void printInfo(Context& context, const MediaPath& path, const Options& options) {
+Description infoOf(const MediaPath& path, const Options& options) {
   MediaInfo* record = nullptr;
   double keyFrame = -1;
   const unsigned failed =
       GetMediaInfo(path.full().c_str(), &record, options.seekSeconds, &keyFrame);
   const std::unique_ptr<MediaInfo, FreeInfo> info(record);
-  if (failed != 0 || info == nullptr) {
-    return context.fail(path.given, diagnose(path, Wanted::kStreams));
-  }
+  if (failed != 0 || info == nullptr) return diagnose(path, Wanted::kStreams);
   Result result = Result::ofFile(path.given);
   addContainer(result, info->containerFormat);
   if (info->sourceKind != FORMAT_UNKNOWN)
@@ -148,7 +147,7 @@ void printInfo(Context& context, const MediaPath& path, const Options& options) 
     result.show("Key frame", decimalText(keyFrame, 3) + " s");
   }
   addStreams(result, *info);
-  context.printer.block(result);
+  return result;
 }
 
 }  // namespace
@@ -162,8 +161,8 @@ Action defineInfo(Syntax& syntax) {
       "Lists the video, audio and subtitle streams of videos and songs as a player needs them.\n"
       "\nExample:\n  kolum info --seek 90 movie.mkv");
   return [options](Context& context) {
-    forEachMediaFile(context, options->files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
-                     [&](const MediaFile& file) { printInfo(context, file.path, *options); });
+    describeMediaFiles(context, options->files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
+                       [&](const MediaFile& file) { return infoOf(file.path, *options); });
   };
 }
 

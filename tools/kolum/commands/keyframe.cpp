@@ -3,6 +3,7 @@
 #include <climits>
 #include <memory>
 
+#include "files/descriptions.h"
 #include "files/diagnosis.h"
 #include "files/media_files.h"
 #include "terminal/arguments.h"
@@ -20,23 +21,20 @@ struct Options {
   MediaFileArguments files;
 };
 
-void printKeyFrame(Context& context, const MediaFile& file, int seconds) {
-  const std::string& shown = file.path.given;
-  if (file.isDisc) {
-    return context.fail(
-        shown,
-        Failure{Cause::kDisc, "a disc; \"kolum info --seek\" finds key frames of its main title"});
-  }
+Description keyFrameOf(const MediaFile& file, int seconds) {
+  if (file.isDisc)
+    return Failure{Cause::kDisc,
+                   "a disc; \"kolum info --seek\" finds key frames of its main title"};
   double keyFrame = 0;
   if (getVideoKeyFrameTime(file.path.full().c_str(), seconds, &keyFrame) != 0) {
-    return context.fail(shown, diagnose(file.path, Wanted::kKeyFrames,
-                                        {Cause::kNoKeyFrame, "no key frame from there on"}));
+    return diagnose(file.path, Wanted::kKeyFrames,
+                    {Cause::kNoKeyFrame, "no key frame from there on"});
   }
-  Result result = Result::ofFile(shown);
+  Result result = Result::ofFile(file.path.given);
   result.data("seconds", seconds);
   result.data("keyFrameTime", keyFrame);
   result.show("Key frame", decimalText(keyFrame, 3) + " s");
-  context.printer.block(result);
+  return result;
 }
 
 }  // namespace
@@ -51,9 +49,8 @@ Action defineKeyframe(Syntax& syntax) {
       "after it.\n"
       "\nExample:\n  kolum keyframe 90 movie.mkv");
   return [options](Context& context) {
-    forEachMediaFile(context, options->files, MEDIA_KIND_BIT_VIDEO, [&](const MediaFile& file) {
-      printKeyFrame(context, file, options->seconds);
-    });
+    describeMediaFiles(context, options->files, MEDIA_KIND_BIT_VIDEO,
+                       [&](const MediaFile& file) { return keyFrameOf(file, options->seconds); });
   };
 }
 

@@ -70,13 +70,9 @@ void run(Context& context, Options& options) {
   const unsigned kinds = forced != nullptr
                              ? forced->bit
                              : MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC | MEDIA_KIND_BIT_PHOTO;
-  forEachMediaFile(context, options.files, kinds, [&](const MediaFile& file) {
+  describeMediaFiles(context, options.files, kinds, [&](const MediaFile& file) {
     const int kind = forced != nullptr ? forced->kind : file.kind;
-    const Description description =
-        describe(kind, options.files.byContent, file.path, options.probe);
-    if (const auto* failure = std::get_if<Failure>(&description))
-      return context.fail(file.path.given, *failure);
-    context.printer.block(std::get<Result>(description));
+    return describe(kind, options.files.byContent, file.path, options.probe);
   });
 }
 

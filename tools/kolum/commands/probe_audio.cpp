@@ -34,7 +34,9 @@ void addStream(Result& result, const Song& song) {
 }  // namespace
 
 Description describeAudio(const MediaPath& path, const ProbeOptions&) {
-  const auto song = readSong(path);
+  std::optional<read::Failure> failure;
+  const auto song = readSong(path, failure);
+  if (failure) return readerFailure(*failure);
   if (!song) return diagnose(path, Wanted::kSong);
   Result result = Result::ofFile(path.given);
   addKind(result, MEDIA_KIND_MUSIC);

@@ -12,7 +12,9 @@
 namespace kolum::tool {
 
 Description describePhoto(const MediaPath& path, const ProbeOptions&) {
-  const auto picture = pictureOf(path.full());
+  std::optional<read::Failure> failure;
+  const auto picture = pictureOf(path.full(), failure);
+  if (failure) return readerFailure(*failure);
   if (!picture) return diagnose(path, Wanted::kPicture);
   Result result = Result::ofFile(path.given);
   addKind(result, MEDIA_KIND_PHOTO);

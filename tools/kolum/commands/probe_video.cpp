@@ -157,6 +157,7 @@ Description describeVideo(const MediaPath& path, const ProbeOptions& options) {
                                                       .wantsAspect = true},
                                                      probe::kRecordPolicy);
   write(video.trace);
+  if (video.failure) return readerFailure(*video.failure);
   if (!video.succeeded) return diagnose(path, Wanted::kVideo);
   return videoResult(path, video.facts);
 }

@@ -1,6 +1,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <chrono>
 #include <climits>
 #include <memory>
 #include <string>
@@ -11,7 +12,9 @@
 #include "commands/scan_prober.h"
 #include "commands/scan_report.h"
 #include "files/library.h"
+#include "files/media_files.h"
 #include "files/selection.h"
+#include "isolation/isolation.h"
 #include "machine/children.h"
 #include "scan/store.h"
 #include "scan/supervisor.h"
@@ -30,12 +33,18 @@ struct Options {
   std::string progress;
   std::vector<std::string> excluded;
   int jobs = 0;
+  std::string sandbox;
+  int deadline = 0;
+  int memory = 0;
+  bool opensImages = false;
   bool byContent = false;
   bool isRetry = false;
   bool waits = false;
 };
 
-constexpr int kMostJobs = 256;
+// In seconds. What the supervisor gives a file has room for it.
+constexpr int kLongestDeadline = 150;
+constexpr int kMostMemory = 65536;
 
 Words progressForms() {
   return {"json", "none"};
@@ -46,6 +55,33 @@ ScanReport::Form progressForm(const std::string& word) {
   if (word == "json") return ScanReport::Form::kJson;
   if (word == "none") return ScanReport::Form::kNone;
   throw UsageError("--progress takes \"json\" or \"none\"");
+}
+
+Words sandboxForms() {
+  return {"on", "strict", "off"};
+}
+
+isolation::Mode sandboxMode(const std::string& word) {
+  if (word == "on") return isolation::Mode::kOn;
+  if (word == "strict") return isolation::Mode::kStrict;
+  if (word == "off") return isolation::Mode::kOff;
+  throw UsageError("--sandbox takes \"on\", \"strict\" or \"off\"");
+}
+
+// A scan gives way to everything else on the machine.
+void chooseIsolation(const Options& options) {
+  constexpr std::size_t kMebibyte = std::size_t{1} << 20;
+  isolation::Settings settings = isolation::settings();
+  settings.isIdle = true;
+  if (!options.sandbox.empty()) settings.mode = sandboxMode(options.sandbox);
+  if (options.deadline > 0) settings.deadline = std::chrono::seconds(options.deadline);
+  if (options.memory > 0) settings.memory = static_cast<std::size_t>(options.memory) * kMebibyte;
+  isolation::configure(settings);
+}
+
+void cancelProbes() {
+  isolation::stop();
+  killChildren();
 }
 
 std::unique_ptr<scan::Store> openLibrary(Context& context, const Options& options) {
@@ -74,15 +110,16 @@ scan::ScanOptions scanOptions(const Options& options) {
 void run(Context& context, const Options& options) {
   const ScanReport::Form form = progressForm(options.progress);
   if (options.roots.empty()) throw UsageError("ROOT is required");
+  chooseIsolation(options);
   const Interruption interruption;
   ScanReport report(context, form);
   scan::ScanSummary summary;
   try {
     const auto store = openLibrary(context, options);
     scan::Supervisor supervisor(
-        *store, fileProber(options.byContent), scanOptions(options),
+        *store, fileProber(options.byContent, options.opensImages), scanOptions(options),
         {.isStopWanted = Interruption::hasCome,
-         .cancelProbes = killChildren,
+         .cancelProbes = cancelProbes,
          .progress = [&](const scan::ScanProgress& progress) { report.progress(progress); },
          .problem = [&](const std::string& path,
                         const std::string& text) { report.problem(path, text); }});
@@ -109,6 +146,13 @@ Action defineScan(Syntax& syntax) {
                 "Files that are read at a time; else as the storage suggests");
   addExcludeOption(syntax, options->excluded);
   syntax.flag("--all", options->byContent, "Decides by the files' content, not by their names");
+  syntax.option("--deadline", {"SECONDS"}, options->deadline, {1, kLongestDeadline},
+                "Ends the reader of a file that takes longer; else 30");
+  syntax.option("--memory", {"MIB"}, options->memory, {16, kMostMemory},
+                "Ends the reader of a file that takes more; else 1024");
+  syntax.option("--sandbox", {"FORM", Offer::kWords, sandboxForms}, options->sandbox,
+                "\"strict\": only with all protections; \"off\": reads files in this process");
+  syntax.flag("--images", options->opensImages, "Also mounts disc images");
   syntax.flag("--retry", options->isRetry, "Also tries files again that failed before");
   syntax.flag("--wait", options->waits, "Waits while another scan uses the library");
   syntax.option("--progress", {"FORM", Offer::kWords, progressForms}, options->progress,

@@ -9,11 +9,12 @@
 #include <cstdlib>
 #include <string>
 #include <string_view>
-#include <variant>
 
 #include "base/descriptor.h"
 #include "commands/probe.h"
+#include "files/diagnosis.h"
 #include "files/media_files.h"
+#include "isolation/isolation.h"
 #include "machine/library.h"
 #include "terminal/failure.h"
 #include "terminal/output.h"
@@ -24,44 +25,66 @@ namespace {
 
 // Reasons that have nothing to do with the file's content.
 constexpr std::array kTransientCauses = {Cause::kNotFound, Cause::kTooManyOpenFiles,
-                                         Cause::kSystemError};
+                                         Cause::kSystemError, Cause::kNoReader};
+
+scan::Outcome::Kind kindOf(Cause cause) {
+  switch (cause) {
+    case Cause::kReaderCrashed:
+      return scan::Outcome::Kind::kCrash;
+    case Cause::kTookTooLong:
+      return scan::Outcome::Kind::kDeadline;
+    case Cause::kOutOfMemory:
+      return scan::Outcome::Kind::kMemory;
+    default:
+      return scan::Outcome::Kind::kFailure;
+  }
+}
 
 // That this thread has read so far, from files and everything else. 0 if the kernel does not count.
-std::uint64_t bytesReadByThread() {
+std::uint64_t bytesReadHere() {
   constexpr std::string_view kFirst = "rchar: ";
   const Descriptor counters(open("/proc/thread-self/io", O_RDONLY | O_CLOEXEC));
   std::array<char, 64> text = {};
-  if (!counters.isOpen() || read(counters.get(), text.data(), text.size() - 1) <= 0) return 0;
+  if (!counters.isOpen() || ::read(counters.get(), text.data(), text.size() - 1) <= 0) return 0;
   if (!std::string_view(text.data()).starts_with(kFirst)) return 0;
   return std::strtoull(text.data() + kFirst.size(), nullptr, 10);
 }
 
+// With what workers have read for it.
+std::uint64_t bytesReadByThread() {
+  return isolation::settings().mode == isolation::Mode::kOff ? bytesReadHere()
+                                                             : isolation::bytesReadForThread();
+}
+
 scan::Outcome outcomeOf(const Description& description) {
   scan::Outcome outcome;
-  if (const auto* failure = std::get_if<Failure>(&description)) {
+  if (const auto& failure = description.failure) {
+    outcome.kind = kindOf(failure->cause);
     outcome.reason = {std::string(codeOf(failure->cause)), failure->reason};
     outcome.isTransient = std::find(kTransientCauses.begin(), kTransientCauses.end(),
                                     failure->cause) != kTransientCauses.end();
   } else {
     outcome.kind = scan::Outcome::Kind::kDocument;
-    outcome.document = jsonText(std::get<Result>(description));
+    outcome.document = jsonText(*description.result);
   }
   return outcome;
 }
 
-Description description(const scan::Job& job, bool byContent) {
+Description description(const scan::Job& job, bool byContent, bool opensImages) {
   const MediaPath path = {job.file.full(), job.file.folder, job.file.name};
+  if (!opensImages && isDiscImage(path.name))
+    return Failure{Cause::kDiscImage, "a disc image; --images has it mounted"};
   if (auto failure = lengthFailure(path)) return *failure;
   return describe(kindOfFile(path, byContent), byContent, path, {});
 }
 
 }  // namespace
 
-scan::Prober fileProber(bool byContent) {
+scan::Prober fileProber(bool byContent, bool opensImages) {
   initLibrary();  // before there are threads
-  return [byContent](const scan::Job& job) {
+  return [byContent, opensImages](const scan::Job& job) {
     const std::uint64_t before = bytesReadByThread();
-    scan::Outcome outcome = outcomeOf(description(job, byContent));
+    scan::Outcome outcome = outcomeOf(description(job, byContent, opensImages));
     outcome.bytesRead = bytesReadByThread() - before;
     return outcome;
   };

@@ -7,7 +7,7 @@
 namespace kolum::tool {
 
 // BYCONTENT: kinds are decided as by "kolum probe --all".
-scan::Prober fileProber(bool byContent);
+scan::Prober fileProber(bool byContent, bool opensImages);
 
 }  // namespace kolum::tool
 

@@ -2,6 +2,7 @@
 
 #include <memory>
 
+#include "files/descriptions.h"
 #include "files/diagnosis.h"
 #include "files/media_files.h"
 #include "terminal/arguments.h"
@@ -13,15 +14,14 @@ namespace kolum::tool {
 
 namespace {
 
-void printTracks(Context& context, const MediaPath& path) {
+Description tracksOf(const MediaPath& path) {
   const std::string full = path.full();
   unsigned audio = 0;
   unsigned subtitles = 0;
   unsigned isProtected = 0;
   if (GetAudioTrack(full.c_str(), &audio) != 0 || GetSubtitleTrack(full.c_str(), &subtitles) != 0 ||
-      GetDRMProtectedInfo(full.c_str(), &isProtected) != 0) {
-    return context.fail(path.given, diagnose(path, Wanted::kStreams));
-  }
+      GetDRMProtectedInfo(full.c_str(), &isProtected) != 0)
+    return diagnose(path, Wanted::kStreams);
   Result result = Result::ofFile(path.given);
   result.number("audioTracks", "Audio tracks", audio);
   result.number("subtitleTracks", "Subtitle tracks", subtitles);
@@ -33,15 +33,16 @@ void printTracks(Context& context, const MediaPath& path) {
   }
   result.data("isProtected", isProtected != 0);
   result.show("Protected", isProtected != 0 ? "yes, encrypted" : "no");
-  context.printer.block(result);
+  return result;
 }
 
 // The queries open single files; on a disc no file represents the whole.
-void visit(Context& context, const MediaFile& file) {
+std::optional<Description> describe(Context& context, const MediaFile& file) {
   constexpr char kDisc[] = "discs are not opened; name one of their stream files";
-  if (!file.isDisc) return printTracks(context, file.path);
-  if (file.isNamed) return context.fail(file.path.given, Failure{Cause::kDisc, kDisc});
+  if (!file.isDisc) return tracksOf(file.path);
+  if (file.isNamed) return Failure{Cause::kDisc, kDisc};
   context.note(file.path.given, kDisc);
+  return std::nullopt;
 }
 
 }  // namespace
@@ -54,8 +55,8 @@ Action defineTracks(Syntax& syntax) {
       "rotation and whether streams are encrypted.\n"
       "\nExample:\n  kolum tracks --json movie.mkv");
   return [files](Context& context) {
-    forEachMediaFile(context, *files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
-                     [&](const MediaFile& file) { visit(context, file); });
+    describeMediaFiles(context, *files, MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC,
+                       [&](const MediaFile& file) { return describe(context, file); });
   };
 }
 

@@ -9,7 +9,6 @@
 #include "files/media_files.h"
 #include "isolation/isolation.h"
 #include "media/container.h"
-#include "probe/streams.h"
 
 namespace kolum::tool {
 
@@ -106,12 +105,22 @@ int kindOf(const Content& content) {
   return content.hasAudio ? MEDIA_KIND_MUSIC : MEDIA_KIND_NONE;
 }
 
-std::optional<Picture> pictureOf(const std::string& path) {
-  const auto container = probe::containerOf(path, ffmpeg::Depth::kStreams);
-  const media::Stream* stream = container ? container->first(media::StreamType::kVideo) : nullptr;
+std::optional<Picture> pictureOf(const std::string& path, std::optional<read::Failure>& failure) {
+  const auto source = media::Source::open(path);
+  if (!source) return std::nullopt;
+  read::Findings found =
+      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .picture = true});
+  failure = std::move(found.failure);
+  const auto picture = [](int width, int height, const std::string& pixelFormat) {
+    return Picture{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height),
+                   pixelFormat};
+  };
+  if (found.picture)
+    return picture(found.picture->width, found.picture->height, found.picture->pixelFormat);
+  const media::Stream* stream =
+      found.container ? found.container->first(media::StreamType::kVideo) : nullptr;
   if (stream == nullptr || stream->pixelFormat.empty()) return std::nullopt;
-  return Picture{static_cast<std::uint32_t>(stream->width),
-                 static_cast<std::uint32_t>(stream->height), stream->pixelFormat};
+  return picture(stream->width, stream->height, stream->pixelFormat);
 }
 
 }  // namespace kolum::tool

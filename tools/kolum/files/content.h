@@ -42,7 +42,8 @@ struct Picture {
 };
 
 // The picture in a file, opened only once: GetPhotoMetadata and GetPhotoHW would open it twice.
-std::optional<Picture> pictureOf(const std::string& path);
+// FAILURE is set if an isolated reader failed.
+std::optional<Picture> pictureOf(const std::string& path, std::optional<read::Failure>& failure);
 
 }  // namespace kolum::tool
 

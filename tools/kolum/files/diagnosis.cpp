@@ -43,12 +43,6 @@ bool isDiscIndex(std::string_view name) {
 }
 
 // By its name, as in the library.
-bool isDiscImage(std::string_view name) {
-  return name.size() >= kImageSuffix.size() &&
-         strncasecmp(name.data() + name.size() - kImageSuffix.size(), kImageSuffix.data(),
-                     kImageSuffix.size()) == 0;
-}
-
 Failure imageFailure(Wanted wanted) {
   if (wanted != Wanted::kVideo) {
     return {Cause::kDiscImage,
@@ -145,6 +139,12 @@ std::optional<Failure> knownFailure(const MediaPath& path, Wanted wanted, Conten
 }
 
 }  // namespace
+
+bool isDiscImage(std::string_view name) {
+  return name.size() >= kImageSuffix.size() &&
+         strncasecmp(name.data() + name.size() - kImageSuffix.size(), kImageSuffix.data(),
+                     kImageSuffix.size()) == 0;
+}
 
 std::optional<Failure> readingFailure(const std::string& path) {
   struct stat status = {};

@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "files/paths.h"
 #include "read/findings/findings.h"
@@ -20,6 +21,9 @@ enum class Wanted {
   kPicture,
   kStreams,  // of any kind, also on a disc
 };
+
+// By its name.
+bool isDiscImage(std::string_view name);
 
 // Why a file cannot be read at all, whatever its content.
 std::optional<Failure> readingFailure(const std::string& path);

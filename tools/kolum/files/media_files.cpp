@@ -53,16 +53,18 @@ bool isOfKinds(int kind, unsigned kinds) {
 class Walk {
  public:
   Walk(Context& context, const MediaFileArguments& arguments, unsigned kinds,
-       const std::function<void(const MediaFile&)>& visit)
+       const std::function<void(const MediaFile&)>& visit,
+       const std::function<void(const std::string&, const Failure&)>& fail)
       : context_(context),
         arguments_(arguments),
         kinds_(kinds),
         visit_(visit),
+        fail_(fail),
         progress_(context.channels) {}
 
   void named(const std::string& name) {
     struct stat status = {};
-    if (stat(name.c_str(), &status) != 0) return context_.fail(name, systemFailure(errno));
+    if (stat(name.c_str(), &status) != 0) return fail_(name, systemFailure(errno));
     const bool isFolder = S_ISDIR(status.st_mode);
     const std::string index = isFolder ? discIndex(withSlash(name)) : "";
     if (isFolder && index.empty()) return namedFolder(name);
@@ -92,7 +94,7 @@ class Walk {
     std::string text = skipped_.text();
     if (!arguments_.byContent) text += "; --all decides by their content";
     if (isKnownFound_) return context_.note(name, text);
-    context_.fail(name, Failure{Cause::kNothingKnown, std::string(kNoFiles) + ": " + text});
+    fail_(name, Failure{Cause::kNothingKnown, std::string(kNoFiles) + ": " + text});
   }
 
   void file(const std::string& path, int kind, bool isNamed) {
@@ -101,7 +103,7 @@ class Walk {
     ++visited_;
     isKnownFound_ = true;
     const MediaPath split = splitPath(path);
-    if (const auto failure = lengthFailure(split)) return context_.fail(path, *failure);
+    if (const auto failure = lengthFailure(split)) return fail_(path, *failure);
     const bool isDisc = split.name == kDvdIndex || split.name == kBluRayIndex;
     visit_({split, kind, isNamed, isDisc});
   }
@@ -142,7 +144,7 @@ class Walk {
   void failed(const std::string& path, int error) {
     ++visited_;
     isKnownFound_ = true;
-    context_.fail(path, systemFailure(error));
+    fail_(path, systemFailure(error));
   }
 
   void entry(const std::string& path) {
@@ -171,6 +173,7 @@ class Walk {
   const MediaFileArguments& arguments_;
   unsigned kinds_;
   const std::function<void(const MediaFile&)>& visit_;
+  const std::function<void(const std::string&, const Failure&)>& fail_;
   std::size_t visited_ = 0;
   std::size_t below_ = 0;  // length of the named folder, with its "/"
   SkippedFiles skipped_;
@@ -195,13 +198,16 @@ std::optional<Failure> lengthFailure(const MediaPath& path) {
 void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments, Words (*leadingWords)()) {
   addFileArguments(syntax, arguments.names, leadingWords);
   syntax.flag("--all", arguments.byContent, "Decides by the files' content, not by their names");
+  syntax.option("-j,--jobs", {"N"}, arguments.jobs, {1, kMostJobs},
+                "Files that are read at a time; else as many as there are processors");
   addExcludeOption(syntax, arguments.excluded);
 }
 
 void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,
-                      const std::function<void(const MediaFile&)>& visit) {
+                      const std::function<void(const MediaFile&)>& visit,
+                      const std::function<void(const std::string&, const Failure&)>& fail) {
   requireNames(arguments.names);
-  Walk walk(context, arguments, kinds, visit);
+  Walk walk(context, arguments, kinds, visit, fail);
   forEachName(context, arguments.names, [&](const std::string& name) { walk.named(name); });
 }
 

@@ -20,6 +20,9 @@ namespace kolum::tool {
 inline constexpr std::string_view kDvdIndex = "VIDEO_TS.IFO";
 inline constexpr std::string_view kBluRayIndex = "index.bdmv";
 
+// The largest value of options that take a number of jobs.
+inline constexpr int kMostJobs = 256;
+
 struct MediaFile {
   MediaPath path;
   int kind;      // by its name, or with --all by its content
@@ -38,6 +41,7 @@ std::optional<Failure> lengthFailure(const MediaPath& path);
 struct MediaFileArguments {
   FileArguments names;
   bool byContent = false;
+  int jobs = 0;  // files that are read at a time; 0: as many as there are processors
   std::vector<std::string> excluded;
 };
 
@@ -50,8 +54,10 @@ void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments,
 // entries, excluded ones and symbolic links to folders are left out there, and files of unknown
 // kinds are counted and reported. A named file always counts, whatever its name. Names that do not
 // exist, and paths longer than the library takes, are reported.
+// FAIL gets the failures.
 void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,
-                      const std::function<void(const MediaFile&)>& visit);
+                      const std::function<void(const MediaFile&)>& visit,
+                      const std::function<void(const std::string&, const Failure&)>& fail);
 
 }  // namespace kolum::tool
 

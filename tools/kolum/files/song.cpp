@@ -50,11 +50,12 @@ Song songOf(const probe::SongFacts& facts) {
 
 }  // namespace
 
-std::optional<Song> readSong(const MediaPath& path) {
+std::optional<Song> readSong(const MediaPath& path, std::optional<read::Failure>& failure) {
   // An external tool reads DSD songs, so the library must know where it is.
   if (isDsdName(path.name)) initLibrary();
   const probe::SongResult result = probe::probeSong(path.full(), path.name, g_localWorkingPath);
   write(result.trace);
+  failure = result.failure;
   const auto& dsd = result.facts.dsd;
   const bool isFound = result.facts.codec || result.facts.sampleRate || (dsd && dsd->sampleRate);
   if (!result.succeeded || !isFound) return std::nullopt;

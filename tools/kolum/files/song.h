@@ -7,6 +7,7 @@
 #include <string>
 
 #include "files/paths.h"
+#include "read/findings/findings.h"
 
 namespace kolum::tool {
 
@@ -24,8 +25,9 @@ struct Song {
   std::string dlnaProfile;
 };
 
-// Empty if the file contains no song that can be probed.
-std::optional<Song> readSong(const MediaPath& path);
+// Empty if the file contains no song that can be probed. FAILURE is set if an isolated reader
+// failed.
+std::optional<Song> readSong(const MediaPath& path, std::optional<read::Failure>& failure);
 
 }  // namespace kolum::tool
 

@@ -112,11 +112,17 @@ void Channels::writeResults(std::string_view text) const {
 }
 
 void Channels::writeMessage(std::string_view text) const {
-  showProgress("");
+  const std::lock_guard lock(mutex_);
+  replaceProgress("", true);
   writeAll(messages_, text);
 }
 
 void Channels::showProgress(std::string_view text, bool amongResults) const {
+  const std::lock_guard lock(mutex_);
+  replaceProgress(text, amongResults);
+}
+
+void Channels::replaceProgress(std::string_view text, bool amongResults) const {
   constexpr std::string_view kClearLine = "\r\x1b[K";
   const bool mayShow = canReplaceLines_ && (areResultsElsewhere_ || !amongResults);
   if (text.empty() ? !progressShown_ : !mayShow) return;

@@ -5,6 +5,7 @@
 #define KOLUM_TOOL_TERMINAL_CHANNELS_H
 
 #include <functional>
+#include <mutex>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -51,11 +52,14 @@ class Channels {
   std::string capture(const std::function<void()>& work) const;
 
  private:
+  void replaceProgress(std::string_view text, bool amongResults) const;
+
   int input_;
   int results_;
   int messages_;
   bool canReplaceLines_;
   bool areResultsElsewhere_;
+  mutable std::mutex mutex_;  // of the progress and of messages
   mutable bool progressShown_ = false;
 };
 

@@ -2,6 +2,7 @@
 #ifndef KOLUM_TOOL_TERMINAL_CONTEXT_H
 #define KOLUM_TOOL_TERMINAL_CONTEXT_H
 
+#include <atomic>
 #include <stdexcept>
 #include <string>
 #include <string_view>
@@ -43,7 +44,7 @@ class Context {
   Printer printer;
 
  private:
-  bool failed_ = false;
+  std::atomic<bool> failed_ = false;
 };
 
 }  // namespace kolum::tool

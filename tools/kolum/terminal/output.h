@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <string_view>
@@ -138,6 +139,7 @@ class Printer {
   const Channels& channels_;
   bool json_;
   bool inColour_;
+  std::mutex mutex_;  // several threads may print blocks
   bool separate_ = false;
   std::vector<std::size_t> widths_;
 };
