@@ -1,5 +1,6 @@
 #include "scan/reading.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -97,6 +98,13 @@ void look(TaskResult& result, const Prober& prober) {
 }
 
 }  // namespace
+
+void readRoot(const Job& job) {
+  DIR* folder = opendir(job.root().c_str());
+  if (folder == nullptr) return;
+  readdir(folder);
+  closedir(folder);
+}
 
 TaskResult carryOut(Task&& task, const Prober& prober) noexcept {
   const auto begin = std::chrono::steady_clock::now();

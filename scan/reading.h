@@ -11,6 +11,9 @@ namespace kolum::scan {
 // folder are left. Does not throw.
 TaskResult carryOut(Task&& task, const Prober& prober) noexcept;
 
+// Reads the root's folder, for which its device has to answer.
+void readRoot(const Job& job);
+
 }  // namespace kolum::scan
 
 #endif

@@ -53,6 +53,7 @@ class Supervisor::Impl {
         storage_(options_.storage ? options_.storage : std::make_shared<const Storage>()),
         lanes_(
             [prober = std::move(prober)](Task&& task) { return carryOut(std::move(task), prober); },
+            options_.askDevice ? options_.askDevice : readRoot,
             {options_.processors, options_.jobs}, bell_),
         dispatcher_(store_, lanes_),
         targets_(options_.targets.size()) {}
@@ -226,7 +227,7 @@ class Supervisor::Impl {
   void compare(std::size_t group, TargetState& target, const Piece& piece) {
     const std::string folder = target.comparison->root() + piece.folder;
     if (piece.error != 0) reportProblem(folder, std::strerror(piece.error));
-    const std::size_t lane = laneOf(piece.device, folder);
+    const std::size_t lane = laneOf(folder);
     laneOfGroup_[group] = lane;
     std::uint64_t unchanged = 0;
     target.comparison->add(piece, {.unchanged = [&](const SeenFile&) { ++unchanged; },
@@ -245,10 +246,8 @@ class Supervisor::Impl {
     tally_.countSkipped(1);
   }
 
-  std::size_t laneOf(std::uint64_t device, const std::string& folder) {
-    const auto known = laneOfDevice_.find(device);
-    if (known != laneOfDevice_.end()) return known->second;
-    return laneOfDevice_[device] = lanes_.laneOf(storage_->deviceOf(folder));
+  std::size_t laneOf(const std::string& folder) {
+    return lanes_.laneOf(storage_->deviceOf(folder));
   }
 
   // ---- Results ----
@@ -283,7 +282,7 @@ class Supervisor::Impl {
     // It is looked at as any other file.
     task.formerNames.clear();
     if (isMoved) task.origin = Origin::kChanged;
-    add(laneOf(task.job.identity.device, task.job.file.folder), std::move(task));
+    add(laneOf(task.job.file.folder), std::move(task));
   }
 
   void keep(const TaskResult& result) {
@@ -328,7 +327,8 @@ class Supervisor::Impl {
       for (std::size_t lane = 0; lane < lanes_.size(); ++lane)
         if (lanes_.mountOf(lane) == mount) lanes_.giveUp(lane);
     }
-    for (HungTask& hung : lanes_.takeHung(options_.fileLimit)) noteHung(std::move(hung));
+    for (HungTask& hung : lanes_.takeHung(options_.fileLimit, options_.answerLimit))
+      noteHung(std::move(hung));
     for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dropIfUnhealthy(lane);
   }
 
@@ -336,8 +336,7 @@ class Supervisor::Impl {
     if (hung.task.kind != Task::Kind::kLook) return;
     const Job& job = hung.task.job;
     dispatcher_.write();
-    if (!lanes_.isHealthy(hung.lane)) {
-      // Not the file's fault.
+    if (hung.isDeviceDead) {
       store_.unmark(job.file);
       tally_.countSkipped(hung.task.origin == Origin::kSuspect ? 0 : 1);
       return;
@@ -407,7 +406,7 @@ class Supervisor::Impl {
       if (options_.selection.countsFile(inside, file.name)) task.names.push_back(file.name);
     if (task.names.empty()) return;
     task.job.identity.device = folder.device;
-    const std::size_t lane = laneOf(folder.device, folder.folder);
+    const std::size_t lane = laneOf(folder.folder);
     if (!lanes_.isHealthy(lane)) return;
     std::vector<Task> tasks;
     tasks.push_back(std::move(task));
@@ -460,7 +459,7 @@ class Supervisor::Impl {
     const std::optional<std::size_t> root = rootLengthOf(task.job.file);
     if (!root) return true;
     task.job.rootLength = *root;
-    add(laneOf(suspect.known.identity.device, suspect.folder), std::move(task));
+    add(laneOf(suspect.folder), std::move(task));
     dispatcher_.commit();
     return false;
   }
@@ -535,7 +534,6 @@ class Supervisor::Impl {
   Phase phase_ = Phase::kFiles;
 
   std::vector<TargetState> targets_;
-  std::unordered_map<std::uint64_t, std::size_t> laneOfDevice_;
   std::unordered_map<std::size_t, std::size_t> laneOfGroup_;
   std::set<std::size_t> unhealthy_;  // lanes that were reported
   bool findsMoves_ = true;
