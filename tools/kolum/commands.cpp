@@ -18,6 +18,7 @@ namespace kolum::tool {
   ENTRY("cover", "Album pictures", defineCover)                              \
   ENTRY("classify", "Kinds of files, by their names", defineClassify)        \
   ENTRY("extensions", "The file types the library knows", defineExtensions)  \
+  ENTRY("library", "What scans found, and its database", defineLibrary)      \
   ENTRY("ids", "Identifier tables and conversions", defineIds)               \
   ENTRY("artwork", "Thumbnails of albums and artists", defineArtwork)        \
   ENTRY("geocode", "The place at a position", defineGeocode)                 \

@@ -34,12 +34,6 @@ std::string_view lastPart(std::string_view path) {
 
 constexpr const char* kNoFiles = "no media files in this folder";
 
-int kindByName(const std::string& path, unsigned kinds) {
-  unsigned row = 0;
-  unsigned tag = 0;
-  return KoLUM_GetFilenameType(std::string(lastPart(path)).c_str(), &row, kinds, &tag);
-}
-
 bool isOfKinds(int kind, unsigned kinds) {
   switch (kind) {
     case MEDIA_KIND_MUSIC:
@@ -162,19 +156,8 @@ class Walk {
     context_.fail(path, systemFailure(error));
   }
 
-  // Decided by the name, even with --all.
-  bool isLeftOut(const std::string& path) const {
-    const std::string_view name = lastPart(path);
-    if (name.starts_with('.')) return true;
-    const std::string inFolder = path.substr(below_);
-    return std::find(std::begin(kHelperFolders), std::end(kHelperFolders), name) !=
-               std::end(kHelperFolders) ||
-           std::any_of(arguments_.excluded.begin(), arguments_.excluded.end(),
-                       [&](const std::string& glob) { return isMatch(glob, inFolder); });
-  }
-
   void entry(const std::string& path) {
-    if (isLeftOut(path)) return;
+    if (isLeftOut(path.substr(below_), arguments_.excluded)) return;
     struct stat status = {};
     // A file deleted since the folder was listed, or a dangling link, is not a failure.
     if (lstat(path.c_str(), &status) != 0)
@@ -207,6 +190,21 @@ class Walk {
 };
 
 }  // namespace
+
+int kindByName(std::string_view path, unsigned kinds) {
+  unsigned row = 0;
+  unsigned tag = 0;
+  return KoLUM_GetFilenameType(std::string(lastPart(path)).c_str(), &row, kinds, &tag);
+}
+
+bool isLeftOut(const std::string& path, const std::vector<std::string>& excluded) {
+  const std::string_view name = lastPart(path);
+  return name.starts_with('.') ||
+         std::find(std::begin(kHelperFolders), std::end(kHelperFolders), name) !=
+             std::end(kHelperFolders) ||
+         std::any_of(excluded.begin(), excluded.end(),
+                     [&](const std::string& glob) { return isMatch(glob, path); });
+}
 
 void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments, Words (*leadingWords)()) {
   addFileArguments(syntax, arguments.names, leadingWords);

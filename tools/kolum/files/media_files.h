@@ -33,6 +33,14 @@ struct MediaFileArguments {
   std::vector<std::string> excluded;
 };
 
+// The kind that the last part of a path stands for, among KINDS.
+int kindByName(std::string_view path, unsigned kinds);
+
+// Whether a walk passes over a file or folder, decided by its name even with --all: hidden ones,
+// folders of programs, and what a GLOB of --exclude matches. PATH is relative to the folder that
+// was named.
+bool isLeftOut(const std::string& path, const std::vector<std::string>& excluded);
+
 void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments,
                            Words (*leadingWords)() = nullptr);
 
