@@ -1,6 +1,5 @@
 #include <fcntl.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -30,11 +29,16 @@ struct Options {
   bool isNulSeparated = false;
 };
 
-// A library that does not exist yet knows nothing.
+// A library that does not exist yet knows nothing; "library add" may be making it at the other end
+// of the pipe.
 std::unique_ptr<scan::Store> knownFiles(const std::string& library) {
-  const std::string file = libraryFile(library);
-  if (access(file.c_str(), F_OK) != 0 && errno == ENOENT) return nullptr;
-  return std::make_unique<scan::Store>(file, documentVersion(), scan::Store::Access::kRead);
+  try {
+    return std::make_unique<scan::Store>(libraryFile(library), documentVersion(),
+                                         scan::Store::Access::kRead);
+  } catch (const scan::StoreError& error) {
+    if (error.kind() != scan::StoreError::Kind::kMissing) throw;
+    return nullptr;
+  }
 }
 
 class Staleness {

@@ -105,6 +105,8 @@ void requireKind(const Json& line) {
 }  // namespace
 
 Json parsedObject(std::string_view text) {
+  // The parser would end there.
+  if (text.find('\0') != std::string_view::npos) throw DocumentError("contains a NUL");
   Json object;
   try {
     object = Json::parse(text, Json::parser_callback_t(Watcher()));
