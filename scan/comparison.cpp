@@ -104,8 +104,9 @@ bool Comparison::mayRemove(const GoneFolder& folder, const Known& known) const {
 // Whether the root lies below the place where the folder's file system is mounted, so that another
 // disk cannot have taken its place.
 bool Comparison::isWithinMount(const std::string& folder) const {
-  const std::string mount = storage_.deviceOf(folder).mount;
-  return mount == "/" || (root_.starts_with(mount + "/") && root_.size() > mount.size() + 1);
+  const Device device = storage_.deviceOf(folder);
+  const std::string place = device.mount.ends_with('/') ? device.mount : device.mount + "/";
+  return root_.size() > place.size() && root_.starts_with(place);
 }
 
 }  // namespace kolum::scan

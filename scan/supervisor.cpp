@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstring>
 #include <ctime>
+#include <set>
 #include <unordered_map>
 #include <utility>
 
@@ -353,8 +354,7 @@ class Supervisor::Impl {
   void dropIfUnhealthy(std::size_t lane) {
     if (lanes_.isHealthy(lane)) return;
     tally_.countSkipped(dispatcher_.drop(lane));
-    if (unhealthy_.size() <= lane) unhealthy_.resize(lane + 1);
-    if (std::exchange(unhealthy_[lane], true)) return;
+    if (!unhealthy_.insert(lane).second) return;
     reportProblem(lanes_.mountOf(lane), "the device does not answer; its files are left out");
   }
 
@@ -537,7 +537,7 @@ class Supervisor::Impl {
   std::vector<TargetState> targets_;
   std::unordered_map<std::uint64_t, std::size_t> laneOfDevice_;
   std::unordered_map<std::size_t, std::size_t> laneOfGroup_;
-  std::vector<bool> unhealthy_;
+  std::set<std::size_t> unhealthy_;  // lanes that were reported
   bool findsMoves_ = true;
   std::size_t goneTarget_ = 0;  // whose files are checked
 

@@ -46,7 +46,7 @@ class Staleness {
   Staleness(Context& context, const Options& options)
       : context_(context),
         store_(knownFiles(options.library)),
-        selection_(mediaSelection(options.excluded)),
+        selection_(mediaSelection(options.excluded, false)),
         names_(context, options.isNulSeparated) {}
 
   void root(const std::string& given) {
@@ -132,8 +132,7 @@ void run(Context& context, const Options& options) {
 Action defineLibraryStale(Syntax& syntax) {
   auto options = std::make_shared<Options>();
   syntax.operands({"ROOT", Offer::kFiles}, options->roots, "Folders to walk, or files");
-  syntax.repeatedOption("--exclude", {"GLOB"}, options->excluded,
-                        "Leaves out matching files and folders; may be repeated");
+  addExcludeOption(syntax, options->excluded);
   addNullFlag(syntax, options->isNulSeparated);
   addLibraryOption(syntax, options->library);
   syntax.help(

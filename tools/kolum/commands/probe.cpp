@@ -21,13 +21,13 @@ struct Prober {
   int kind;
   unsigned bit;
   const char* word;  // to force it on the command line
-  void (*probe)(Context&, const MediaPath&, const ProbeOptions&);
+  Description (*describe)(const MediaPath&, const ProbeOptions&);
 };
 
 constexpr Prober kProbers[] = {
-    {MEDIA_KIND_VIDEO, MEDIA_KIND_BIT_VIDEO, "video", probeVideo},
-    {MEDIA_KIND_MUSIC, MEDIA_KIND_BIT_MUSIC, "audio", probeAudio},
-    {MEDIA_KIND_PHOTO, MEDIA_KIND_BIT_PHOTO, "photo", probePhoto},
+    {MEDIA_KIND_VIDEO, MEDIA_KIND_BIT_VIDEO, "video", describeVideo},
+    {MEDIA_KIND_MUSIC, MEDIA_KIND_BIT_MUSIC, "audio", describeAudio},
+    {MEDIA_KIND_PHOTO, MEDIA_KIND_BIT_PHOTO, "photo", describePhoto},
 };
 
 Words proberWords() {
@@ -56,11 +56,10 @@ const Prober* proberOf(int kind) {
 }
 
 // For a file whose kind has no prober.
-Failure kindFailure(const MediaFile& file, bool byContent) {
-  if (auto failure = readingFailure(file.path.full())) return *failure;
-  if (file.kind == MEDIA_KIND_PLAYLIST)
-    return {Cause::kPlaylist, "a playlist has nothing to probe"};
-  if (byContent) return diagnose(file.path, Wanted::kStreams);
+Failure kindFailure(int kind, bool byContent, const MediaPath& path) {
+  if (auto failure = readingFailure(path.full())) return *failure;
+  if (kind == MEDIA_KIND_PLAYLIST) return {Cause::kPlaylist, "a playlist has nothing to probe"};
+  if (byContent) return diagnose(path, Wanted::kStreams);
   return {Cause::kUnknownName,
           "not a media file by its name; --all decides by its content, and \"kolum probe "
           "video|audio|photo FILE\" forces a kind"};
@@ -72,13 +71,22 @@ void run(Context& context, Options& options) {
                              ? forced->bit
                              : MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC | MEDIA_KIND_BIT_PHOTO;
   forEachMediaFile(context, options.files, kinds, [&](const MediaFile& file) {
-    const Prober* prober = forced != nullptr ? forced : proberOf(file.kind);
-    if (prober != nullptr) return prober->probe(context, file.path, options.probe);
-    context.fail(file.path.given, kindFailure(file, options.files.byContent));
+    const int kind = forced != nullptr ? forced->kind : file.kind;
+    const Description description =
+        describe(kind, options.files.byContent, file.path, options.probe);
+    if (const auto* failure = std::get_if<Failure>(&description))
+      return context.fail(file.path.given, *failure);
+    context.printer.block(std::get<Result>(description));
   });
 }
 
 }  // namespace
+
+Description describe(int kind, bool byContent, const MediaPath& path, const ProbeOptions& options) {
+  const Prober* prober = proberOf(kind);
+  if (prober == nullptr) return kindFailure(kind, byContent, path);
+  return prober->describe(path, options);
+}
 
 Action defineProbe(Syntax& syntax) {
   auto options = std::make_shared<Options>();

@@ -1,10 +1,12 @@
-// The probes of the probe command, one per kind of media. Each prints the file's result or reports
-// why there is none.
+// The descriptions of files, one function per kind of media.
 #ifndef KOLUM_TOOL_COMMANDS_PROBE_H
 #define KOLUM_TOOL_COMMANDS_PROBE_H
 
+#include <variant>
+
 #include "files/paths.h"
-#include "terminal/context.h"
+#include "terminal/failure.h"
+#include "terminal/output.h"
 
 namespace kolum::tool {
 
@@ -12,9 +14,15 @@ struct ProbeOptions {
   int audioStream = 0;  // counts audio streams only
 };
 
-void probeAudio(Context& context, const MediaPath& path, const ProbeOptions& options);
-void probePhoto(Context& context, const MediaPath& path, const ProbeOptions& options);
-void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& options);
+// What a file is, or why that is not known.
+using Description = std::variant<Result, Failure>;
+
+Description describeAudio(const MediaPath& path, const ProbeOptions& options);
+Description describePhoto(const MediaPath& path, const ProbeOptions& options);
+Description describeVideo(const MediaPath& path, const ProbeOptions& options);
+
+// Of a file of that kind (MEDIA_KIND_*). BYCONTENT: its content was asked for the kind.
+Description describe(int kind, bool byContent, const MediaPath& path, const ProbeOptions& options);
 
 }  // namespace kolum::tool
 

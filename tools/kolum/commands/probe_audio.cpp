@@ -33,9 +33,9 @@ void addStream(Result& result, const Song& song) {
 
 }  // namespace
 
-void probeAudio(Context& context, const MediaPath& path, const ProbeOptions&) {
+Description describeAudio(const MediaPath& path, const ProbeOptions&) {
   const auto song = readSong(path);
-  if (!song) return context.fail(path.given, diagnose(path, Wanted::kSong));
+  if (!song) return diagnose(path, Wanted::kSong);
   Result result = Result::ofFile(path.given);
   addKind(result, MEDIA_KIND_MUSIC);
   if (song->containerFormat) addContainer(result, *song->containerFormat);
@@ -44,7 +44,7 @@ void probeAudio(Context& context, const MediaPath& path, const ProbeOptions&) {
   if (song->duration) result.duration("duration", "Duration", *song->duration);
   if (song->containerBitRate != 0) result.bitRate("bitRate", "Bit rate", song->containerBitRate);
   addStream(result, *song);
-  context.printer.block(result);
+  return result;
 }
 
 }  // namespace kolum::tool

@@ -11,9 +11,9 @@
 
 namespace kolum::tool {
 
-void probePhoto(Context& context, const MediaPath& path, const ProbeOptions&) {
+Description describePhoto(const MediaPath& path, const ProbeOptions&) {
   const auto picture = pictureOf(path.full());
-  if (!picture) return context.fail(path.given, diagnose(path, Wanted::kPicture));
+  if (!picture) return diagnose(path, Wanted::kPicture);
   Result result = Result::ofFile(path.given);
   addKind(result, MEDIA_KIND_PHOTO);
   if (const MediaFileInfo* type = addMimeTypeOfName(result, path.name, MEDIA_KIND_BIT_PHOTO)) {
@@ -28,7 +28,7 @@ void probePhoto(Context& context, const MediaPath& path, const ProbeOptions&) {
   const bool isCover = KoLUM_CheckSpecialCover(path.name.c_str()) == 0;
   result.data("isAlbumCover", isCover);
   if (isCover) result.show("Album cover", "yes, by its name");
-  context.printer.block(result);
+  return result;
 }
 
 }  // namespace kolum::tool

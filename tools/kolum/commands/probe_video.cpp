@@ -150,15 +150,15 @@ Result videoResult(const MediaPath& path, const Facts& facts) {
 
 }  // namespace
 
-void probeVideo(Context& context, const MediaPath& path, const ProbeOptions& options) {
+Description describeVideo(const MediaPath& path, const ProbeOptions& options) {
   const probe::ProbeResult video = probe::probeVideo({.folder = path.folder,
                                                       .fileName = path.name,
                                                       .audioStreamIndex = options.audioStream,
                                                       .wantsAspect = true},
                                                      probe::kRecordPolicy);
   write(video.trace);
-  if (!video.succeeded) return context.fail(path.given, diagnose(path, Wanted::kVideo));
-  context.printer.block(videoResult(path, video.facts));
+  if (!video.succeeded) return diagnose(path, Wanted::kVideo);
+  return videoResult(path, video.facts);
 }
 
 }  // namespace kolum::tool

@@ -1,6 +1,5 @@
 #include "files/media_files.h"
 
-#include <fnmatch.h>
 #include <kolum/filetype.h>
 #include <sys/stat.h>
 
@@ -9,6 +8,7 @@
 #include <filesystem>
 
 #include "files/content.h"
+#include "files/selection.h"
 #include "files/skipped_files.h"
 #include "terminal/interruption.h"
 #include "terminal/progress.h"
@@ -25,14 +25,17 @@ constexpr std::size_t kLongestPath = 1023;
 constexpr const char* kDiscIndexes[] = {"VIDEO_TS/VIDEO_TS.IFO", "VIDEO_TS.IFO", "BDMV/index.bdmv",
                                         "index.bdmv"};
 
-// Folders that are not hidden by their names but contain programs' files for the media.
-constexpr std::string_view kHelperFolders[] = {"@eaDir"};
-
 std::string_view lastPart(std::string_view path) {
   return path.substr(path.rfind('/') + 1);
 }
 
 constexpr const char* kNoFiles = "no media files in this folder";
+
+int kindByName(const std::string& path, unsigned kinds) {
+  unsigned row = 0;
+  unsigned tag = 0;
+  return KoLUM_GetFilenameType(std::string(lastPart(path)).c_str(), &row, kinds, &tag);
+}
 
 bool isOfKinds(int kind, unsigned kinds) {
   switch (kind) {
@@ -45,14 +48,6 @@ bool isOfKinds(int kind, unsigned kinds) {
     default:
       return false;
   }
-}
-
-// Whether a GLOB of --exclude matches PATH, relative to the named folder.
-bool isMatch(std::string glob, const std::string& path) {
-  while (glob.size() > 1 && glob.ends_with('/')) glob.pop_back();
-  const bool isPathGlob = glob.find('/') != std::string::npos;
-  const std::string subject = isPathGlob ? path : std::string(lastPart(path));
-  return fnmatch(glob.c_str(), subject.c_str(), FNM_PATHNAME) == 0;
 }
 
 class Walk {
@@ -77,11 +72,8 @@ class Walk {
   }
 
  private:
-  // With --all the content decides, or the name if the content does not.
   int kindOf(const std::string& path) const {
-    const int byContent =
-        arguments_.byContent ? tool::kindOf(contentOf(splitPath(path).full())) : MEDIA_KIND_NONE;
-    return byContent != MEDIA_KIND_NONE ? byContent : kindByName(path, MEDIA_KIND_BITS_ALL);
+    return kindOfFile(splitPath(path), arguments_.byContent);
   }
 
   void namedFolder(const std::string& name) {
@@ -109,10 +101,7 @@ class Walk {
     ++visited_;
     isKnownFound_ = true;
     const MediaPath split = splitPath(path);
-    if (split.full().size() > kLongestPath) {
-      const std::string reason = "path longer than " + std::to_string(kLongestPath) + " characters";
-      return context_.fail(path, Failure{Cause::kPathTooLong, reason});
-    }
+    if (const auto failure = lengthFailure(split)) return context_.fail(path, *failure);
     const bool isDisc = split.name == kDvdIndex || split.name == kBluRayIndex;
     visit_({split, kind, isNamed, isDisc});
   }
@@ -157,7 +146,8 @@ class Walk {
   }
 
   void entry(const std::string& path) {
-    if (isLeftOut(path.substr(below_), arguments_.excluded)) return;
+    // Decided by the name, even with --all.
+    if (isLeftOut(std::string_view(path).substr(below_), arguments_.excluded)) return;
     struct stat status = {};
     // A file deleted since the folder was listed, or a dangling link, is not a failure.
     if (lstat(path.c_str(), &status) != 0)
@@ -191,26 +181,21 @@ class Walk {
 
 }  // namespace
 
-int kindByName(std::string_view path, unsigned kinds) {
-  unsigned row = 0;
-  unsigned tag = 0;
-  return KoLUM_GetFilenameType(std::string(lastPart(path)).c_str(), &row, kinds, &tag);
+int kindOfFile(const MediaPath& path, bool byContent) {
+  const int kind = byContent ? kindOf(contentOf(path.full())) : MEDIA_KIND_NONE;
+  return kind != MEDIA_KIND_NONE ? kind : kindByName(path.name, MEDIA_KIND_BITS_ALL);
 }
 
-bool isLeftOut(const std::string& path, const std::vector<std::string>& excluded) {
-  const std::string_view name = lastPart(path);
-  return name.starts_with('.') ||
-         std::find(std::begin(kHelperFolders), std::end(kHelperFolders), name) !=
-             std::end(kHelperFolders) ||
-         std::any_of(excluded.begin(), excluded.end(),
-                     [&](const std::string& glob) { return isMatch(glob, path); });
+std::optional<Failure> lengthFailure(const MediaPath& path) {
+  if (path.full().size() <= kLongestPath) return std::nullopt;
+  return Failure{Cause::kPathTooLong,
+                 "path longer than " + std::to_string(kLongestPath) + " characters"};
 }
 
 void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments, Words (*leadingWords)()) {
   addFileArguments(syntax, arguments.names, leadingWords);
   syntax.flag("--all", arguments.byContent, "Decides by the files' content, not by their names");
-  syntax.repeatedOption("--exclude", {"GLOB"}, arguments.excluded,
-                        "Leaves out matching files and folders; may be repeated");
+  addExcludeOption(syntax, arguments.excluded);
 }
 
 void forEachMediaFile(Context& context, const MediaFileArguments& arguments, unsigned kinds,

@@ -5,6 +5,7 @@
 #include <kolum/filetype.h>
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -26,20 +27,19 @@ struct MediaFile {
   bool isDisc;   // the index file of a DVD or Blu-ray folder
 };
 
+// The kind of a file (MEDIA_KIND_*) by its name; BYCONTENT: by its content, or by its name if the
+// content does not say.
+int kindOfFile(const MediaPath& path, bool byContent);
+
+// For paths that the library cannot take.
+std::optional<Failure> lengthFailure(const MediaPath& path);
+
 // "FILE..." of a command that walks folders, with the options that select files there.
 struct MediaFileArguments {
   FileArguments names;
   bool byContent = false;
   std::vector<std::string> excluded;
 };
-
-// The kind that the last part of a path stands for, among KINDS.
-int kindByName(std::string_view path, unsigned kinds);
-
-// Whether a walk passes over a file or folder, decided by its name even with --all: hidden ones,
-// folders of programs, and what a GLOB of --exclude matches. PATH is relative to the folder that
-// was named.
-bool isLeftOut(const std::string& path, const std::vector<std::string>& excluded);
 
 void addMediaFileArguments(Syntax& syntax, MediaFileArguments& arguments,
                            Words (*leadingWords)() = nullptr);

@@ -84,7 +84,8 @@ Channels::Channels()
     : input_(takeOver(0)),
       results_(takeOver(1)),
       messages_(takeOver(2)),
-      hasProgress_(understandsControls(messages_) && isatty(results_) == 0) {
+      canReplaceLines_(understandsControls(messages_)),
+      areResultsElsewhere_(isatty(results_) == 0) {
   pointAtNull(0);
   // If a reader leaves, the write fails and reports it. A handler instead of SIG_IGN, so that
   // programs started by the library get the default action back.
@@ -115,9 +116,10 @@ void Channels::writeMessage(std::string_view text) const {
   writeAll(messages_, text);
 }
 
-void Channels::showProgress(std::string_view text) const {
+void Channels::showProgress(std::string_view text, bool amongResults) const {
   constexpr std::string_view kClearLine = "\r\x1b[K";
-  if (!hasProgress_ || (text.empty() && !progressShown_)) return;
+  const bool mayShow = canReplaceLines_ && (areResultsElsewhere_ || !amongResults);
+  if (text.empty() ? !progressShown_ : !mayShow) return;
   // The last column stays free: some terminals wrap once it is used.
   const std::string_view shown = cutToColumns(text, columnsOfTerminal(messages_) - 1);
   writeAll(messages_, std::string(kClearLine).append(shown));
@@ -130,7 +132,7 @@ bool Channels::mayColourResults() const {
 }
 
 bool Channels::areResultsShown() const {
-  return isatty(results_) == 1;
+  return !areResultsElsewhere_;
 }
 
 std::string Channels::capture(const std::function<void()>& work) const {

@@ -39,8 +39,9 @@ class Channels {
   void writeMessage(std::string_view text) const;
   // Shows a line on a terminal, cut to its width, until the next message or progress replaces it;
   // an empty one clears it. For waiting people: nothing is shown if messages do not go to a
-  // terminal, if results go to one too, or if the terminal cannot replace a line.
-  void showProgress(std::string_view text) const;
+  // terminal, if results go to one too, or if the terminal cannot replace a line. AMONGRESULTS is
+  // false for commands whose results come at the end, when the line is cleared.
+  void showProgress(std::string_view text, bool amongResults = true) const;
   // Whether people read the results as they come and may see colours.
   bool mayColourResults() const;
   // Whether results go to a terminal, where names must not play tricks.
@@ -55,7 +56,8 @@ class Channels {
   int input_;
   int results_;
   int messages_;
-  bool hasProgress_;
+  bool canReplaceLines_;
+  bool areResultsElsewhere_;
   mutable bool progressShown_ = false;
 };
 

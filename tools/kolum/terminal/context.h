@@ -34,6 +34,8 @@ class Context {
   void fail(std::string_view file, const Failure& failure);
   // The same form for useful information that is not a failure.
   void note(std::string_view name, std::string_view text);
+  // For what was reported otherwise.
+  void setFailed() { failed_ = true; }
   bool failed() const { return failed_; }
 
   const bool json;

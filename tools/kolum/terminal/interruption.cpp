@@ -37,6 +37,10 @@ void Interruption::check() {
   if (g_signal != 0) throw Interrupted{g_signal};
 }
 
+bool Interruption::hasCome() {
+  return g_signal != 0;
+}
+
 bool waitForInput(int descriptor, std::optional<std::chrono::milliseconds> limit) {
   // Blocked until ppoll() waits, so that no signal is lost between the check and the wait.
   sigset_t blocked;

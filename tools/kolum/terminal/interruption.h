@@ -26,6 +26,8 @@ class Interruption {
 
   // Throws Interrupted if a signal came.
   static void check();
+  // Whether one came.
+  static bool hasCome();
 
  private:
   std::array<struct sigaction, 2> before_ = {};

@@ -184,12 +184,15 @@ std::string Result::asRow(const std::vector<std::size_t>& widths) const {
   return out + "\n";
 }
 
-void Printer::jsonLine(const Result& result) {
-  // Texts may contain any bytes: invalid UTF-8 becomes U+FFFD, so that every line is valid JSON.
+std::string jsonText(const Result& result) {
   using Handler = Json::error_handler_t;
   Json line = {{"schema", kJsonSchema}};
   line.update(result.json());
-  raw(line.dump(-1, ' ', false, Handler::replace) + "\n");
+  return line.dump(-1, ' ', false, Handler::replace);
+}
+
+void Printer::jsonLine(const Result& result) {
+  raw(jsonText(result) + "\n");
 }
 
 void Printer::block(const Result& result) {

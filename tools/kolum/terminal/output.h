@@ -109,6 +109,10 @@ class Result {
   std::vector<Result> sections_;
 };
 
+// A result as one line of JSON, with the number of the schema; without the closing newline. Texts
+// may contain any bytes: invalid UTF-8 becomes U+FFFD, so that it is valid JSON.
+std::string jsonText(const Result& result);
+
 struct Column {
   std::string title;
   std::size_t width;  // of the longest expected value

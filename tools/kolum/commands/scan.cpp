@@ -1,0 +1,128 @@
+#include <unistd.h>
+
+#include <algorithm>
+#include <climits>
+#include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
+
+#include "commands/scan_prober.h"
+#include "commands/scan_report.h"
+#include "files/library.h"
+#include "files/selection.h"
+#include "machine/children.h"
+#include "scan/store.h"
+#include "scan/supervisor.h"
+#include "terminal/command.h"
+#include "terminal/context.h"
+#include "terminal/interruption.h"
+#include "terminal/syntax.h"
+
+namespace kolum::tool {
+
+namespace {
+
+struct Options {
+  std::vector<std::string> roots;
+  std::string library;
+  std::string progress;
+  std::vector<std::string> excluded;
+  int jobs = 0;
+  bool byContent = false;
+  bool isRetry = false;
+  bool waits = false;
+};
+
+constexpr int kMostJobs = 256;
+
+Words progressForms() {
+  return {"json", "none"};
+}
+
+ScanReport::Form progressForm(const std::string& word) {
+  if (word.empty()) return ScanReport::Form::kLine;
+  if (word == "json") return ScanReport::Form::kJson;
+  if (word == "none") return ScanReport::Form::kNone;
+  throw UsageError("--progress takes \"json\" or \"none\"");
+}
+
+std::unique_ptr<scan::Store> openLibrary(Context& context, const Options& options) {
+  const std::string file = libraryFile(options.library);
+  const scan::Version version = documentVersion();
+  if (!options.waits)
+    return std::make_unique<scan::Store>(file, version, scan::Store::Access::kWrite);
+  bool hasSaidSo = false;
+  return std::make_unique<scan::Store>(file, version, [&] {
+    if (!std::exchange(hasSaidSo, true)) context.note(file, "waiting until it is no longer in use");
+    return !Interruption::hasCome();
+  });
+}
+
+scan::ScanOptions scanOptions(const Options& options) {
+  scan::ScanOptions scan;
+  for (const std::string& root : options.roots) scan.targets.push_back({.root = root});
+  scan.selection = mediaSelection(options.excluded, options.byContent);
+  scan.jobs = static_cast<std::size_t>(options.jobs);
+  scan.processors = std::max(1U, std::thread::hardware_concurrency());
+  scan.isRetry = options.isRetry;
+  scan.countsAhead = options.progress != "none";
+  return scan;
+}
+
+void run(Context& context, const Options& options) {
+  const ScanReport::Form form = progressForm(options.progress);
+  if (options.roots.empty()) throw UsageError("ROOT is required");
+  const Interruption interruption;
+  ScanReport report(context, form);
+  scan::ScanSummary summary;
+  try {
+    const auto store = openLibrary(context, options);
+    scan::Supervisor supervisor(
+        *store, fileProber(options.byContent), scanOptions(options),
+        {.isStopWanted = Interruption::hasCome,
+         .cancelProbes = killChildren,
+         .progress = [&](const scan::ScanProgress& progress) { report.progress(progress); },
+         .problem = [&](const std::string& path,
+                        const std::string& text) { report.problem(path, text); }});
+    summary = supervisor.run();
+    report.summary(summary, store->file());
+  } catch (const scan::StoreError& error) {
+    Interruption::check();
+    return context.fail(error.what());
+  }
+  Interruption::check();
+  const bool hasFailed = summary.failed != 0 || summary.problems != 0 || summary.skipped != 0;
+  // What hangs in the kernel may use anything until the process is gone.
+  if (summary.threadsLeftBehind != 0) _exit(hasFailed ? 1 : 0);
+  if (hasFailed) context.setFailed();
+}
+
+}  // namespace
+
+Action defineScan(Syntax& syntax) {
+  auto options = std::make_shared<Options>();
+  syntax.operands({"ROOT", Offer::kFiles}, options->roots, "Folders of media");
+  addLibraryOption(syntax, options->library);
+  syntax.option("--jobs", {"N"}, options->jobs, {1, kMostJobs},
+                "Files that are read at a time; else as the storage suggests");
+  addExcludeOption(syntax, options->excluded);
+  syntax.flag("--all", options->byContent, "Decides by the files' content, not by their names");
+  syntax.flag("--retry", options->isRetry, "Also tries files again that failed before");
+  syntax.flag("--wait", options->waits, "Waits while another scan uses the library");
+  syntax.option("--progress", {"FORM", Offer::kWords, progressForms}, options->progress,
+                "\"json\": one line per second for programs; \"none\"");
+  syntax.help(
+      "Describes the media in folders, as \"kolum probe\" does, and keeps what it finds in a\n"
+      "library. The next scan only reads what is new or has changed. It may be stopped, or\n"
+      "killed, at any time, and then goes on where it was.\n"
+      "Symbolic links are not followed.\n"
+      "\nExamples:\n"
+      "  kolum scan /share\n"
+      "  kolum scan --exclude Trailers --library media.db Movies Music\n"
+      "  kolum scan --progress json /share | jq .progress");
+  return [options](Context& context) { run(context, *options); };
+}
+
+}  // namespace kolum::tool
