@@ -76,7 +76,8 @@ Outcome failure(Outcome::Kind kind, const char* code, const char* text) {
   return outcome;
 }
 
-Outcome probed(const Job& job, const Prober& prober) {
+Outcome probed(const Job& job, const Prober& prober, OpenFiles& openFiles) {
+  const OpenFiles::Note note(openFiles, job.file.full());
   try {
     return prober(job);
   } catch (const std::bad_alloc&) {
@@ -86,7 +87,7 @@ Outcome probed(const Job& job, const Prober& prober) {
   }
 }
 
-void look(TaskResult& result, const Prober& prober) {
+void look(TaskResult& result, const Prober& prober, OpenFiles& openFiles) {
   const Task& task = result.task;
   for (std::size_t i = 0; i < task.formerNames.size(); ++i) {
     if (exists(task.formerNames[i].path())) continue;
@@ -94,7 +95,7 @@ void look(TaskResult& result, const Prober& prober) {
     return;
   }
   if (task.origin == Origin::kSuspect) lookForSuspect(result);
-  if (!result.isMissing) result.outcome = probed(task.job, prober);
+  if (!result.isMissing) result.outcome = probed(task.job, prober, openFiles);
 }
 
 }  // namespace
@@ -106,7 +107,7 @@ void readRoot(const Job& job) {
   closedir(folder);
 }
 
-TaskResult carryOut(Task&& task, const Prober& prober) noexcept {
+TaskResult carryOut(Task&& task, const Prober& prober, OpenFiles& openFiles) noexcept {
   const auto begin = std::chrono::steady_clock::now();
   const std::chrono::nanoseconds busyBefore = processorTime();
   TaskResult result;
@@ -115,7 +116,7 @@ TaskResult carryOut(Task&& task, const Prober& prober) noexcept {
     if (result.task.kind == Task::Kind::kCheck) {
       check(result);
     } else {
-      look(result, prober);
+      look(result, prober, openFiles);
     }
   } catch (...) {
     result.missing.clear();

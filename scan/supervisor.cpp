@@ -11,7 +11,9 @@
 #include "scan/comparison.h"
 #include "scan/dispatcher.h"
 #include "scan/lanes.h"
+#include "scan/open_files.h"
 #include "scan/reading.h"
+#include "scan/takeover.h"
 #include "scan/tally.h"
 
 namespace kolum::scan {
@@ -51,16 +53,18 @@ class Supervisor::Impl {
         options_(std::move(options)),
         hooks_(std::move(hooks)),
         storage_(options_.storage ? options_.storage : std::make_shared<const Storage>()),
-        lanes_(
-            [prober = std::move(prober)](Task&& task) { return carryOut(std::move(task), prober); },
-            options_.askDevice ? options_.askDevice : readRoot,
-            {options_.processors, options_.jobs}, bell_),
+        interrupted_(takeOver(store_)),
+        openFiles_(std::make_shared<OpenFiles>(store_.file())),
+        lanes_([prober = std::move(prober), openFiles = openFiles_](
+                   Task&& task) { return carryOut(std::move(task), prober, *openFiles); },
+               options_.askDevice ? options_.askDevice : readRoot,
+               {options_.processors, options_.jobs}, bell_),
         dispatcher_(store_, lanes_),
         targets_(options_.targets.size()) {}
 
   ScanSummary run() {
     findsMoves_ = store_.counts().files() > 0;
-    for (const Mark& mark : store_.takeOverMarks()) noteInterrupted(mark);
+    for (const Mark& mark : interrupted_) noteInterrupted(mark);
     walkers_.emplace(options_.targets, storage_,
                      Walkers::Options{options_.selection, options_.countsAhead, {}}, bell_);
     while (phase_ != Phase::kDone) {
@@ -146,8 +150,7 @@ class Supervisor::Impl {
     if (!mark.isAlone) return;
     tally_.countQuarantined();
     report(mark.path.full(),
-           "ended the scan twice, the second time while it was read alone: in "
-           "quarantine until it changes");
+           "in quarantine until it changes: the scan was killed whenever it was open, even alone");
   }
 
   // ---- Walking ----
@@ -527,6 +530,8 @@ class Supervisor::Impl {
   const ScanHooks hooks_;
   const std::shared_ptr<const Storage> storage_;
   const std::shared_ptr<Bell> bell_ = std::make_shared<Bell>();
+  const std::vector<Mark> interrupted_;
+  const std::shared_ptr<OpenFiles> openFiles_;
   Lanes lanes_;
   Dispatcher dispatcher_;
   std::optional<Walkers> walkers_;
