@@ -93,14 +93,15 @@ std::vector<std::string> describedFiles(const std::string& library) {
 }
 
 TEST(KilledScan, LosesNothingThatWasKnownAndEndsAsAnUndisturbedOne) {
+  constexpr int kFiles = 1500;
   const TempDir media;
   const TempDir libraries;
-  for (int i = 0; i < 400; ++i)
-    media.write(std::to_string(i % 7) + "/" + std::to_string(i), std::string(i, 'x'));
+  for (int i = 0; i < kFiles; ++i)
+    media.write(std::to_string(i % 17) + "/" + std::to_string(i), std::string(i, 'x'));
   FakeProber prober;
-  for (int i = 0; i < 400; i += 10)
+  for (int i = 0; i < kFiles; i += 10)
     prober.answer(std::to_string(i), Outcome::Kind::kFailure, "not-media");
-  for (int i = 1; i < 400; i += 4)
+  for (int i = 1; i < kFiles; i += 2)
     prober.answer(std::to_string(i), [](const scan::Job& job) {
       std::this_thread::sleep_for(1ms);
       return described(job);
@@ -112,8 +113,8 @@ TEST(KilledScan, LosesNothingThatWasKnownAndEndsAsAnUndisturbedOne) {
   std::vector<std::string> before;
   int kills = 0;
   bool hasEnded = false;
-  while (!hasEnded && kills < 300) {
-    const auto time = std::chrono::microseconds(1000 + random() % 60000);
+  while (!hasEnded && kills < 100) {
+    const auto time = std::chrono::microseconds(2000 + random() % 300000);
     hasEnded = runKilledAfter(time, [&] { scanWith(library, scanOf({media.folder()}), prober); });
     ++kills;
     if (fs::exists(library)) expectSound(library);
@@ -122,7 +123,7 @@ TEST(KilledScan, LosesNothingThatWasKnownAndEndsAsAnUndisturbedOne) {
     before = now;
   }
   EXPECT_TRUE(hasEnded);
-  EXPECT_GT(kills, 3);
+  EXPECT_GT(kills, 2);
   // The last one may have ended between its result and a summary: this changes nothing.
   scanWith(library, scanOf({media.folder()}), prober);
   EXPECT_EQ(contentOfLibrary(library, kVersion),
