@@ -115,6 +115,8 @@ TEST_F(Library, ListsWhatIsNewOrChanged) {
   EXPECT_EQ(lines[1], (json{{"file", "m/c.mkv"}, {"change", "new"}}));
   EXPECT_EQ(library({"stale", "m/c.mkv", "m/b.mkv"}).out, "m/c.mkv\n");
   EXPECT_EQ(library({"stale", "--exclude", "c*", "m/"}).out, "m/a.mkv\n");
+  folder_.write("m/d.txt", "text");
+  EXPECT_EQ(library({"stale", "--all", "m"}).out, "m/a.mkv\nm/c.mkv\nm/d.txt\n");
 }
 
 // "library add" makes it at the other end of the pipe.
@@ -251,12 +253,11 @@ TEST_F(Library, ListsProblems) {
       "\n" +
       lineFor("b.mkv"));
   const Outcome text = library({"problems"});
-  EXPECT_THAT(
-      text.out,
-      AllOf(StartsWith(folder_.path("a.mkv") + "\n  State        failed\n"),
-            HasSubstr("  Reason       not a media file (not-media)\n"),
-            HasSubstr("  Tried again  when it changes, or after \"kolum library forget\"\n"),
-            Not(HasSubstr("b.mkv"))));
+  EXPECT_THAT(text.out,
+              AllOf(StartsWith(folder_.path("a.mkv") + "\n  State        failed\n"),
+                    HasSubstr("  Reason       not a media file (not-media)\n"),
+                    HasSubstr("  Tried again  when it changes, or by \"kolum scan --retry\"\n"),
+                    Not(HasSubstr("b.mkv"))));
   const Outcome lines = library({"problems", "--json"});
   expectFitsSchema("library", lines);
   EXPECT_EQ(lines.json()[0]["error"]["code"], "not-media");

@@ -17,14 +17,8 @@ struct Options {
 
 // How the file gets another try, in words.
 std::string retryText(scan::State state) {
-  switch (state) {
-    case scan::State::kSuspect:
-      return "the next scan tries it once more, alone";
-    case scan::State::kQuarantined:
-      return "when it changes, or by \"kolum scan --retry\"";
-    default:
-      return "when it changes, or after \"kolum library forget\"";
-  }
+  return state == scan::State::kSuspect ? "by the next scan, alone"
+                                        : "when it changes, or by \"kolum scan --retry\"";
 }
 
 void print(Context& context, const scan::FoundFile& file) {

@@ -26,6 +26,7 @@ struct Options {
   std::string library;
   std::vector<std::string> roots;
   std::vector<std::string> excluded;
+  bool byContent = false;
   bool isNulSeparated = false;
 };
 
@@ -46,7 +47,7 @@ class Staleness {
   Staleness(Context& context, const Options& options)
       : context_(context),
         store_(knownFiles(options.library)),
-        selection_(mediaSelection(options.excluded, false)),
+        selection_(mediaSelection(options.excluded, options.byContent)),
         names_(context, options.isNulSeparated) {}
 
   void root(const std::string& given) {
@@ -132,6 +133,7 @@ void run(Context& context, const Options& options) {
 Action defineLibraryStale(Syntax& syntax) {
   auto options = std::make_shared<Options>();
   syntax.operands({"ROOT", Offer::kFiles}, options->roots, "Folders to walk, or files");
+  syntax.flag("--all", options->byContent, "Lists files with any name, for \"kolum probe --all\"");
   addExcludeOption(syntax, options->excluded);
   addNullFlag(syntax, options->isNulSeparated);
   addLibraryOption(syntax, options->library);
