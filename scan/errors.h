@@ -11,7 +11,8 @@ namespace kolum::scan {
 class StoreError : public std::runtime_error {
  public:
   enum class Kind {
-    kCannotOpen,     // missing, or its folder is
+    kMissing,        // there is none yet, or one that another process is just making
+    kCannotOpen,     // its folder is missing, or it is no file
     kInUse,          // another scan, or another writer, has it
     kDiskFull,       // also quotas; what was committed is safe
     kReadOnly,       // the file, its folder or the disk

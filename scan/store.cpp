@@ -65,15 +65,16 @@ void requirePresent(Database& database) {
                                          ": made by an earlier kolum; the next \"kolum scan\" or "
                                          "\"kolum library add\" brings it up to date");
     case Content::kNothing:
-      throw StoreError(Kind::kCannotOpen, database.file() + ": empty, nothing was scanned yet");
+      throw StoreError(Kind::kMissing, database.file() + ": empty, nothing was scanned yet");
   }
 }
 
+void requireFile(const std::string& file) {
+  if (access(file.c_str(), F_OK) == 0 || (errno != ENOENT && errno != ENOTDIR)) return;
+  throw StoreError(Kind::kMissing, file + ": there is no library yet; \"kolum scan\" makes it");
+}
+
 std::unique_ptr<Database> openForReading(const std::string& file) {
-  if (access(file.c_str(), F_OK) != 0) {
-    throw StoreError(Kind::kCannotOpen,
-                     file + ": there is no library yet; \"kolum scan\" makes it");
-  }
   try {
     auto database = std::make_unique<Database>(file, Database::Mode::kRead);
     requirePresent(*database);
@@ -109,6 +110,7 @@ std::unique_ptr<Database> openForWriting(const std::string& file) {
 
 Store::Store(const std::string& file, const Version& version, Access access) : version_(version) {
   if (access == Access::kRead) {
+    requireFile(file);
     file_ = resolved(file);
     database_ = openForReading(file_);
   } else {

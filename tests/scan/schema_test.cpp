@@ -42,6 +42,12 @@ TEST_F(SchemaTest, MigratesAnEmptyDatabase) {
   EXPECT_EQ(askOne(file_, "SELECT count(*) FROM songs"), "1");
 }
 
+TEST_F(SchemaTest, TakesAnEmptyFileForALibraryInTheMaking) {
+  folder_.write("library.db", "");
+  refused(Kind::kMissing, kRead);
+  EXPECT_EQ(contentOf(file_), "");
+}
+
 TEST_F(SchemaTest, MigratesStepByStep) {
   make();
   const char* const steps[] = {scan::migrations()[0], "ALTER TABLE folder ADD COLUMN two INTEGER",

@@ -403,7 +403,7 @@ TEST_F(StoreTest, DoesNotPassItsLockToPrograms) {
 }
 
 TEST_F(StoreTest, IsThereOnceItIsOpenedForWriting) {
-  const std::string text = failure(StoreError::Kind::kCannotOpen, [&] {
+  const std::string text = failure(StoreError::Kind::kMissing, [&] {
     std::filesystem::create_directories(folder_.path("deep"));
     Store(file_, kToday, kRead);
   });

@@ -51,4 +51,12 @@ fits geocode 48.8584 2.2945
 fits notify post
 fits notify clear
 fits doctor
+library=$folder/library.db
+"$kolum" probe --json "$samples" "$folder" 2>/dev/null | "$kolum" library add --json --library "$library" >"$folder/added" ||
+  [ $? -eq 1 ]
+"$source/tests/tool/validate.py" "$source/docs/kolum.schema.json" library <"$folder/added"
+fits library export --library "$library"
+fits library problems --library "$library"
+fits library status --library "$library"
+fits library stale "$samples" "$folder" --library "$folder/other.db"
 exit $((failures > 0))

@@ -11,6 +11,7 @@ namespace kolum::tool {
 #define KOLUM_COMMANDS(ENTRY)                                                 \
   ENTRY("probe", "What is in media files", defineProbe)                       \
   ENTRY("scan", "Keeps what is in folders of media in a library", defineScan) \
+  ENTRY("library", "What scans found, and its database", defineLibrary)       \
   ENTRY("info", "The streams of a file, for players", defineInfo)             \
   ENTRY("keyframe", "The key frame to start from", defineKeyframe)            \
   ENTRY("tracks", "Track counts, rotation and protection", defineTracks)      \

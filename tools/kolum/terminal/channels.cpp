@@ -137,6 +137,10 @@ bool Channels::mayColourResults() const {
   return understandsControls(results_) && (noColour == nullptr || *noColour == '\0');
 }
 
+bool Channels::areResultsShown() const {
+  return !areResultsElsewhere_;
+}
+
 std::string Channels::capture(const std::function<void()>& work) const {
   const int memory = memfd_create("kolum-output", MFD_CLOEXEC);
   if (memory < 0) throw OutputError(std::strerror(errno), false);

@@ -45,6 +45,8 @@ class Channels {
   void showProgress(std::string_view text, bool amongResults = true) const;
   // Whether people read the results as they come and may see colours.
   bool mayColourResults() const;
+  // Whether results go to a terminal, where names must not play tricks.
+  bool areResultsShown() const;
   // The original standard input, -1 if it was closed.
   int input() const { return input_; }
 

@@ -2,9 +2,11 @@
 
 #include <poll.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <csignal>
 #include <cstddef>
+#include <ctime>
 
 namespace kolum::tool {
 
@@ -39,21 +41,25 @@ bool Interruption::hasCome() {
   return g_signal != 0;
 }
 
-void waitForInput(int descriptor) {
+bool waitForInput(int descriptor, std::optional<std::chrono::milliseconds> limit) {
   // Blocked until ppoll() waits, so that no signal is lost between the check and the wait.
   sigset_t blocked;
   sigset_t before;
   sigemptyset(&blocked);
   for (const int signal : kSignals) sigaddset(&blocked, signal);
   pthread_sigmask(SIG_BLOCK, &blocked, &before);
+  const auto milliseconds = std::max(limit.value_or(std::chrono::milliseconds(0)).count(),
+                                     std::chrono::milliseconds::rep{0});
+  const timespec time = {milliseconds / 1000, milliseconds % 1000 * 1000000};
   pollfd input = {descriptor, POLLIN, 0};
-  int ready = 0;
-  while (ready <= 0 && g_signal == 0) {
-    ready = ppoll(&input, 1, nullptr, &before);
+  int ready = -1;
+  while (ready < 0 && g_signal == 0) {
+    ready = ppoll(&input, 1, limit ? &time : nullptr, &before);
     if (ready < 0 && errno != EINTR) break;
   }
   pthread_sigmask(SIG_SETMASK, &before, nullptr);
   Interruption::check();
+  return ready != 0;
 }
 
 }  // namespace kolum::tool

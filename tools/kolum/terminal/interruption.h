@@ -6,6 +6,8 @@
 #include <signal.h>
 
 #include <array>
+#include <chrono>
+#include <optional>
 
 namespace kolum::tool {
 
@@ -31,9 +33,9 @@ class Interruption {
   std::array<struct sigaction, 2> before_ = {};
 };
 
-// Waits until DESCRIPTOR is readable or at its end. Throws Interrupted on a signal that an
-// Interruption handles.
-void waitForInput(int descriptor);
+// Waits until DESCRIPTOR is readable or at its end; false if that takes longer than LIMIT (if there
+// is one). Throws Interrupted on a signal that an Interruption handles.
+bool waitForInput(int descriptor, std::optional<std::chrono::milliseconds> limit = std::nullopt);
 
 }  // namespace kolum::tool
 

@@ -98,6 +98,10 @@ void Result::data(const std::string& key, const std::vector<Result>& objects) {
   (*json_)[key] = std::move(array);
 }
 
+void Result::data(const Json& object) {
+  json_->update(object);
+}
+
 void Result::known(const std::string& key, std::uint64_t value) {
   if (value != 0) data(key, value);
 }

@@ -68,6 +68,8 @@ class Result {
       put(key, std::uint64_t{number});
     }
   }
+  // All keys of a JSON object.
+  void data(const nlohmann::ordered_json& object);
   // A number, unless it is 0, which means unknown.
   void known(const std::string& key, std::uint64_t value);
   void show(std::string label, std::string text);

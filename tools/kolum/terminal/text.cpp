@@ -4,6 +4,7 @@
 #include <wchar.h>
 
 #include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <ctime>
 
@@ -105,6 +106,24 @@ std::string percentEncoded(std::string_view bytes) {
     } else {
       out += formatted("%%%02X", static_cast<unsigned char>(c));
     }
+  }
+  return out;
+}
+
+std::optional<std::string> percentDecoded(std::string_view text) {
+  std::string out;
+  while (!text.empty()) {
+    std::size_t length = 1;
+    unsigned char byte = static_cast<unsigned char>(text[0]);
+    if (text[0] == '%') {
+      constexpr int kHexadecimal = 16;
+      length = 3;
+      const char* end = text.data() + std::min(text.size(), length);
+      const auto [stop, error] = std::from_chars(text.data() + 1, end, byte, kHexadecimal);
+      if (error != std::errc() || stop != text.data() + length) return std::nullopt;
+    }
+    out += static_cast<char>(byte);
+    text.remove_prefix(length);
   }
   return out;
 }

@@ -3,6 +3,7 @@
 #define KOLUM_TOOL_TERMINAL_TEXT_H
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -28,6 +29,8 @@ struct Sound {
 
 // BYTES with everything but letters, digits and "-._~/" written as %FF.
 std::string percentEncoded(std::string_view bytes);
+// The bytes that it stands for; empty if a "%" is not followed by two digits.
+std::optional<std::string> percentDecoded(std::string_view text);
 
 std::string durationText(std::int64_t seconds);        // "1 h 2 min 5 s"
 std::string bitRateText(std::uint64_t bitsPerSecond);  // "1.25 Mbit/s"
