@@ -40,6 +40,16 @@ TEST(Doctor, ReportsTheVersionsOfLinkedLibraries) {
   }
 }
 
+TEST(Doctor, ShowsTheProtectionsOfWorkers) {
+  const auto found = findings();
+  for (const char* name :
+       {"Landlock", "seccomp", "no privileges", "no new privileges", "limits", "not dumpable"}) {
+    ASSERT_TRUE(found.contains(name)) << name;
+    EXPECT_EQ(found.at(name)["group"], "isolation") << name;
+  }
+  EXPECT_EQ(found.at("no new privileges")["state"], "active");
+}
+
 TEST(Doctor, FindsTheToolsOfTheBuildTree) {
   const auto found = findings();
   for (const char* name : {"ffmpeg or convert", "dsf2flac", "osm_info", "setcfg"}) {

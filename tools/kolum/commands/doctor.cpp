@@ -14,6 +14,7 @@
 #include "base/appliance.h"
 #include "machine/mounting.h"
 #include "machine/programs.h"
+#include "machine/protections.h"
 #include "terminal/command.h"
 #include "terminal/context.h"
 #include "terminal/syntax.h"
@@ -29,6 +30,7 @@ struct Group {
 };
 
 constexpr Group kHere = {"here", "Needed on every machine"};
+constexpr Group kIsolation = {"isolation", "Protections of the workers that read files"};
 constexpr Group kAppliance = {"appliance", "Needed on an appliance, and for disc images"};
 
 // A thing to find: where it is or in which version, and what it is for.
@@ -110,6 +112,12 @@ void findKernelFeatures(std::vector<Finding>& findings) {
   findings.push_back({&kAppliance, "kernel", "named semaphores", semaphores(), "notifications"});
 }
 
+void findProtections(std::vector<Finding>& findings) {
+  for (const Protection& protection : protections())
+    findings.push_back(
+        {&kIsolation, "protection", protection.name, protection.state, protection.purpose});
+}
+
 void findConfiguration(std::vector<Finding>& findings) {
   std::string dir;
   KoUtil_GetDataDir(dir);
@@ -174,6 +182,7 @@ std::vector<Finding> examine() {
   std::vector<Finding> findings;
   findLibraries(findings);
   findPrograms(findings);
+  findProtections(findings);
   findFixedPrograms(findings);
   findKernelFeatures(findings);
   findConfiguration(findings);
@@ -205,10 +214,12 @@ void print(Context& context, const Finding& finding) {
 Action defineDoctor(Syntax& syntax) {
   syntax.help(
       "Reports which libraries, external programs, features of the kernel and configuration files\n"
-      "there are, and what each is needed for, in two groups: what kolum needs on every machine, "
-      "and\n"
-      "what the library needs on an appliance or to open disc images. The exit status is 1 when\n"
-      "something of the first group is missing.\n"
+      "there are, and what each is needed for, in three groups: what kolum needs on every "
+      "machine,\n"
+      "the protections of the processes that read files, and what the library needs on an\n"
+      "appliance or to open disc images. The exit status is 1 when something of the first group "
+      "is\n"
+      "missing.\n"
       "\nExample:\n  kolum doctor");
   return [](Context& context) {
     const Group* group = nullptr;

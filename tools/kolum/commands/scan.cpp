@@ -16,6 +16,7 @@
 #include "files/selection.h"
 #include "isolation/isolation.h"
 #include "machine/children.h"
+#include "machine/protections.h"
 #include "scan/store.h"
 #include "scan/supervisor.h"
 #include "terminal/command.h"
@@ -124,7 +125,7 @@ void run(Context& context, const Options& options) {
          .problem = [&](const std::string& path,
                         const std::string& text) { report.problem(path, text); }});
     summary = supervisor.run();
-    report.summary(summary, store->file());
+    report.summary(summary, store->file(), protectionsText());
   } catch (const scan::StoreError& error) {
     Interruption::check();
     return context.fail(error.what());

@@ -197,13 +197,15 @@ void ScanReport::problem(const std::string& path, const std::string& text) {
   context_.note(path, text);
 }
 
-void ScanReport::summary(const ScanSummary& summary, const std::string& library) {
+void ScanReport::summary(const ScanSummary& summary, const std::string& library,
+                         const std::string& protections) {
   context_.channels.showProgress("", false);
   Result object = Result::titled(summary.isStopped ? "Stopped" : "Scanned");
   addCounts(object, summary);
   addReasons(object, summary);
   addTimes(object, summary);
   object.data("stopped", summary.isStopped);
+  object.text("protections", "Protections", protections);
   object.text("library", "Library", library);
   if (!isJson()) return context_.printer.block(object);
   Result result;

@@ -21,7 +21,8 @@ class ScanReport {
 
   void progress(const scan::ScanProgress& progress);
   void problem(const std::string& path, const std::string& text);
-  void summary(const scan::ScanSummary& summary, const std::string& library);
+  void summary(const scan::ScanSummary& summary, const std::string& library,
+               const std::string& protections);
 
  private:
   bool isJson() const;
