@@ -15,7 +15,6 @@ namespace kolum::scan {
 namespace {
 
 constexpr std::size_t kManyResults = 256;
-constexpr int kHangsOfADeadDevice = 2;
 
 }  // namespace
 
@@ -30,6 +29,8 @@ struct Lanes::Lane {
   Lane(Device itsDevice, std::size_t most)
       : device(std::move(itsDevice)), mostThreads(most), pace(most) {}
 
+  std::size_t unfinished() const { return tasks.size() + running.size() + hung.size(); }
+
   Device device;
   std::size_t mostThreads;
   Pace pace;
@@ -38,8 +39,12 @@ struct Lanes::Lane {
   std::size_t threads = 0;  // those that were not left behind
   Clock::time_point pausedUntil;
   std::uint64_t finished = 0;
-  int hangs = 0;  // since a task was finished
   bool isHealthy = true;
+
+  // Until the device has answered a question.
+  std::vector<Task> hung;
+  std::optional<Clock::time_point> askedAt;
+  bool hasAnswered = false;
 };
 
 struct Lanes::State {
@@ -47,6 +52,7 @@ struct Lanes::State {
   std::condition_variable tasksCame;
   std::shared_ptr<Bell> bell;
   Work work;
+  Question question;
   Crew crew;
   std::size_t mostRunning = 0;  // of all lanes; 0: any number
   std::size_t running = 0;
@@ -66,9 +72,10 @@ struct Lanes::State {
   }
 };
 
-Lanes::Lanes(Work work, Limits limits, std::shared_ptr<Bell> bell)
+Lanes::Lanes(Work work, Question question, Limits limits, std::shared_ptr<Bell> bell)
     : state_(std::make_shared<State>()), limits_(limits) {
   state_->work = std::move(work);
+  state_->question = std::move(question);
   state_->bell = std::move(bell);
   state_->mostRunning = limits.jobs;
 }
@@ -146,7 +153,6 @@ void Lanes::runThread(const std::shared_ptr<State>& state, std::size_t number) {
     lane.running.remove(running);
     --state->running;
     ++lane.finished;
-    lane.hangs = 0;
     lane.pace.finished(result.waiting, result.outcome.bytesRead);
     lane.pausedUntil = Clock::now() + lane.pace.pause();
     state->results.push_back(std::move(result));
@@ -163,13 +169,13 @@ std::size_t Lanes::waiting(std::size_t lane) const {
 
 std::size_t Lanes::unfinished(std::size_t lane) const {
   const std::lock_guard lock(state_->mutex);
-  return state_->lanes[lane].tasks.size() + state_->lanes[lane].running.size();
+  return state_->lanes[lane].unfinished();
 }
 
 std::size_t Lanes::unfinished() const {
   const std::lock_guard lock(state_->mutex);
   std::size_t count = state_->results.size();
-  for (const Lane& lane : state_->lanes) count += lane.tasks.size() + lane.running.size();
+  for (const Lane& lane : state_->lanes) count += lane.unfinished();
   return count;
 }
 
@@ -183,10 +189,22 @@ std::vector<TaskResult> Lanes::takeResults() {
   return std::exchange(state_->results, {});
 }
 
-std::vector<HungTask> Lanes::takeHung(Clock::duration limit) {
+// In a thread of its own, with one of the tasks that hang.
+void Lanes::ask(std::size_t number) {
+  Lane& lane = state_->lanes[number];
+  lane.askedAt = Clock::now();
+  lane.hasAnswered = false;
+  state_->crew.start([state = state_, number, job = lane.hung.front().job] {
+    state->question(job);
+    const std::lock_guard lock(state->mutex);
+    state->lanes[number].hasAnswered = true;
+  });
+}
+
+std::vector<HungTask> Lanes::takeHung(Clock::duration limit, Clock::duration answerLimit) {
   const std::lock_guard lock(state_->mutex);
   const Clock::time_point now = Clock::now();
-  std::vector<HungTask> hung;
+  std::vector<HungTask> taken;
   for (std::size_t i = 0; i < state_->lanes.size(); ++i) {
     Lane& lane = state_->lanes[i];
     for (auto at = lane.running.begin(); at != lane.running.end();) {
@@ -199,12 +217,18 @@ std::vector<HungTask> Lanes::takeHung(Clock::duration limit) {
       running->isLeft = true;
       --state_->running;
       --lane.threads;
-      if (++lane.hangs >= kHangsOfADeadDevice) lane.isHealthy = false;
-      hung.push_back({std::move(running->task), i});
+      lane.hung.push_back(std::move(running->task));
     }
+    if (lane.hung.empty()) continue;
+    if (!lane.askedAt) ask(i);
+    if (!lane.hasAnswered && now - *lane.askedAt < answerLimit) continue;
+    if (!lane.hasAnswered) lane.isHealthy = false;
+    for (Task& task : lane.hung) taken.push_back({std::move(task), !lane.isHealthy});
+    lane.hung.clear();
+    if (lane.isHealthy) lane.askedAt.reset();
     startThreads(i);  // in the place of those that were left behind
   }
-  return hung;
+  return taken;
 }
 
 bool Lanes::isHealthy(std::size_t lane) const {

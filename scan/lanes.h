@@ -49,7 +49,7 @@ struct TaskResult {
 // A task that has taken too long. Its thread was left behind.
 struct HungTask {
   Task task;
-  std::size_t lane = 0;
+  bool isDeviceDead = false;  // it is not the file's fault
 };
 
 class Lanes {
@@ -57,6 +57,9 @@ class Lanes {
   using Clock = std::chrono::steady_clock;
   // Runs in many threads at once, and must own what it uses; must not throw.
   using Work = std::function<TaskResult(Task&&)>;
+
+  // Does something that the device of a job has to answer, and returns then. May hang.
+  using Question = std::function<void(const Job&)>;
 
   struct Limits {
     std::size_t processors = 1;
@@ -69,7 +72,7 @@ class Lanes {
   };
 
   // BELL rings when there are many results, or some and a lane that runs out of tasks.
-  Lanes(Work work, Limits limits, std::shared_ptr<Bell> bell);
+  Lanes(Work work, Question question, Limits limits, std::shared_ptr<Bell> bell);
   // Threads that do not end by themselves are left behind.
   ~Lanes();
   Lanes(const Lanes&) = delete;
@@ -90,9 +93,10 @@ class Lanes {
 
   std::vector<TaskResult> takeResults();
 
-  // Takes away what has run longer than that. If two tasks of a lane did so, and none was finished
-  // between them, the lane is unhealthy.
-  std::vector<HungTask> takeHung(Clock::duration limit);
+  // Takes away what has run longer than LIMIT, once it is known whether the file or its device is
+  // to blame: a device that does not answer a question within ANSWERLIMIT is unhealthy from then
+  // on.
+  std::vector<HungTask> takeHung(Clock::duration limit, Clock::duration answerLimit);
   bool isHealthy(std::size_t lane) const;
   void giveUp(std::size_t lane);
   std::string mountOf(std::size_t lane) const;
@@ -110,6 +114,7 @@ class Lanes {
   struct State;
   static void runThread(const std::shared_ptr<State>& state, std::size_t lane);
   void startThreads(std::size_t lane);
+  void ask(std::size_t lane);
 
   std::shared_ptr<State> state_;
   Limits limits_;

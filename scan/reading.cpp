@@ -1,5 +1,6 @@
 #include "scan/reading.h"
 
+#include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
 
@@ -75,7 +76,8 @@ Outcome failure(Outcome::Kind kind, const char* code, const char* text) {
   return outcome;
 }
 
-Outcome probed(const Job& job, const Prober& prober) {
+Outcome probed(const Job& job, const Prober& prober, OpenFiles& openFiles) {
+  const OpenFiles::Note note(openFiles, job.file.full());
   try {
     return prober(job);
   } catch (const std::bad_alloc&) {
@@ -85,7 +87,7 @@ Outcome probed(const Job& job, const Prober& prober) {
   }
 }
 
-void look(TaskResult& result, const Prober& prober) {
+void look(TaskResult& result, const Prober& prober, OpenFiles& openFiles) {
   const Task& task = result.task;
   for (std::size_t i = 0; i < task.formerNames.size(); ++i) {
     if (exists(task.formerNames[i].path())) continue;
@@ -93,12 +95,19 @@ void look(TaskResult& result, const Prober& prober) {
     return;
   }
   if (task.origin == Origin::kSuspect) lookForSuspect(result);
-  if (!result.isMissing) result.outcome = probed(task.job, prober);
+  if (!result.isMissing) result.outcome = probed(task.job, prober, openFiles);
 }
 
 }  // namespace
 
-TaskResult carryOut(Task&& task, const Prober& prober) noexcept {
+void readRoot(const Job& job) {
+  DIR* folder = opendir(job.root().c_str());
+  if (folder == nullptr) return;
+  readdir(folder);
+  closedir(folder);
+}
+
+TaskResult carryOut(Task&& task, const Prober& prober, OpenFiles& openFiles) noexcept {
   const auto begin = std::chrono::steady_clock::now();
   const std::chrono::nanoseconds busyBefore = processorTime();
   TaskResult result;
@@ -107,7 +116,7 @@ TaskResult carryOut(Task&& task, const Prober& prober) noexcept {
     if (result.task.kind == Task::Kind::kCheck) {
       check(result);
     } else {
-      look(result, prober);
+      look(result, prober, openFiles);
     }
   } catch (...) {
     result.missing.clear();

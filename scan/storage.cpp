@@ -108,7 +108,10 @@ std::size_t jobsFor(Medium medium, std::size_t processors) {
 
 Storage::Storage(const std::string& mountTable, std::string sysfs) : sysfs_(std::move(sysfs)) {
   std::ifstream table(mountTable);
-  for (std::string line; std::getline(table, line);) mounts_.push_back(parsed(line));
+  for (std::string line; std::getline(table, line);) {
+    mounts_.push_back(parsed(line));
+    mounts_.back().device = describe(mounts_.back());
+  }
 }
 
 // "36 35 98:0 /mnt1 /mnt2 rw,noatime master:1 - ext3 /dev/root rw": between the sixth word and the
@@ -135,7 +138,7 @@ Device Storage::deviceOf(std::string_view path) const {
     if (isAbove && (nearest == nullptr || mount.place.size() >= nearest->place.size()))
       nearest = &mount;
   }
-  return nearest == nullptr ? Device{"unknown", "/", Medium::kFast} : describe(*nearest);
+  return nearest == nullptr ? Device{"unknown", "/", Medium::kFast} : nearest->device;
 }
 
 Device Storage::describe(const Mount& mount) const {

@@ -46,6 +46,7 @@ class Storage {
     std::string number;  // "8:1"
     std::string type;
     std::string source;
+    Device device = {};
   };
 
   static Mount parsed(const std::string& line);

@@ -11,7 +11,9 @@
 #include "scan/comparison.h"
 #include "scan/dispatcher.h"
 #include "scan/lanes.h"
+#include "scan/open_files.h"
 #include "scan/reading.h"
+#include "scan/takeover.h"
 #include "scan/tally.h"
 
 namespace kolum::scan {
@@ -51,15 +53,18 @@ class Supervisor::Impl {
         options_(std::move(options)),
         hooks_(std::move(hooks)),
         storage_(options_.storage ? options_.storage : std::make_shared<const Storage>()),
-        lanes_(
-            [prober = std::move(prober)](Task&& task) { return carryOut(std::move(task), prober); },
-            {options_.processors, options_.jobs}, bell_),
+        interrupted_(takeOver(store_)),
+        openFiles_(std::make_shared<OpenFiles>(store_.file())),
+        lanes_([prober = std::move(prober), openFiles = openFiles_](
+                   Task&& task) { return carryOut(std::move(task), prober, *openFiles); },
+               options_.askDevice ? options_.askDevice : readRoot,
+               {options_.processors, options_.jobs}, bell_),
         dispatcher_(store_, lanes_),
         targets_(options_.targets.size()) {}
 
   ScanSummary run() {
     findsMoves_ = store_.counts().files() > 0;
-    for (const Mark& mark : store_.takeOverMarks()) noteInterrupted(mark);
+    for (const Mark& mark : interrupted_) noteInterrupted(mark);
     walkers_.emplace(options_.targets, storage_,
                      Walkers::Options{options_.selection, options_.countsAhead, {}}, bell_);
     while (phase_ != Phase::kDone) {
@@ -145,8 +150,7 @@ class Supervisor::Impl {
     if (!mark.isAlone) return;
     tally_.countQuarantined();
     report(mark.path.full(),
-           "ended the scan twice, the second time while it was read alone: in "
-           "quarantine until it changes");
+           "in quarantine until it changes: the scan was killed whenever it was open, even alone");
   }
 
   // ---- Walking ----
@@ -226,7 +230,7 @@ class Supervisor::Impl {
   void compare(std::size_t group, TargetState& target, const Piece& piece) {
     const std::string folder = target.comparison->root() + piece.folder;
     if (piece.error != 0) reportProblem(folder, std::strerror(piece.error));
-    const std::size_t lane = laneOf(piece.device, folder);
+    const std::size_t lane = laneOf(folder);
     laneOfGroup_[group] = lane;
     std::uint64_t unchanged = 0;
     target.comparison->add(piece, {.unchanged = [&](const SeenFile&) { ++unchanged; },
@@ -245,10 +249,8 @@ class Supervisor::Impl {
     tally_.countSkipped(1);
   }
 
-  std::size_t laneOf(std::uint64_t device, const std::string& folder) {
-    const auto known = laneOfDevice_.find(device);
-    if (known != laneOfDevice_.end()) return known->second;
-    return laneOfDevice_[device] = lanes_.laneOf(storage_->deviceOf(folder));
+  std::size_t laneOf(const std::string& folder) {
+    return lanes_.laneOf(storage_->deviceOf(folder));
   }
 
   // ---- Results ----
@@ -283,7 +285,7 @@ class Supervisor::Impl {
     // It is looked at as any other file.
     task.formerNames.clear();
     if (isMoved) task.origin = Origin::kChanged;
-    add(laneOf(task.job.identity.device, task.job.file.folder), std::move(task));
+    add(laneOf(task.job.file.folder), std::move(task));
   }
 
   void keep(const TaskResult& result) {
@@ -328,7 +330,8 @@ class Supervisor::Impl {
       for (std::size_t lane = 0; lane < lanes_.size(); ++lane)
         if (lanes_.mountOf(lane) == mount) lanes_.giveUp(lane);
     }
-    for (HungTask& hung : lanes_.takeHung(options_.fileLimit)) noteHung(std::move(hung));
+    for (HungTask& hung : lanes_.takeHung(options_.fileLimit, options_.answerLimit))
+      noteHung(std::move(hung));
     for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dropIfUnhealthy(lane);
   }
 
@@ -336,8 +339,7 @@ class Supervisor::Impl {
     if (hung.task.kind != Task::Kind::kLook) return;
     const Job& job = hung.task.job;
     dispatcher_.write();
-    if (!lanes_.isHealthy(hung.lane)) {
-      // Not the file's fault.
+    if (hung.isDeviceDead) {
       store_.unmark(job.file);
       tally_.countSkipped(hung.task.origin == Origin::kSuspect ? 0 : 1);
       return;
@@ -407,7 +409,7 @@ class Supervisor::Impl {
       if (options_.selection.countsFile(inside, file.name)) task.names.push_back(file.name);
     if (task.names.empty()) return;
     task.job.identity.device = folder.device;
-    const std::size_t lane = laneOf(folder.device, folder.folder);
+    const std::size_t lane = laneOf(folder.folder);
     if (!lanes_.isHealthy(lane)) return;
     std::vector<Task> tasks;
     tasks.push_back(std::move(task));
@@ -460,7 +462,7 @@ class Supervisor::Impl {
     const std::optional<std::size_t> root = rootLengthOf(task.job.file);
     if (!root) return true;
     task.job.rootLength = *root;
-    add(laneOf(suspect.known.identity.device, suspect.folder), std::move(task));
+    add(laneOf(suspect.folder), std::move(task));
     dispatcher_.commit();
     return false;
   }
@@ -528,6 +530,8 @@ class Supervisor::Impl {
   const ScanHooks hooks_;
   const std::shared_ptr<const Storage> storage_;
   const std::shared_ptr<Bell> bell_ = std::make_shared<Bell>();
+  const std::vector<Mark> interrupted_;
+  const std::shared_ptr<OpenFiles> openFiles_;
   Lanes lanes_;
   Dispatcher dispatcher_;
   std::optional<Walkers> walkers_;
@@ -535,7 +539,6 @@ class Supervisor::Impl {
   Phase phase_ = Phase::kFiles;
 
   std::vector<TargetState> targets_;
-  std::unordered_map<std::uint64_t, std::size_t> laneOfDevice_;
   std::unordered_map<std::size_t, std::size_t> laneOfGroup_;
   std::set<std::size_t> unhealthy_;  // lanes that were reported
   bool findsMoves_ = true;

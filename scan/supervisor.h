@@ -34,7 +34,11 @@ struct ScanOptions {
   // What takes longer hangs: its thread is left behind.
   std::chrono::milliseconds folderLimit{30'000};
   std::chrono::milliseconds fileLimit{180'000};
-  std::shared_ptr<const Storage> storage = {};  // null: that of this machine
+  // For what a device has to do to show that it answers.
+  std::chrono::milliseconds answerLimit{10'000};
+  // For tests; null: of this machine, and reading the root's folder.
+  std::shared_ptr<const Storage> storage = {};
+  std::function<void(const Job&)> askDevice = {};
 };
 
 struct ScanProgress {
