@@ -260,6 +260,18 @@ def resource_bars(groups):
                     bar("Speed of two threads relative to one", speed, 1.8, "x", smaller=False)]
 
 
+def isolation_bars(groups):
+    """Wall time that a call takes longer if a worker reads the file."""
+    files = {title(path): path for paths in groups.values() for path in paths}
+    samples = {"GetVideoMetadata1": ["phone-videos/h264-1080p.mp4", "films/h264-1080p.mkv",
+                                     "transport-streams/h264-720p.ts", "small-files/mpeg4.avi"],
+               "GetAudioMetadata": ["songs/vbr.mp3", "small-files/ring.ogg"],
+               "GetPhotoHW": ["photos/camera-12mp.jpg"]}
+    return [bar(f"Isolation of `{entry}` ({name}), beyond a call in the same process",
+                float(output(OVERHEAD, "isolated", 100, entry, files[name])), 60, " µs")
+            for entry, names in samples.items() for name in names]
+
+
 def process_table(groups):
     lines = ["| Group | " + " | ".join(TOOLS) + " |", "|---|" + "--:|" * len(TOOLS)]
     for name, paths in groups.items():
@@ -339,7 +351,7 @@ def write_results(groups, rounds):
     times = main_times(paths, rounds)
     bars = class_bars(times, groups) + call_bars(paths)
     entries, rotation = entry_bars(paths, rounds)
-    bars += entries + resource_bars(groups)
+    bars += entries + resource_bars(groups) + isolation_bars(groups)
     names = small_steps("library|unorderedMap|perfectHash", lambda row: 1e9 / row["items_per_second"])
     boxes = small_steps("brand|boxWalk", lambda row: row["cpu_time"] / 1000)
     bars.append(bar("Classification, four kinds, hot", names["library/1000"], 35, " ns"))

@@ -8,6 +8,8 @@
 //   probe_overhead memory ENTRY FILE           peak growth in KiB, threads left behind
 //   probe_overhead flat COUNT FILE             growth in KiB over COUNT probes
 //   probe_overhead parallel COUNT FILE...      speed of two threads relative to one
+//   probe_overhead isolated COUNT ENTRY FILE   microseconds of wall time that a worker adds to a
+//   call
 extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
@@ -423,6 +425,27 @@ std::vector<Path> pathsFrom(int first, int argc, char** argv) {
   return paths;
 }
 
+void isolate(bool isOn) {
+  if (KoLUM_SetIsolation(isOn ? KOLUM_ISOLATION_ON : KOLUM_ISOLATION_OFF) == 0) return;
+  std::fprintf(problems, "no isolation\n");
+  std::exit(1);
+}
+
+// In turns of some calls each. The first of a turn does what a new worker does only once.
+void isolated(long count, const Entry& entry, const Path& path) {
+  constexpr int kTurns = 10;
+  std::vector<double> taken[2];
+  for (int turn = 0; turn < 2 * kTurns; ++turn) {
+    const bool isIsolated = turn % 2 != 0;
+    isolate(isIsolated);
+    mustSucceed(entry, path);
+    for (long i = 0; i < count; ++i)
+      taken[isIsolated ? 1 : 0].push_back(elapsed([&] { entry.call(path); }) * 1e6);
+  }
+  isolate(false);
+  std::fprintf(results, "%.2f\n", median(taken[1]) - median(taken[0]));
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -441,6 +464,8 @@ int main(int argc, char** argv) {
     flat(numberIn(argv[2]), pathOf(argv[3]));
   } else if (mode == "parallel") {
     parallel(numberIn(argv[2]), pathsFrom(3, argc, argv));
+  } else if (mode == "isolated" && argc > 4) {
+    isolated(numberIn(argv[2]), entryOf(argv[3]), pathOf(argv[4]));
   } else {
     return 2;
   }
