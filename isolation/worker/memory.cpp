@@ -21,6 +21,7 @@ void* noted(void* memory, std::size_t size) {
 #ifndef KOLUM_SANITIZED
 extern "C" {
 
+// NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming): the C library's names
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
@@ -54,6 +55,8 @@ int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
   *memory = found;
   return 0;
 }
+
+// NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
 
 }  // extern "C"
 #endif

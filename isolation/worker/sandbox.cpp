@@ -11,9 +11,11 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <cstdio>
+#include <cstdlib>
 
+#include "base/descriptor.h"
 #include "isolation/message.h"
 
 namespace kolum::isolation {
@@ -89,12 +91,10 @@ bool closeFileSystem() {
 #ifndef KOLUM_SANITIZED
 // Bytes of address space.
 std::size_t usedMemory() {
-  unsigned long pages = 0;
-  std::FILE* const file = std::fopen("/proc/self/statm", "re");
-  if (file == nullptr) return 0;
-  if (std::fscanf(file, "%lu", &pages) != 1) pages = 0;
-  std::fclose(file);
-  return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+  const Descriptor file(open("/proc/self/statm", O_RDONLY | O_CLOEXEC));
+  std::array<char, 64> text = {};
+  if (!file.isOpen() || ::read(file.get(), text.data(), text.size() - 1) <= 0) return 0;
+  return std::strtoul(text.data(), nullptr, 10) * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
 }
 #endif
 

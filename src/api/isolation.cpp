@@ -22,7 +22,7 @@ unsigned int KoLUM_SetIsolation(int mode) {
     if (settings.mode == isolation::Mode::kOff) return 0U;
     std::string why;
     if (isolation::activeLayers(why)) return 0U;
-    KOLUM_LOG(kMediaSource, "no isolation: %s", why.c_str());
+    KOLUM_LOG_AS(kMediaSource, "KoLUM_SetIsolation", "no isolation: %s", why.c_str());
     isolation::configure(before);
     return 1U;
   });

@@ -256,7 +256,8 @@ TEST(Failures, ReportUsedUpDescriptors) {
 #endif
   const TempDir folder;
   const std::string list = folder.write("list", samples() + "Photos/pattern.jpg\n");
-  const Outcome one = kolumWithDescriptors(7, "probe --in-process --jobs 1 --json --files-from '" + list + "'");
+  const Outcome one =
+      kolumWithDescriptors(7, "probe --in-process --jobs 1 --json --files-from '" + list + "'");
   EXPECT_EQ(one.status, 1);
   EXPECT_THAT(one.err, testing::EndsWith("Photos/pattern.jpg: Too many open files\n"));
   ASSERT_EQ(one.json().size(), 1U);
