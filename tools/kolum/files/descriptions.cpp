@@ -31,14 +31,7 @@ class Pipeline {
   Pipeline(Context& context, std::ptrdiff_t jobs, const Describe& describe)
       : context_(context), describe_(describe), free_(jobs), printer_([this] { printAll(); }) {}
   // What was begun is finished, but not printed if printing fails, or if the walk ended early.
-  ~Pipeline() {
-    {
-      const std::lock_guard lock(mutex_);
-      isEnded_ = true;
-    }
-    changed_.notify_all();
-    if (printer_.joinable()) printer_.join();
-  }
+  ~Pipeline() { end(); }
   Pipeline(const Pipeline&) = delete;
   Pipeline& operator=(const Pipeline&) = delete;
 
@@ -50,18 +43,14 @@ class Pipeline {
     });
   }
 
-  // In its turn, too.
+  // Printed in its turn, too.
   void fail(const std::string& name, const Failure& failure) {
     push(name, [failure]() -> Answer { return failure; });
   }
 
+  // Waits until everything is printed. Throws what describing or printing threw.
   void finish() {
-    {
-      const std::lock_guard lock(mutex_);
-      isEnded_ = true;
-    }
-    changed_.notify_all();
-    printer_.join();
+    end();
     if (error_ != nullptr) std::rethrow_exception(error_);
   }
 
@@ -86,6 +75,16 @@ class Pipeline {
     std::future<Answer> answer;
   };
 
+  void end() {
+    {
+      const std::lock_guard lock(mutex_);
+      isEnded_ = true;
+    }
+    changed_.notify_all();
+    if (printer_.joinable()) printer_.join();
+  }
+
+  // Throws what describing or printing threw before.
   void push(const std::string& name, std::function<Answer()> work) {
     {
       std::unique_lock lock(mutex_);
