@@ -167,11 +167,6 @@ std::size_t Lanes::waiting(std::size_t lane) const {
   return state_->lanes[lane].tasks.size();
 }
 
-std::size_t Lanes::unfinished(std::size_t lane) const {
-  const std::lock_guard lock(state_->mutex);
-  return state_->lanes[lane].unfinished();
-}
-
 std::size_t Lanes::unfinished() const {
   const std::lock_guard lock(state_->mutex);
   std::size_t count = state_->results.size();

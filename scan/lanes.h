@@ -43,7 +43,7 @@ struct TaskResult {
   std::vector<std::string> missing;      // of the names to check
   bool isMissing = false;                // the file to look at
   std::chrono::steady_clock::duration elapsed{0};
-  std::chrono::steady_clock::duration waiting{0};
+  std::chrono::steady_clock::duration waiting{0};  // without the processor, of ELAPSED
 };
 
 // A task that has taken too long. Its thread was left behind.
@@ -84,9 +84,9 @@ class Lanes {
 
   // Only tasks of healthy lanes are begun.
   void begin(std::size_t lane, std::vector<Task>&& tasks);
-  // How many tasks the lane has not begun, and has not finished.
+  // How many tasks the lane has not begun.
   std::size_t waiting(std::size_t lane) const;
-  std::size_t unfinished(std::size_t lane) const;
+  // How many all lanes have not finished, with the results that nobody has taken yet.
   std::size_t unfinished() const;
   // How many have been finished, since the beginning.
   std::uint64_t finished(std::size_t lane) const;

@@ -20,7 +20,7 @@ namespace kolum::scan {
 
 class OpenFiles {
  public:
-  // A file's path stands for itself only by its hash.
+  // Of a file's path: the table has room for no more.
   using Hash = std::uint64_t;
   static Hash hashOf(std::string_view path);
 

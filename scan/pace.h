@@ -17,7 +17,7 @@ class Pace {
 
   explicit Pace(std::size_t mostJobs) : mostJobs_(mostJobs), jobs_(mostJobs) {}
 
-  // A file was read, and so long of that was waiting.
+  // A file was read. WAITING: the part of the time in which its thread did not compute.
   void finished(Duration waiting, std::uint64_t bytesRead);
 
   std::size_t jobs() const { return jobs_; }

@@ -2,7 +2,7 @@
 #ifndef KOLUM_SCAN_PROBER_H
 #define KOLUM_SCAN_PROBER_H
 
-#include <chrono>
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <string>
@@ -33,14 +33,14 @@ struct Outcome {
   };
 
   Kind kind = Kind::kFailure;
-  std::string document;      // a JSON object
-  Reason reason;             // otherwise
+  std::string document;      // a JSON object; empty unless it was described
+  Reason reason;             // why it was not
   bool isTransient = false;  // a failure that may pass by itself: the next scan tries again
   std::uint64_t bytesRead = 0;
 };
 
-// Called by many threads at once, one call for each. May throw; that is a failure. May also take
-// for ever: then the scan goes on without the thread.
+// Called by many threads at once, one call per file. May throw; that is a failure. If it never
+// returns, the scan goes on without the thread.
 using Prober = std::function<Outcome(const Job&)>;
 
 }  // namespace kolum::scan

@@ -25,7 +25,7 @@ using Clock = Walkers::Clock;
 // Of a group. Folders may be small or large.
 constexpr std::size_t kMostEvents = 256;
 constexpr std::size_t kMostFiles = 8192;
-// After such a wait for the readers, a count of all files tells more than the walk will soon.
+// If the readers keep the walk waiting for that long, counting all files gives a total sooner.
 constexpr std::chrono::milliseconds kLongWait{500};
 
 constexpr const char* kNoAnswer = "the device does not answer";

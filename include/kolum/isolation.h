@@ -7,11 +7,14 @@
  * network, no programs, no rights, and little memory and time. The functions give the same answers
  * and result codes. A file that crashes its reader, or takes more than 30 s, 15 s of processor time
  * or 1 GiB of memory, counts as a file that cannot be opened: that one call fails, and the host's
- * log gets a line with the reason. A call takes some 50 microseconds longer.
+ * log gets a line with the reason. A call for which no worker can be started fails in the same way.
+ * A call takes some tens of microseconds longer.
  *
- * Workers are children of the calling process, made and ended as needed: a host that waits for any
- * child may get their process numbers. One that is ended does not need to do anything; its workers
- * end by themselves. A forked child gets workers of its own.
+ * Workers run the program kolum-worker, which is installed with the library. They are children of
+ * the calling process, made and ended as needed, one for each call at a time and 16 at rest at
+ * most: a host that waits for any child may get their process numbers. Each takes two descriptors.
+ * A host that ends does not need to do anything: its workers end by themselves. A forked child gets
+ * workers of its own. A thread that waits for its worker is kept on one processor for that time.
  *
  * What stays in the calling process: looking for the main title of a disc and mounting disc images,
  * programs that the library runs (dsf2flac, thumbnail tools), and getVideoKeyFrameTime with other

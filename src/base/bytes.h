@@ -10,6 +10,10 @@
 
 namespace kolum {
 
+inline std::string_view textOf(std::span<const std::uint8_t> bytes) {
+  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
+}
+
 class ByteReader {
  public:
   explicit ByteReader(std::span<const std::uint8_t> bytes) : bytes_(bytes) {}
@@ -30,10 +34,7 @@ class ByteReader {
   void skip(std::size_t count) { take(count); }
   // For a caller that needs more bytes, but does not know how many.
   void fail() { failed_ = true; }
-  std::string_view text(std::size_t count) {
-    const auto bytes = take(count);
-    return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-  }
+  std::string_view text(std::size_t count) { return textOf(take(count)); }
 
   // Numbers of COUNT bytes, at most 8.
   std::uint64_t bigEndian(std::size_t count) {

@@ -55,12 +55,6 @@ struct VideoFacts {
   std::optional<int> channels;
 };
 
-// Writes a fact if it is known and its output is given.
-template <typename Output, typename Fact>
-void writeFact(Output* output, const std::optional<Fact>& fact) {
-  if (output != nullptr && fact) *output = static_cast<Output>(*fact);
-}
-
 }  // namespace kolum::probe
 
 #endif

@@ -96,7 +96,7 @@ TEST_F(IsolatedAnswers, IncludeTagsOfDsfSongs) {
   EXPECT_EQ(answersAbout(path), expected);
 }
 
-TEST_F(IsolatedAnswers, AreTheSameAboutFilesThatAreNone) {
+TEST_F(IsolatedAnswers, AreTheSameForPathsWithoutMedia) {
   const TempDir folder;
   for (const std::string& path :
        {folder.write("empty.mp4", ""), folder.write("text.mp4", "not a film"), folder.folder(),
@@ -148,7 +148,7 @@ std::string hostileName(const testing::TestParamInfo<HostileFile>& info) {
 INSTANTIATE_TEST_SUITE_P(Corpus, IsolatedFile, testing::ValuesIn(isolatedFiles()), hostileName);
 
 // An answer with holes would look like one without.
-TEST_F(IsolatedAnswers, AreFailuresWhereMemoryRunsOut) {
+TEST_F(IsolatedAnswers, AreFailuresIfMemoryRunsOut) {
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
   GTEST_SKIP() << "sanitizers reserve terabytes";
 #endif
@@ -175,7 +175,7 @@ TEST_F(IsolatedAnswers, AreChosenByTheExportedFunction) {
   EXPECT_EQ(isolation::settings().mode, Mode::kOff);
 }
 
-TEST_F(IsolatedAnswers, StayAsTheyWereIfThereIsNoWorker) {
+TEST_F(IsolatedAnswers, KeepTheirModeIfThereIsNoWorker) {
   isolation::configure({.worker = "/nowhere/kolum-worker"});
   EXPECT_EQ(KoLUM_SetIsolation(KOLUM_ISOLATION_ON), 1U);
   EXPECT_EQ(isolation::settings().mode, Mode::kOff);

@@ -154,6 +154,35 @@ TEST(Interruption, EndsTheToolBetweenFiles) {
   EXPECT_LT(lines.size(), 100'000U);
 }
 
+// Describes COUNT songs, two at a time, of which each takes a second. SIGTERM comes when one is
+// being described.
+RunResult interruptedAmongSongs(std::size_t count) {
+  const TempDir folder;
+  const std::string program = copyOfKolum(folder.folder());
+  const std::string tool = folder.path("appliance/bin/dsf2flac");
+  const std::string begun = folder.path("begun");
+  std::filesystem::create_directories(folder.path("appliance/bin"));
+  folder.write("appliance/bin/dsf2flac", "#!/bin/sh\n: >" + shellWord(begun) + "\nsleep 1\n");
+  std::filesystem::permissions(tool, std::filesystem::perms::owner_all);
+  const std::string list = listOf(folder, count, samples() + "Music/Tones/04-silence.dsf");
+  return run({"bash", "-c",
+              shellWord(program) + " probe --in-process --json --jobs 2 --files-from " +
+                  shellWord(list) + " & until [ -e " + shellWord(begun) +
+                  " ]; do sleep 0.05; done; kill -TERM $!; wait $!"});
+}
+
+TEST(Interruption, LetsTheCurrentFilesEnd) {
+  const RunResult run = interruptedAmongSongs(4);
+  EXPECT_EQ(run.status, 128 + SIGTERM);
+  EXPECT_FALSE((Outcome{0, run.out, ""}.json().empty()));
+}
+
+TEST(Interruption, LetsNoFurtherFilesBegin) {
+  const RunResult run = interruptedAmongSongs(100);
+  EXPECT_EQ(run.status, 128 + SIGTERM);
+  EXPECT_LE((Outcome{0, run.out, ""}.json().size()), 2U);
+}
+
 TEST(Interruption, StaysIgnoredIfTheCallerIgnoresIt) {
   const TempDir folder;
   const std::string list = listOf(folder, 300);

@@ -86,8 +86,8 @@ PictureParameters parametersOf(const headers::H264Parameters& sps) {
           .unitTicks = sps.unitTicks};
 }
 
-// Larger than any level of the standard allows. Nobody encodes such pictures, and decoding one
-// takes more memory than a call may use: the header counts, whatever follows.
+// Larger than any level of the standard allows. Nobody encodes such pictures: the header counts,
+// whatever follows.
 template <typename Picture>
 bool isBeyondH264(const Picture& picture) {
   constexpr std::int64_t kLargestFrame = std::int64_t{139264} * 16 * 16;
@@ -104,8 +104,8 @@ bool isEncrypted(const AVStream& stream) {
          stream.codecpar->codec_tag == MKTAG('d', 'r', 'm', 'i');
 }
 
-// The containers that are known to give the same packets to every reader.
-bool hasVp9(const AVFormatContext& context) {
+// Those of VP9's containers that are known to give the same packets to every reader.
+bool isVp9Container(const AVFormatContext& context) {
   constexpr std::string_view kIvf = "ivf";
   return isDemuxer(context, media::kDemuxerMatroska) || isDemuxer(context, media::kDemuxerMp4) ||
          isDemuxer(context, kIvf);
@@ -197,7 +197,7 @@ bool Shortcut::isH264(unsigned index) const {
 // Streams whose first pictures say more than their containers.
 std::set<int> Shortcut::streamsToLookAt() const {
   const bool isTransportStream = isDemuxer(context_, media::kDemuxerMpegTs);
-  const bool mayHaveVp9 = hasVp9(context_);
+  const bool mayHaveVp9 = isVp9Container(context_);
   std::set<int> wanted;
   for (unsigned i = 0; i < streamCount_; ++i) {
     const AVStream& stream = *context_.streams[i];
@@ -256,10 +256,11 @@ Shortcut::FirstPacket Shortcut::firstPacket(const AVStream& stream, const AVPack
 }
 
 std::optional<PictureParameters> Shortcut::pictureOf(const AVStream& stream) const {
-  const bool isVideo = stream.codecpar->codec_id == AV_CODEC_ID_H264 && !isCover(stream);
-  auto picture = isVideo ? h264Picture(stream) : vp9Picture(stream);
-  if (isVideo && picture && allowed_ != Shortcuts::kAll && !isBeyondH264(*picture)) picture.reset();
-  if (!isVideo && !picture) picture = stillPicture(stream);
+  const bool isH264Video = stream.codecpar->codec_id == AV_CODEC_ID_H264 && !isCover(stream);
+  auto picture = isH264Video ? h264Picture(stream) : vp9Picture(stream);
+  if (isH264Video && picture && allowed_ != Shortcuts::kAll && !isBeyondH264(*picture))
+    picture.reset();
+  if (!isH264Video && !picture) picture = stillPicture(stream);
   if (!picture) picture = largePicture(stream);
   // Extreme aspects: only some of FFmpeg's checks refuse them.
   if (picture && av_image_check_sar(static_cast<unsigned>(picture->width),
@@ -318,7 +319,7 @@ std::optional<PictureParameters> Shortcut::stillPicture(const AVStream& stream) 
                            .sampleAspect = found->sampleAspect};
 }
 
-// Pictures so large that decoding one would take more memory than a call may use.
+// Asks the decoder about pictures that it may not decode.
 std::optional<PictureParameters> Shortcut::largePicture(const AVStream& stream) const {
   const AVCodecParameters& parameters = *stream.codecpar;
   std::optional<PictureParameters> found;

@@ -24,16 +24,17 @@ struct Query {
   std::optional<ffmpeg::Depth> container = {};
   // The picture, if the file is a still one whose header says it; the container is not read then.
   bool picture = false;
-  // With a container, only if that is MP4.
+  // If the container is wanted, too: only of MP4.
   bool mp4SubFormat = false;
-  // With a container, only if that is a transport stream.
+  // If the container is wanted, too: only of transport streams.
   bool transportPackets = false;
   bool moovPosition = false;
   bool dsfTags = false;
   bool recognition = false;
-  // Where to start playing the first video stream, in seconds; the container is read for it.
+  // The key frame from which to play the first video stream at that many seconds. Only with the
+  // container, read to kStreamTimes.
   std::optional<std::int64_t> keyFrameAt = {};
-  // The same in all video streams in turn, with a report of failures.
+  // The same in all video streams in turn, with a report of failures. Only with the container.
   std::optional<std::int32_t> reportedKeyFrameAt = {};
 };
 
@@ -47,7 +48,7 @@ struct Picture {
 enum class FailureCause {
   kCrashed,        // its reader crashed
   kTimeOver,       // wall time or processor time
-  kOutOfMemory,    // of the reader's limit
+  kOutOfMemory,    // more than a reader may have
   kInvalidAnswer,  // the reader said something that no reader says
   kNoReader,       // none could be started
 };
@@ -74,7 +75,7 @@ struct Findings {
   std::optional<Failure> failure;
 };
 
-// Reads in this process.
+// Reads in this process. Throws std::bad_alloc.
 Findings look(const media::Source& source, const Query& query);
 
 }  // namespace kolum::read

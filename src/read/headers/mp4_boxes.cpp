@@ -48,10 +48,6 @@ constexpr auto kBrands = std::to_array<BrandRow>({
     {"3gp", {MPEG4_3GP, MPEG4_3GP}},
 });
 
-std::string_view asText(std::span<const std::uint8_t> bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
-
 // The size is signed: a 64-bit size beyond the signed range is negative and ends the walk instead
 // of leading it in circles.
 struct Box {
@@ -59,7 +55,7 @@ struct Box {
   std::int64_t size = 0;
   std::array<std::uint8_t, 4> type = {};
 
-  bool is(std::string_view name) const { return asText(type) == name; }
+  bool is(std::string_view name) const { return textOf(type) == name; }
   bool isKnown() const {
     return std::any_of(kKnownBoxes.begin(), kKnownBoxes.end(),
                        [this](std::string_view name) { return is(name); });
@@ -142,7 +138,7 @@ MoovPosition moovPosition(const media::Source& source) {
 std::optional<std::uint32_t> mp4SubFormat(const media::Source& source) {
   std::array<std::uint8_t, kBrandWindow> window = {};
   if (source.readAt(0, window) != static_cast<std::ptrdiff_t>(window.size())) return std::nullopt;
-  const std::string_view text = asText(window);
+  const std::string_view text = textOf(window);
   const std::size_t found = text.find("ftyp");
   // npos also exceeds kLastStart. The last allowed start leaves one byte after the brand.
   constexpr std::size_t kLastStart = 55;

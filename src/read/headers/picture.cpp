@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "base/bytes.h"
 #include "base/text.h"
 #include "read/headers/picture_formats.h"
 
@@ -56,10 +57,6 @@ constexpr std::int64_t kLargestPicture = std::int64_t{64} << 20;
 constexpr std::size_t kFirstRead = 4096;
 constexpr auto kLaterReads =
     std::to_array<std::size_t>({std::size_t{256} << 10, std::size_t{4} << 20});
-
-std::string_view textOf(std::span<const std::uint8_t> bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
 
 // SOURCE: null if there is only HEAD.
 Attempt attempt(std::span<const std::uint8_t> head, std::int64_t size,

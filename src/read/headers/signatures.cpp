@@ -4,6 +4,7 @@
 #include <array>
 #include <span>
 
+#include "base/bytes.h"
 #include "media/container.h"
 #include "read/headers/id3v2.h"
 #include "read/headers/mpeg_audio.h"
@@ -22,10 +23,6 @@ struct Signature {
   bool (*further)(Bytes head);
   std::string_view demuxer;
 };
-
-std::string_view textOf(Bytes bytes) {
-  return {reinterpret_cast<const char*>(bytes.data()), bytes.size()};
-}
 
 bool contains(Bytes head, std::size_t position, std::string_view text) {
   return textOf(head).substr(std::min(position, head.size())).starts_with(text);

@@ -4,7 +4,11 @@
 
 #include <array>
 #include <cerrno>
+#include <cstddef>
+#include <cstdint>
 #include <cstring>
+#include <span>
+#include <string>
 
 #include "base/log.h"
 
@@ -14,10 +18,9 @@ using media::TransportPackets;
 
 namespace {
 
+constexpr std::size_t kPacketWindow = 576;  // three of the longer packets
 constexpr std::size_t kOffsets = 192;
 constexpr std::uint8_t kSync = 0x47;
-
-}  // namespace
 
 TransportPackets packetsIn(std::span<const std::uint8_t, kPacketWindow> bytes) {
   const auto isSync = [&](std::size_t at) { return bytes[at] == kSync; };
@@ -35,6 +38,8 @@ TransportPackets packetsIn(std::span<const std::uint8_t, kPacketWindow> bytes) {
   }
   return {};
 }
+
+}  // namespace
 
 std::optional<TransportPackets> packetsOf(const media::Source& source, Trace& trace) {
   std::array<std::uint8_t, kPacketWindow> bytes = {};

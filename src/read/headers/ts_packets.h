@@ -2,9 +2,7 @@
 #ifndef KOLUM_READ_HEADERS_TS_PACKETS_H
 #define KOLUM_READ_HEADERS_TS_PACKETS_H
 
-#include <cstdint>
 #include <optional>
-#include <span>
 
 #include "base/trace.h"
 #include "media/source.h"
@@ -12,13 +10,8 @@
 
 namespace kolum::headers {
 
-// The number of bytes examined.
-inline constexpr std::size_t kPacketWindow = 576;
-
-// The size is 0 if there are no packets.
-media::TransportPackets packetsIn(std::span<const std::uint8_t, kPacketWindow> bytes);
-
-// The same for the beginning of a file. Empty if the file is shorter or cannot be read.
+// The size is 0 if there are no packets. Empty if the file is too short for three of them or cannot
+// be read; TRACE then gets the line that hosts expect on standard error.
 std::optional<media::TransportPackets> packetsOf(const media::Source& source, Trace& trace);
 
 }  // namespace kolum::headers

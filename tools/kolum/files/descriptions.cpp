@@ -1,6 +1,7 @@
 #include "files/descriptions.h"
 
 #include <algorithm>
+#include <atomic>
 #include <condition_variable>
 #include <deque>
 #include <exception>
@@ -8,6 +9,8 @@
 #include <mutex>
 #include <semaphore>
 #include <thread>
+
+#include "terminal/interruption.h"
 
 namespace kolum::tool {
 
@@ -29,15 +32,15 @@ void print(Context& context, const std::string& name, Answer answer) {
 class Pipeline {
  public:
   Pipeline(Context& context, std::ptrdiff_t jobs, const Describe& describe)
-      : context_(context), describe_(describe), free_(jobs), printer_([this] { printAll(); }) {}
-  // What was begun is finished, but not printed if printing fails, or if the walk ended early.
+      : context_(context),
+        describe_(describe),
+        free_(jobs),
+        mostPending_(std::max(kFewestPending, static_cast<std::size_t>(jobs))),
+        printer_([this] { printAll(); }) {}
+  // What was begun is finished, and nothing else is begun.
   ~Pipeline() {
-    {
-      const std::lock_guard lock(mutex_);
-      isEnded_ = true;
-    }
-    changed_.notify_all();
-    if (printer_.joinable()) printer_.join();
+    isCancelled_ = true;
+    end();
   }
   Pipeline(const Pipeline&) = delete;
   Pipeline& operator=(const Pipeline&) = delete;
@@ -46,28 +49,24 @@ class Pipeline {
     push(file.path.given, [this, file] {
       free_.acquire();
       const Release release(free_);
-      return describe_(file);
+      return isCancelled_ || Interruption::hasCome() ? Answer() : describe_(file);
     });
   }
 
-  // In its turn, too.
+  // Printed in its turn, too.
   void fail(const std::string& name, const Failure& failure) {
     push(name, [failure]() -> Answer { return failure; });
   }
 
+  // Waits until everything is printed. Throws what describing or printing threw.
   void finish() {
-    {
-      const std::lock_guard lock(mutex_);
-      isEnded_ = true;
-    }
-    changed_.notify_all();
-    printer_.join();
+    end();
     if (error_ != nullptr) std::rethrow_exception(error_);
   }
 
  private:
-  // Files that wait for one before them, which may take its whole time.
-  static constexpr std::size_t kMostPending = 64;
+  // Files that may wait for one before them, which may take its whole time.
+  static constexpr std::size_t kFewestPending = 64;
 
   using Slots = std::counting_semaphore<>;
   class Release {
@@ -86,10 +85,20 @@ class Pipeline {
     std::future<Answer> answer;
   };
 
+  void end() {
+    {
+      const std::lock_guard lock(mutex_);
+      isEnded_ = true;
+    }
+    changed_.notify_all();
+    if (printer_.joinable()) printer_.join();
+  }
+
+  // Throws what describing or printing threw before.
   void push(const std::string& name, std::function<Answer()> work) {
     {
       std::unique_lock lock(mutex_);
-      changed_.wait(lock, [this] { return pending_.size() < kMostPending || error_ != nullptr; });
+      changed_.wait(lock, [this] { return pending_.size() < mostPending_ || error_ != nullptr; });
       if (error_ != nullptr) std::rethrow_exception(error_);
       pending_.push_back({name, std::async(std::launch::async, std::move(work))});
     }
@@ -111,6 +120,7 @@ class Pipeline {
       try {
         print(context_, file->name, file->answer.get());
       } catch (...) {
+        isCancelled_ = true;
         const std::lock_guard lock(mutex_);
         error_ = std::current_exception();
         break;
@@ -122,6 +132,8 @@ class Pipeline {
   Context& context_;
   const Describe& describe_;
   Slots free_;
+  const std::size_t mostPending_;
+  std::atomic<bool> isCancelled_ = false;
   std::mutex mutex_;
   std::condition_variable changed_;
   std::deque<Pending> pending_;
@@ -152,7 +164,10 @@ void describeMediaFiles(Context& context, const MediaFileArguments& arguments, u
   forEachMediaFile(
       context, arguments, kinds, [&](const MediaFile& file) { pipeline.add(file); },
       [&](const std::string& name, const Failure& failure) { pipeline.fail(name, failure); });
+  // The walk's own has ended with it.
+  const Interruption interruption;
   pipeline.finish();
+  Interruption::check();
 }
 
 }  // namespace kolum::tool

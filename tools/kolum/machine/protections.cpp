@@ -1,5 +1,7 @@
 #include "machine/protections.h"
 
+#include <cstdint>
+
 #include "isolation/isolation.h"
 #include "isolation/message.h"
 
@@ -21,6 +23,13 @@ constexpr Row kRows[] = {
     {isolation::kLimits, "limits", "workers have little memory and time"},
     {isolation::kNotDumpable, "not dumpable", "workers cannot be looked into"},
 };
+
+constexpr std::uint32_t layersOfRows() {
+  std::uint32_t layers = 0;
+  for (const Row& row : kRows) layers |= row.layer;
+  return layers;
+}
+static_assert(layersOfRows() == isolation::kAllLayers);
 
 }  // namespace
 
