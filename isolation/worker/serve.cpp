@@ -19,8 +19,6 @@ namespace kolum::isolation {
 
 namespace {
 
-// A worker that a file has taken over could lie about this many others.
-constexpr std::uint64_t kMostRequests = 1000;
 // Of resident memory, above which a worker makes room for a new one.
 constexpr long kMostKilobytes = 128 * 1024;
 // Above what readers allow themselves (media::budget).

@@ -14,6 +14,7 @@
 #include <set>
 #include <thread>
 
+#include "base/descriptor.h"
 #include "isolation/isolation.h"
 #include "isolation/message.h"
 #include "support/child_process.h"
@@ -187,6 +188,15 @@ TEST_F(Isolation, GivesForkedChildrenWorkersOfTheirOwn) {
   EXPECT_EQ(children(), before);
 }
 
+TEST_F(Isolation, LeavesWorkersOfParentsAloneWhenAForkedChildConfigures) {
+  start({});
+  lookAt(picture());
+  const auto before = children();
+  test::runInChild([] { configure({}); });
+  EXPECT_EQ(widthOf(lookAt(picture())), 40);
+  EXPECT_EQ(children(), before);
+}
+
 TEST_F(Isolation, ServesManyThreadsAtATime) {
   start({});
   const std::string path = picture();
@@ -287,8 +297,10 @@ TEST_P(Attack, Fails) {
 INSTANTIATE_TEST_SUITE_P(OnMachine, Attack,
                          testing::Values("openFile", "createFile", "listFolder", "openOwnFile",
                                          "forkProcess", "forkByClone3", "killParent",
-                                         "killNeighbours", "raiseLimit", "becomeRoot", "mapCode",
-                                         "becomeDumpable", "openManyFiles", "hostsEnvironment"),
+                                         "killNeighbours", "raiseLimit", "raiseTimeLimit",
+                                         "moveNeighbours", "lookForFile", "filterSocket",
+                                         "becomeRoot", "mapCode", "becomeDumpable", "openManyFiles",
+                                         "hostsEnvironment"),
                          nameOf);
 
 struct Deed {
@@ -340,6 +352,8 @@ INSTANTIATE_TEST_SUITE_P(OnHost, LastDeed,
                                          Deed{"anotherFile", kInvalidAnswer, "nonsense"},
                                          Deed{"hugeAnswer", kInvalidAnswer, "nonsense"},
                                          Deed{"endlessAnswer", kInvalidAnswer, "nonsense"},
+                                         Deed{"blameTheHost", kInvalidAnswer, "nonsense"},
+                                         Deed{"forgeTerminal", kInvalidAnswer, "nonsense"},
                                          Deed{"trickle", kTimeOver, "longer than 2 s"},
                                          Deed{"halfAnAnswer", kCrashed, "its reader ended"},
                                          Deed{"closeSocket", kCrashed, "its reader ended"},
@@ -360,6 +374,33 @@ TEST_F(Isolation, KeepsNoDescriptorsThatWorkersSend) {
   start({.worker = KOLUM_ATTACKING_WORKER});
   EXPECT_EQ(lookAt(folder_.write("descriptors", ""), kRecognition).recognition.format,
             "with descriptors");
+}
+
+TEST_F(Isolation, KeepsNoPairsOfDescriptorsThatWorkersSend) {
+  start({.worker = KOLUM_ATTACKING_WORKER});
+  EXPECT_EQ(lookAt(folder_.write("pairsOfDescriptors", ""), kRecognition).recognition.format,
+            "with pairs");
+}
+
+// Its own words would go into the host's log.
+TEST_F(Isolation, WritesTheReasonsOfWorkersItself) {
+  start({.worker = KOLUM_ATTACKING_WORKER});
+  const read::Findings found = lookAt(folder_.write("forgeLog", ""), kRecognition);
+  ASSERT_TRUE(found.failure);
+  EXPECT_EQ(found.failure->cause, kOutOfMemory);
+  EXPECT_EQ(found.failure->reason, "it takes too much memory to read");
+  EXPECT_EQ(found.recognition.format, "");
+}
+
+// A worker that a file has taken over does not say that it has had enough.
+TEST_F(Isolation, RenewsWorkersThatDoNotAskForIt) {
+  start({.worker = KOLUM_ATTACKING_WORKER});
+  const std::string path = folder_.write("nothing", "");
+  lookAt(path, kRecognition);
+  const auto before = children();
+  for (int i = 0; i < 1000; ++i)
+    ASSERT_EQ(lookAt(path, kRecognition).recognition.format, "nothing");
+  EXPECT_NE(children(), before);
 }
 
 TEST_F(Isolation, LimitsMemoryOfWorkers) {
