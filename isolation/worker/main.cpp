@@ -43,6 +43,10 @@ pid_t forkForHost() {
 
 [[noreturn]] void work(Descriptor socket, std::size_t memory, std::uint32_t layers) {
   close(STDIN_FILENO);
+#ifndef KOLUM_SANITIZED
+  // The host's may be a terminal, a log or a socket. Sanitizers report there.
+  if (dup2(STDOUT_FILENO, STDERR_FILENO) < 0) _exit(1);
+#endif
   serve(socket.get(), layers | enterSandbox(memory));
   // Nothing is worth being done at the end, such as writing files.
   _exit(0);

@@ -403,6 +403,23 @@ TEST_F(Isolation, RenewsWorkersThatDoNotAskForIt) {
   EXPECT_NE(children(), before);
 }
 
+TEST_F(Isolation, GivesWorkersNoStandardErrorOfTheHost) {
+  if (kIsSanitized) GTEST_SKIP() << "sanitizers report there";
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const Descriptor reading(ends[0]);
+  const Descriptor before(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  dup2(ends[1], STDERR_FILENO);
+  close(ends[1]);
+  start({.worker = KOLUM_ATTACKING_WORKER});
+  const read::Findings found = lookAt(folder_.write("writeToStandardError", ""), kRecognition);
+  configure({});
+  dup2(before.get(), STDERR_FILENO);
+  EXPECT_EQ(found.recognition.format, "written");
+  char text[1];
+  EXPECT_EQ(::read(reading.get(), text, sizeof text), 0);
+}
+
 TEST_F(Isolation, LimitsMemoryOfWorkers) {
   if (kIsSanitized) GTEST_SKIP() << "sanitizers need what the sandbox forbids";
   start({.memory = std::size_t{64} << 20, .worker = KOLUM_ATTACKING_WORKER});
