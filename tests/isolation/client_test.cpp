@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -195,6 +196,25 @@ TEST_F(Isolation, LeavesWorkersOfParentsAloneWhenAForkedChildConfigures) {
   test::runInChild([] { configure({}); });
   EXPECT_EQ(widthOf(lookAt(picture())), 40);
   EXPECT_EQ(children(), before);
+}
+
+// Disks could not be removed as long as the host runs.
+TEST_F(Isolation, KeepsNoFolderAndNoMountsBusy) {
+  const auto linkOf = [](const std::string& process, const char* name) {
+    return std::filesystem::read_symlink("/proc/" + process + "/" + name).string();
+  };
+  start({});
+  bool hasOwnMounts = false;
+  std::thread([&] {
+    hasOwnMounts = unshare(CLONE_NEWNS) == 0;
+    lookAt(picture());
+  }).join();
+  if (!hasOwnMounts) GTEST_SKIP() << "no right to mounts of one's own";
+  const std::string host = linkOf("self", "ns/mnt");
+  for (const pid_t child : children()) {
+    EXPECT_EQ(linkOf(std::to_string(child), "ns/mnt"), host);
+    EXPECT_EQ(linkOf(std::to_string(child), "cwd"), "/");
+  }
 }
 
 TEST_F(Isolation, ServesManyThreadsAtATime) {
