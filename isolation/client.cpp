@@ -110,10 +110,10 @@ std::string signalText(int number) {
   return text != nullptr ? text : "signal " + std::to_string(number);
 }
 
-read::Failure failureOfStatus(std::optional<int> status) {
+read::Failure failureOfEnd(const std::optional<siginfo_t>& end) {
   using read::FailureCause;
-  if (!status || !WIFSIGNALED(*status)) return {FailureCause::kCrashed, "its reader ended"};
-  const int number = WTERMSIG(*status);
+  if (!end || end->si_code == CLD_EXITED) return {FailureCause::kCrashed, "its reader ended"};
+  const int number = end->si_status;
   if (number == SIGXCPU) return {FailureCause::kTimeOver, "it takes too much processor time"};
   if (number == SIGKILL) return {FailureCause::kCrashed, "its reader was killed"};
   if (number == SIGSYS) return {FailureCause::kCrashed, "its reader made a forbidden system call"};
@@ -136,6 +136,17 @@ read::Findings failed(read::Failure failure) {
   return findings;
 }
 
+// The only failure that a worker reports is that its memory ran out. The words are the host's: they
+// go into its log.
+read::Findings believed(std::optional<read::Findings> findings) {
+  using read::FailureCause;
+  if (!findings || (findings->failure && findings->failure->cause != FailureCause::kOutOfMemory))
+    return failed({FailureCause::kInvalidAnswer, "its reader answers nonsense"});
+  if (findings->failure)
+    return failed({FailureCause::kOutOfMemory, "it takes too much memory to read"});
+  return std::move(*findings);
+}
+
 }  // namespace
 
 // --- Processes
@@ -149,12 +160,22 @@ void Process::kill() const {
     ::kill(id_, SIGKILL);
 }
 
+// By the handle: if another part of the host has taken the status, the number may by now belong to
+// another of its children.
+bool Process::reap() {
+  siginfo_t info = {};
+  const int waited =
+      handle_.isOpen() ? waitid(P_PIDFD, static_cast<id_t>(handle_.get()), &info, WEXITED | WNOHANG)
+                       : waitid(P_PID, static_cast<id_t>(id_), &info, WEXITED | WNOHANG);
+  if (waited != 0) return errno == ECHILD;
+  if (info.si_pid == 0) return false;
+  end_ = info;
+  return true;
+}
+
 bool Process::waitUntil(Clock::time_point deadline) {
   while (true) {
-    int status = 0;
-    const pid_t reaped = waitpid(id_, &status, WNOHANG);
-    if (reaped == id_) status_ = status;
-    if (reaped == id_ || (reaped < 0 && errno == ECHILD)) return true;
+    if (reap()) return true;
     const auto left = std::chrono::ceil<milliseconds>(deadline - Clock::now());
     if (left.count() <= 0) return false;
     pollfd wait = {handle_.get(), POLLIN, 0};
@@ -319,7 +340,7 @@ read::Failure Client::failureOf(Worker& worker, Transfer transfer) const {
             "it takes longer than " + std::to_string(seconds.count()) + " s"};
   }
   worker.process.waitUntil(Clock::now() + kDeathTime);
-  return failureOfStatus(worker.process.status());
+  return failureOfEnd(worker.process.end());
 }
 
 read::Findings Client::look(const media::Source& source, const read::Query& query) {
@@ -345,7 +366,8 @@ read::Findings Client::look(const media::Source& source, const read::Query& quer
   return failed({read::FailureCause::kNoReader, "no worker takes a request"});
 }
 
-read::Findings Client::answerOf(std::unique_ptr<Worker> worker, Deadline deadline) {
+// If memory runs out here, the worker must not stay among those at work.
+read::Findings Client::answerOf(std::unique_ptr<Worker> worker, Deadline deadline) try {
   const int socket = worker->socket.get();
   Header header = {};
   Transfer received = receive(socket, writableBytesOf(header), nullptr, deadline);
@@ -360,13 +382,15 @@ read::Findings Client::answerOf(std::unique_ptr<Worker> worker, Deadline deadlin
     abandon(std::move(worker));
     return failed(std::move(failure));
   }
-  auto findings = isHonest ? decodeFindings(bytes) : std::nullopt;
-  if (findings && header.isLast == 0)
+  read::Findings findings = believed(isHonest ? decodeFindings(bytes) : std::nullopt);
+  if (!findings.failure && header.isLast == 0 && worker->requests < kMostRequests)
     putBack(std::move(worker));
   else
     abandon(std::move(worker));
-  if (!findings) return failed({read::FailureCause::kInvalidAnswer, "its reader answers nonsense"});
-  return std::move(*findings);
+  return findings;
+} catch (...) {
+  if (worker != nullptr) abandon(std::move(worker));
+  throw;
 }
 
 std::optional<std::uint32_t> Client::activeLayers(std::string& why) {

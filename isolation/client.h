@@ -4,6 +4,7 @@
 
 #include <sys/types.h>
 
+#include <csignal>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -29,13 +30,15 @@ class Process {
   void kill() const;
   // Waits for the end, and reaps. False if it has not ended by then.
   bool waitUntil(std::chrono::steady_clock::time_point deadline);
-  // The wait status; empty before the end, and if another part of the host took it.
-  std::optional<int> status() const { return status_; }
+  // How it ended; empty before, and if another part of the host took the status.
+  const std::optional<siginfo_t>& end() const { return end_; }
 
  private:
+  bool reap();
+
   pid_t id_;
   Descriptor handle_;  // a pidfd
-  std::optional<int> status_;
+  std::optional<siginfo_t> end_;
 };
 
 // A worker that waits for requests.

@@ -8,6 +8,7 @@
 #include <memory>
 #include <mutex>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "base/log.h"
@@ -49,13 +50,20 @@ State& state() {
   return *kState;
 }
 
-// Null if files are read in this process. A forked child does not touch the workers of its parent.
+// A forked child does not touch the workers of its parent.
+void leaveToParent(State& shared) {
+  if (shared.client == nullptr || shared.owner == getpid()) return;
+  shared.ofParents.push_back(std::move(shared.client));
+  shared.client = nullptr;
+}
+
+// Null if files are read in this process.
 std::shared_ptr<Client> currentClient() {
   State& shared = state();
   if (!shared.isOn) return nullptr;
   const std::lock_guard lock(shared.mutex);
-  if (shared.client == nullptr || shared.owner != getpid()) {
-    if (shared.client != nullptr) shared.ofParents.push_back(std::move(shared.client));
+  leaveToParent(shared);
+  if (shared.client == nullptr) {
     shared.client = std::make_shared<Client>(shared.settings);
     shared.owner = getpid();
   }
@@ -71,8 +79,8 @@ void configure(const Settings& settings) {
     const std::lock_guard lock(shared.mutex);
     shared.settings = settings;
     shared.isOn = settings.mode != Mode::kOff;
-    if (shared.owner == getpid()) former = std::move(shared.client);
-    shared.client = nullptr;
+    leaveToParent(shared);
+    former = std::exchange(shared.client, nullptr);
   }
 }
 

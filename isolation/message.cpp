@@ -11,7 +11,10 @@ namespace kolum::isolation {
 
 namespace {
 
+// The alignment leaves room for a second descriptor, which nobody would take: a receiver offers the
+// kernel no more than the length of one.
 constexpr std::size_t kControlSize = CMSG_SPACE(sizeof(int));
+constexpr std::size_t kControlLength = CMSG_LEN(sizeof(int));
 
 struct alignas(cmsghdr) Control {
   char bytes[kControlSize] = {};
@@ -91,13 +94,14 @@ Transfer receive(int socket, std::span<std::uint8_t> out, Descriptor* descriptor
     message.msg_iov = &part;
     message.msg_iovlen = 1;
     Control control;
-    message.msg_control = control.bytes;
-    message.msg_controllen = sizeof control.bytes;
+    if (descriptor != nullptr) {
+      message.msg_control = control.bytes;
+      message.msg_controllen = kControlLength;
+    }
     const ssize_t got = recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return failureOf(errno);
-    Descriptor came = attached(message);
-    if (descriptor != nullptr && came.isOpen()) *descriptor = std::move(came);
+    if (Descriptor came = attached(message); came.isOpen()) *descriptor = std::move(came);
     if (got == 0) return Transfer::kEnded;
     out = out.subspan(static_cast<std::size_t>(got));
   }

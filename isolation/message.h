@@ -27,6 +27,9 @@ inline constexpr std::uint32_t kAllLayers = (1U << 6) - 1;
 // Answers hold no file contents; the largest are long lists of tags.
 inline constexpr std::size_t kLongestMessage = std::size_t{4} << 20;
 
+// A worker that a file has taken over could lie about this many others. Both sides keep to it.
+inline constexpr std::uint64_t kMostRequests = 1000;
+
 // What a worker says first.
 struct Hello {
   char version[32];  // kVersion
@@ -66,7 +69,8 @@ enum class Transfer { kDone, kEnded, kTimeOver };
 Transfer send(int socket, std::span<const std::uint8_t> first, std::span<const std::uint8_t> second,
               int descriptor, Deadline deadline);
 
-// Receives exactly OUT. A descriptor that comes along is put into DESCRIPTOR, or closed.
+// Receives exactly OUT, and a descriptor that comes along if DESCRIPTOR is not null. The kernel
+// closes any other.
 Transfer receive(int socket, std::span<std::uint8_t> out, Descriptor* descriptor,
                  Deadline deadline);
 

@@ -1,7 +1,9 @@
 #include "isolation/wire.h"
 
+#include <algorithm>
 #include <climits>
 #include <cstring>
+#include <string_view>
 #include <type_traits>
 #include <utility>
 
@@ -138,11 +140,25 @@ void Encoder::trace(Trace& trace) {
   for (TraceLine line : trace.lines()) put(line.text);
 }
 
-// Readers write lines for standard error only.
+// A search for key frames reports a few lines for each stream.
+constexpr std::size_t kMostLines = 4096;
+constexpr std::size_t kLongestLine = 256;
+
+// Nothing that a terminal obeys.
+bool isLine(std::string_view text) {
+  return text.size() <= kLongestLine && std::all_of(text.begin(), text.end(), [](char c) {
+           return (c >= ' ' && c <= '~') || c == '\n';
+         });
+}
+
+// Readers write lines for standard error only. The host writes them out as they are.
 void Decoder::trace(Trace& trace) {
-  for (std::size_t left = size(); left > 0 && !bytes_.failed(); --left) {
+  const std::size_t count = size();
+  if (count > kMostLines) fail();
+  for (std::size_t left = count; left > 0 && !bytes_.failed(); --left) {
     std::string text;
     get(text);
+    if (!isLine(text)) fail();
     trace.error(std::move(text));
   }
 }

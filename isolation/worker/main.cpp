@@ -3,11 +3,13 @@
 // The process that the host starts is the nursery: it loads all libraries, then forks a worker for
 // each socket that comes on descriptor 0. It never reads a file, and its workers never fork. When
 // the host closes its end, or dies, the nursery ends all of them.
+#include <fcntl.h>
 #include <linux/ioprio.h>
 #include <poll.h>
 #include <sched.h>
 #include <sys/prctl.h>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -15,6 +17,7 @@
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <string>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -35,6 +38,21 @@ void giveWay() {
   syscall(SYS_ioprio_set, kThisProcess, 0, IOPRIO_PRIO_VALUE(IOPRIO_CLASS_IDLE, 0));
 }
 
+// A process keeps its folder and all mounts of its namespace busy: the host's threads that mount
+// images have mounts of their own, in which the file systems of removed disks would live on.
+void leaveFolderAndMounts() {
+  const std::string host = "/proc/" + std::to_string(getppid()) + "/ns/mnt";
+  struct stat ours = {};
+  struct stat theirs = {};
+  if (stat("/proc/self/ns/mnt", &ours) == 0 && stat(host.c_str(), &theirs) == 0 &&
+      ours.st_ino != theirs.st_ino) {
+    const Descriptor mounts(open(host.c_str(), O_RDONLY | O_CLOEXEC));
+    if (mounts.isOpen()) setns(mounts.get(), CLONE_NEWNS);
+  }
+  // Not possible without the right to it, in which case it remains where it is.
+  if (chdir("/") != 0) return;
+}
+
 // Its parent is the host, which learns how it ended.
 pid_t forkForHost() {
   return static_cast<pid_t>(
@@ -43,6 +61,10 @@ pid_t forkForHost() {
 
 [[noreturn]] void work(Descriptor socket, std::size_t memory, std::uint32_t layers) {
   close(STDIN_FILENO);
+#ifndef KOLUM_SANITIZED
+  // The host's may be a terminal, a log or a socket. Sanitizers report there.
+  if (dup2(STDOUT_FILENO, STDERR_FILENO) < 0) _exit(1);
+#endif
   serve(socket.get(), layers | enterSandbox(memory));
   // Nothing is worth being done at the end, such as writing files.
   _exit(0);
@@ -100,5 +122,6 @@ int main(int argc, char** argv) {
     return 2;
   }
   if (std::string_view(argv[2]) == "idle") giveWay();
+  leaveFolderAndMounts();
   Nursery(std::strtoull(argv[1], nullptr, 10), dropPrivileges()).run();
 }

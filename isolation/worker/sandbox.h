@@ -16,6 +16,13 @@ std::uint32_t dropPrivileges();
 // has now.
 std::uint32_t enterSandbox(std::size_t memory);
 
+// The processor time of the process.
+std::chrono::seconds usedProcessorTime();
+
+// Processor time after which the kernel kills the process, whatever it does about signals: one that
+// a file has taken over would go on between requests, when no host waits.
+inline constexpr std::chrono::seconds kLongestLife{90};
+
 // Ends the process by SIGXCPU when it has used that much more processor time.
 void limitProcessorTime(std::chrono::seconds time);
 

@@ -19,17 +19,21 @@ namespace kolum::isolation {
 
 namespace {
 
-// A worker that a file has taken over could lie about this many others.
-constexpr std::uint64_t kMostRequests = 1000;
 // Of resident memory, above which a worker makes room for a new one.
 constexpr long kMostKilobytes = 128L * 1024;
 // Above what readers allow themselves (media::budget).
 constexpr std::chrono::seconds kProcessorTime{15};
+// For all its files, after which a worker makes room for a new one.
+constexpr std::chrono::seconds kTimeOfWorker = kLongestLife - kProcessorTime - kProcessorTime;
 
 bool hasGrown() {
   rusage used = {};
   getrusage(RUSAGE_SELF, &used);
   return used.ru_maxrss > kMostKilobytes;
+}
+
+bool isOld(std::uint64_t requests) {
+  return requests >= kMostRequests || usedProcessorTime() >= kTimeOfWorker;
 }
 
 read::Findings outOfMemory() {
@@ -93,7 +97,7 @@ void serve(int socket, std::uint32_t layers) {
     const read::Findings findings = answerTo(received->request, std::move(received->file));
     auto bytes = encode(findings);
     if (bytes.size() > kLongestMessage) bytes = encode(outOfMemory());
-    isLast = findings.failure.has_value() || i >= kMostRequests || hasGrown();
+    isLast = findings.failure.has_value() || isOld(i) || hasGrown();
     const Header header = {.number = received->header.number,
                            .size = static_cast<std::uint32_t>(bytes.size()),
                            .isLast = isLast ? 1U : 0U,

@@ -2,6 +2,7 @@
 // machine report in the format of the recognition how they ended; attacks on the host do not.
 #include <arpa/inet.h>
 #include <fcntl.h>
+#include <sched.h>
 #include <sys/mman.h>
 #include <sys/mount.h>
 #include <sys/prctl.h>
@@ -12,12 +13,15 @@
 #include <sys/syscall.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <map>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "isolation/message.h"
@@ -69,6 +73,37 @@ std::string killNeighbours() {
 std::string raiseLimit() {
   const rlimit more = {RLIM_INFINITY, RLIM_INFINITY};
   return outcome(setrlimit(RLIMIT_AS, &more));
+}
+std::string raiseTimeLimit() {
+  const rlimit more = {RLIM_INFINITY, RLIM_INFINITY};
+  return outcome(setrlimit(RLIMIT_CPU, &more));
+}
+// The nursery is a process of the same user.
+std::string moveNeighbours() {
+  constexpr pid_t kNear = 500;
+  cpu_set_t one;
+  CPU_ZERO(&one);
+  CPU_SET(0, &one);
+  int moved = 0;
+  for (pid_t process = getpid() - 1; process > getpid() - kNear; --process)
+    if (process > 0 && sched_setaffinity(process, sizeof one, &one) == 0) ++moved;
+  return moved > 0 ? "succeeded" : "failed";
+}
+std::string lookForFile() {
+  struct stat status = {};
+  return outcome(syscall(SYS_newfstatat, AT_FDCWD, "/etc/passwd", &status, AT_EMPTY_PATH));
+}
+std::string filterSocket() {
+  constexpr int kHostsSocket = 3;
+  const int on = 1;
+  int done = -1;
+  for (int socket = 0; socket <= kHostsSocket; ++socket)
+    done = std::max(done, setsockopt(socket, SOL_SOCKET, SO_PASSCRED, &on, sizeof on));
+  return outcome(done);
+}
+std::string writeToStandardError() {
+  constexpr std::string_view kText = "of the worker";
+  return ::write(STDERR_FILENO, kText.data(), kText.size()) >= 0 ? "written" : "failed";
 }
 std::string becomeRoot() {
   return outcome(setuid(0));
@@ -133,6 +168,11 @@ const std::map<std::string, std::string (*)()> kAttacks = {
     {"killParent", killParent},
     {"killNeighbours", killNeighbours},
     {"raiseLimit", raiseLimit},
+    {"raiseTimeLimit", raiseTimeLimit},
+    {"moveNeighbours", moveNeighbours},
+    {"lookForFile", lookForFile},
+    {"filterSocket", filterSocket},
+    {"writeToStandardError", writeToStandardError},
     {"becomeRoot", becomeRoot},
     {"mapCode", mapCode},
     {"becomeDumpable", becomeDumpable},
@@ -190,11 +230,10 @@ void trickle(int socket, std::uint64_t number) {
   answer(socket, headerFor(number, kLongestMessage), {});
   const std::vector<std::uint8_t> byte(1, 0);
   while (send(socket, byte, {}, -1, {}) == Transfer::kDone) {
-    struct timeval pause = {.tv_sec = 0, .tv_usec = 20000};
-    // Sleeping is forbidden, but waiting for data that does not come is not.
-    setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &pause, sizeof pause);
-    std::uint8_t none[1];
-    receive(socket, none, nullptr, {});
+    // Sleeping is forbidden.
+    const auto next = std::chrono::steady_clock::now() + std::chrono::milliseconds(20);
+    while (std::chrono::steady_clock::now() < next) {
+    }
   }
 }
 void twoAnswers(int socket, std::uint64_t number) {
@@ -214,6 +253,48 @@ void descriptors(int socket, std::uint64_t number) {
   send(socket, bytesOf(header), {}, STDERR_FILENO, {});
   send(socket, bytes, {}, STDERR_FILENO, {});
 }
+// Two of them with each byte: as many as fit into the space that the alignment leaves for one.
+void pairsOfDescriptors(int socket, std::uint64_t number) {
+  const auto bytes = plainAnswer("with pairs");
+  const Header header = headerFor(number, bytes.size());
+  std::vector<std::uint8_t> all(bytesOf(header).begin(), bytesOf(header).end());
+  all.insert(all.end(), bytes.begin(), bytes.end());
+  for (std::uint8_t& byte : all) {
+    alignas(cmsghdr) char control[CMSG_SPACE(2 * sizeof(int))] = {};
+    iovec part = {&byte, 1};
+    msghdr message = {};
+    message.msg_iov = &part;
+    message.msg_iovlen = 1;
+    message.msg_control = control;
+    message.msg_controllen = sizeof control;
+    cmsghdr* first = CMSG_FIRSTHDR(&message);
+    first->cmsg_level = SOL_SOCKET;
+    first->cmsg_type = SCM_RIGHTS;
+    first->cmsg_len = CMSG_LEN(2 * sizeof(int));
+    const int pair[] = {STDOUT_FILENO, STDOUT_FILENO};
+    std::memcpy(CMSG_DATA(first), pair, sizeof pair);
+    if (sendmsg(socket, &message, MSG_NOSIGNAL) != 1) return;
+  }
+}
+void fail(int socket, std::uint64_t number, read::FailureCause cause) {
+  read::Findings findings;
+  findings.failure = {cause, "anything\nthat a log\033[2J believes"};
+  findings.recognition.format = "in spite of it";
+  const auto bytes = encode(findings);
+  answer(socket, headerFor(number, bytes.size()), bytes);
+}
+void blameTheHost(int socket, std::uint64_t number) {
+  fail(socket, number, read::FailureCause::kNoReader);
+}
+void forgeLog(int socket, std::uint64_t number) {
+  fail(socket, number, read::FailureCause::kOutOfMemory);
+}
+void forgeTerminal(int socket, std::uint64_t number) {
+  read::Findings findings;
+  findings.keyFrameTrace.error("\033]0;anything\007\n");
+  const auto bytes = encode(findings);
+  answer(socket, headerFor(number, bytes.size()), bytes);
+}
 void closeSocket(int socket, std::uint64_t /*number*/) {
   close(socket);
   burnTime();
@@ -227,11 +308,20 @@ void exitQuietly(int /*socket*/, std::uint64_t /*number*/) {
 }
 
 const std::map<std::string, void (*)(int, std::uint64_t)> kLies = {
-    {"garbage", garbage},           {"anotherFile", anotherFile},
-    {"hugeAnswer", hugeAnswer},     {"endlessAnswer", endlessAnswer},
-    {"trickle", trickle},           {"twoAnswers", twoAnswers},
-    {"halfAnAnswer", halfAnAnswer}, {"descriptors", descriptors},
-    {"closeSocket", closeSocket},   {"exit", exitQuietly},
+    {"garbage", garbage},
+    {"anotherFile", anotherFile},
+    {"hugeAnswer", hugeAnswer},
+    {"endlessAnswer", endlessAnswer},
+    {"trickle", trickle},
+    {"twoAnswers", twoAnswers},
+    {"halfAnAnswer", halfAnAnswer},
+    {"descriptors", descriptors},
+    {"closeSocket", closeSocket},
+    {"exit", exitQuietly},
+    {"pairsOfDescriptors", pairsOfDescriptors},
+    {"blameTheHost", blameTheHost},
+    {"forgeLog", forgeLog},
+    {"forgeTerminal", forgeTerminal},
     {"sleep", sleepForEver},
 };
 

@@ -2,6 +2,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sched.h>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -14,6 +15,7 @@
 #include <set>
 #include <thread>
 
+#include "base/descriptor.h"
 #include "isolation/isolation.h"
 #include "isolation/message.h"
 #include "support/child_process.h"
@@ -187,6 +189,34 @@ TEST_F(Isolation, GivesForkedChildrenWorkersOfTheirOwn) {
   EXPECT_EQ(children(), before);
 }
 
+TEST_F(Isolation, LeavesWorkersOfParentsAloneWhenAForkedChildConfigures) {
+  start({});
+  lookAt(picture());
+  const auto before = children();
+  test::runInChild([] { configure({}); });
+  EXPECT_EQ(widthOf(lookAt(picture())), 40);
+  EXPECT_EQ(children(), before);
+}
+
+// Disks could not be removed as long as the host runs.
+TEST_F(Isolation, KeepsNoFolderAndNoMountsBusy) {
+  const auto linkOf = [](const std::string& process, const char* name) {
+    return std::filesystem::read_symlink("/proc/" + process + "/" + name).string();
+  };
+  start({});
+  bool hasOwnMounts = false;
+  std::thread([&] {
+    hasOwnMounts = unshare(CLONE_NEWNS) == 0;
+    lookAt(picture());
+  }).join();
+  if (!hasOwnMounts) GTEST_SKIP() << "no right to mounts of one's own";
+  const std::string host = linkOf("self", "ns/mnt");
+  for (const pid_t child : children()) {
+    EXPECT_EQ(linkOf(std::to_string(child), "ns/mnt"), host);
+    EXPECT_EQ(linkOf(std::to_string(child), "cwd"), "/");
+  }
+}
+
 TEST_F(Isolation, ServesManyThreadsAtATime) {
   start({});
   const std::string path = picture();
@@ -287,8 +317,10 @@ TEST_P(Attack, Fails) {
 INSTANTIATE_TEST_SUITE_P(OnMachine, Attack,
                          testing::Values("openFile", "createFile", "listFolder", "openOwnFile",
                                          "forkProcess", "forkByClone3", "killParent",
-                                         "killNeighbours", "raiseLimit", "becomeRoot", "mapCode",
-                                         "becomeDumpable", "openManyFiles", "hostsEnvironment"),
+                                         "killNeighbours", "raiseLimit", "raiseTimeLimit",
+                                         "moveNeighbours", "lookForFile", "filterSocket",
+                                         "becomeRoot", "mapCode", "becomeDumpable", "openManyFiles",
+                                         "hostsEnvironment"),
                          nameOf);
 
 struct Deed {
@@ -340,6 +372,8 @@ INSTANTIATE_TEST_SUITE_P(OnHost, LastDeed,
                                          Deed{"anotherFile", kInvalidAnswer, "nonsense"},
                                          Deed{"hugeAnswer", kInvalidAnswer, "nonsense"},
                                          Deed{"endlessAnswer", kInvalidAnswer, "nonsense"},
+                                         Deed{"blameTheHost", kInvalidAnswer, "nonsense"},
+                                         Deed{"forgeTerminal", kInvalidAnswer, "nonsense"},
                                          Deed{"trickle", kTimeOver, "longer than 2 s"},
                                          Deed{"halfAnAnswer", kCrashed, "its reader ended"},
                                          Deed{"closeSocket", kCrashed, "its reader ended"},
@@ -360,6 +394,50 @@ TEST_F(Isolation, KeepsNoDescriptorsThatWorkersSend) {
   start({.worker = KOLUM_ATTACKING_WORKER});
   EXPECT_EQ(lookAt(folder_.write("descriptors", ""), kRecognition).recognition.format,
             "with descriptors");
+}
+
+TEST_F(Isolation, KeepsNoPairsOfDescriptorsThatWorkersSend) {
+  start({.worker = KOLUM_ATTACKING_WORKER});
+  EXPECT_EQ(lookAt(folder_.write("pairsOfDescriptors", ""), kRecognition).recognition.format,
+            "with pairs");
+}
+
+// Its own words would go into the host's log.
+TEST_F(Isolation, WritesTheReasonsOfWorkersItself) {
+  start({.worker = KOLUM_ATTACKING_WORKER});
+  const read::Findings found = lookAt(folder_.write("forgeLog", ""), kRecognition);
+  ASSERT_TRUE(found.failure);
+  EXPECT_EQ(found.failure->cause, kOutOfMemory);
+  EXPECT_EQ(found.failure->reason, "it takes too much memory to read");
+  EXPECT_EQ(found.recognition.format, "");
+}
+
+// A worker that a file has taken over does not say that it has had enough.
+TEST_F(Isolation, RenewsWorkersThatDoNotAskForIt) {
+  start({.worker = KOLUM_ATTACKING_WORKER});
+  const std::string path = folder_.write("nothing", "");
+  lookAt(path, kRecognition);
+  const auto before = children();
+  for (int i = 0; i < 1000; ++i)
+    ASSERT_EQ(lookAt(path, kRecognition).recognition.format, "nothing");
+  EXPECT_NE(children(), before);
+}
+
+TEST_F(Isolation, GivesWorkersNoStandardErrorOfTheHost) {
+  if (kIsSanitized) GTEST_SKIP() << "sanitizers report there";
+  int ends[2];
+  ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
+  const Descriptor reading(ends[0]);
+  const Descriptor before(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1));
+  dup2(ends[1], STDERR_FILENO);
+  close(ends[1]);
+  start({.worker = KOLUM_ATTACKING_WORKER});
+  const read::Findings found = lookAt(folder_.write("writeToStandardError", ""), kRecognition);
+  configure({});
+  dup2(before.get(), STDERR_FILENO);
+  EXPECT_EQ(found.recognition.format, "written");
+  char text[1];
+  EXPECT_EQ(::read(reading.get(), text, sizeof text), 0);
 }
 
 TEST_F(Isolation, LimitsMemoryOfWorkers) {

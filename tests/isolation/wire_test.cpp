@@ -121,6 +121,28 @@ TEST(Wire, RejectsFractionsThatNoReaderGives) {
   }
 }
 
+// They go to a terminal as they are.
+TEST(Wire, RejectsLinesThatNoReaderWrites) {
+  for (const std::string& line :
+       {std::string("\033[2J\n"), std::string("a\0b", 3), std::string("\xC2\x9B"),
+        std::string("\r\n"), std::string("\x7F"), std::string(257, 'a')}) {
+    read::Findings findings;
+    findings.keyFrameTrace.error(line);
+    EXPECT_FALSE(decodeFindings(encode(findings))) << line.size();
+    findings = {};
+    findings.transportPacketsTrace.error(line);
+    EXPECT_FALSE(decodeFindings(encode(findings))) << line.size();
+  }
+}
+
+TEST(Wire, RejectsMoreLinesThanReadersWrite) {
+  read::Findings findings;
+  for (int i = 0; i < 4096; ++i) findings.keyFrameTrace.error("\n");
+  EXPECT_TRUE(decodeFindings(encode(findings)));
+  findings.keyFrameTrace.error("\n");
+  EXPECT_FALSE(decodeFindings(encode(findings)));
+}
+
 TEST(Wire, RejectsListsThatCannotBeThere) {
   const auto bytes = encode(everything());
   // Every number of elements is in one of these places.
