@@ -262,20 +262,30 @@ void Client::stop() {
   for (const Worker* worker : busy_) worker->process.kill();
   for (const auto& worker : idle_) end(*worker);
   idle_.clear();
-  nursery_.reset();
+  // Whoever is starting a worker now ends it as soon as it is there.
+  if (const std::unique_lock starting(startMutex_, std::try_to_lock); starting) nursery_.reset();
 }
 
 std::unique_ptr<Worker> Client::take(std::string& why) {
-  const std::lock_guard lock(mutex_);
-  if (!mayStart(why)) return nullptr;
-  std::unique_ptr<Worker> worker;
-  if (idle_.empty()) {
-    worker = newWorker(why);
-  } else {
-    worker = std::move(idle_.back());
-    idle_.pop_back();
+  {
+    const std::lock_guard lock(mutex_);
+    if (!mayStart(why)) return nullptr;
+    if (!idle_.empty()) {
+      busy_.push_back(idle_.back().get());
+      auto worker = std::move(idle_.back());
+      idle_.pop_back();
+      return worker;
+    }
   }
-  if (worker != nullptr) busy_.push_back(worker.get());
+  auto worker = newWorker(why);
+  if (worker == nullptr) return nullptr;
+  const std::lock_guard lock(mutex_);
+  if (isStopped_) {
+    why = "stopped";
+    end(*worker);
+    return nullptr;
+  }
+  busy_.push_back(worker.get());
   return worker;
 }
 
@@ -290,8 +300,10 @@ bool Client::mayStart(std::string& why) {
   return false;
 }
 
-// A nursery that is gone is replaced once.
+// A nursery that is gone is replaced once. Others go on meanwhile: a disk that sleeps may hold the
+// program back for seconds.
 std::unique_ptr<Worker> Client::newWorker(std::string& why) {
+  const std::lock_guard starting(startMutex_);
   for (int i = 0; i < 2; ++i) {
     const bool isNew = nursery_ == nullptr;
     if (isNew) nursery_ = Nursery::start(settings_, why);

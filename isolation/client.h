@@ -91,9 +91,10 @@ class Client {
 
   const Settings settings_;
   Processors processors_;
+  std::mutex startMutex_;  // of the nursery; held while it starts
+  std::unique_ptr<Nursery> nursery_;
   std::mutex mutex_;
   bool isStopped_ = false;
-  std::unique_ptr<Nursery> nursery_;
   std::vector<std::unique_ptr<Worker>> idle_;
   std::vector<const Worker*> busy_;
   // Killed, but not gone: the kernel waits for a device that does not answer.
