@@ -273,7 +273,9 @@ void pairsOfDescriptors(int socket, std::uint64_t number) {
     first->cmsg_len = CMSG_LEN(2 * sizeof(int));
     const int pair[] = {STDOUT_FILENO, STDOUT_FILENO};
     std::memcpy(CMSG_DATA(first), pair, sizeof pair);
-    if (sendmsg(socket, &message, MSG_NOSIGNAL) != 1) return;
+    // The kernel lets a user have only some on their way.
+    while (sendmsg(socket, &message, MSG_NOSIGNAL) != 1)
+      if (errno != ETOOMANYREFS) return;
   }
 }
 void fail(int socket, std::uint64_t number, read::FailureCause cause) {
