@@ -43,6 +43,7 @@ constexpr IsolationRow kNeedsIsolation[] = {
     {"services.ts", "The tables of thousands of services are read by each of three searches."},
     {"inflatingFrames.mkv", "Each packet inflates, and a search reads thousands."},
     {"parameterSets.h264", "The decoder keeps a picture's memory for each of many sizes."},
+    {"oddInflatingText.png", "The decoder inflates every text, to whatever size it has."},
     {"texts.tiff", "The decoder keeps every text of the directory."},
     {"numbers.tiff", "The decoder writes every number of the directory as text."},
     {"emptyTracks.mkv", "Two bytes are a track of two kilobytes, long before streams are made."},

@@ -33,6 +33,12 @@ std::string pngInflatingText() {
   return smallPngWith(pngChunk("zTXt", std::string("Comment\0\0", 9) + deflatedZeros(1024 * kMiB)));
 }
 
+// No encoder writes such significant bits, so the decoder is asked, which inflates the text.
+std::string pngOddInflatingText() {
+  return smallPngWith(pngChunk("sBIT", zeros(3)) +
+                      pngChunk("zTXt", std::string("Comment\0\0", 9) + deflatedZeros(1024 * kMiB)));
+}
+
 std::string pngInflatingTexts() {
   const std::string text = deflated(repeated("a", 16 * kMiB));
   std::string chunks;
@@ -480,6 +486,7 @@ HostileFiles hostilePictures() {
       {"nestedGroups.svg", svgOfGroups},
       {"nestedEntities.svg", svgOfEntities},
       {"inflatingText.png", pngInflatingText},
+      {"oddInflatingText.png", pngOddInflatingText},
       {"inflatingTexts.png", pngInflatingTexts},
       {"inflatingInternationalText.png", pngInflatingInternationalText},
       {"inflatingColourProfile.png", pngInflatingColourProfile},
