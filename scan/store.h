@@ -48,11 +48,10 @@ class Store {
 
   // ---- Batches ----
   // Everything between begin() and commit() becomes durable at once, or not at all. commit()
-  // returns when it is on the disk. If it throws (the disk is full), the batch still exists: try
-  // again, or rollback(). A writing function outside a batch is a batch of its own.
+  // returns when it is on the disk. A writing function outside a batch is a batch of its own.
   //
-  // If a writing function or commit() throws kDiskFull or kDamaged, SQLite may have rolled the
-  // batch back already; isInBatch() says so, and rollback() is right in either case.
+  // If commit() or a writing function throws, call rollback(): of the batch nothing remains (SQLite
+  // may have given it up already), and what was committed before is as it was.
   void begin();
   void commit();
   void rollback() noexcept;

@@ -90,7 +90,7 @@ std::vector<Mark> Store::marks() {
 }
 
 std::vector<Mark> Store::takeOverMarks() {
-  const std::vector<Mark> left = marks();
+  std::vector<Mark> left = marks();
   if (left.empty()) return left;
   write([&] {
     for (const Mark& mark : left) {

@@ -8,4 +8,4 @@ set -euo pipefail
 cppcheck --quiet --error-exitcode=1 -j "$(nproc)" --std=c++20 --language=c++ \
   --enable=warning,performance,portability --inline-suppr --library=posix \
   --suppress=readdirCalled --suppress=cppcheckError --suppress=missingInclude \
-  --suppress=missingIncludeSystem -I include -I src src host tools
+  --suppress=missingIncludeSystem -I include -I src -I . src scan host tools

@@ -60,7 +60,7 @@ class QueriesTest : public testing::Test {
     return names;
   }
   std::vector<std::string> where(const std::string& expression) {
-    return names({.where = expression});
+    return names({.where = expression, .timeLimit = std::chrono::seconds(5)});
   }
   std::string refusal(const std::string& expression) {
     return failure(Kind::kBadExpression, [&] { where(expression); });

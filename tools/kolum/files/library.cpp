@@ -21,7 +21,7 @@ std::string folderIn(const char* variable) {
 }
 
 std::string dataFolder() {
-  if (const std::string data = folderIn("XDG_DATA_HOME"); !data.empty()) return data;
+  if (std::string data = folderIn("XDG_DATA_HOME"); !data.empty()) return data;
   if (const std::string home = folderIn("HOME"); !home.empty()) return home + ".local/share/";
   throw UsageError("HOME is not set; --library FILE names the library");
 }
