@@ -501,11 +501,8 @@ class Supervisor::Impl {
     if (hooks_.cancelProbes) hooks_.cancelProbes();
     walkers_->stop(Clock::now());
     dispatcher_.write();
-    std::uint64_t dropped = 0;
-    for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dropped += dispatcher_.drop(lane);
-    if (phase_ == Phase::kFiles) tally_.countSkipped(dropped);
-    const ScanSummary summary = finish(kTimeToStop, true);
-    return summary;
+    for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dispatcher_.drop(lane);
+    return finish(kTimeToStop, true);
   }
 
   ScanSummary finish(milliseconds time, bool isStopped) {
