@@ -284,5 +284,30 @@ TEST_F(ScanTool, GoesOnAfterAKill) {
   EXPECT_EQ(documents().size(), 10000U);
 }
 
+TEST_F(ScanTool, GoesOnWithWhatChanges) {
+  put("a.mp3");
+  const std::string lines = libraries_.path("lines");
+  // Each step waits for the summary of the one before.
+  const std::string script =
+      "set -m; '" KOLUM_PROGRAM "' scan --watch --json --library '" + library() + "' '" +
+      folder_.folder() + "' >'" + lines + "' & " +
+      "lines() { for i in $(seq 300); do [ $(wc -l <'" + lines +
+      "') -ge $1 ] && return; sleep 0.1; done; }\n"
+      "cd '" +
+      folder_.folder() +
+      "'; lines 1; mkdir new; cp a.mp3 new/b.mp3; lines 2\n"
+      "mv new/b.mp3 c.mp3; lines 3; rm c.mp3; lines 4; kill -INT $!; wait $!; exit $?";
+  EXPECT_EQ(test::run({"bash", "-c", script}, {.timeout = std::chrono::seconds(100)}).status, 130);
+  std::istringstream in(contentOf(lines));
+  std::vector<json> summaries;
+  for (std::string line; std::getline(in, line);) summaries.push_back(json::parse(line)["summary"]);
+  ASSERT_GE(summaries.size(), 4U);
+  EXPECT_EQ(summaries[0]["new"], 1);
+  EXPECT_EQ(summaries[1]["new"], 1);
+  EXPECT_EQ(summaries[2]["moved"], 1);
+  EXPECT_EQ(summaries[3]["gone"], 1);
+  EXPECT_THAT(names(), ElementsAre("a.mp3"));
+}
+
 }  // namespace
 }  // namespace kolum::test

@@ -20,8 +20,9 @@ class ScanReport {
   ScanReport& operator=(const ScanReport&) = delete;
 
   void progress(const scan::ScanProgress& progress);
-  void problem(const std::string& path, const std::string& text);
   void summary(const scan::ScanSummary& summary, const std::string& library);
+  // After a scan of what has changed: for people, one line if anything had.
+  void changes(const scan::ScanSummary& summary, const std::string& library);
 
  private:
   bool isJson() const;
