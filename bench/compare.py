@@ -12,7 +12,6 @@ import json
 import math
 import os
 import pathlib
-import platform
 import re
 import resource
 import statistics
@@ -20,6 +19,7 @@ import subprocess
 import tempfile
 
 import corpus
+import machine
 
 ROOT = pathlib.Path(__file__).resolve().parent.parent
 BUILD = ROOT / "build/release/bench"
@@ -305,14 +305,6 @@ def svg(times, groups):
             'describe a file, mean of each group (logarithmic scale)</text>' + "".join(scale + bars) + "</svg>\n")
 
 
-def machine():
-    cpu = re.search(r"model name\s*:\s*(.*)", pathlib.Path("/proc/cpuinfo").read_text()).group(1)
-    return (f"{cpu}, {os.cpu_count()} CPUs, {platform.system()} {platform.release()}; "
-            f"FFmpeg {output('ffprobe', '-version').split()[2]}, "
-            f"MediaInfo {output('mediainfo', '--Version').split('v')[-1].strip()}, "
-            f"{platform.freedesktop_os_release()['PRETTY_NAME']}")
-
-
 def quick(groups, rounds):
     paths = sum(groups.values(), [])
     times = main_times(paths, rounds)
@@ -325,7 +317,7 @@ def method(paths, rounds, load):
     """What was measured, and how."""
     entries = ", ".join(f"`{entry}` for {name}s" for name, entry in RECORD.items())
     size = sum(path.stat().st_size for path in paths) / 1e9
-    return [f"Written by `bench/compare.py`. Machine: {machine()}. Load average (1 minute) before and after: "
+    return [f"Written by `bench/compare.py`. Machine: {machine.description()}. Load average (1 minute) before and after: "
             f"{load:.2f}, {os.getloadavg()[0]:.2f}; above about 1, other processes were running, and the speed of two "
             "threads, which is measured by the clock, means little.", "",
             "The floor opens the file and reads the stream information with the same FFmpeg and its default options, "

@@ -6,6 +6,9 @@ namespace kolum::scan {
 
 namespace {
 
+// Of a file with hard links; backups have files with hundreds.
+constexpr std::size_t kMostNames = 16;
+
 bool isSameContent(const Identity& a, const Identity& b) {
   return a.inode == b.inode && a.size == b.size && a.mtimeNs == b.mtimeNs;
 }
@@ -59,7 +62,8 @@ Task Comparison::taskFor(const SeenFile& file, Origin origin) {
   task.job.identity = file.identity;
   task.origin = origin;
   if (!options_.findsMoves || origin == Origin::kRetried) return task;
-  for (KnownFile& other : store_.filesWithInode(file.identity.device, file.identity.inode)) {
+  for (KnownFile& other :
+       store_.filesWithInode(file.identity.device, file.identity.inode, kMostNames)) {
     const bool isItself = other.folder == folder_ && other.known.name == file.name;
     if (!isItself && isSameContent(other.known.identity, file.identity))
       task.formerNames.push_back(std::move(other));

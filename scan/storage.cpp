@@ -141,6 +141,15 @@ Device Storage::deviceOf(std::string_view path) const {
   return nearest == nullptr ? Device{"unknown", "/", Medium::kFast} : nearest->device;
 }
 
+std::vector<std::string> Storage::mountsBelow(std::string_view path) const {
+  const std::string folder = withSlash(std::string(path));
+  std::vector<std::string> places;
+  for (const Mount& mount : mounts_)
+    if (mount.place.size() > folder.size() && mount.place.starts_with(folder))
+      places.push_back(mount.place);
+  return places;
+}
+
 Device Storage::describe(const Mount& mount) const {
   const std::string place =
       mount.place == "/" ? mount.place : mount.place.substr(0, mount.place.size() - 1);

@@ -39,6 +39,8 @@ class Storage {
 
   // Of an absolute path without links, which need not exist.
   Device deviceOf(std::string_view path) const;
+  // The places in a folder that others are mounted on.
+  std::vector<std::string> mountsBelow(std::string_view folder) const;
 
  private:
   struct Mount {

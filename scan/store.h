@@ -91,8 +91,9 @@ class Store {
   std::optional<Known> file(const FilePath& path);
   // Whether any file is known in or below the folder.
   bool hasFilesBelow(const std::string& folder);
-  // All names of one file: it may have moved, or have hard links.
-  std::vector<KnownFile> filesWithInode(std::uint64_t device, std::uint64_t inode);
+  // The names of one file, LIMIT at most: it may have moved, or have hard links.
+  std::vector<KnownFile> filesWithInode(std::uint64_t device, std::uint64_t inode,
+                                        std::size_t limit);
   // At most LIMIT files of that state with ids greater than AFTER, in the order of ids.
   std::vector<KnownFile> filesInState(State state, std::size_t limit, std::int64_t after = 0);
   // Marks of this moment.

@@ -23,7 +23,7 @@ const Reason kInterruptedAlone = {
 constexpr const char* kByInode =
     "SELECT file.id, folder.path, name, state, version, file.device, inode, size, mtime_ns,"
     " ctime_ns FROM file JOIN folder ON folder.id = file.folder"
-    " WHERE inode = ? AND file.device = ? ORDER BY file.id";
+    " WHERE inode = ? AND file.device = ? ORDER BY file.id LIMIT ?";
 constexpr const char* kInState =
     "SELECT file.id, folder.path, name, state, version, file.device, inode, size, mtime_ns,"
     " ctime_ns FROM file JOIN folder ON folder.id = file.folder"
@@ -215,8 +215,9 @@ std::optional<Known> Store::file(const FilePath& path) {
   return found.empty() ? std::nullopt : std::optional(found.front().known);
 }
 
-std::vector<KnownFile> Store::filesWithInode(std::uint64_t device, std::uint64_t inode) {
-  Run run(*database_, kByInode, inode, device);
+std::vector<KnownFile> Store::filesWithInode(std::uint64_t device, std::uint64_t inode,
+                                             std::size_t limit) {
+  Run run(*database_, kByInode, inode, device, limit);
   return knownFiles(run, versionId());
 }
 

@@ -1,6 +1,7 @@
 #include "scan/supervisor.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstring>
 #include <ctime>
 #include <set>
@@ -229,7 +230,9 @@ class Supervisor::Impl {
 
   void compare(std::size_t group, TargetState& target, const Piece& piece) {
     const std::string folder = target.comparison->root() + piece.folder;
-    if (piece.error != 0) reportProblem(folder, std::strerror(piece.error));
+    // A folder that has gone since it was listed is found to be gone by the next scan.
+    if (piece.error != 0 && piece.error != ENOENT)
+      reportProblem(folder, std::strerror(piece.error));
     const std::size_t lane = laneOf(folder);
     laneOfGroup_[group] = lane;
     std::uint64_t unchanged = 0;
@@ -501,11 +504,8 @@ class Supervisor::Impl {
     if (hooks_.cancelProbes) hooks_.cancelProbes();
     walkers_->stop(Clock::now());
     dispatcher_.write();
-    std::uint64_t dropped = 0;
-    for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dropped += dispatcher_.drop(lane);
-    if (phase_ == Phase::kFiles) tally_.countSkipped(dropped);
-    const ScanSummary summary = finish(kTimeToStop, true);
-    return summary;
+    for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dispatcher_.drop(lane);
+    return finish(kTimeToStop, true);
   }
 
   ScanSummary finish(milliseconds time, bool isStopped) {

@@ -68,7 +68,7 @@ struct ScanSummary {
   std::uint64_t moved = 0;
   std::uint64_t gone = 0;
   std::uint64_t kept = 0;         // not found, but their disk seems to be missing
-  std::uint64_t skipped = 0;      // not looked at: their device does not answer, or the scan ended
+  std::uint64_t skipped = 0;      // not looked at: they or their device cannot be read
   std::uint64_t described = 0;    // files with a new document
   std::uint64_t failed = 0;       // without
   std::uint64_t quarantined = 0;  // of those that failed

@@ -102,7 +102,7 @@ struct ReadOptions {
   // Entries are listed, but not looked at: identities stay empty, and what has no type without a
   // look is left out.
   bool isNamesOnly = false;
-  std::size_t pieceSize = 4096;
+  std::size_t pieceSize = 512;
   Beneath::Way way = Beneath::Way::kAny;
 };
 

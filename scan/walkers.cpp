@@ -1,20 +1,14 @@
 #include "scan/walkers.h"
 
-#include <fcntl.h>
-#include <sys/stat.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <array>
 #include <cerrno>
-#include <climits>
 #include <condition_variable>
-#include <cstring>
 #include <deque>
-#include <filesystem>
 #include <mutex>
 #include <set>
 #include <utility>
+
+#include "scan/root.h"
 
 namespace kolum::scan {
 
@@ -29,53 +23,6 @@ constexpr std::size_t kMostFiles = 8192;
 constexpr std::chrono::milliseconds kLongWait{500};
 
 constexpr const char* kNoAnswer = "the device does not answer";
-
-std::string absolute(const std::string& path) {
-  std::error_code error;
-  const auto whole = std::filesystem::absolute(path, error);
-  return error ? path : whole.lexically_normal().string();
-}
-
-struct OpenedRoot {
-  std::shared_ptr<const Descriptor> descriptor;
-  std::string path;
-  std::uint64_t device = 0;
-  std::string reason;  // why it was not opened
-};
-
-// The kernel's name of an open folder, without links; empty if it has none.
-std::string nameOf(int folder) {
-  std::array<char, PATH_MAX> name = {};
-  const std::string link = "/proc/self/fd/" + std::to_string(folder);
-  const ssize_t length = readlink(link.c_str(), name.data(), name.size());
-  if (length <= 0 || static_cast<std::size_t>(length) >= name.size()) return "";
-  std::string path(name.data(), static_cast<std::size_t>(length));
-  struct stat byName = {};
-  struct stat byNumber = {};
-  const bool isSame = path.starts_with('/') && stat(path.c_str(), &byName) == 0 &&
-                      fstat(folder, &byNumber) == 0 && byName.st_ino == byNumber.st_ino &&
-                      byName.st_dev == byNumber.st_dev;
-  return isSame ? path : "";
-}
-
-OpenedRoot openRoot(const std::string& path) {
-  OpenedRoot root;
-  Descriptor descriptor(::open(path.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  struct stat status = {};
-  if (!descriptor.isOpen() || fstat(descriptor.get(), &status) != 0) {
-    root.reason = errno == ENOTDIR ? "not a folder" : std::strerror(errno);
-    return root;
-  }
-  root.path = nameOf(descriptor.get());
-  if (root.path.empty()) {
-    root.reason = "its path cannot be determined";
-    return root;
-  }
-  if (!root.path.ends_with('/')) root.path += '/';
-  root.device = status.st_dev;
-  root.descriptor = std::make_shared<const Descriptor>(std::move(descriptor));
-  return root;
-}
 
 WalkEvent endOf(std::size_t target, std::string reason, std::uint64_t links) {
   WalkEvent event;
@@ -173,7 +120,7 @@ Walkers::Walkers(std::vector<Target> targets, std::shared_ptr<const Storage> sto
                  Options options, std::shared_ptr<Bell> bell) {
   std::vector<std::string> devices;
   for (std::size_t i = 0; i < targets.size(); ++i) {
-    const std::string device = storage->deviceOf(absolute(targets[i].root)).id;
+    const std::string device = storage->deviceOf(absolutePath(targets[i].root)).id;
     const auto found = std::find(devices.begin(), devices.end(), device);
     const auto number = static_cast<std::size_t>(found - devices.begin());
     if (found == devices.end()) {
@@ -206,7 +153,7 @@ void Walkers::walk(const std::shared_ptr<Group>& shared) {
     reader.reset();
     group.links = 0;
     OpenedRoot root;
-    if (group.isDead(absolute(target.target.root))) {
+    if (group.isDead(absolutePath(target.target.root))) {
       root.reason = kNoAnswer;
     } else {
       lock.unlock();
@@ -350,7 +297,7 @@ std::vector<std::string> Walkers::takeHung(Clock::duration limit) {
     group.movedAt = Clock::now();
     ++group.generation;
     const std::string rootPath =
-        group.pending ? group.root.path : absolute(group.targets[group.at].target.root);
+        group.pending ? group.root.path : absolutePath(group.targets[group.at].target.root);
     const Device device =
         group.storage->deviceOf(group.pending ? rootPath + group.folder : rootPath);
     group.deadDevices.insert(device.id);

@@ -85,7 +85,7 @@ TEST_F(StoreTest, KeepsNumbersOf64Bits) {
   Store store = opened();
   store.putDocument({"/", "a"}, extreme, kSong);
   EXPECT_TRUE(isUnchanged(*store.file({"/", "a"}), extreme));
-  EXPECT_EQ(store.filesWithInode(extreme.device, extreme.inode).size(), 1U);
+  EXPECT_EQ(store.filesWithInode(extreme.device, extreme.inode, 9).size(), 1U);
 }
 
 TEST_F(StoreTest, TakesFilesOfOtherReadersForChanged) {
@@ -218,11 +218,12 @@ TEST_F(StoreTest, FindsAllNamesOfAnInode) {
   store.putDocument({"/x/", "a"}, identity(1), kSong);
   store.putDocument({"/y/", "b"}, identity(1), kSong);
   store.putDocument({"/y/", "c"}, identity(2), kSong);
-  const auto files = store.filesWithInode(7, 1);
+  const auto files = store.filesWithInode(7, 1, 9);
   ASSERT_EQ(files.size(), 2U);
   EXPECT_EQ(files[0].path(), (FilePath{"/x/", "a"}));
   EXPECT_EQ(files[1].path(), (FilePath{"/y/", "b"}));
-  EXPECT_THAT(store.filesWithInode(8, 1), IsEmpty());
+  EXPECT_THAT(store.filesWithInode(8, 1, 9), IsEmpty());
+  EXPECT_EQ(store.filesWithInode(7, 1, 1).size(), 1U);
 }
 
 TEST_F(StoreTest, RemovesOnlyTheTree) {
@@ -348,7 +349,7 @@ TEST_F(StoreTest, WritesNothingWhileReading) {
   const std::string before = contentOf(store.file() + "-wal");
   ASSERT_FALSE(before.empty());
   store.folder("/");
-  store.filesWithInode(7, 1);
+  store.filesWithInode(7, 1, 9);
   store.hasFilesBelow("/");
   EXPECT_EQ(contentOf(store.file() + "-wal"), before);
 }

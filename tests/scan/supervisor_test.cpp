@@ -453,6 +453,18 @@ TEST_F(Scan, TakesHardLinksForFilesOfTheirOwn) {
   EXPECT_TRUE(known("a") && known("b") && known("c"));
 }
 
+TEST_F(Scan, TakesItsTimeNotWithThousandsOfHardLinks) {
+  write("0/0");
+  for (int i = 1; i < 3000; ++i) fs::create_hard_link(path("0/0"), path("0/" + std::to_string(i)));
+  run();
+  fs::create_directory(path("1"));
+  for (int i = 0; i < 3000; ++i) fs::create_hard_link(path("0/0"), path("1/" + std::to_string(i)));
+  // Each of the new names could be any of the known ones.
+  const ScanSummary summary = run();
+  EXPECT_EQ(summary.described, 6000U);
+  EXPECT_LT(summary.elapsed, 5s);
+}
+
 TEST_F(Scan, FollowsAFileThatReplacesAnother) {
   write("a", "first");
   write("b", "second file");

@@ -51,6 +51,9 @@ fits geocode 48.8584 2.2945
 fits notify post
 fits notify clear
 fits doctor
+library=$folder/scanned.db
+fits scan --library "$library" "$samples" "$folder"
+fits scan --library "$library" --progress json --retry "$samples" "$folder/missing" "$folder"
 library=$folder/library.db
 "$kolum" probe --json "$samples" "$folder" 2>/dev/null | "$kolum" library add --json --library "$library" >"$folder/added" ||
   [ $? -eq 1 ]

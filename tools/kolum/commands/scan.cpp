@@ -19,6 +19,7 @@
 #include "machine/protections.h"
 #include "scan/store.h"
 #include "scan/supervisor.h"
+#include "scan/watch.h"
 #include "terminal/command.h"
 #include "terminal/context.h"
 #include "terminal/interruption.h"
@@ -41,6 +42,7 @@ struct Options {
   bool byContent = false;
   bool isRetry = false;
   bool waits = false;
+  bool watches = false;
 };
 
 // In seconds. What the supervisor gives a file has room for it.
@@ -85,56 +87,116 @@ void cancelProbes() {
   killChildren();
 }
 
-std::unique_ptr<scan::Store> openLibrary(Context& context, const Options& options) {
-  const std::string file = libraryFile(options.library);
-  const scan::Version version = documentVersion();
-  if (!options.waits)
-    return std::make_unique<scan::Store>(file, version, scan::Store::Access::kWrite);
-  bool hasSaidSo = false;
-  return std::make_unique<scan::Store>(file, version, [&] {
-    if (!std::exchange(hasSaidSo, true)) context.note(file, "waiting until it is no longer in use");
-    return !Interruption::hasCome();
-  });
+bool keepGoing() {
+  return !Interruption::hasCome();
 }
 
-scan::ScanOptions scanOptions(const Options& options) {
-  scan::ScanOptions scan;
-  for (const std::string& root : options.roots) scan.targets.push_back({.root = root});
-  scan.selection = mediaSelection(options.excluded, options.byContent);
-  scan.jobs = static_cast<std::size_t>(options.jobs);
-  scan.processors = std::max(1U, std::thread::hardware_concurrency());
-  scan.isRetry = options.isRetry;
-  scan.countsAhead = options.progress != "none";
-  return scan;
-}
+// The scans of one command: one, or with --watch one for each of the changes.
+class Scans {
+ public:
+  Scans(Context& context, const Options& options)
+      : context_(context),
+        options_(options),
+        report_(context, progressForm(options.progress)),
+        selection_(mediaSelection(options.excluded, options.byContent)),
+        prober_(fileProber(options.byContent, options.opensImages)) {
+    for (const std::string& root : options.roots) roots_.push_back({.root = root});
+  }
+
+  void run() {
+    if (options_.watches) return watch();
+    report_.summary(scan(roots_, options_.waits), library_, protectionsText());
+  }
+
+  // What hangs in the kernel may use anything until the process is gone.
+  bool hasThreadsLeft() const { return hasThreadsLeft_; }
+
+ private:
+  void watch() {
+    scan::Watch watch({.roots = options_.roots, .selection = selection_},
+                      std::make_shared<const scan::Storage>());
+    // Before the first scan, so that nothing happens between the two.
+    if (!watch.waitUntilReady(keepGoing)) return;
+    noteObstacle(watch);
+    report_.summary(scan(roots_, options_.waits), library_, protectionsText());
+    while (const auto changes = watch.wait(keepGoing)) {
+      noteObstacle(watch);
+      // The library is free between scans, and another one may use it just now.
+      const auto summary = scan(changes->isEverything ? roots_ : changes->targets, true);
+      report_.changes(summary, library_);
+      if (summary.isStopped) return;
+    }
+  }
+
+  void noteObstacle(const scan::Watch& watch) {
+    const std::string obstacle = watch.obstacle();
+    if (obstacle.empty() || std::exchange(obstacle_, obstacle) == obstacle) return;
+    context_.note("--watch", obstacle + "; everything is walked again every 15 minutes");
+  }
+
+  scan::ScanSummary scan(const std::vector<scan::Target>& targets, bool waits) {
+    const auto store = openLibrary(waits);
+    library_ = store->file();
+    scan::Supervisor supervisor(
+        *store, prober_, optionsFor(targets),
+        {.isStopWanted = Interruption::hasCome,
+         .cancelProbes = cancelProbes,
+         .progress = [&](const scan::ScanProgress& progress) { report_.progress(progress); },
+         .problem = [&](const std::string& path,
+                        const std::string& text) { context_.note(path, text); }});
+    scan::ScanSummary summary = supervisor.run();
+    hasThreadsLeft_ = hasThreadsLeft_ || summary.threadsLeftBehind != 0;
+    if (summary.failed != 0 || summary.problems != 0 || summary.skipped != 0) context_.setFailed();
+    return summary;
+  }
+
+  std::unique_ptr<scan::Store> openLibrary(bool waits) const {
+    const std::string file = libraryFile(options_.library);
+    const scan::Version version = documentVersion();
+    if (!waits) return std::make_unique<scan::Store>(file, version, scan::Store::Access::kWrite);
+    bool hasSaidSo = false;
+    return std::make_unique<scan::Store>(file, version, [&] {
+      if (!std::exchange(hasSaidSo, true))
+        context_.note(file, "waiting until it is no longer in use");
+      return keepGoing();
+    });
+  }
+
+  scan::ScanOptions optionsFor(const std::vector<scan::Target>& targets) const {
+    scan::ScanOptions options;
+    options.targets = targets;
+    options.selection = selection_;
+    options.jobs = static_cast<std::size_t>(options_.jobs);
+    options.processors = std::max(1U, std::thread::hardware_concurrency());
+    options.isRetry = options_.isRetry;
+    options.countsAhead = options_.progress != "none";
+    return options;
+  }
+
+  Context& context_;
+  const Options& options_;
+  ScanReport report_;
+  scan::Selection selection_;
+  scan::Prober prober_;
+  std::vector<scan::Target> roots_;
+  std::string library_;
+  std::string obstacle_;
+  bool hasThreadsLeft_ = false;
+};
 
 void run(Context& context, const Options& options) {
-  const ScanReport::Form form = progressForm(options.progress);
   if (options.roots.empty()) throw UsageError("ROOT is required");
   chooseIsolation(options);
   const Interruption interruption;
-  ScanReport report(context, form);
-  scan::ScanSummary summary;
+  Scans scans(context, options);
   try {
-    const auto store = openLibrary(context, options);
-    scan::Supervisor supervisor(
-        *store, fileProber(options.byContent, options.opensImages), scanOptions(options),
-        {.isStopWanted = Interruption::hasCome,
-         .cancelProbes = cancelProbes,
-         .progress = [&](const scan::ScanProgress& progress) { report.progress(progress); },
-         .problem = [&](const std::string& path,
-                        const std::string& text) { report.problem(path, text); }});
-    summary = supervisor.run();
-    report.summary(summary, store->file(), protectionsText());
+    scans.run();
   } catch (const scan::StoreError& error) {
     Interruption::check();
-    return context.fail(error.what());
+    context.fail(error.what());
   }
   Interruption::check();
-  const bool hasFailed = summary.failed != 0 || summary.problems != 0 || summary.skipped != 0;
-  // What hangs in the kernel may use anything until the process is gone.
-  if (summary.threadsLeftBehind != 0) _exit(hasFailed ? 1 : 0);
-  if (hasFailed) context.setFailed();
+  if (scans.hasThreadsLeft()) _exit(context.failed() ? 1 : 0);
 }
 
 }  // namespace
@@ -156,6 +218,7 @@ Action defineScan(Syntax& syntax) {
   syntax.flag("--images", options->opensImages, "Also mounts disc images");
   syntax.flag("--retry", options->isRetry, "Also tries files again that failed before");
   syntax.flag("--wait", options->waits, "Waits while another scan uses the library");
+  syntax.flag("--watch", options->watches, "Goes on when it is done, and reads what changes");
   syntax.option("--progress", {"FORM", Offer::kWords, progressForms}, options->progress,
                 "\"json\": one line per second for programs; \"none\"");
   syntax.help(
@@ -166,6 +229,7 @@ Action defineScan(Syntax& syntax) {
       "\nExamples:\n"
       "  kolum scan /share\n"
       "  kolum scan --exclude Trailers --library media.db Movies Music\n"
+      "  kolum scan --watch /share\n"
       "  kolum scan --progress json /share | jq .progress");
   return [options](Context& context) { run(context, *options); };
 }

@@ -193,10 +193,6 @@ void ScanReport::progress(const ScanProgress& progress) {
   context_.channels.writeResults(jsonText(result) + "\n");
 }
 
-void ScanReport::problem(const std::string& path, const std::string& text) {
-  context_.note(path, text);
-}
-
 void ScanReport::summary(const ScanSummary& summary, const std::string& library,
                          const std::string& protections) {
   context_.channels.showProgress("", false);
@@ -211,6 +207,20 @@ void ScanReport::summary(const ScanSummary& summary, const std::string& library,
   Result result;
   result.data("summary", object);
   context_.channels.writeResults(jsonText(result) + "\n");
+}
+
+void ScanReport::changes(const ScanSummary& found, const std::string& library) {
+  if (isJson()) return summary(found, library);
+  std::vector<std::string> parts;
+  for (const Count& count : kCounts) {
+    const std::uint64_t value = found.*count.value;
+    const bool isChange = count.value != &ScanSummary::unchanged &&
+                          count.value != &ScanSummary::described &&
+                          count.value != &ScanSummary::links;
+    if (value != 0 && isChange) parts.push_back(grouped(value) + " " + count.key);
+  }
+  context_.channels.showProgress("", false);
+  if (!parts.empty()) context_.printer.raw(joined(parts) + "\n");
 }
 
 }  // namespace kolum::tool

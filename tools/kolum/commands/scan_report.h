@@ -20,9 +20,10 @@ class ScanReport {
   ScanReport& operator=(const ScanReport&) = delete;
 
   void progress(const scan::ScanProgress& progress);
-  void problem(const std::string& path, const std::string& text);
   void summary(const scan::ScanSummary& summary, const std::string& library,
                const std::string& protections);
+  // After a scan of what has changed: for people, one line if anything had.
+  void changes(const scan::ScanSummary& summary, const std::string& library);
 
  private:
   bool isJson() const;
