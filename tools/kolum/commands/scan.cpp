@@ -43,8 +43,7 @@ struct Options {
   bool waits = false;
 };
 
-// In seconds. What the supervisor gives a file has room for it.
-constexpr int kLongestDeadline = 150;
+constexpr int kLongestDeadline = 150;  // in seconds
 constexpr int kMostMemory = 65536;
 
 Words progressForms() {
@@ -67,6 +66,15 @@ isolation::Mode sandboxMode(const std::string& word) {
   if (word == "strict") return isolation::Mode::kStrict;
   if (word == "off") return isolation::Mode::kOff;
   throw UsageError("--sandbox takes \"on\", \"strict\" or \"off\"");
+}
+
+// For all that is done about one file: questions to workers, one after the other, and a tool with a
+// deadline of its own. What takes longer hangs where no worker is.
+std::chrono::seconds longestTimeOfFile() {
+  constexpr int kMostQuestions = 5;
+  constexpr std::chrono::seconds kTimeOfTool{30};
+  const auto deadline = isolation::settings().deadline;
+  return std::chrono::ceil<std::chrono::seconds>(kMostQuestions * deadline) + kTimeOfTool;
 }
 
 // A scan gives way to everything else on the machine.
@@ -105,6 +113,7 @@ scan::ScanOptions scanOptions(const Options& options) {
   scan.processors = std::max(1U, std::thread::hardware_concurrency());
   scan.isRetry = options.isRetry;
   scan.countsAhead = options.progress != "none";
+  scan.fileLimit = longestTimeOfFile();
   return scan;
 }
 
@@ -124,8 +133,10 @@ void run(Context& context, const Options& options) {
          .progress = [&](const scan::ScanProgress& progress) { report.progress(progress); },
          .problem = [&](const std::string& path,
                         const std::string& text) { report.problem(path, text); }});
+    // Of a scan that was stopped, no worker would answer any more.
+    const std::string protections = protectionsText();
     summary = supervisor.run();
-    report.summary(summary, store->file(), protectionsText());
+    report.summary(summary, store->file(), protections);
   } catch (const scan::StoreError& error) {
     Interruption::check();
     return context.fail(error.what());
