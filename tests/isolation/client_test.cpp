@@ -288,7 +288,8 @@ INSTANTIATE_TEST_SUITE_P(OnMachine, Attack,
                          testing::Values("openFile", "createFile", "listFolder", "openOwnFile",
                                          "forkProcess", "forkByClone3", "killParent",
                                          "killNeighbours", "raiseLimit", "becomeRoot", "mapCode",
-                                         "becomeDumpable", "openManyFiles", "hostsEnvironment"),
+                                         "becomeDumpable", "openManyFiles", "forkBomb",
+                                         "hostsEnvironment"),
                          nameOf);
 
 struct Deed {
