@@ -294,6 +294,11 @@ class Supervisor::Impl {
   void keep(const TaskResult& result) {
     const Job& job = result.task.job;
     const Outcome& outcome = result.outcome;
+    // What was cancelled looks like a failure of the file.
+    if (isCancelled_) {
+      store_.unmark(job.file);
+      return tally_.countSkipped(result.task.origin == Origin::kSuspect ? 0 : 1);
+    }
     tally_.countLook(result);
     if (outcome.kind == Outcome::Kind::kDocument) {
       try {
@@ -501,7 +506,11 @@ class Supervisor::Impl {
   // ---- The end ----
 
   ScanSummary stopEarly() {
-    if (hooks_.cancelProbes) hooks_.cancelProbes();
+    takeResults();
+    if (hooks_.cancelProbes) {
+      hooks_.cancelProbes();
+      isCancelled_ = true;
+    }
     walkers_->stop(Clock::now());
     dispatcher_.write();
     for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dispatcher_.drop(lane);
@@ -542,6 +551,7 @@ class Supervisor::Impl {
   std::unordered_map<std::size_t, std::size_t> laneOfGroup_;
   std::set<std::size_t> unhealthy_;  // lanes that were reported
   bool findsMoves_ = true;
+  bool isCancelled_ = false;
   std::size_t goneTarget_ = 0;  // whose files are checked
 
   std::vector<KnownFile> suspects_;  // the next one last

@@ -320,7 +320,7 @@ INSTANTIATE_TEST_SUITE_P(OnMachine, Attack,
                                          "killNeighbours", "raiseLimit", "raiseTimeLimit",
                                          "moveNeighbours", "lookForFile", "filterSocket",
                                          "becomeRoot", "mapCode", "becomeDumpable", "openManyFiles",
-                                         "hostsEnvironment"),
+                                         "forkBomb", "hostsEnvironment"),
                          nameOf);
 
 struct Deed {

@@ -45,8 +45,7 @@ struct Options {
   bool watches = false;
 };
 
-// In seconds. What the supervisor gives a file has room for it.
-constexpr int kLongestDeadline = 150;
+constexpr int kLongestDeadline = 150;  // in seconds
 constexpr int kMostMemory = 65536;
 
 Words progressForms() {
@@ -69,6 +68,15 @@ isolation::Mode sandboxMode(const std::string& word) {
   if (word == "strict") return isolation::Mode::kStrict;
   if (word == "off") return isolation::Mode::kOff;
   throw UsageError("--sandbox takes \"on\", \"strict\" or \"off\"");
+}
+
+// For all that is done about one file: questions to workers, one after the other, and a tool with a
+// deadline of its own. What takes longer hangs where no worker is.
+std::chrono::seconds longestTimeOfFile() {
+  constexpr int kMostQuestions = 5;
+  constexpr std::chrono::seconds kTimeOfTool{30};
+  const auto deadline = isolation::settings().deadline;
+  return std::chrono::ceil<std::chrono::seconds>(kMostQuestions * deadline) + kTimeOfTool;
 }
 
 // A scan gives way to everything else on the machine.
@@ -97,7 +105,7 @@ class Scans {
   Scans(Context& context, const Options& options)
       : context_(context),
         options_(options),
-        report_(context, progressForm(options.progress)),
+        report_(context, progressForm(options.progress), protectionsText()),
         selection_(mediaSelection(options.excluded, options.byContent)),
         prober_(fileProber(options.byContent, options.opensImages)) {
     for (const std::string& root : options.roots) roots_.push_back({.root = root});
@@ -105,7 +113,7 @@ class Scans {
 
   void run() {
     if (options_.watches) return watch();
-    report_.summary(scan(roots_, options_.waits), library_, protectionsText());
+    report_.summary(scan(roots_, options_.waits), library_);
   }
 
   // What hangs in the kernel may use anything until the process is gone.
@@ -118,7 +126,7 @@ class Scans {
     // Before the first scan, so that nothing happens between the two.
     if (!watch.waitUntilReady(keepGoing)) return;
     noteObstacle(watch);
-    report_.summary(scan(roots_, options_.waits), library_, protectionsText());
+    report_.summary(scan(roots_, options_.waits), library_);
     while (const auto changes = watch.wait(keepGoing)) {
       noteObstacle(watch);
       // The library is free between scans, and another one may use it just now.
@@ -170,6 +178,7 @@ class Scans {
     options.processors = std::max(1U, std::thread::hardware_concurrency());
     options.isRetry = options_.isRetry;
     options.countsAhead = options_.progress != "none";
+    options.fileLimit = longestTimeOfFile();
     return options;
   }
 

@@ -169,8 +169,11 @@ void addTimes(Result& result, const ScanSummary& summary) {
 
 }  // namespace
 
-ScanReport::ScanReport(Context& context, Form form)
-    : context_(context), form_(form), due_(std::chrono::steady_clock::now()) {
+ScanReport::ScanReport(Context& context, Form form, std::string protections)
+    : context_(context),
+      form_(form),
+      protections_(std::move(protections)),
+      due_(std::chrono::steady_clock::now()) {
   if (form_ == Form::kLine) due_ += kBeforeFirstLine;
 }
 
@@ -193,15 +196,14 @@ void ScanReport::progress(const ScanProgress& progress) {
   context_.channels.writeResults(jsonText(result) + "\n");
 }
 
-void ScanReport::summary(const ScanSummary& summary, const std::string& library,
-                         const std::string& protections) {
+void ScanReport::summary(const ScanSummary& summary, const std::string& library) {
   context_.channels.showProgress("", false);
   Result object = Result::titled(summary.isStopped ? "Stopped" : "Scanned");
   addCounts(object, summary);
   addReasons(object, summary);
   addTimes(object, summary);
   object.data("stopped", summary.isStopped);
-  object.text("protections", "Protections", protections);
+  object.text("protections", "Protections", protections_);
   object.text("library", "Library", library);
   if (!isJson()) return context_.printer.block(object);
   Result result;

@@ -14,14 +14,14 @@ class ScanReport {
  public:
   enum class Form { kNone, kLine, kJson };
 
-  ScanReport(Context& context, Form form);
+  // PROTECTIONS: those of the workers, in words.
+  ScanReport(Context& context, Form form, std::string protections);
   ~ScanReport();
   ScanReport(const ScanReport&) = delete;
   ScanReport& operator=(const ScanReport&) = delete;
 
   void progress(const scan::ScanProgress& progress);
-  void summary(const scan::ScanSummary& summary, const std::string& library,
-               const std::string& protections);
+  void summary(const scan::ScanSummary& summary, const std::string& library);
   // After a scan of what has changed: for people, one line if anything had.
   void changes(const scan::ScanSummary& summary, const std::string& library);
 
@@ -30,6 +30,7 @@ class ScanReport {
 
   Context& context_;
   Form form_;
+  std::string protections_;
   std::chrono::steady_clock::time_point due_;
 };
 

@@ -34,7 +34,11 @@ constexpr FileKind kNoFiles[] = {
 std::optional<Failure> openingFailure(const std::string& path) {
   const int descriptor = open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (descriptor < 0) return systemFailure(errno);
+  // A disk that fails says so only when it is read.
+  char byte = 0;
+  const int error = ::read(descriptor, &byte, 1) < 0 ? errno : 0;
   close(descriptor);
+  if (error != 0) return systemFailure(error);
   return std::nullopt;
 }
 
