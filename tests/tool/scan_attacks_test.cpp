@@ -62,7 +62,7 @@ class ScanOfPoison : public testing::TestWithParam<Poison> {};
 TEST_P(ScanOfPoison, LosesOnlyThatFile) {
   const ScannedFolder folder;
   writeHostileFile(hostileFile(GetParam().name), folder.folder());
-  const ScanResult result = folder.scan({.arguments = {"--deadline", "5"}, .limit = 40s});
+  const ScanResult result = folder.scan({.arguments = {"--deadline", "20"}, .limit = 90s});
   folder.expectGoodFiles();
   if (GetParam().code == nullptr) {
     const json row = folder.row(GetParam().name);
