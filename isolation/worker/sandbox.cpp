@@ -14,6 +14,7 @@
 #include <algorithm>
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
 
 #include "base/descriptor.h"
@@ -107,6 +108,8 @@ bool limit(__rlimit_resource resource, rlim_t most) {
 bool setLimits([[maybe_unused]] std::size_t memory) {
   // A worker never has more than its socket, a file, and the standard ones.
   constexpr rlim_t kDescriptors = 8;
+  // Standard error may be a file: what FFmpeg says is then lost, which must not end the worker.
+  signal(SIGXFSZ, SIG_IGN);
   const bool areSet = limit(RLIMIT_CORE, 0) && limit(RLIMIT_FSIZE, 0) &&
                       limit(RLIMIT_NOFILE, kDescriptors) && limit(RLIMIT_NPROC, 0) &&
                       limit(RLIMIT_CPU, static_cast<rlim_t>(kLongestLife.count()));

@@ -166,6 +166,6 @@ int main(int argc, char** argv) {
   operations.init = begin;
   // What hangs keeps its thread.
   std::array<char*, 4> arguments = {argv[0], const_cast<char*>("-f"),
-                                    const_cast<char*>("-omax_threads=20"), argv[1]};
+                                    const_cast<char*>("-omax_idle_threads=20"), argv[1]};
   return fuse_main(static_cast<int>(arguments.size()), arguments.data(), &operations, nullptr);
 }

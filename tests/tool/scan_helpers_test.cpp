@@ -10,6 +10,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <ostream>
 #include <string>
 #include <thread>
@@ -130,10 +131,11 @@ INSTANTIATE_TEST_SUITE_P(Attack, StoppedScan,
                                          Takeover{"burnTime", nullptr, ""}),
                          [](const auto& test) { return test.param.name; });
 
-// The full gate has more.
-int poisonFiles() {
+// The full gate has more, and runs nothing else at that time: a scan gives way to everything, so
+// that its pace means little beside other tests.
+std::optional<int> filesOfGate() {
   const char* files = std::getenv("KOLUM_POISON_FILES");
-  return files != nullptr ? std::atoi(files) : 300;
+  return files != nullptr ? std::optional(std::atoi(files)) : std::nullopt;
 }
 
 class ScanAmongPoison : public ScanWithAttackingWorkers {};
@@ -143,11 +145,11 @@ TEST_P(ScanAmongPoison, DescribesTheRest) {
 #ifdef KOLUM_SANITIZED
   GTEST_SKIP() << "sanitizers need what the sandbox forbids";
 #endif
-  const int files = poisonFiles();
+  const int files = filesOfGate().value_or(300);
   constexpr double kLeastRate = 20;  // files a second
   for (int i = 0; i < files; ++i)
     folder_.write(GetParam().name + ("." + std::to_string(i)) + ".jpg", "culprit");
-  const auto limit = std::chrono::seconds(10 + files / 20);
+  const auto limit = std::chrono::seconds(90 + files / 20);
   const ScanResult result = folder_.scan({.program = program_, .limit = limit});
   EXPECT_EQ(result.status, 1);
   folder_.expectGoodFiles();
@@ -157,7 +159,9 @@ TEST_P(ScanAmongPoison, DescribesTheRest) {
                           [](const json& row) { return row["state"] == "quarantined"; }),
             files);
   const auto seconds = std::chrono::duration<double>(result.elapsed).count();
-  EXPECT_GT(files / seconds, kLeastRate);
+  if (filesOfGate()) {
+    EXPECT_GT(files / seconds, kLeastRate);
+  }
   constexpr std::uintmax_t kMostBytesPerFile = 1024;
   constexpr std::uintmax_t kEmptyLibrary = std::uintmax_t{1} << 20;
   EXPECT_LT(fs::file_size(folder_.library()),
@@ -232,8 +236,11 @@ TEST_F(ScanWithDsdTool, EndsItWhenItIsStopped) {
 
 // ---- The caller's limits
 
+// Only the standard descriptors are in use.
 ScanSettings limited(const std::string& limits) {
-  return {.before = {"bash", "-c", limits + "; exec \"$@\"", "bash"}, .limit = 60s};
+  const std::string script =
+      "for fd in {3..63}; do eval \"exec $fd>&-\"; done; " + limits + "; exec \"$@\"";
+  return {.before = {"bash", "-c", script, "bash"}, .limit = 60s};
 }
 
 // Of files that were not described, or all of the scan.
@@ -266,7 +273,7 @@ TEST_P(ScanWithFewDescriptors, DescribesAllOrSaysWhy) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Limits, ScanWithFewDescriptors,
-                         testing::Values(8, 12, 16, 20, 24, 32, 64));
+                         testing::Values(8, 12, 14, 16, 18, 20, 32, 64));
 
 class ScanWithLittleMemory : public testing::TestWithParam<int> {};
 

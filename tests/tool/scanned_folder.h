@@ -62,7 +62,7 @@ struct ScanSettings {
   std::string program = {};                 // empty: the build tree's
   std::string root = {};                    // empty: the folder
   Environment environment = {};
-  std::chrono::milliseconds limit{20'000};  // for its time
+  std::chrono::milliseconds limit{60'000};  // for its time
 };
 
 class ScannedFolder {
