@@ -15,6 +15,8 @@ namespace kolum::scan {
 namespace {
 
 constexpr std::size_t kManyResults = 256;
+// For the files at hand, if nobody has waited for them.
+constexpr std::chrono::milliseconds kTimeToEnd{500};
 
 }  // namespace
 
@@ -81,7 +83,7 @@ Lanes::Lanes(Work work, Question question, Limits limits, std::shared_ptr<Bell> 
 }
 
 Lanes::~Lanes() {
-  stop(Clock::now());
+  stop(Clock::now() + kTimeToEnd);
 }
 
 std::size_t Lanes::laneOf(const Device& device) {

@@ -103,7 +103,7 @@ void look(TaskResult& result, const Prober& prober, OpenFiles& openFiles) {
 void readRoot(const Job& job) {
   DIR* folder = opendir(job.root().c_str());
   if (folder == nullptr) return;
-  readdir(folder);
+  static_cast<void>(readdir(folder));
   closedir(folder);
 }
 

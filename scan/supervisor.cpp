@@ -513,16 +513,20 @@ class Supervisor::Impl {
     }
     walkers_->stop(Clock::now());
     dispatcher_.write();
-    for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dispatcher_.drop(lane);
+    dropAll();
     return finish(kTimeToStop, true);
+  }
+
+  void dropAll() {
+    for (std::size_t lane = 0; lane < lanes_.size(); ++lane) dispatcher_.drop(lane);
   }
 
   ScanSummary finish(milliseconds time, bool isStopped) {
     const Clock::time_point deadline = Clock::now() + time;
     std::size_t left = lanes_.stop(deadline) ? 0 : lanes_.threads();
     if (isStopped) {
-      // Tasks that this brings are not begun any more.
       takeResults();
+      dropAll();  // what these results would have brought
       // Whoever wanted to stop did not want to wait; the files are not under suspicion for that.
       for (const Lanes::AtHand& file : lanes_.atHand()) store_.unmark(file.file);
       dispatcher_.commit();

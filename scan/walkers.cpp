@@ -116,8 +116,8 @@ struct Walkers::Group {
   }
 };
 
-Walkers::Walkers(std::vector<Target> targets, std::shared_ptr<const Storage> storage,
-                 Options options, std::shared_ptr<Bell> bell) {
+Walkers::Walkers(std::vector<Target> targets, const std::shared_ptr<const Storage>& storage,
+                 const Options& options, const std::shared_ptr<Bell>& bell) {
   std::vector<std::string> devices;
   for (std::size_t i = 0; i < targets.size(); ++i) {
     const std::string device = storage->deviceOf(absolutePath(targets[i].root)).id;

@@ -57,8 +57,8 @@ class Walkers {
   };
 
   // Begins at once. BELL rings for the first of several events.
-  Walkers(std::vector<Target> targets, std::shared_ptr<const Storage> storage, Options options,
-          std::shared_ptr<Bell> bell);
+  Walkers(std::vector<Target> targets, const std::shared_ptr<const Storage>& storage,
+          const Options& options, const std::shared_ptr<Bell>& bell);
   // Threads that do not end by themselves are left behind.
   ~Walkers();
   Walkers(const Walkers&) = delete;

@@ -1,4 +1,5 @@
 // Scans that are killed, disks that are full, missing or others than before.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <signal.h>
@@ -13,6 +14,7 @@
 #include <random>
 #include <thread>
 
+#include "base/descriptor.h"
 #include "scan/library.h"
 #include "scan/scan_run.h"
 #include "support/appliance_sandbox.h"
@@ -350,6 +352,107 @@ TEST_F(DiskScan, KeepsWhatIsInFoldersThatCannotBeRead) {
     EXPECT_EQ(scanned.summary.problems, 1U);
     EXPECT_THAT(scanned.problems, ElementsAre("/tmp/media/locked/: Permission denied"));
     EXPECT_EQ(count(), 3U);
+  });
+}
+
+// ---- A server that does not answer ----
+
+// A mount whose file system answers nothing, until it is gone.
+class DeadMount {
+ public:
+  explicit DeadMount(std::string place) : place_(std::move(place)) {
+    fs::create_directories(place_);
+    server_.reset(open("/dev/fuse", O_RDWR | O_CLOEXEC));
+    const std::string options =
+        "fd=" + std::to_string(server_.get()) + ",rootmode=40000,user_id=0,group_id=0,allow_other";
+    isMounted_ = server_.isOpen() &&
+                 mount("dead", place_.c_str(), "fuse", MS_NOSUID | MS_NODEV, options.c_str()) == 0;
+  }
+  ~DeadMount() {
+    answerNoMore();
+    if (isMounted_) umount2(place_.c_str(), MNT_DETACH);
+  }
+  DeadMount(const DeadMount&) = delete;
+  DeadMount& operator=(const DeadMount&) = delete;
+
+  bool isMounted() const { return isMounted_; }
+  // Whoever waits for it gets an error.
+  void answerNoMore() { server_.reset(); }
+
+ private:
+  std::string place_;
+  Descriptor server_;
+  bool isMounted_ = false;
+};
+
+void waitForThreads() {
+  const auto count = [] {
+    return std::distance(fs::directory_iterator("/proc/self/task"), fs::directory_iterator());
+  };
+  for (int i = 0; i < 500 && count() > 1; ++i) std::this_thread::sleep_for(10ms);
+}
+
+ScanOptions impatient(const std::vector<std::string>& roots) {
+  ScanOptions options = scanOf(roots);
+  options.folderLimit = 400ms;
+  options.fileLimit = 400ms;
+  options.answerLimit = 200ms;
+  return options;
+}
+
+TEST_F(DiskScan, GoesOnWithoutARootThatDoesNotAnswer) {
+  runInAppliance([&] {
+    DeadMount dead("/tmp/dead");
+    if (!dead.isMounted()) GTEST_SKIP() << "no FUSE here";
+    writeRootFile("/tmp/fine/a", "x");
+    const Scanned scanned =
+        scanWith("/tmp/library.db", impatient({"/tmp/dead", "/tmp/fine"}), prober_);
+    EXPECT_EQ(scanned.summary.added, 1U);
+    EXPECT_GE(scanned.summary.threadsLeftBehind, 1U);
+    EXPECT_THAT(scanned.problems, Contains("/tmp/dead: does not answer"));
+    dead.answerNoMore();
+    waitForThreads();
+  });
+}
+
+TEST_F(DiskScan, GoesOnBesideAFolderThatDoesNotAnswer) {
+  runInAppliance([&] {
+    for (const char* name : {"a/x", "b/x", "z/y/x"})
+      writeRootFile(std::string("/tmp/root/") + name, "x");
+    run({"/tmp/root"});
+    DeadMount dead("/tmp/root/b");
+    if (!dead.isMounted()) GTEST_SKIP() << "no FUSE here";
+    writeRootFile("/tmp/root/z/new", "x");
+    fs::remove("/tmp/root/a/x");
+    const Scanned scanned = scanWith("/tmp/library.db", impatient({"/tmp/root"}), prober_);
+    EXPECT_EQ(scanned.summary.added, 1U);
+    EXPECT_EQ(scanned.summary.unchanged, 1U);
+    EXPECT_EQ(scanned.summary.gone, 1U);
+    EXPECT_THAT(scanned.problems, Contains("/tmp/root/b: does not answer"));
+    EXPECT_EQ(count(), 3U);  // b/x is kept
+    dead.answerNoMore();
+    waitForThreads();
+  });
+}
+
+TEST_F(DiskScan, StopsAlthoughARootDoesNotAnswer) {
+  runInAppliance([&] {
+    DeadMount dead("/tmp/dead");
+    if (!dead.isMounted()) GTEST_SKIP() << "no FUSE here";
+    Store store("/tmp/library.db", kVersion, Store::Access::kWrite);
+    const auto begin = std::chrono::steady_clock::now();
+    scan::Supervisor supervisor(
+        store, prober_.prober(), scanOf({"/tmp/dead"}),
+        {.isStopWanted = [&] { return std::chrono::steady_clock::now() - begin > 200ms; },
+         .cancelProbes = {},
+         .progress = {},
+         .problem = {}});
+    const ScanSummary summary = supervisor.run();
+    EXPECT_LT(std::chrono::steady_clock::now() - begin, 1200ms);
+    EXPECT_TRUE(summary.isStopped);
+    EXPECT_EQ(summary.threadsLeftBehind, 1U);
+    dead.answerNoMore();
+    waitForThreads();
   });
 }
 

@@ -152,8 +152,11 @@ class Scans {
          .progress = [&](const scan::ScanProgress& progress) { report_.progress(progress); },
          .problem = [&](const std::string& path,
                         const std::string& text) { context_.note(path, text); }});
+    // Unless it ends in good order, nobody knows what its threads still do.
+    hasThreadsLeft_ = true;
     scan::ScanSummary summary = supervisor.run();
-    hasThreadsLeft_ = hasThreadsLeft_ || summary.threadsLeftBehind != 0;
+    leftBehind_ += summary.threadsLeftBehind;
+    hasThreadsLeft_ = leftBehind_ != 0;
     if (summary.failed != 0 || summary.problems != 0 || summary.skipped != 0) context_.setFailed();
     return summary;
   }
@@ -190,6 +193,7 @@ class Scans {
   std::vector<scan::Target> roots_;
   std::string library_;
   std::string obstacle_;
+  std::size_t leftBehind_ = 0;
   bool hasThreadsLeft_ = false;
 };
 
@@ -205,7 +209,9 @@ void run(Context& context, const Options& options) {
     context.fail(error.what());
   }
   Interruption::check();
-  if (scans.hasThreadsLeft()) _exit(context.failed() ? 1 : 0);
+  if (!scans.hasThreadsLeft()) return;
+  killChildren();
+  _exit(context.failed() ? 1 : 0);
 }
 
 }  // namespace
