@@ -9,6 +9,7 @@
 #include <cerrno>
 #include <cstring>
 #include <map>
+#include <string_view>
 #include <utility>
 
 #include "base/descriptor.h"
@@ -47,20 +48,25 @@ class Fanotify : public Notices {
   std::string obstacle() const override { return ""; }
 
   bool read(const std::function<void(const Notice&)>& visit) override {
-    alignas(fanotify_event_metadata) std::array<char, 65536> buffer;
+    std::array<char, 65536> buffer;
     bool isComplete = true;
     for (;;) {
-      ssize_t left = ::read(descriptor_.get(), buffer.data(), buffer.size());
-      if (left < 0 && errno == EINTR) continue;
-      if (left <= 0) return isComplete;
-      const auto* event = reinterpret_cast<const fanotify_event_metadata*>(buffer.data());
-      for (; FAN_EVENT_OK(event, left); event = FAN_EVENT_NEXT(event, left)) {
-        if (event->fd >= 0) close(event->fd);
-        if ((event->mask & FAN_Q_OVERFLOW) != 0) {
+      const ssize_t length = ::read(descriptor_.get(), buffer.data(), buffer.size());
+      if (length < 0 && errno == EINTR) continue;
+      if (length <= 0) return isComplete;
+      std::string_view events(buffer.data(), static_cast<std::size_t>(length));
+      // Copied before it is looked at: events with names are not aligned.
+      fanotify_event_metadata event = {};
+      while (copyFrom(events, event) && event.event_len >= sizeof event &&
+             event.event_len <= events.size()) {
+        if (event.fd >= 0) close(event.fd);
+        if ((event.mask & FAN_Q_OVERFLOW) != 0) {
           isComplete = false;
         } else {
-          handle(*event, visit);
+          handle(event, events.substr(event.metadata_len, event.event_len - event.metadata_len),
+                 visit);
         }
+        events.remove_prefix(event.event_len);
       }
     }
   }
@@ -98,22 +104,30 @@ class Fanotify : public Notices {
     return name.ends_with('/') ? name : name + "/";
   }
 
-  void handle(const fanotify_event_metadata& event,
+  template <typename Value>
+  static bool copyFrom(std::string_view bytes, Value& value) {
+    if (bytes.size() < sizeof value) return false;
+    std::memcpy(&value, bytes.data(), sizeof value);
+    return true;
+  }
+
+  // INFO: what follows the event's head. A folder's handle, and a name that NUL ends.
+  void handle(const fanotify_event_metadata& event, std::string_view info,
               const std::function<void(const Notice&)>& visit) const {
-    const char* const begin = reinterpret_cast<const char*>(&event);
-    if (event.event_len < event.metadata_len + sizeof(fanotify_event_info_fid)) return;
-    const auto* info = reinterpret_cast<const fanotify_event_info_fid*>(begin + event.metadata_len);
-    if (info->hdr.info_type != FAN_EVENT_INFO_TYPE_DFID_NAME) return;
+    fanotify_event_info_fid head = {};
+    if (!copyFrom(info, head) || head.hdr.info_type != FAN_EVENT_INFO_TYPE_DFID_NAME) return;
     FileSystemId id = {};
-    std::memcpy(id.data(), &info->fsid, sizeof id);
-    file_handle head = {};
-    std::memcpy(&head, info->handle, sizeof head);
-    if (head.handle_bytes > MAX_HANDLE_SZ) return;
+    std::memcpy(id.data(), &head.fsid, sizeof id);
+    info.remove_prefix(sizeof head);
+    file_handle handleHead = {};
+    if (!copyFrom(info, handleHead) || handleHead.handle_bytes > MAX_HANDLE_SZ) return;
+    const std::size_t handleSize = sizeof handleHead + handleHead.handle_bytes;
+    if (info.size() <= handleSize) return;
     Handle folder;
-    std::memcpy(folder.get(), info->handle, sizeof head + head.handle_bytes);
-    const char* const name =
-        reinterpret_cast<const char*>(info->handle) + sizeof head + head.handle_bytes;
-    if (std::strcmp(name, ".") == 0) return;  // the folder itself
+    std::memcpy(folder.get(), info.data(), handleSize);
+    const std::string name(info.data() + handleSize,
+                           strnlen(info.data() + handleSize, info.size() - handleSize));
+    if (name == ".") return;  // the folder itself
     const std::string path = pathOf(id, folder.get());
     if (path.empty()) return;
     const bool isFolder = (event.mask & FAN_ONDIR) != 0;
