@@ -219,7 +219,7 @@ TEST_F(ScanTool, WaitsForAnotherScanIfThatIsWanted) {
   const pid_t holder = fork();
   if (holder == 0) {
     // The lock is shared with this process, and goes when both are done with it.
-    usleep(600000);
+    sleep(3);
     _exit(0);
   }
   other.reset();
