@@ -246,8 +246,8 @@ ScanSettings limited(const std::string& limits) {
 // Of files that were not described, or all of the scan.
 void expectReason(const ScanResult& result) {
   EXPECT_EQ(result.status, 1) << result.err;
-  EXPECT_THAT(result.err + result.out,
-              testing::AnyOf(HasSubstr("kolum: "), HasSubstr("no-reader")));
+  EXPECT_THAT(result.err + result.out, testing::AnyOf(HasSubstr("kolum: "), HasSubstr("no-reader"),
+                                                      HasSubstr("too-many-open-files")));
 }
 
 // Limits do no harm beyond the scan that they are for.
