@@ -26,7 +26,7 @@ class Beneath {
   //
   // For reading its entries.
   Descriptor openFolder(std::string_view path) const;
-  // For reading its bytes. Never waits for a writer, and fails for what is no regular file (EISDIR
+  // For reading its bytes. Never waits for a writer, and fails unless it is a regular file (EISDIR
   // for folders, otherwise ENXIO).
   Descriptor openFile(std::string_view path) const;
   // Of the entry itself, even if it is a link.

@@ -33,7 +33,7 @@ inline scan::Outcome failed(scan::Outcome::Kind kind, const std::string& code) {
   return outcome;
 }
 
-// Answers as it is told, and remembers what it was asked. Shared with threads that may outlive a
+// Gives prepared answers, and remembers what it was asked. Shared with threads that may outlive a
 // test.
 class FakeProber {
  public:
