@@ -101,7 +101,8 @@ Transfer receive(int socket, std::span<std::uint8_t> out, Descriptor* descriptor
     const ssize_t got = recvmsg(socket, &message, MSG_CMSG_CLOEXEC);
     if (got < 0 && errno == EINTR) continue;
     if (got < 0) return failureOf(errno);
-    if (Descriptor came = attached(message); came.isOpen()) *descriptor = std::move(came);
+    if (Descriptor came = attached(message); descriptor != nullptr && came.isOpen())
+      *descriptor = std::move(came);
     if (got == 0) return Transfer::kEnded;
     out = out.subspan(static_cast<std::size_t>(got));
   }
