@@ -116,7 +116,9 @@ void setExclusions(KindNumber kind, std::uint64_t rows) {
   masks[kind] = rows | kBuiltInExclusions[kind];
 }
 
-void buildIndex() {
+namespace {
+
+bool fillBuckets() {
   for (const Kind& kind : kKinds) {
     const std::span<const MediaFileInfo> rows = rowsOf(kind.number);
     for (unsigned row = 0; row < rows.size(); ++row) {
@@ -124,6 +126,13 @@ void buildIndex() {
       append(kind.index[Extension(extension).bucket(kind.index.size())], row, extension);
     }
   }
+  return true;
+}
+
+}  // namespace
+
+void buildIndex() {
+  [[maybe_unused]] static const bool kIsBuilt = fillBuckets();
 }
 
 std::span<MediaHashNode* const> bucketsOf(KindNumber number) {

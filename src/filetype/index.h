@@ -24,7 +24,7 @@ Classified classify(const char* fileName, const char* dot, unsigned kinds);
 // Excludes the rows whose bits are set, in addition to those that are always excluded.
 void setExclusions(KindNumber kind, std::uint64_t rows);
 
-// Fills the buckets of all kinds; call it only once.
+// Fills the buckets of all kinds, at the first call.
 void buildIndex();
 // The buckets of a kind; empty before buildIndex().
 std::span<MediaHashNode* const> bucketsOf(KindNumber kind);

@@ -1,34 +1,38 @@
 #include "probe/photo.h"
 
-#include <string_view>
+#include <utility>
 
-#include "isolation/isolation.h"
 #include "media/pixel_formats.h"
 
 namespace kolum::probe {
 
 namespace {
 
-PhotoResult photo(int width, int height, std::string_view pixelFormat) {
-  return {
-      .isReadable = true,
-      .picture = PhotoFacts{
-          .width = width, .height = height, .pixelFormat = media::classicPixelFormat(pixelFormat)}};
+PhotoFacts factsOf(int width, int height, const std::string& pixelFormat) {
+  return {.width = width,
+          .height = height,
+          .pixelFormat = media::classicPixelFormat(pixelFormat),
+          .pixelFormatName = pixelFormat};
+}
+
+std::optional<PhotoFacts> pictureIn(const read::Findings& found) {
+  if (found.picture)
+    return factsOf(found.picture->width, found.picture->height, found.picture->pixelFormat);
+  const media::Stream* stream =
+      found.container ? found.container->first(media::StreamType::kVideo) : nullptr;
+  if (stream == nullptr) return std::nullopt;
+  return factsOf(stream->width, stream->height, stream->pixelFormat);
 }
 
 }  // namespace
 
-PhotoResult probePhoto(const std::string& path) {
-  const auto source = media::Source::open(path);
-  if (!source) return {};
-  const read::Findings found =
-      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .picture = true});
-  if (found.picture)
-    return photo(found.picture->width, found.picture->height, found.picture->pixelFormat);
-  PhotoResult result = {.isReadable = found.container.has_value(), .failure = found.failure};
-  const media::Stream* picture =
-      found.container ? found.container->first(media::StreamType::kVideo) : nullptr;
-  return picture != nullptr ? photo(picture->width, picture->height, picture->pixelFormat) : result;
+PhotoResult probePhoto(const std::string& path, const Reading& reading) {
+  auto found = findingsOf(path, {.container = ffmpeg::Depth::kStreams, .picture = true}, reading);
+  if (!found) return {};
+  return {.isReadable = found->picture || found->container,
+          .picture = pictureIn(*found),
+          .failure = found->failure,
+          .found = std::move(*found)};
 }
 
 }  // namespace kolum::probe

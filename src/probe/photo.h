@@ -5,6 +5,7 @@
 #include <optional>
 #include <string>
 
+#include "probe/reading.h"
 #include "read/findings/findings.h"
 
 namespace kolum::probe {
@@ -12,7 +13,8 @@ namespace kolum::probe {
 struct PhotoFacts {
   int width = 0;
   int height = 0;
-  int pixelFormat = 0;  // FFmpeg's number in release 57; -1 when unknown
+  int pixelFormat = 0;          // FFmpeg's number in release 57; -1 when unknown
+  std::string pixelFormatName;  // FFmpeg's; empty when unknown
 };
 
 struct PhotoResult {
@@ -20,9 +22,10 @@ struct PhotoResult {
   std::optional<PhotoFacts> picture = {};  // empty if the file has none
   // Why the file could not be read, if an isolated reader failed.
   std::optional<read::Failure> failure = {};
+  read::Findings found = {};
 };
 
-PhotoResult probePhoto(const std::string& path);
+PhotoResult probePhoto(const std::string& path, const Reading& reading = {});
 
 }  // namespace kolum::probe
 

@@ -2,15 +2,15 @@
 
 #include <kolum/identifiers.h>
 
+#include <utility>
+
 #include "base/files.h"
 #include "base/log.h"
 #include "base/text.h"
 #include "dlna/audio_profile.h"
-#include "isolation/isolation.h"
 #include "media/container.h"
 #include "media/identifiers.h"
 #include "media/levels.h"
-#include "media/source.h"
 #include "probe/numbers.h"
 
 namespace kolum::probe {
@@ -91,16 +91,18 @@ void describeDsd(const std::string& path, std::uint32_t format, const char* tool
 
 }  // namespace
 
-SongResult probeSong(const std::string& path, std::string_view fileName, const char* toolFolder) {
+SongResult probeSong(const std::string& path, std::string_view fileName, const char* toolFolder,
+                     const Reading& reading) {
   SongResult result;
   if (const std::uint32_t format = dsdFormat(path); format != FORMAT_UNKNOWN) {
     describeDsd(path, format, toolFolder, result);
     return result;
   }
-  const auto source = media::Source::open(path);
-  if (!source) return result;
-  const read::Findings found =
-      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .mp4SubFormat = true});
+  auto findings =
+      findingsOf(path, {.container = ffmpeg::Depth::kStreams, .mp4SubFormat = true}, reading);
+  if (!findings) return result;
+  result.found = std::move(*findings);
+  const read::Findings& found = result.found;
   result.failure = found.failure;
   if (!found.container) return result;
   // A file without audio is a success with no facts: hosts keep it listed.

@@ -8,6 +8,7 @@
 
 #include "base/trace.h"
 #include "probe/dsd.h"
+#include "probe/reading.h"
 #include "read/findings/findings.h"
 
 namespace kolum::probe {
@@ -38,10 +39,12 @@ struct SongResult {
   Trace trace;
   // Why the file could not be read, if an isolated reader failed.
   std::optional<read::Failure> failure;
+  read::Findings found;  // of a song that the DSD tool does not read
 };
 
 // TOOLFOLDER is the DSD tool's folder with its trailing "/"; null if unknown.
-SongResult probeSong(const std::string& path, std::string_view fileName, const char* toolFolder);
+SongResult probeSong(const std::string& path, std::string_view fileName, const char* toolFolder,
+                     const Reading& reading = {});
 
 }  // namespace kolum::probe
 

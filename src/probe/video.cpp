@@ -13,7 +13,6 @@
 #include "base/text.h"
 #include "dlna/audio_class.h"
 #include "dlna/naming.h"
-#include "isolation/isolation.h"
 #include "media/container.h"
 #include "media/identifiers.h"
 #include "probe/creation.h"
@@ -57,13 +56,14 @@ class Probe {
 
   ProbeResult run() && {
     const bool succeeded = probe();
-    return {succeeded, std::move(facts_), std::move(trace_), std::move(found_.failure)};
+    return {succeeded, std::move(facts_), std::move(trace_), found_.failure, std::move(found_)};
   }
 
  private:
   bool probe();
   bool choosePath();
   bool open();
+  bool look(const read::Query& wanted);
   void readContainerFacts();
   void chooseAudioStream();
   void readAudioFacts();
@@ -81,6 +81,7 @@ class Probe {
   media::TransportPackets packets();
   std::optional<std::string> tagWithPrefix(std::string_view prefix) const;
 
+  const media::Container& container() const { return *found_.container; }
   bool isMovPath() const { return endsWithIgnoringCase(path_, ".mov"); }
 
   const ProbeRequest& request_;
@@ -92,7 +93,6 @@ class Probe {
   std::optional<disc::Title> title_;
   std::unique_ptr<disc::MountedImage> image_;
   read::Findings found_;
-  media::Container container_;
   const media::Stream* audio_ = nullptr;
   const media::Stream* video_ = nullptr;
 };
@@ -145,28 +145,36 @@ bool Probe::choosePath() {
 }
 
 bool Probe::open() {
-  const auto source = title_ ? disc::open(*title_) : media::Source::open(path_);
-  if (!source) return false;
-  found_ = isolation::look(
-      *source,
-      {.container = ffmpeg::Depth::kStreams, .mp4SubFormat = true, .transportPackets = true});
-  if (!found_.container) return false;
-  container_ = std::move(*found_.container);
-  return !container_.streams.empty();
+  constexpr read::Query kWanted = {
+      .container = ffmpeg::Depth::kStreams, .mp4SubFormat = true, .transportPackets = true};
+  if (!look(kWanted) || !found_.container) return false;
+  return !found_.container->streams.empty();
+}
+
+// Finds out about the file, or about the disc's title. False if it cannot be opened.
+bool Probe::look(const read::Query& wanted) {
+  std::optional<read::Findings> found;
+  if (!title_) {
+    found = findingsOf(path_, wanted, request_.reading);
+  } else if (const auto source = disc::open(*title_)) {
+    found = findingsOf(*source, wanted, {.also = request_.reading.also});
+  }
+  if (found) found_ = std::move(*found);
+  return found.has_value();
 }
 
 void Probe::readContainerFacts() {
-  facts_.bitRate = container_.bitRate;
+  facts_.bitRate = container().bitRate;
   facts_.subtitleCount = 0;
   if (!title_ && !policy_.countsSubtitlesOfFiles) return;
-  const std::ptrdiff_t count = container_.count(media::StreamType::kSubtitle);
+  const std::ptrdiff_t count = container().count(media::StreamType::kSubtitle);
   facts_.subtitleCount = static_cast<int>(count);
   facts_.fileHasSubtitles = !title_ && count > 0;
 }
 
 void Probe::chooseAudioStream() {
   int count = 0;
-  for (const media::Stream& stream : container_.streams) {
+  for (const media::Stream& stream : container().streams) {
     if (stream.type != media::StreamType::kAudio) continue;
     if (audio_ == nullptr || count == request_.audioStreamIndex) audio_ = &stream;
     ++count;
@@ -194,7 +202,7 @@ void Probe::readAudioFacts() {
 
 // The first container entry whose key begins with PREFIX.
 std::optional<std::string> Probe::tagWithPrefix(std::string_view prefix) const {
-  for (const auto& [key, value] : container_.tags)
+  for (const auto& [key, value] : container().tags)
     if (startsWithIgnoringCase(key, prefix)) return value;
   return std::nullopt;
 }
@@ -209,7 +217,7 @@ media::TransportPackets Probe::packets() {
 // The largest picture wins; among equals the earlier stream.
 bool Probe::chooseVideoStream() {
   std::int64_t largest = -1;
-  for (const media::Stream& stream : container_.streams) {
+  for (const media::Stream& stream : container().streams) {
     if (stream.type != media::StreamType::kVideo) continue;
     if (policy_.logsVideoStreams) trace_.log("GetVideoMetadata3", "");
     const std::int64_t area = std::int64_t{stream.width} * stream.height;
@@ -222,7 +230,7 @@ bool Probe::chooseVideoStream() {
 }
 
 void Probe::readContainerFormat() {
-  const media::ContainerType& type = media::containerType(container_.demuxer);
+  const media::ContainerType& type = media::containerType(container().demuxer);
   const std::uint32_t format = type.videoFormat;
   // This also excludes the file from DLNA naming.
   if (type.mimeTypeDecides) facts_.mimeType = type.mimeType;
@@ -252,7 +260,7 @@ void Probe::readMp4Format() {
 }
 
 void Probe::readDuration() {
-  if (container_.duration > 0) facts_.duration = container_.duration / media::kTimeBase;
+  if (container().duration > 0) facts_.duration = container().duration / media::kTimeBase;
 }
 
 void Probe::readOrientation() {
@@ -308,11 +316,11 @@ void Probe::nameProfile() {
   facts_.askedDlnaRules = true;
   const dlna::DlnaName name = dlna::nameDlnaProfile(
       {.codec = *facts_.videoCodec,
-       .demuxer = container_.demuxer,
+       .demuxer = container().demuxer,
        .width = video_->width,
        .height = video_->height,
        .streamBitRate = video_->bitRate,
-       .containerBitRate = container_.bitRate,
+       .containerBitRate = container().bitRate,
        .profile = profileNumber(*video_),
        .level = levelNumber(*video_),
        .audioClass = *facts_.audioClass,
@@ -327,7 +335,8 @@ void Probe::nameProfile() {
   facts_.mimeType = name.mimeType;
   if (name.playException) facts_.playException = name.playException;
   if (dlna::isWmvHighTestStream(request_.fileName)) facts_.dlnaProfile = dlna::kWmvHighTestProfile;
-  if (facts_.mimeType.empty()) facts_.mimeType = media::fallbackMimeType(container_.demuxer, path_);
+  if (facts_.mimeType.empty())
+    facts_.mimeType = media::fallbackMimeType(container().demuxer, path_);
 }
 
 void Probe::readQuickTimeCreation() {

@@ -8,6 +8,7 @@
 
 #include "base/trace.h"
 #include "dlna/naming.h"
+#include "probe/reading.h"
 #include "probe/video_facts.h"
 #include "read/findings/findings.h"
 
@@ -53,6 +54,8 @@ struct ProbeRequest {
   std::uint32_t formatOnEntry = 0;
   // Receives the explanation of the DLNA name, if wanted.
   dlna::DlnaExplanation* explanation = nullptr;
+  // Of the file, or of a disc's main title.
+  Reading reading = {};
 };
 
 struct ProbeResult {
@@ -62,6 +65,7 @@ struct ProbeResult {
   Trace trace;
   // Why the file could not be read, if an isolated reader failed.
   std::optional<read::Failure> failure;
+  read::Findings found;
 };
 
 ProbeResult probeVideo(const ProbeRequest& request, const ProbePolicy& policy);

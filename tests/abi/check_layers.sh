@@ -32,7 +32,7 @@ nobody 'getenv' 'of the library, only isolation/ reads environment variables' $(
 nobody '#include <(seccomp|linux/landlock)' 'only the worker includes libseccomp' \
   $(sources include src host tools/kolum isolation | grep -v '^isolation/worker/')
 nobody '[^n](f?printf|f?puts|perror)\(' 'only src/api writes to standard output and error' \
-  $(sources src/media src/read src/dlna src/probe isolation | grep -v '^isolation/worker/main.cpp')
+  $(sources src/media src/read src/dlna src/probe src/describe isolation | grep -v '^isolation/worker/main.cpp')
 nobody '#include "(probe|read|dlna|commands|files|machine|terminal)[/.]' 'scan/ knows no probe and no command' \
   $(sources scan)
 nobody '#include "(commands|files|machine)[/.]' "the tool's terminal/ includes nothing else of it" \

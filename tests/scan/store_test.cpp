@@ -29,7 +29,7 @@ using testing::Not;
 
 constexpr auto kRead = Store::Access::kRead;
 constexpr auto kWrite = Store::Access::kWrite;
-const std::string kSong = R"({"schema":1,"file":"x","kind":{"id":1,"name":"music"},"duration":5})";
+const std::string kSong = R"({"schema":2,"file":"x","kind":{"id":1,"name":"music"},"duration":5})";
 
 class StoreTest : public testing::Test {
  protected:
@@ -132,7 +132,7 @@ TEST_F(StoreTest, HoldsVeryDeepFolders) {
 
 TEST_F(StoreTest, LeavesNamesOutOfDocuments) {
   opened().putDocument({"/", "a"}, identity(1),
-                       R"({"schema":1,"file":"a","fileBytes":"%61","title":"T"})");
+                       R"({"schema":2,"file":"a","fileBytes":"%61","title":"T"})");
   EXPECT_EQ(document("/a"), R"({"title":"T"})");
 }
 

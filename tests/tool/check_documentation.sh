@@ -22,7 +22,7 @@ for command in $commands; do
     fail "no test of the JSON of $command"
 done
 # The tool, its documentation and the schema must have the same codes of failures.
-codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/tools/kolum/terminal/failure.cpp" | sort)
+codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/src/describe/failure.cpp" | sort)
 [ "$(wc -l <<<"$codes")" -ge 20 ] || fail "codes of failures: $codes"
 documented=$(sed -n '/^| `code` |/,/^$/p' "$source/docs/tool.md" | sed '1,2d' | cut -d'|' -f2 | grep -o '[a-z-]*' | sort)
 [ "$documented" = "$codes" ] || fail "docs/tool.md has other codes of failures: $documented"

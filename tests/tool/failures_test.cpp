@@ -7,7 +7,7 @@
 
 #include <filesystem>
 
-#include "machine/mounting.h"
+#include "read/disc/mounting.h"
 #include "support/child_process.h"
 #include "support/media_factory.h"
 #include "support/temp_dir.h"
@@ -69,8 +69,7 @@ std::string cut(const TempDir& folder) {
 }
 
 TEST(Failures, NameTheStreamsThatExistInstead) {
-  const std::string noVideo =
-      "no video in it; it has sound only (\"kolum probe audio FILE\" describes it)";
+  const std::string noVideo = "no video in it; it has sound only";
   const Row rows[] = {
       {{"probe"}, "a.mp4", soundOnly(), "no-such-stream", noVideo.c_str()},
       {{"dlna"}, "a.mp4", soundOnly(), "no-such-stream", noVideo.c_str()},
@@ -84,15 +83,26 @@ TEST(Failures, NameTheStreamsThatExistInstead) {
        "a.mkv",
        silent(),
        "no-such-stream",
-       "no sound in it; it has video only (\"kolum probe video FILE\" describes it)"},
+       "no sound in it; it has video only"},
       {{"dlna"}, "a.mp3", silent(), "no-such-stream", "no sound in it; it has video only"},
       {{"probe"},
        "a.mp3",
        samples() + "Photos/pattern.jpg",
        "no-such-stream",
-       "no sound in it; it has a picture (\"kolum probe photo FILE\" describes it)"},
+       "no sound in it; it has a picture"},
   };
   for (const Row& row : rows) expectFailure(row);
+}
+
+TEST(Failures, AdvisePeopleAndNotPrograms) {
+  const TempDir folder;
+  std::filesystem::copy(soundOnly(), folder.path("a.mp4"));
+  const Outcome run = kolum({"probe", "--json", "a.mp4"}, {.folder = folder.folder()});
+  EXPECT_EQ(run.err,
+            "kolum: a.mp4: no video in it; it has sound only; \"kolum probe audio FILE\" describes "
+            "it\n");
+  ASSERT_EQ(run.json().size(), 1U);
+  EXPECT_EQ(run.json().front()["error"]["reason"], "no video in it; it has sound only");
 }
 
 TEST(Failures, NameCodecWithoutNumber) {
@@ -173,7 +183,7 @@ TEST(Mounting, NeedsRoot) {
     if (user == 0) {
       ASSERT_EQ(seteuid(65534), 0);
     }
-    EXPECT_EQ(tool::mountingObstacle(), "mounting needs root");
+    EXPECT_EQ(disc::mountingObstacle(), "mounting needs root");
     // The leak checker traces the process, so it must be dumpable.
     ASSERT_EQ(seteuid(user), 0);
     prctl(PR_SET_DUMPABLE, 1);

@@ -11,7 +11,7 @@
 
 namespace kolum::test {
 
-inline constexpr int kJsonSchema = 1;
+inline constexpr int kJsonSchema = 2;
 
 struct Outcome {
   int status = -1;  // exit status, or the negated number of the signal

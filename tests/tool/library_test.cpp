@@ -59,7 +59,7 @@ class Library : public testing::Test {
   // A line for a file that exists, with more keys.
   std::string lineFor(const std::string& name, const std::string& more = "") const {
     folder_.write(name, "content");
-    return R"({"schema":1,"file":)" + json(folder_.path(name)).dump() +
+    return R"({"schema":2,"file":)" + json(folder_.path(name)).dump() +
            R"(,"kind":{"id":2,"name":"video"})" + more + "}\n";
   }
   // The pipe of the documentation.
@@ -249,7 +249,7 @@ TEST_F(Library, ExportsInOneForm) {
 
 TEST_F(Library, ListsProblems) {
   folder_.write("a.mkv", "text");
-  add(R"({"schema":1,"file":"a.mkv","error":{"code":"not-media","reason":"not a media file"}})"
+  add(R"({"schema":2,"file":"a.mkv","error":{"code":"not-media","reason":"not a media file"}})"
       "\n" +
       lineFor("b.mkv"));
   const Outcome text = library({"problems"});
@@ -266,7 +266,7 @@ TEST_F(Library, ListsProblems) {
 
 TEST_F(Library, KeepsEarlierDocumentOfAFileThatFails) {
   add(lineFor("a.mkv", R"(,"duration":5)"));
-  add(R"({"schema":1,"file":"a.mkv","error":{"code":"damaged","reason":"cut off"}})"
+  add(R"({"schema":2,"file":"a.mkv","error":{"code":"damaged","reason":"cut off"}})"
       "\n");
   const auto lines = library({"find", "--json"}).json();
   ASSERT_EQ(lines.size(), 1U);
@@ -308,7 +308,7 @@ TEST_F(Library, MakesNoLibraryToForgetIn) {
 TEST_F(Library, RefusesHostileLinesByTheirNumbers) {
   const std::string good = lineFor("good.mkv");
   const std::string path = json(folder_.path("good.mkv")).dump();
-  const std::string begin = R"({"schema":1,"kind":{"name":"video"},"file":)";
+  const std::string begin = R"({"schema":2,"kind":{"name":"video"},"file":)";
   struct Row {
     std::string line;
     const char* why;
@@ -322,10 +322,10 @@ TEST_F(Library, RefusesHostileLinesByTheirNumbers) {
       {"[]", "not a JSON object"},
       {"7", "not a JSON object"},
       {"{}", "no \"schema\""},
-      {R"({"schema":2,"file":"a"})", "schema 2, but this kolum knows 1"},
+      {R"({"schema":3,"file":"a"})", "schema 3, but this kolum knows 2"},
       {R"({"schema":"1"})", "\"schema\" is not a whole number"},
-      {R"({"schema":1.0})", "\"schema\" is not a whole number"},
-      {R"({"schema":1})", "no text \"file\""},
+      {R"({"schema":2.0})", "\"schema\" is not a whole number"},
+      {R"({"schema":2})", "no text \"file\""},
       {begin + "7}", "no text \"file\""},
       {begin + R"(""})", "\"file\" is empty"},
       {begin + R"("a\u0000b"})", "\"file\" contains a NUL"},
@@ -341,11 +341,14 @@ TEST_F(Library, RefusesHostileLinesByTheirNumbers) {
       {begin + path + R"(,"size":"7"})", "\"size\" is not a whole number"},
       {begin + path + R"(,"size":18446744073709551615})", "\"size\" is not a whole number"},
       {begin + path + R"(,"size":8})", "has changed since it was described"},
-      {begin + path + R"(,"modified":1})", "has changed since it was described"},
+      {begin + path + R"(,"modified":"1970-01-01T00:00:01Z"})",
+       "has changed since it was described"},
+      {begin + path + R"(,"modified":1})", "no text \"modified\""},
+      {begin + path + R"(,"modified":"2015-02-30T00:00:00Z"})", "is not a moment in UTC"},
       {begin + path + R"(,"error":7})", "\"error\" is not an object"},
       {begin + path + R"(,"error":{"code":"","reason":""}})", "\"code\" is empty"},
-      {R"({"schema":1,"file":)" + path + "}", "neither \"kind\" nor \"error\""},
-      {R"({"schema":1,"kind":{"name":7},"file":)" + path + "}", "no text \"name\""},
+      {R"({"schema":2,"file":)" + path + "}", "neither \"kind\" nor \"error\""},
+      {R"({"schema":2,"kind":{"name":7},"file":)" + path + "}", "no text \"name\""},
       {std::string(100000, '['), "nested too deeply"},
       {begin + path + ",\"a\":" + std::string(50, '[') + std::string(50, ']') + "}",
        "nested too deeply"},

@@ -75,6 +75,9 @@ struct Findings {
   std::optional<Failure> failure;
 };
 
+// What either wants.
+Query both(const Query& one, const Query& other);
+
 // Reads in this process. Throws std::bad_alloc.
 Findings look(const media::Source& source, const Query& query);
 

@@ -40,6 +40,19 @@ bool isFor(std::string_view demuxer, const Query& query, const Findings& found) 
 
 }  // namespace
 
+Query both(const Query& one, const Query& other) {
+  const auto either = [](const auto& first, const auto& second) { return first ? first : second; };
+  return {.container = either(one.container, other.container),
+          .picture = one.picture || other.picture,
+          .mp4SubFormat = one.mp4SubFormat || other.mp4SubFormat,
+          .transportPackets = one.transportPackets || other.transportPackets,
+          .moovPosition = one.moovPosition || other.moovPosition,
+          .dsfTags = one.dsfTags || other.dsfTags,
+          .recognition = one.recognition || other.recognition,
+          .keyFrameAt = either(one.keyFrameAt, other.keyFrameAt),
+          .reportedKeyFrameAt = either(one.reportedKeyFrameAt, other.reportedKeyFrameAt)};
+}
+
 Findings look(const media::Source& source, const Query& query) {
   Findings found;
   if (query.picture) found.picture = pictureOf(source);

@@ -6,8 +6,8 @@
 #include <memory>
 
 #include "base/appliance.h"
+#include "describe/media_path.h"
 #include "files/media_files.h"
-#include "files/paths.h"
 #include "machine/library.h"
 #include "machine/programs.h"
 #include "terminal/arguments.h"
@@ -43,7 +43,7 @@ void print(Context& context, const std::string& base, const char* relativePath) 
 
 void showArtist(Context& context, const MusicNames& names) {
   char relativePath[kRelativePathSize] = "";
-  const std::string base = withSlash(names.base);
+  const std::string base = describe::withSlash(names.base);
   if (LUM_CheckMusicArtistThumbnail(base.c_str(), names.artist.c_str(), relativePath) == 1) {
     return print(context, base, relativePath);
   }
@@ -96,7 +96,7 @@ bool makeWithImageMagick(const std::string& base, const std::string& relativePat
 void makeAlbum(Context& context, const MusicNames& names) {
   initLibrary();
   char relativePath[kRelativePathSize] = "";
-  const std::string base = withSlash(names.base);
+  const std::string base = describe::withSlash(names.base);
   const bool made = LUM_CheckMusicAlbumArt(base.c_str(), names.artist.c_str(), names.album.c_str(),
                                            relativePath) == 1;
   if (made || makeWithImageMagick(base, relativePath)) return print(context, base, relativePath);
@@ -105,7 +105,7 @@ void makeAlbum(Context& context, const MusicNames& names) {
 
 void showTranscoded(Context& context, const FileArguments& files) {
   forEachName(context, files, [&](const std::string& name) {
-    const MediaPath path = splitPath(name);
+    const describe::MediaPath path = describe::splitPath(name);
     const bool exists = LUM_IsTranscodeFileExist(path.folder.c_str(), path.name.c_str()) == 0;
     Result result = Result::ofFile(name);
     result.data("isTranscoded", exists);

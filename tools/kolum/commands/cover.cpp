@@ -5,7 +5,7 @@
 #include <cerrno>
 #include <memory>
 
-#include "files/paths.h"
+#include "describe/media_path.h"
 #include "terminal/arguments.h"
 #include "terminal/command.h"
 #include "terminal/context.h"
@@ -22,16 +22,17 @@ struct Options {
 
 // The folder to search for a name: the name itself if it is a folder, else the folder it is in.
 std::string folderOf(const std::string& name, bool isFolder) {
-  return isFolder ? withSlash(name) : splitPath(name).folder;
+  return isFolder ? describe::withSlash(name) : describe::splitPath(name).folder;
 }
 
 void findCover(Context& context, const std::string& name) {
   struct stat status = {};
-  if (stat(name.c_str(), &status) != 0) return context.fail(name, systemFailure(errno));
+  if (stat(name.c_str(), &status) != 0) return context.fail(name, describe::systemFailure(errno));
   char cover[1024] = "";
   const std::string folder = folderOf(name, S_ISDIR(status.st_mode));
   const bool found = KoLUM_CheckLocalAlbum(folder.c_str(), cover) == 0;
-  if (!found && access(folder.c_str(), X_OK) != 0) return context.fail(name, systemFailure(errno));
+  if (!found && access(folder.c_str(), X_OK) != 0)
+    return context.fail(name, describe::systemFailure(errno));
   Result result = Result::ofFile(name);
   result.data("found", found);
   if (found) result.data("cover", cover);
@@ -40,7 +41,7 @@ void findCover(Context& context, const std::string& name) {
 }
 
 void checkName(Context& context, const std::string& name) {
-  const bool isCover = KoLUM_CheckSpecialCover(splitPath(name).name.c_str()) == 0;
+  const bool isCover = KoLUM_CheckSpecialCover(describe::splitPath(name).name.c_str()) == 0;
   Result result = Result::ofFile(name);
   result.data("isAlbumCover", isCover);
   result.show("Album cover", isCover ? "yes" : "no");

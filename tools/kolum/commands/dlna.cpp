@@ -4,11 +4,11 @@
 #include <optional>
 #include <utility>
 
+#include "base/trace.h"
+#include "commands/probe.h"
+#include "describe/diagnosis.h"
 #include "files/descriptions.h"
-#include "files/diagnosis.h"
-#include "files/file_types.h"
 #include "files/media_files.h"
-#include "files/song.h"
 #include "terminal/arguments.h"
 #include "terminal/command.h"
 #include "terminal/context.h"
@@ -78,20 +78,20 @@ void addExplanation(Result& result, const DlnaNaming& naming) {
 }
 
 // Only videos' names can be explained.
-std::optional<DlnaNaming> nameSong(const MediaPath& path) {
-  std::optional<read::Failure> failure;
-  const auto song = readSong(path, failure);
-  if (!song) return std::nullopt;
+std::optional<DlnaNaming> nameSong(const describe::MediaPath& path) {
+  const describe::Document document =
+      documentOf(path, {.kind = MEDIA_KIND_MUSIC, .wantsDetails = false});
+  write(document.trace);
+  if (!document.song) return std::nullopt;
   DlnaNaming naming;
-  naming.profile = song->dlnaProfile;
-  if (const MediaFileInfo* type = fileTypeOfName(path.name, MEDIA_KIND_BIT_MUSIC))
-    naming.mimeType = type->mimeType;
+  naming.profile = document.song->dlnaProfile;
+  if (document.type != nullptr) naming.mimeType = document.type->mimeType;
   naming.remarks = {
       "songs are named by their codec, container and numbers; kolum probe shows them"};
   return naming;
 }
 
-std::optional<DlnaNaming> nameVideo(const MediaPath& path, int audioStream) {
+std::optional<DlnaNaming> nameVideo(const describe::MediaPath& path, int audioStream) {
   DlnaNaming naming;
   const bool isNamed =
       ExplainDlnaProfile(path.folder.c_str(), path.name.c_str(), audioStream, &naming) == 0;
@@ -99,10 +99,11 @@ std::optional<DlnaNaming> nameVideo(const MediaPath& path, int audioStream) {
 }
 
 Description namingOf(const MediaFile& file, const Options& options) {
-  const MediaPath& path = file.path;
+  const describe::MediaPath& path = file.path;
   const bool isSong = file.kind == MEDIA_KIND_MUSIC;
   const auto found = isSong ? nameSong(path) : nameVideo(path, options.audioStream);
-  if (!found) return diagnose(path, isSong ? Wanted::kSong : Wanted::kVideo);
+  if (!found)
+    return describe::diagnose(path, isSong ? describe::Wanted::kSong : describe::Wanted::kVideo);
   const DlnaNaming& naming = *found;
   Result result = Result::ofFile(path.given);
   if (!naming.profile.empty()) result.data("dlnaProfile", naming.profile);

@@ -12,9 +12,9 @@
 #include <utility>
 
 #include "base/appliance.h"
-#include "machine/mounting.h"
 #include "machine/programs.h"
 #include "machine/protections.h"
+#include "read/disc/mounting.h"
 #include "terminal/command.h"
 #include "terminal/context.h"
 #include "terminal/syntax.h"
@@ -107,8 +107,8 @@ void findKernelFeatures(std::vector<Finding>& findings) {
   findings.push_back(
       {&kAppliance, "kernel", "right to mount", when(geteuid() == 0, "superuser"), "disc images"});
   findings.push_back(
-      {&kAppliance, "kernel", "iso9660", fileSystem("iso9660", "isofs"), "disc images"});
-  findings.push_back({&kAppliance, "kernel", "udf", fileSystem("udf", "udf"), "disc images"});
+      {&kAppliance, "kernel", "iso9660", disc::fileSystem("iso9660", "isofs"), "disc images"});
+  findings.push_back({&kAppliance, "kernel", "udf", disc::fileSystem("udf", "udf"), "disc images"});
   findings.push_back({&kAppliance, "kernel", "named semaphores", semaphores(), "notifications"});
 }
 

@@ -2,13 +2,14 @@
 
 #include <memory>
 
-#include "files/content.h"
+#include "describe/content.h"
+#include "describe/diagnosis.h"
+#include "describe/file_kind.h"
+#include "describe/media_path.h"
 #include "files/descriptions.h"
-#include "files/diagnosis.h"
 #include "files/file_types.h"
 #include "files/identifiers.h"
 #include "files/media_files.h"
-#include "files/paths.h"
 #include "machine/library.h"
 #include "terminal/arguments.h"
 #include "terminal/command.h"
@@ -38,25 +39,25 @@ void addNumbers(Result& result, const songObject_st& song) {
   if (song.bitRate != 0) result.bitRate("bitRate", "Bit rate", song.bitRate * kBitsOfAKilobit);
 }
 
-Description describe(const MediaPath& path) {
+Description describe(const describe::MediaPath& path) {
   songObject_st song = {};
   // The library reads tags from any song and treats it as DSF.
-  if (!contentOf(path.full()).isDsd ||
+  if (!describe::contentOf(path.full()).isDsd ||
       GetDsfMetadata(path.folder.c_str(), path.name.c_str(), &song) != 0) {
-    return diagnose(path, Wanted::kDsdSong);
+    return describe::diagnose(path, describe::Wanted::kDsdSong);
   }
   Result result = Result::ofFile(path.given);
   addContainer(result, song.containerFormat);
   addTags(result, song);
   addNumbers(result, song);
-  if (song.sampleRate == 0) return {std::move(result), noNumbersFailure()};
+  if (song.sampleRate == 0) return {std::move(result), describe::noNumbersFailure()};
   return result;
 }
 
 // A file in a folder counts if it is a DSD song by its name, or with --all by its content.
 bool isWanted(const MediaFile& file, bool byContent) {
-  if (file.isNamed || isDsdName(file.path.name)) return true;
-  return byContent && contentOf(file.path.full()).isDsd;
+  if (file.isNamed || describe::isDsdName(file.path.name)) return true;
+  return byContent && describe::contentOf(file.path.full()).isDsd;
 }
 
 }  // namespace

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "base/appliance.h"
-#include "files/diagnosis.h"
+#include "describe/diagnosis.h"
 #include "files/file_types.h"
 #include "files/identifiers.h"
 #include "files/media_files.h"
@@ -26,7 +26,7 @@ struct Options {
 std::string implied(const FileTypeTable& table, const MediaFileInfo& type) {
   if (table.kind == MEDIA_KIND_PHOTO) return "picture format " + std::to_string(type.formatIds);
   if (table.kind != MEDIA_KIND_MUSIC) return "";
-  return containerNames(static_cast<unsigned>(type.formatIds)).text() + ", codec " +
+  return ContainerIdentifier{static_cast<unsigned>(type.formatIds)}.text() + ", codec " +
          codecText(static_cast<int>(type.formatIds >> 32), PROFILE_UNKNOWN);
 }
 
@@ -49,7 +49,7 @@ void printXml(Context& context) {
   int failed = 0;
   const std::string xml = context.channels.capture([&] { failed = KoLUM_PrintFileExtList(); });
   if (failed != 0) {
-    const auto failure = readingFailure(kLibraryConfigFile);
+    const auto failure = describe::readingFailure(kLibraryConfigFile);
     return context.fail(kLibraryConfigFile, failure ? failure->reason : "not an ini file");
   }
   context.printer.raw(xml);

@@ -25,7 +25,7 @@ using MediaLibrary::osm_place_s;
 
 constexpr int kBuilding = 18;
 
-constexpr NamedNumber kObjectTypes[] = {
+constexpr describe::NamedNumber kObjectTypes[] = {
     {"node", MAP_OBJECT_NODE},
     {"way", MAP_OBJECT_WAY},
     {"relation", MAP_OBJECT_RELATION},

@@ -13,6 +13,15 @@
 
 namespace kolum::tool {
 
+using describe::brands;
+using describe::codecs;
+using describe::Enumeration;
+using describe::enumerations;
+using describe::formats;
+using describe::NamedEnumeration;
+using describe::NamedNumber;
+using describe::profiles;
+
 namespace {
 
 struct Options {
@@ -70,8 +79,10 @@ std::optional<unsigned> containerNamed(const std::string& value) {
 }
 
 Identifier containerIdentifier(unsigned id) {
-  const ContainerNames names = containerNames(id);
-  return {id, names.brand.empty() ? names.format : names.format + "/" + names.brand};
+  const auto [format, brand] = describe::containerNames(id);
+  std::string name(format);
+  if (!brand.empty()) name.append("/").append(brand);
+  return {id, std::move(name)};
 }
 
 std::string attachedName(std::int64_t id) {

@@ -5,8 +5,8 @@
 #include <climits>
 #include <memory>
 
+#include "describe/diagnosis.h"
 #include "files/descriptions.h"
-#include "files/diagnosis.h"
 #include "files/identifiers.h"
 #include "files/media_files.h"
 #include "terminal/arguments.h"
@@ -127,17 +127,17 @@ void addStreams(Result& result, const MediaInfo& info) {
   result.data("streams", streams);
 }
 
-Description infoOf(const MediaPath& path, const Options& options) {
+Description infoOf(const describe::MediaPath& path, const Options& options) {
   MediaInfo* record = nullptr;
   double keyFrame = -1;
   const unsigned failed =
       GetMediaInfo(path.full().c_str(), &record, options.seekSeconds, &keyFrame);
   const std::unique_ptr<MediaInfo, FreeInfo> info(record);
-  if (failed != 0 || info == nullptr) return diagnose(path, Wanted::kStreams);
+  if (failed != 0 || info == nullptr) return describe::diagnose(path, describe::Wanted::kStreams);
   Result result = Result::ofFile(path.given);
   addContainer(result, info->containerFormat);
   if (info->sourceKind != FORMAT_UNKNOWN)
-    result.data("sourceKind", containerNames(info->sourceKind).object());
+    result.data("sourceKind", ContainerIdentifier{info->sourceKind}.object());
   if (info->sourceKind == FORMAT_DVDIFO) result.show("Source", "main title of a DVD");
   if (info->sourceKind == FORMAT_BDBDMV) result.show("Source", "largest stream of a Blu-ray disc");
   if (info->duration != kUnknownDuration) result.duration("duration", "Duration", info->duration);

@@ -3,8 +3,8 @@
 #include <climits>
 #include <memory>
 
+#include "describe/diagnosis.h"
 #include "files/descriptions.h"
-#include "files/diagnosis.h"
 #include "files/media_files.h"
 #include "terminal/arguments.h"
 #include "terminal/command.h"
@@ -27,8 +27,8 @@ Description keyFrameOf(const MediaFile& file, int seconds) {
                    "a disc; \"kolum info --seek\" finds key frames of its main title"};
   double keyFrame = 0;
   if (getVideoKeyFrameTime(file.path.full().c_str(), seconds, &keyFrame) != 0) {
-    return diagnose(file.path, Wanted::kKeyFrames,
-                    {Cause::kNoKeyFrame, "no key frame from there on"});
+    return describe::diagnose(file.path, describe::Wanted::kKeyFrames,
+                              {Cause::kNoKeyFrame, "no key frame from there on"});
   }
   Result result = Result::ofFile(file.path.given);
   result.data("seconds", seconds);

@@ -2,9 +2,10 @@
 
 #include <nlohmann/json.hpp>
 
+#include "base/moment.h"
+#include "describe/media_path.h"
 #include "files/documents.h"
 #include "files/library.h"
-#include "files/paths.h"
 #include "terminal/text.h"
 
 namespace kolum::tool {
@@ -30,17 +31,12 @@ void forEachFound(Context& context, scan::Store& store, scan::FileQuery query,
     query.below = resolvedPath(path);
     const scan::FilePath file = {query.below->substr(0, query.below->rfind('/') + 1),
                                  query.below->substr(query.below->rfind('/') + 1)};
-    if (!store.file(file) && !store.hasFilesBelow(withSlash(*query.below))) {
+    if (!store.file(file) && !store.hasFilesBelow(describe::withSlash(*query.below))) {
       context.fail(path, "not in the library");
       continue;
     }
     store.forEachFile(query, visit);
   }
-}
-
-std::int64_t secondsOf(std::int64_t nanoseconds) {
-  constexpr std::int64_t kPerSecond = 1000000000;
-  return nanoseconds / kPerSecond - (nanoseconds % kPerSecond < 0 ? 1 : 0);
 }
 
 const char* stateName(scan::State state) {
@@ -73,7 +69,7 @@ std::optional<Result> foundResult(Context& context, const scan::FoundFile& file)
     return std::nullopt;
   }
   result.data("size", file.identity.size);
-  result.data("modified", secondsOf(file.identity.mtimeNs));
+  result.data("modified", momentText(file.identity.mtimeNs));
   result.data("state", stateName(file.state));
   if (file.reason) result.data("error", errorResult(*file.reason));
   return result;

@@ -39,8 +39,6 @@ Result errorResult(const scan::Reason& reason);
 // A file's document with what the library knows besides, in the keys that "library add" reads.
 // Empty if the stored document is none, which is reported.
 std::optional<Result> foundResult(Context& context, const scan::FoundFile& file);
-// "2015-06-07 08:09:10"; the wrapped times of years beyond 2262 are wrong.
-std::int64_t secondsOf(std::int64_t nanoseconds);
 const char* stateName(scan::State state);
 
 // Prints names for other programs: one per line, or with NUL after each. A name with a newline has

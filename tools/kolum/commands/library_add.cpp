@@ -53,7 +53,7 @@ PresentFile presentFile(const std::string& name) {
 
 bool isSame(const DocumentLine& line, const scan::Identity& present) {
   return line.size.value_or(present.size) == present.size &&
-         line.modified.value_or(secondsOf(present.mtimeNs)) == secondsOf(present.mtimeNs);
+         line.modifiedNs.value_or(present.mtimeNs) == present.mtimeNs;
 }
 
 class Adding {

@@ -3,8 +3,8 @@
 #include <vector>
 
 #include "commands/library.h"
+#include "describe/media_path.h"
 #include "files/library.h"
-#include "files/paths.h"
 #include "terminal/interruption.h"
 #include "terminal/text.h"
 
@@ -27,7 +27,7 @@ std::uint64_t forget(scan::Store& store, const std::string& path) {
     store.removeFile(file);
     ++removed;
   }
-  return removed + store.removeTree(withSlash(path));
+  return removed + store.removeTree(describe::withSlash(path));
 }
 
 void run(Context& context, const Options& options) {

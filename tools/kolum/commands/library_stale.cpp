@@ -12,8 +12,8 @@
 
 #include "base/descriptor.h"
 #include "commands/library.h"
+#include "describe/media_path.h"
 #include "files/library.h"
-#include "files/paths.h"
 #include "files/selection.h"
 #include "scan/walk.h"
 #include "terminal/interruption.h"
@@ -70,8 +70,8 @@ class Staleness {
     if (!root->isOpen()) return context_.fail(given, std::string_view(std::strerror(errno)));
     scan::FolderReader reader(root, std::make_shared<scan::Pulse>(), selection_, {});
     scan::PendingFolders pending;
-    const std::string shown = withSlash(given);
-    const std::string resolved = withSlash(resolvedPath(given));
+    const std::string shown = describe::withSlash(given);
+    const std::string resolved = describe::withSlash(resolvedPath(given));
     while (const auto folder = pending.next()) {
       auto end = readFolder(reader, *folder, shown, resolved);
       if (end) pending.enter(std::move(*end));

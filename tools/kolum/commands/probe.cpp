@@ -1,8 +1,13 @@
+#include "commands/probe.h"
+
+#include <kolum/frame.h>
+
 #include <memory>
 
-#include "commands/probe.h"
-#include "files/diagnosis.h"
+#include "base/trace.h"
+#include "files/document_text.h"
 #include "files/media_files.h"
+#include "machine/library.h"
 #include "terminal/arguments.h"
 #include "terminal/command.h"
 #include "terminal/context.h"
@@ -14,80 +19,70 @@ namespace {
 
 struct Options {
   MediaFileArguments files;
-  ProbeOptions probe;
+  int audioStream = 0;
 };
 
-struct Prober {
+struct ForcedKind {
   int kind;
   unsigned bit;
-  const char* word;  // to force it on the command line
-  Description (*describe)(const MediaPath&, const ProbeOptions&);
+  const char* word;  // on the command line
 };
 
-constexpr Prober kProbers[] = {
-    {MEDIA_KIND_VIDEO, MEDIA_KIND_BIT_VIDEO, "video", describeVideo},
-    {MEDIA_KIND_MUSIC, MEDIA_KIND_BIT_MUSIC, "audio", describeAudio},
-    {MEDIA_KIND_PHOTO, MEDIA_KIND_BIT_PHOTO, "photo", describePhoto},
+constexpr ForcedKind kForcedKinds[] = {
+    {MEDIA_KIND_VIDEO, MEDIA_KIND_BIT_VIDEO, "video"},
+    {MEDIA_KIND_MUSIC, MEDIA_KIND_BIT_MUSIC, "audio"},
+    {MEDIA_KIND_PHOTO, MEDIA_KIND_BIT_PHOTO, "photo"},
 };
 
-Words proberWords() {
+Words kindWords() {
   Words words;
-  for (const Prober& prober : kProbers) words.emplace_back(prober.word);
+  for (const ForcedKind& kind : kForcedKinds) words.emplace_back(kind.word);
   return words;
 }
 
-// The prober forced by the first operand; a single operand is always a file.
-const Prober* forcedProber(FileArguments& files) {
+// The kind forced by the first operand; a single operand is always a file.
+const ForcedKind* forcedKind(FileArguments& files) {
   const bool moreNames = files.operands.size() > 1 || !files.listFile.empty();
   if (!moreNames || files.operands.empty()) return nullptr;
-  for (const Prober& prober : kProbers) {
-    if (files.operands.front() != prober.word) continue;
+  for (const ForcedKind& kind : kForcedKinds) {
+    if (files.operands.front() != kind.word) continue;
     files.operands.erase(files.operands.begin());
-    return &prober;
+    return &kind;
   }
   return nullptr;
 }
 
-const Prober* proberOf(int kind) {
-  for (const Prober& prober : kProbers) {
-    if (prober.kind == kind) return &prober;
-  }
-  return nullptr;
-}
-
-// For a file whose kind has no prober.
-Failure kindFailure(int kind, bool byContent, const MediaPath& path) {
-  if (auto failure = readingFailure(path.full())) return *failure;
-  if (kind == MEDIA_KIND_PLAYLIST) return {Cause::kPlaylist, "a playlist has nothing to probe"};
-  if (byContent) return diagnose(path, Wanted::kStreams);
-  return {Cause::kUnknownName,
-          "not a media file by its name; --all decides by its content, and \"kolum probe "
-          "video|audio|photo FILE\" forces a kind"};
+Description description(const describe::MediaPath& path, const describe::Options& options) {
+  const describe::Document document = documentOf(path, options);
+  write(document.trace);
+  if (document.failure) return *document.failure;
+  return resultOf(document);
 }
 
 void run(Context& context, Options& options) {
-  const Prober* forced = forcedProber(options.files.names);
+  const ForcedKind* forced = forcedKind(options.files.names);
   const unsigned kinds = forced != nullptr
                              ? forced->bit
                              : MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC | MEDIA_KIND_BIT_PHOTO;
   describeMediaFiles(context, options.files, kinds, [&](const MediaFile& file) {
-    const int kind = forced != nullptr ? forced->kind : file.kind;
-    return describe(kind, options.files.byContent, file.path, options.probe);
+    return description(file.path, {.kind = forced != nullptr ? forced->kind : file.kind,
+                                   .byContent = options.files.byContent,
+                                   .audioStream = options.audioStream});
   });
 }
 
 }  // namespace
 
-Description describe(int kind, bool byContent, const MediaPath& path, const ProbeOptions& options) {
-  const Prober* prober = proberOf(kind);
-  if (prober == nullptr) return kindFailure(kind, byContent, path);
-  return prober->describe(path, options);
+describe::Document documentOf(const describe::MediaPath& path, describe::Options options) {
+  initLibrary();
+  options.toolFolder = g_localWorkingPath;
+  return describe::describe(path, options);
 }
 
 Action defineProbe(Syntax& syntax) {
   auto options = std::make_shared<Options>();
-  addMediaFileArguments(syntax, options->files, proberWords);
-  addAudioStreamOption(syntax, options->probe.audioStream);
+  addMediaFileArguments(syntax, options->files, kindWords);
+  addAudioStreamOption(syntax, options->audioStream);
   syntax.help(
       "Describes media files. A folder stands for the media in it; one with a DVD\n"
       "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "

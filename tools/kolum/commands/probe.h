@@ -1,22 +1,14 @@
-// The descriptions of files, one function per kind of media.
+// Describing files.
 #ifndef KOLUM_TOOL_COMMANDS_PROBE_H
 #define KOLUM_TOOL_COMMANDS_PROBE_H
 
+#include "describe/describe.h"
 #include "files/descriptions.h"
-#include "files/paths.h"
 
 namespace kolum::tool {
 
-struct ProbeOptions {
-  int audioStream = 0;  // counts audio streams only
-};
-
-Description describeAudio(const MediaPath& path, const ProbeOptions& options);
-Description describePhoto(const MediaPath& path, const ProbeOptions& options);
-Description describeVideo(const MediaPath& path, const ProbeOptions& options);
-
-// Of a file of that kind (MEDIA_KIND_*). BYCONTENT: its content was asked for the kind.
-Description describe(int kind, bool byContent, const MediaPath& path, const ProbeOptions& options);
+// The external tool for DSD songs is that of initLibrary().
+describe::Document documentOf(const describe::MediaPath& path, describe::Options options);
 
 }  // namespace kolum::tool
 

@@ -7,16 +7,19 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
+#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
 #include "base/descriptor.h"
+#include "base/trace.h"
 #include "commands/probe.h"
-#include "files/diagnosis.h"
+#include "describe/failure.h"
+#include "describe/json.h"
 #include "files/media_files.h"
 #include "isolation/isolation.h"
 #include "machine/library.h"
-#include "terminal/failure.h"
+#include "read/disc/disc.h"
 #include "terminal/output.h"
 
 namespace kolum::tool {
@@ -56,26 +59,27 @@ std::uint64_t bytesReadByThread() {
                                                              : isolation::bytesReadForThread();
 }
 
-scan::Outcome outcomeOf(const Description& description) {
+scan::Outcome failed(const Failure& failure) {
   scan::Outcome outcome;
-  if (const auto& failure = description.failure) {
-    outcome.kind = kindOf(failure->cause);
-    outcome.reason = {std::string(codeOf(failure->cause)), failure->reason};
-    outcome.isTransient = std::find(kTransientCauses.begin(), kTransientCauses.end(),
-                                    failure->cause) != kTransientCauses.end();
-  } else {
-    outcome.kind = scan::Outcome::Kind::kDocument;
-    outcome.document = jsonText(*description.result);
-  }
+  outcome.kind = kindOf(failure.cause);
+  outcome.reason = {std::string(describe::codeOf(failure.cause)), failure.reason};
+  outcome.isTransient = std::find(kTransientCauses.begin(), kTransientCauses.end(),
+                                  failure.cause) != kTransientCauses.end();
   return outcome;
 }
 
-Description description(const scan::Job& job, bool byContent, bool opensImages) {
-  const MediaPath path = {job.file.full(), job.file.folder, job.file.name};
-  if (!opensImages && isDiscImage(path.name))
-    return Failure{Cause::kDiscImage, "a disc image; --images has it mounted"};
-  if (auto failure = lengthFailure(path)) return *failure;
-  return describe(kindOfFile(path, byContent), byContent, path, {});
+scan::Outcome outcomeOf(const scan::Job& job, bool byContent, bool opensImages) {
+  const describe::MediaPath path = {job.file.full(), job.file.folder, job.file.name};
+  if (!opensImages && disc::kindOf(path.name) == disc::Kind::kImage)
+    return failed({Cause::kDiscImage, "a disc image; --images has it mounted"});
+  if (auto failure = lengthFailure(path)) return failed(*failure);
+  const describe::Document document = documentOf(path, {.byContent = byContent});
+  write(document.trace);
+  if (document.failure) return failed(*document.failure);
+  scan::Outcome outcome;
+  outcome.kind = scan::Outcome::Kind::kDocument;
+  outcome.document = describe::lineOf(describe::jsonOf(document));
+  return outcome;
 }
 
 }  // namespace
@@ -84,7 +88,7 @@ scan::Prober fileProber(bool byContent, bool opensImages) {
   initLibrary();  // before there are threads
   return [byContent, opensImages](const scan::Job& job) {
     const std::uint64_t before = bytesReadByThread();
-    scan::Outcome outcome = outcomeOf(description(job, byContent, opensImages));
+    scan::Outcome outcome = outcomeOf(job, byContent, opensImages);
     outcome.bytesRead = bytesReadByThread() - before;
     return outcome;
   };

@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 
+#include "base/percent.h"
 #include "terminal/command.h"
 #include "terminal/context.h"
 #include "terminal/numbers.h"

@@ -7,6 +7,7 @@
 #include <memory>
 #include <thread>
 
+#include "base/percent.h"
 #include "commands/echo_server.h"
 #include "terminal/command.h"
 #include "terminal/context.h"

@@ -2,8 +2,8 @@
 
 #include <memory>
 
+#include "describe/diagnosis.h"
 #include "files/descriptions.h"
-#include "files/diagnosis.h"
 #include "files/media_files.h"
 #include "terminal/arguments.h"
 #include "terminal/command.h"
@@ -14,14 +14,14 @@ namespace kolum::tool {
 
 namespace {
 
-Description tracksOf(const MediaPath& path) {
+Description tracksOf(const describe::MediaPath& path) {
   const std::string full = path.full();
   unsigned audio = 0;
   unsigned subtitles = 0;
   unsigned isProtected = 0;
   if (GetAudioTrack(full.c_str(), &audio) != 0 || GetSubtitleTrack(full.c_str(), &subtitles) != 0 ||
       GetDRMProtectedInfo(full.c_str(), &isProtected) != 0)
-    return diagnose(path, Wanted::kStreams);
+    return describe::diagnose(path, describe::Wanted::kStreams);
   Result result = Result::ofFile(path.given);
   result.number("audioTracks", "Audio tracks", audio);
   result.number("subtitleTracks", "Subtitle tracks", subtitles);

@@ -7,9 +7,9 @@
 #include <string>
 #include <utility>
 
+#include "describe/failure.h"
 #include "files/media_files.h"
 #include "terminal/context.h"
-#include "terminal/failure.h"
 #include "terminal/output.h"
 
 namespace kolum::tool {

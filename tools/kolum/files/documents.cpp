@@ -4,6 +4,9 @@
 #include <set>
 #include <vector>
 
+#include "base/moment.h"
+#include "base/percent.h"
+#include "describe/json.h"
 #include "terminal/output.h"
 #include "terminal/text.h"
 
@@ -67,6 +70,13 @@ std::optional<std::int64_t> numberIn(const Json& object, const char* key) {
   return value->get<std::int64_t>();
 }
 
+std::optional<std::int64_t> momentIn(const Json& object, const char* key) {
+  if (member(object, key) == nullptr) return std::nullopt;
+  const auto moment = momentOf(textIn(object, key));
+  if (!moment) throw DocumentError("\"" + std::string(key) + "\" is not a moment in UTC");
+  return moment;
+}
+
 std::string fileOf(const Json& line) {
   std::string file = textIn(line, "file");
   if (line.contains("fileBytes")) {
@@ -89,9 +99,9 @@ scan::Reason errorOf(const Json& error) {
 void requireSchema(const Json& line) {
   const auto schema = numberIn(line, "schema");
   if (!schema) throw DocumentError("no \"schema\"");
-  if (*schema != kJsonSchema) {
+  if (*schema != describe::kJsonSchema) {
     throw DocumentError("schema " + std::to_string(*schema) + ", but this kolum knows " +
-                        std::to_string(kJsonSchema));
+                        std::to_string(describe::kJsonSchema));
   }
 }
 
@@ -125,7 +135,7 @@ DocumentLine parsedLine(std::string_view text) {
   DocumentLine line;
   line.file = fileOf(object);
   line.size = numberIn(object, "size");
-  line.modified = numberIn(object, "modified");
+  line.modifiedNs = momentIn(object, "modified");
   if (const Json* error = member(object, "error")) {
     line.error = errorOf(*error);
     return line;

@@ -26,10 +26,10 @@ nlohmann::ordered_json parsedObject(std::string_view text);
 // One line of "kolum probe --json".
 struct DocumentLine {
   std::string file;
-  std::optional<scan::Reason> error;     // or the document
-  std::string document;                  // without the keys that a library's output adds
-  std::optional<std::int64_t> size;      // of the file that it describes, if it says so
-  std::optional<std::int64_t> modified;  // seconds since 1970
+  std::optional<scan::Reason> error;       // or the document
+  std::string document;                    // without the keys that a library's output adds
+  std::optional<std::int64_t> size;        // of the file that it describes, if it says so
+  std::optional<std::int64_t> modifiedNs;  // nanoseconds since 1970
 };
 
 // Throws DocumentError.

@@ -105,27 +105,10 @@ void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row
   if (table.kind == MEDIA_KIND_PHOTO) result.data("pictureFormat", type.formatIds);
   if (table.kind != MEDIA_KIND_MUSIC) return;
   const auto codec = static_cast<int>(type.formatIds >> 32);
-  result.data("containerFormat", containerNames(static_cast<unsigned>(type.formatIds)).object());
+  result.data("containerFormat",
+              ContainerIdentifier{static_cast<unsigned>(type.formatIds)}.object());
   result.data("audioCodec", codecIdentifier(codec));
   result.data("flag", type.flag);
-}
-
-const MediaFileInfo* fileTypeOfName(const std::string& name, unsigned bit) {
-  unsigned row = 0;
-  const int kind = KoLUM_GetFilenameType(name.c_str(), &row, bit, nullptr);
-  const FileTypeTable* table = fileTypesOfKind(kind);
-  return table == nullptr ? nullptr : &table->rows[row - 1];
-}
-
-const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit) {
-  const MediaFileInfo* type = fileTypeOfName(name, bit);
-  if (type != nullptr) result.text("mimeType", "MIME type", type->mimeType);
-  return type;
-}
-
-bool isDsdName(const std::string& name) {
-  const MediaFileInfo* type = fileTypeOfName(name, MEDIA_KIND_BIT_MUSIC);
-  return type != nullptr && type->formatIds >> 32 == CODEC_ID_DSD;
 }
 
 }  // namespace kolum::tool

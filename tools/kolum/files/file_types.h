@@ -39,16 +39,6 @@ void setExclusionMask(const std::string& value);
 // What a table's row says beyond its name: only JSON keys, except for songs' identifiers.
 void addFileTypeData(Result& result, const FileTypeTable& table, std::size_t row);
 
-// The row for a file's name if it is of the kind of BIT; otherwise null.
-const MediaFileInfo* fileTypeOfName(const std::string& name, unsigned bit);
-
-// Adds "mimeType" for a file's name and returns the row if it is of the kind of BIT; otherwise
-// null.
-const MediaFileInfo* addMimeTypeOfName(Result& result, const std::string& name, unsigned bit);
-
-// Whether a file's name is that of a DSD song.
-bool isDsdName(const std::string& name);
-
 }  // namespace kolum::tool
 
 #endif

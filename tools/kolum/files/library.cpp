@@ -4,7 +4,8 @@
 #include <filesystem>
 #include <system_error>
 
-#include "files/paths.h"
+#include "describe/json.h"
+#include "describe/media_path.h"
 #include "read/ffmpeg/version.h"
 #include "terminal/context.h"
 #include "terminal/output.h"
@@ -17,7 +18,7 @@ namespace {
 // Empty unless the variable holds an absolute path: others have no meaning there.
 std::string folderIn(const char* variable) {
   const char* folder = std::getenv(variable);
-  return folder != nullptr && *folder == '/' ? withSlash(folder) : "";
+  return folder != nullptr && *folder == '/' ? describe::withSlash(folder) : "";
 }
 
 std::string dataFolder() {
@@ -38,7 +39,7 @@ std::string libraryFile(const std::string& given) {
 }
 
 scan::Version documentVersion() {
-  return {kJsonSchema, "kolum " KOLUM_VERSION ", " + ffmpeg::versionInUse()};
+  return {describe::kJsonSchema, "kolum " KOLUM_VERSION ", " + ffmpeg::versionInUse()};
 }
 
 std::string resolvedPath(const std::string& path) {

@@ -7,7 +7,7 @@
 #include <cerrno>
 #include <filesystem>
 
-#include "files/content.h"
+#include "describe/describe.h"
 #include "files/selection.h"
 #include "files/skipped_files.h"
 #include "terminal/interruption.h"
@@ -64,9 +64,9 @@ class Walk {
 
   void named(const std::string& name) {
     struct stat status = {};
-    if (stat(name.c_str(), &status) != 0) return fail_(name, systemFailure(errno));
+    if (stat(name.c_str(), &status) != 0) return fail_(name, describe::systemFailure(errno));
     const bool isFolder = S_ISDIR(status.st_mode);
-    const std::string index = isFolder ? discIndex(withSlash(name)) : "";
+    const std::string index = isFolder ? discIndex(describe::withSlash(name)) : "";
     if (isFolder && index.empty()) return namedFolder(name);
     const std::string& path = isFolder ? index : name;
     const bool isFile = S_ISREG(status.st_mode) || S_ISBLK(status.st_mode);
@@ -75,15 +75,15 @@ class Walk {
 
  private:
   int kindOf(const std::string& path) const {
-    return kindOfFile(splitPath(path), arguments_.byContent);
+    return kindOfFile(describe::splitPath(path), arguments_.byContent);
   }
 
   void namedFolder(const std::string& name) {
     skipped_ = {};
     isKnownFound_ = false;
-    below_ = withSlash(name).size();
+    below_ = describe::withSlash(name).size();
     const std::size_t before = visited_;
-    folder(withSlash(name));
+    folder(describe::withSlash(name));
     const bool isEmpty = visited_ == before && skipped_.areNone();
     if (isEmpty) context_.note(name, kNoFiles);
     if (!skipped_.areNone()) reportSkipped(name);
@@ -102,7 +102,7 @@ class Walk {
     progress_.next(path);
     ++visited_;
     isKnownFound_ = true;
-    const MediaPath split = splitPath(path);
+    const describe::MediaPath split = describe::splitPath(path);
     if (const auto failure = lengthFailure(split)) return fail_(path, *failure);
     const bool isDisc = split.name == kDvdIndex || split.name == kBluRayIndex;
     visit_({split, kind, isNamed, isDisc});
@@ -144,7 +144,7 @@ class Walk {
   void failed(const std::string& path, int error) {
     ++visited_;
     isKnownFound_ = true;
-    fail_(path, systemFailure(error));
+    fail_(path, describe::systemFailure(error));
   }
 
   void entry(const std::string& path) {
@@ -184,12 +184,11 @@ class Walk {
 
 }  // namespace
 
-int kindOfFile(const MediaPath& path, bool byContent) {
-  const int kind = byContent ? kindOf(contentOf(path.full())) : MEDIA_KIND_NONE;
-  return kind != MEDIA_KIND_NONE ? kind : kindByName(path.name, MEDIA_KIND_BITS_ALL);
+int kindOfFile(const describe::MediaPath& path, bool byContent) {
+  return byContent ? describe::kindByContent(path) : kindByName(path.name, MEDIA_KIND_BITS_ALL);
 }
 
-std::optional<Failure> lengthFailure(const MediaPath& path) {
+std::optional<Failure> lengthFailure(const describe::MediaPath& path) {
   if (path.full().size() <= kLongestPath) return std::nullopt;
   return Failure{Cause::kPathTooLong,
                  "path longer than " + std::to_string(kLongestPath) + " characters"};

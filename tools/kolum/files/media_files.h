@@ -10,7 +10,7 @@
 #include <string_view>
 #include <vector>
 
-#include "files/paths.h"
+#include "describe/media_path.h"
 #include "terminal/arguments.h"
 #include "terminal/context.h"
 
@@ -24,7 +24,7 @@ inline constexpr std::string_view kBluRayIndex = "index.bdmv";
 inline constexpr int kMostJobs = 256;
 
 struct MediaFile {
-  MediaPath path;
+  describe::MediaPath path;
   int kind;      // by its name, or with --all by its content
   bool isNamed;  // by the caller, directly or as a disc's folder; else found in a folder
   bool isDisc;   // the index file of a DVD or Blu-ray folder
@@ -32,10 +32,10 @@ struct MediaFile {
 
 // The kind of a file (MEDIA_KIND_*) by its name; BYCONTENT: by its content, or by its name if the
 // content does not say.
-int kindOfFile(const MediaPath& path, bool byContent);
+int kindOfFile(const describe::MediaPath& path, bool byContent);
 
 // For paths that the library cannot take.
-std::optional<Failure> lengthFailure(const MediaPath& path);
+std::optional<Failure> lengthFailure(const describe::MediaPath& path);
 
 // "FILE..." of a command that walks folders, with the options that select files there.
 struct MediaFileArguments {

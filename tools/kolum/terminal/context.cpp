@@ -1,13 +1,15 @@
 #include "terminal/context.h"
 
+#include <nlohmann/json.hpp>
+
+#include "describe/json.h"
 #include "terminal/text.h"
 
 namespace kolum::tool {
 
 void addFailure(Result& result, const Failure& failure) {
   Result error;
-  error.data("code", codeOf(failure.cause));
-  error.data("reason", failure.reason);
+  error.data(describe::errorOf(failure));
   result.data("error", error);
 }
 
@@ -22,7 +24,8 @@ void Context::fail(std::string_view reason) {
 }
 
 void Context::fail(std::string_view file, const Failure& failure) {
-  fail(file, failure.reason);
+  const std::string_view reason = failure.reason;
+  fail(file, failure.advice.empty() ? reason : failure.reason + "; " + failure.advice);
   if (!json) return;
   Result result = Result::ofFile(file);
   addFailure(result, failure);

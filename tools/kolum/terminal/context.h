@@ -7,11 +7,14 @@
 #include <string>
 #include <string_view>
 
+#include "describe/failure.h"
 #include "terminal/channels.h"
-#include "terminal/failure.h"
 #include "terminal/output.h"
 
 namespace kolum::tool {
+
+using describe::Cause;
+using describe::Failure;
 
 // Invalid arguments that the parser does not detect: ends the tool with status 2.
 class UsageError : public std::runtime_error {

@@ -65,23 +65,24 @@ class NameList {
   bool isMixed_ = false;
 };
 
-Failure listFailure(const NameList& list) {
+describe::Failure listFailure(const NameList& list) {
   if (list.isMixed())
-    return {Cause::kSystemError, "some names end with newlines and some with NUL; use -0"};
-  return systemFailure(ENAMETOOLONG);
+    return {describe::Cause::kSystemError,
+            "some names end with newlines and some with NUL; use -0"};
+  return describe::systemFailure(ENAMETOOLONG);
 }
 
 }  // namespace
 
-std::optional<Failure> forEachNameIn(int descriptor, NameEnd end,
-                                     const std::function<void(const std::string&)>& visit) {
+std::optional<describe::Failure> forEachNameIn(
+    int descriptor, NameEnd end, const std::function<void(const std::string&)>& visit) {
   NameList list(end, visit);
   char buffer[65536];
   for (;;) {
     waitForInput(descriptor);
     const ssize_t length = read(descriptor, buffer, sizeof buffer);
     if (length < 0 && errno == EINTR) continue;
-    if (length < 0) return systemFailure(errno);
+    if (length < 0) return describe::systemFailure(errno);
     if (length == 0) break;
     if (!list.take({buffer, static_cast<std::size_t>(length)})) return listFailure(list);
   }

@@ -7,7 +7,7 @@
 #include <string>
 #include <string_view>
 
-#include "terminal/failure.h"
+#include "describe/failure.h"
 
 namespace kolum::tool {
 
@@ -17,8 +17,8 @@ enum class NameEnd { kFirstThatComes, kNul, kNewline };
 
 // Calls VISIT for every name read from DESCRIPTOR as soon as it is complete; empty names are
 // ignored. Returns why the list could not be read to its end.
-std::optional<Failure> forEachNameIn(int descriptor, NameEnd end,
-                                     const std::function<void(const std::string&)>& visit);
+std::optional<describe::Failure> forEachNameIn(
+    int descriptor, NameEnd end, const std::function<void(const std::string&)>& visit);
 
 }  // namespace kolum::tool
 

@@ -4,6 +4,8 @@
 #include <nlohmann/json.hpp>
 #include <utility>
 
+#include "base/percent.h"
+#include "describe/json.h"
 #include "terminal/text.h"
 
 namespace kolum::tool {
@@ -185,10 +187,7 @@ std::string Result::asRow(const std::vector<std::size_t>& widths) const {
 }
 
 std::string jsonText(const Result& result) {
-  using Handler = Json::error_handler_t;
-  Json line = {{"schema", kJsonSchema}};
-  line.update(result.json());
-  return line.dump(-1, ' ', false, Handler::replace);
+  return describe::lineOf(result.json());
 }
 
 void Printer::jsonLine(const Result& result) {

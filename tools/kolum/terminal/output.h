@@ -27,11 +27,6 @@ struct Identifier {
   std::string text() const;  // "H264 (28)"
 };
 
-// The version of all JSON objects' format, in each as "schema". It changes if a key changes its
-// meaning or is removed; keys may be added under the same number. docs/kolum.schema.json describes
-// it.
-inline constexpr int kJsonSchema = 1;
-
 // One result: a file's, or an answer that belongs to no file; also an object nested in another
 // result's JSON.
 //

@@ -97,37 +97,6 @@ std::string_view cutToColumns(std::string_view text, std::size_t columns) {
   return text.substr(0, length);
 }
 
-std::string percentEncoded(std::string_view bytes) {
-  constexpr std::string_view kPlain = "-._~/";
-  std::string out;
-  for (const char c : bytes) {
-    if (ascii::isLetter(c) || ascii::isDigit(c) || kPlain.find(c) != std::string_view::npos) {
-      out += c;
-    } else {
-      out += formatted("%%%02X", static_cast<unsigned char>(c));
-    }
-  }
-  return out;
-}
-
-std::optional<std::string> percentDecoded(std::string_view text) {
-  std::string out;
-  while (!text.empty()) {
-    std::size_t length = 1;
-    unsigned char byte = static_cast<unsigned char>(text[0]);
-    if (text[0] == '%') {
-      constexpr int kHexadecimal = 16;
-      length = 3;
-      const char* end = text.data() + std::min(text.size(), length);
-      const auto [stop, error] = std::from_chars(text.data() + 1, end, byte, kHexadecimal);
-      if (error != std::errc() || stop != text.data() + length) return std::nullopt;
-    }
-    out += static_cast<char>(byte);
-    text.remove_prefix(length);
-  }
-  return out;
-}
-
 std::string durationText(std::int64_t seconds) {
   const std::int64_t hours = seconds / 3600;
   const std::int64_t minutes = seconds / 60 % 60;

@@ -27,11 +27,6 @@ struct Sound {
   std::uint64_t bitRate = 0;  // bit/s
 };
 
-// BYTES with everything but letters, digits and "-._~/" written as %FF.
-std::string percentEncoded(std::string_view bytes);
-// The bytes that it stands for; empty if a "%" is not followed by two digits.
-std::optional<std::string> percentDecoded(std::string_view text);
-
 std::string durationText(std::int64_t seconds);        // "1 h 2 min 5 s"
 std::string bitRateText(std::uint64_t bitsPerSecond);  // "1.25 Mbit/s"
 std::string frequencyText(std::uint64_t hertz);        // "44.1 kHz"

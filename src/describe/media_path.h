@@ -1,11 +1,11 @@
 // Paths as the library's entry points take them: folder with its trailing "/", and name.
-#ifndef KOLUM_TOOL_FILES_PATHS_H
-#define KOLUM_TOOL_FILES_PATHS_H
+#ifndef KOLUM_DESCRIBE_MEDIA_PATH_H
+#define KOLUM_DESCRIBE_MEDIA_PATH_H
 
 #include <string>
 #include <string_view>
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 struct MediaPath {
   std::string given;   // as results and messages show it
@@ -22,6 +22,6 @@ MediaPath splitPath(std::string_view path);
 // The folder with a trailing "/".
 std::string withSlash(std::string folder);
 
-}  // namespace kolum::tool
+}  // namespace kolum::describe
 
 #endif

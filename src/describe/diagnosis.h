@@ -1,16 +1,16 @@
 // Why the library refused a file; examined only after it did.
-#ifndef KOLUM_TOOL_FILES_DIAGNOSIS_H
-#define KOLUM_TOOL_FILES_DIAGNOSIS_H
+#ifndef KOLUM_DESCRIBE_DIAGNOSIS_H
+#define KOLUM_DESCRIBE_DIAGNOSIS_H
 
 #include <optional>
 #include <string>
 #include <string_view>
 
-#include "files/paths.h"
+#include "describe/failure.h"
+#include "describe/media_path.h"
 #include "read/findings/findings.h"
-#include "terminal/failure.h"
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 // What a command requires of a file.
 enum class Wanted {
@@ -21,9 +21,6 @@ enum class Wanted {
   kPicture,
   kStreams,  // of any kind, also on a disc
 };
-
-// By its name.
-bool isDiscImage(std::string_view name);
 
 // Why a file cannot be read at all, whatever its content.
 std::optional<Failure> readingFailure(const std::string& path);
@@ -39,6 +36,6 @@ Failure diagnose(const MediaPath& path, Wanted wanted, const Failure& otherwise)
 // The same, but reports a damaged file if it has everything required.
 Failure diagnose(const MediaPath& path, Wanted wanted);
 
-}  // namespace kolum::tool
+}  // namespace kolum::describe
 
 #endif

@@ -1,15 +1,13 @@
-// What the bytes of a file contain, whatever its name. This is the only place where the tool uses
-// the layer below the library's public functions.
-#ifndef KOLUM_TOOL_FILES_CONTENT_H
-#define KOLUM_TOOL_FILES_CONTENT_H
+// What the bytes of a file contain, whatever its name.
+#ifndef KOLUM_DESCRIBE_CONTENT_H
+#define KOLUM_DESCRIBE_CONTENT_H
 
-#include <cstdint>
 #include <optional>
 #include <string>
 
 #include "read/findings/findings.h"
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 struct Content {
   std::string format;              // in words, "QuickTime / MOV"; empty if FFmpeg knows none
@@ -29,22 +27,20 @@ struct Content {
   std::optional<read::Failure> failure;
 };
 
+// All that contentOf() needs to know, and all that the probes of songs, videos and photos do.
+inline constexpr read::Query kEverything = {.container = ffmpeg::Depth::kStreams,
+                                            .mp4SubFormat = true,
+                                            .transportPackets = true,
+                                            .recognition = true};
+
+Content contentOf(const read::Findings& found);
+// Of a file that is not open; empty if it cannot be opened.
 Content contentOf(const std::string& path);
 
 // The kind (MEDIA_KIND_*) of a file by its content; MEDIA_KIND_NONE also if FFmpeg recognises it
 // only by its name.
 int kindOf(const Content& content);
 
-struct Picture {
-  std::uint32_t width;  // pixels; 0 if unknown
-  std::uint32_t height;
-  std::string pixelFormat;  // FFmpeg's name; empty if unknown
-};
-
-// The picture in a file, opened only once: GetPhotoMetadata and GetPhotoHW would open it twice.
-// FAILURE is set if an isolated reader failed.
-std::optional<Picture> pictureOf(const std::string& path, std::optional<read::Failure>& failure);
-
-}  // namespace kolum::tool
+}  // namespace kolum::describe
 
 #endif

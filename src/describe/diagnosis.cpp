@@ -1,30 +1,27 @@
-#include "files/diagnosis.h"
+#include "describe/diagnosis.h"
 
 #include <fcntl.h>
-#include <strings.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 
-#include "files/content.h"
-#include "files/file_types.h"
-#include "files/media_files.h"
-#include "machine/mounting.h"
+#include "describe/content.h"
+#include "describe/file_kind.h"
+#include "read/disc/disc.h"
+#include "read/disc/mounting.h"
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 namespace {
 
-constexpr std::string_view kImageSuffix = ".iso";
-
 // What a path can be besides a file or folder.
-struct FileKind {
+struct NoFile {
   mode_t mode;
   const char* reason;
 };
 
-constexpr FileKind kNoFiles[] = {
+constexpr NoFile kNoFiles[] = {
     {S_IFIFO, "a FIFO, not a file"},
     {S_IFSOCK, "a socket, not a file"},
     {S_IFCHR, "a device, not a file"},
@@ -42,17 +39,13 @@ std::optional<Failure> openingFailure(const std::string& path) {
   return std::nullopt;
 }
 
-bool isDiscIndex(std::string_view name) {
-  return name == kDvdIndex || name == kBluRayIndex;
-}
-
 // By its name, as in the library.
 Failure imageFailure(Wanted wanted) {
   if (wanted != Wanted::kVideo) {
-    return {Cause::kDiscImage,
-            "disc images are not opened; \"kolum probe video\" describes their main title"};
+    return {Cause::kDiscImage, "disc images are not opened",
+            "\"kolum probe video\" describes their main title"};
   }
-  if (const auto obstacle = mountingObstacle())
+  if (const auto obstacle = disc::mountingObstacle())
     return {Cause::kDiscImage, "a disc image, which cannot be mounted: " + *obstacle};
   return {Cause::kDiscImage,
           "a disc image that cannot be mounted, or holds no DVD or Blu-ray disc"};
@@ -61,10 +54,16 @@ Failure imageFailure(Wanted wanted) {
 std::optional<Failure> discFailure(std::string_view name, Wanted wanted) {
   const bool looksIntoDiscs = wanted == Wanted::kVideo || wanted == Wanted::kStreams;
   if (!looksIntoDiscs) return std::nullopt;
-  if (isDiscIndex(name))
-    return Failure{Cause::kNoMainTitle, "a disc without a main title that can be read"};
-  if (isDiscImage(name)) return imageFailure(wanted);
-  return std::nullopt;
+  switch (disc::kindOf(name)) {
+    case disc::Kind::kNone:
+      return std::nullopt;
+    case disc::Kind::kImage:
+      return imageFailure(wanted);
+    case disc::Kind::kDvdFolder:
+    case disc::Kind::kBlurayFolder:
+      break;
+  }
+  return Failure{Cause::kNoMainTitle, "a disc without a main title that can be read"};
 }
 
 Failure damaged(const Content& content) {
@@ -78,17 +77,15 @@ Failure damaged(const Content& content) {
                                "in use"};
 }
 
-// For a missing kind of stream: what there is instead, and the command for it.
-std::string insteadOf(const Content& content) {
+// What there is instead of a missing kind of stream, and the command for it.
+Failure missing(const char* what, const Content& content) {
   const char* const kinds[][2] = {
       {"a picture", "photo"}, {"video only", "video"}, {"sound only", "audio"}};
-  if (!content.hasVideo && !content.hasAudio) return "";
-  const auto& row = kinds[content.isPicture ? 0 : content.hasVideo ? 1 : 2];
-  return std::string("; it has ") + row[0] + " (\"kolum probe " + row[1] + " FILE\" describes it)";
-}
-
-Failure missing(const char* what, const Content& content) {
-  return {Cause::kNoSuchStream, std::string("no ") + what + " in it" + insteadOf(content)};
+  const std::string reason = std::string("no ") + what + " in it";
+  if (!content.hasVideo && !content.hasAudio) return {Cause::kNoSuchStream, reason};
+  const auto& [instead, command] = kinds[content.isPicture ? 0 : content.hasVideo ? 1 : 2];
+  return {Cause::kNoSuchStream, reason + "; it has " + instead,
+          std::string("\"kolum probe ") + command + " FILE\" describes it"};
 }
 
 std::optional<Failure> codecFailure(const std::string& codec) {
@@ -144,16 +141,10 @@ std::optional<Failure> knownFailure(const MediaPath& path, Wanted wanted, Conten
 
 }  // namespace
 
-bool isDiscImage(std::string_view name) {
-  return name.size() >= kImageSuffix.size() &&
-         strncasecmp(name.data() + name.size() - kImageSuffix.size(), kImageSuffix.data(),
-                     kImageSuffix.size()) == 0;
-}
-
 std::optional<Failure> readingFailure(const std::string& path) {
   struct stat status = {};
   if (stat(path.c_str(), &status) != 0) return systemFailure(errno);
-  for (const FileKind& kind : kNoFiles)
+  for (const NoFile& kind : kNoFiles)
     if ((status.st_mode & S_IFMT) == kind.mode) return Failure{Cause::kNotAFile, kind.reason};
   if (auto failure = openingFailure(path)) return failure;
   if (S_ISREG(status.st_mode) && status.st_size == 0) return Failure{Cause::kEmpty, "empty file"};
@@ -190,4 +181,4 @@ Failure diagnose(const MediaPath& path, Wanted wanted) {
   return failure ? *failure : damaged(content);
 }
 
-}  // namespace kolum::tool
+}  // namespace kolum::describe

@@ -1,4 +1,4 @@
-#include "machine/mounting.h"
+#include "read/disc/mounting.h"
 
 #include <linux/capability.h>
 #include <sys/utsname.h>
@@ -8,7 +8,7 @@
 #include <filesystem>
 #include <fstream>
 
-namespace kolum::tool {
+namespace kolum::disc {
 
 namespace {
 
@@ -47,4 +47,4 @@ std::optional<std::string> mountingObstacle() {
   return std::nullopt;
 }
 
-}  // namespace kolum::tool
+}  // namespace kolum::disc

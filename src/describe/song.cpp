@@ -1,15 +1,8 @@
-#include "files/song.h"
+#include "describe/song.h"
 
-#include <kolum/frame.h>
-#include <kolum/identifiers.h>
-
-#include "base/trace.h"
-#include "files/file_types.h"
-#include "machine/library.h"
 #include "media/container.h"
-#include "probe/song.h"
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 namespace {
 
@@ -31,7 +24,7 @@ void addDsd(Song& song, const probe::DsdNumbers& numbers) {
   song.bitRate = song.channels * song.sampleRate / kKilobit * kKilobit;
 }
 
-Song songOf(const probe::SongFacts& facts) {
+Song numbersOf(const probe::SongFacts& facts) {
   Song song = {.containerBitRate = known(facts.containerBitRate),
                .bitRate = known(facts.bitRate),
                .sampleRate = known(facts.sampleRate),
@@ -50,16 +43,11 @@ Song songOf(const probe::SongFacts& facts) {
 
 }  // namespace
 
-std::optional<Song> readSong(const MediaPath& path, std::optional<read::Failure>& failure) {
-  // An external tool reads DSD songs, so the library must know where it is.
-  if (isDsdName(path.name)) initLibrary();
-  const probe::SongResult result = probe::probeSong(path.full(), path.name, g_localWorkingPath);
-  write(result.trace);
-  failure = result.failure;
+std::optional<Song> songOf(const probe::SongResult& result) {
   const auto& dsd = result.facts.dsd;
   const bool isFound = result.facts.codec || result.facts.sampleRate || (dsd && dsd->sampleRate);
   if (!result.succeeded || !isFound) return std::nullopt;
-  return songOf(result.facts);
+  return numbersOf(result.facts);
 }
 
-}  // namespace kolum::tool
+}  // namespace kolum::describe

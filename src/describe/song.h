@@ -1,15 +1,14 @@
-// A song's data, as the library's song probe finds it.
-#ifndef KOLUM_TOOL_FILES_SONG_H
-#define KOLUM_TOOL_FILES_SONG_H
+// A song's numbers, with what the external tool reports of DSD songs.
+#ifndef KOLUM_DESCRIBE_SONG_H
+#define KOLUM_DESCRIBE_SONG_H
 
 #include <cstdint>
 #include <optional>
 #include <string>
 
-#include "files/paths.h"
-#include "read/findings/findings.h"
+#include "probe/song.h"
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 struct Song {
   std::uint64_t containerBitRate = 0;  // bit/s; 0 when unknown, as the others
@@ -25,10 +24,9 @@ struct Song {
   std::string dlnaProfile;
 };
 
-// Empty if the file contains no song that can be probed. FAILURE is set if an isolated reader
-// failed.
-std::optional<Song> readSong(const MediaPath& path, std::optional<read::Failure>& failure);
+// Empty if no song was found.
+std::optional<Song> songOf(const probe::SongResult& result);
 
-}  // namespace kolum::tool
+}  // namespace kolum::describe
 
 #endif

@@ -1,6 +1,6 @@
-#include "files/paths.h"
+#include "describe/media_path.h"
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 MediaPath splitPath(std::string_view path) {
   const std::size_t slash = path.rfind('/');
@@ -14,4 +14,4 @@ std::string withSlash(std::string folder) {
   return folder;
 }
 
-}  // namespace kolum::tool
+}  // namespace kolum::describe

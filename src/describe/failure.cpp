@@ -1,10 +1,10 @@
-#include "terminal/failure.h"
+#include "describe/failure.h"
 
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 namespace {
 
@@ -61,10 +61,16 @@ std::string_view codeOf(Cause cause) {
   return row == std::end(kCodes) ? "" : row->text;
 }
 
+std::vector<std::string_view> codesOfCauses() {
+  std::vector<std::string_view> codes;
+  for (const Code& code : kCodes) codes.push_back(code.text);
+  return codes;
+}
+
 Failure systemFailure(int error) {
   const auto* row = std::find_if(std::begin(kSystemErrors), std::end(kSystemErrors),
                                  [&](const SystemError& known) { return known.error == error; });
   return {row == std::end(kSystemErrors) ? Cause::kSystemError : row->cause, std::strerror(error)};
 }
 
-}  // namespace kolum::tool
+}  // namespace kolum::describe

@@ -1,4 +1,4 @@
-#include "files/content.h"
+#include "describe/content.h"
 
 #include <kolum/filetype.h>
 #include <kolum/identifiers.h>
@@ -6,11 +6,11 @@
 #include <algorithm>
 #include <string_view>
 
-#include "files/media_files.h"
 #include "isolation/isolation.h"
 #include "media/container.h"
+#include "media/identifiers.h"
 
-namespace kolum::tool {
+namespace kolum::describe {
 
 namespace {
 
@@ -59,7 +59,7 @@ const media::Stream* largest(const media::Container& container, media::StreamTyp
 }
 
 std::string unknownCodec(const media::Stream* stream) {
-  if (stream == nullptr || ffmpegCodecIdConvert(stream->codec) >= 0) return "";
+  if (stream == nullptr || media::codecOfFfmpeg(stream->codec) >= 0) return "";
   return stream->codecName;
 }
 
@@ -85,17 +85,20 @@ void addStreams(const media::Container& container, Content& content) {
 
 }  // namespace
 
-Content contentOf(const std::string& path) {
+Content contentOf(const read::Findings& found) {
   Content content;
-  const auto source = media::Source::open(path);
-  if (!source) return content;
-  const read::Findings found =
-      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .recognition = true});
   content.format = found.recognition.format;
   content.opensFurtherFiles = found.recognition.opensFurtherFiles;
   content.failure = found.failure;
   if (found.container) addStreams(*found.container, content);
   return content;
+}
+
+Content contentOf(const std::string& path) {
+  const auto source = media::Source::open(path);
+  if (!source) return {};
+  return contentOf(
+      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .recognition = true}));
 }
 
 int kindOf(const Content& content) {
@@ -105,22 +108,4 @@ int kindOf(const Content& content) {
   return content.hasAudio ? MEDIA_KIND_MUSIC : MEDIA_KIND_NONE;
 }
 
-std::optional<Picture> pictureOf(const std::string& path, std::optional<read::Failure>& failure) {
-  const auto source = media::Source::open(path);
-  if (!source) return std::nullopt;
-  read::Findings found =
-      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .picture = true});
-  failure = std::move(found.failure);
-  const auto picture = [](int width, int height, const std::string& pixelFormat) {
-    return Picture{static_cast<std::uint32_t>(width), static_cast<std::uint32_t>(height),
-                   pixelFormat};
-  };
-  if (found.picture)
-    return picture(found.picture->width, found.picture->height, found.picture->pixelFormat);
-  const media::Stream* stream =
-      found.container ? found.container->first(media::StreamType::kVideo) : nullptr;
-  if (stream == nullptr || stream->pixelFormat.empty()) return std::nullopt;
-  return picture(stream->width, stream->height, stream->pixelFormat);
-}
-
-}  // namespace kolum::tool
+}  // namespace kolum::describe

@@ -1,0 +1,156 @@
+#include "describe/describe.h"
+
+#include <kolum/identifiers.h>
+#include <sys/stat.h>
+
+#include <utility>
+
+#include "describe/content.h"
+#include "describe/diagnosis.h"
+#include "describe/file_kind.h"
+#include "isolation/isolation.h"
+#include "probe/video.h"
+#include "read/disc/disc.h"
+
+namespace kolum::describe {
+
+namespace {
+
+FileStatus statusOf(const struct stat& status) {
+  constexpr std::int64_t kNanoseconds = 1'000'000'000;
+  return {.size = status.st_size,
+          .modifiedNs = status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec};
+}
+
+Failure kindFailure(int kind, bool byContent, const MediaPath& path) {
+  if (auto failure = readingFailure(path.full())) return *failure;
+  if (kind == MEDIA_KIND_PLAYLIST) return {Cause::kPlaylist, "a playlist has nothing to probe"};
+  if (byContent) return diagnose(path, Wanted::kStreams);
+  return {Cause::kUnknownName, "not a media file by its name",
+          "--all decides by its content, and \"kolum probe video|audio|photo FILE\" forces a kind"};
+}
+
+// One description, step by step.
+class Description {
+ public:
+  Description(const MediaPath& path, const Options& options) : path_(path), options_(options) {
+    document_.path = path;
+  }
+
+  Document run() && {
+    open();
+    chooseKind();
+    switch (document_.kind) {
+      case MEDIA_KIND_VIDEO:
+        video();
+        break;
+      case MEDIA_KIND_MUSIC:
+        song();
+        break;
+      case MEDIA_KIND_PHOTO:
+        photo();
+        break;
+      default:
+        document_.failure = kindFailure(document_.kind, options_.byContent, path_);
+    }
+    return std::move(document_);
+  }
+
+ private:
+  void open();
+  void chooseKind();
+  void video();
+  void song();
+  void photo();
+  void keep(read::Findings found);
+  void fail(const std::optional<read::Failure>& failure, Wanted wanted);
+  const media::Source* source() const {
+    if (options_.opened != nullptr) return options_.opened;
+    return opened_ ? &*opened_ : nullptr;
+  }
+  // The file for a probe, and what is wanted of it besides.
+  probe::Reading reading(const read::Query& also) const {
+    return {.source = source(),
+            .also = options_.wantsDetails ? also : read::Query{},
+            .found = byContent_ ? &*byContent_ : nullptr};
+  }
+
+  const MediaPath& path_;
+  const Options& options_;
+  Document document_;
+  std::optional<media::Source> opened_;
+  std::optional<read::Findings> byContent_;
+};
+
+void Description::open() {
+  document_.isDisc = disc::kindOf(path_.name) != disc::Kind::kNone;
+  if (source() == nullptr && !document_.isDisc)
+    if (auto opened = media::Source::open(path_.full())) opened_.emplace(std::move(*opened));
+  struct stat status = {};
+  const bool isKnown = source() != nullptr ? fstat(source()->descriptor(), &status) == 0
+                                           : stat(path_.full().c_str(), &status) == 0;
+  if (isKnown) document_.status = statusOf(status);
+}
+
+void Description::chooseKind() {
+  const FileKind byName = fileKind(path_.name);
+  document_.kind = options_.kind.value_or(byName.kind);
+  if (!options_.kind && options_.byContent && source() != nullptr) {
+    byContent_ = isolation::look(*source(), kEverything);
+    const int kind = kindOf(contentOf(*byContent_));
+    if (kind != MEDIA_KIND_NONE) document_.kind = kind;
+  }
+  document_.type =
+      document_.kind == byName.kind ? byName.type : typeOfKind(path_.name, document_.kind);
+}
+
+void Description::keep(read::Findings found) {
+  document_.found = std::move(found);
+}
+
+void Description::fail(const std::optional<read::Failure>& failure, Wanted wanted) {
+  document_.failure = failure ? readerFailure(*failure) : diagnose(path_, wanted);
+}
+
+void Description::video() {
+  probe::ProbeResult result = probe::probeVideo({.folder = path_.folder,
+                                                 .fileName = path_.name,
+                                                 .audioStreamIndex = options_.audioStream,
+                                                 .wantsAspect = true,
+                                                 .reading = reading({})},
+                                                probe::kRecordPolicy);
+  document_.trace = std::move(result.trace);
+  if (!result.succeeded || result.failure) return fail(result.failure, Wanted::kVideo);
+  document_.video = std::move(result.facts);
+  keep(std::move(result.found));
+}
+
+void Description::song() {
+  probe::SongResult result =
+      probe::probeSong(path_.full(), path_.name, options_.toolFolder, reading({}));
+  document_.trace = std::move(result.trace);
+  document_.song = songOf(result);
+  if (!document_.song || result.failure) return fail(result.failure, Wanted::kSong);
+  keep(std::move(result.found));
+}
+
+void Description::photo() {
+  probe::PhotoResult result = probe::probePhoto(path_.full(), reading({}));
+  const bool isKnown = result.picture && !result.picture->pixelFormatName.empty();
+  if (!isKnown || result.failure) return fail(result.failure, Wanted::kPicture);
+  document_.photo = std::move(result.picture);
+  keep(std::move(result.found));
+}
+
+}  // namespace
+
+Document describe(const MediaPath& path, const Options& options) {
+  return Description(path, options).run();
+}
+
+int kindByContent(const MediaPath& path) {
+  const int kind = kindOf(contentOf(path.full()));
+  return kind != MEDIA_KIND_NONE ? kind : fileKind(path.name).kind;
+}
+
+}  // namespace kolum::describe

@@ -1,0 +1,133 @@
+#include <kolum/identifiers.h>
+
+#include "base/moment.h"
+#include "base/percent.h"
+#include "base/utf8.h"
+#include "describe/json.h"
+#include "describe/names.h"
+#include "describe/parts.h"
+#include "describe/table.h"
+
+namespace kolum::describe {
+
+namespace {
+
+using media::Container;
+
+constexpr auto kFileRows = std::to_array<Row<Document>>({
+    {{"file", Type::kText, Unit::kNone,
+      "Path as given, or as found below a given folder; bytes that are not UTF-8 are U+FFFD",
+      "the caller"},
+     [](const Document& d) -> Json { return d.path.given; }},
+    {{"fileBytes", Type::kText, Unit::kNone, "The path percent-encoded, only when it is not UTF-8",
+      "the caller"},
+     [](const Document& d) {
+       return isUtf8(d.path.given) ? Json() : Json(percentEncoded(d.path.given));
+     }},
+    {{"size", Type::kInteger, Unit::kBytes, "Size of the file", "the file system"},
+     [](const Document& d) { return d.status ? Json(d.status->size) : Json(); }},
+    {{"modified", Type::kText, Unit::kMoment, "When the file was last changed", "the file system"},
+     [](const Document& d) { return d.status ? text(momentText(d.status->modifiedNs)) : Json(); }},
+});
+
+constexpr auto kFileKeys = keysOf(kFileRows);
+
+// What the numbers of a video and a song have in common, in one place.
+std::optional<std::uint32_t> containerFormat(const Document& d) {
+  if (d.video && d.video->containerFormat.value_or(FORMAT_UNKNOWN) != FORMAT_UNKNOWN)
+    return d.video->containerFormat;
+  return d.song ? d.song->containerFormat : std::nullopt;
+}
+
+Json containerValue(const Document& d) {
+  const auto format = containerFormat(d);
+  if (!format) return nullptr;
+  const ContainerNames names = containerNames(*format);
+  Json object = identifier(*format, names.format);
+  if (!names.brand.empty()) object["brand"] = names.brand;
+  return object;
+}
+
+std::string_view mimeType(const Document& d) {
+  if (d.video) return d.video->mimeType;
+  return (d.song || d.photo) && d.type != nullptr ? d.type->mimeType : "";
+}
+
+// Scaled by its title's size, the duration of a short DVD comes to nothing.
+Json durationOf(const Document& d) {
+  const auto& whole = d.video ? d.video->duration : d.song ? d.song->duration : std::nullopt;
+  if (!whole || (d.isDisc && *whole == 0)) return nullptr;
+  const auto& container = d.found.container;
+  if (d.isDisc || !container || container->duration <= 0) return *whole;
+  return static_cast<double>(container->duration) / media::kTimeBase;
+}
+
+Json bitRateOf(const Document& d) {
+  if (d.video) return positive(d.video->bitRate);
+  return d.song ? positive(d.song->containerBitRate) : Json();
+}
+
+constexpr auto kMediaRows = std::to_array<Row<Document>>({
+    {{"kind", Type::kIdentifier, Unit::kNone, "music, video or photo", "the name or the content"},
+     [](const Document& d) -> Json {
+       if (d.failure) return nullptr;
+       return identifier(d.kind, kindName(d.kind));
+     }},
+    {{"containerFormat", Type::kContainer, Unit::kNone, "The container", "the content"},
+     containerValue},
+    {{"mimeType", Type::kText, Unit::kNone, "MIME type, as servers announce it",
+      "the name; for videos the content"},
+     [](const Document& d) { return text(mimeType(d)); }},
+    {{"dlnaProfile", Type::kText, Unit::kNone, "DLNA media format profile", "the content"},
+     [](const Document& d) {
+       return text(d.video ? d.video->dlnaProfile : d.song ? d.song->dlnaProfile : "");
+     }},
+    {{"duration", Type::kNumber, Unit::kSeconds, "How long it plays", "the container"}, durationOf},
+    {{"bitRate", Type::kInteger, Unit::kBitsPerSecond, "Of the whole file", "the container"},
+     bitRateOf},
+});
+
+constexpr auto kMediaKeys = keysOf(kMediaRows);
+
+constexpr auto kErrorKeys = std::to_array<Key>({
+    {"code", Type::kText, Unit::kNone, "The cause, for programs; values may be added", ""},
+    {"reason", Type::kText, Unit::kNone, "The cause in words, for people", ""},
+});
+
+Json warningsOf(const Document& d) {
+  Json warnings = Json::array();
+  for (const Warning& warning : d.warnings)
+    warnings.push_back({{"code", warning.code}, {"reason", warning.reason}});
+  if (warnings.empty()) return nullptr;
+  return warnings;
+}
+
+constexpr auto kProblemRows = std::to_array<Row<Document>>({
+    {{"warnings", Type::kObjects, Unit::kNone, "What is odd about the file", "all of the above",
+      kErrorKeys},
+     warningsOf},
+    {{"error", Type::kObject, Unit::kNone, "Why a file gave no result, or not all of it",
+      "what was tried", kErrorKeys},
+     [](const Document& d) { return d.failure ? errorOf(*d.failure) : Json(); }},
+});
+
+constexpr auto kProblemKeys = keysOf(kProblemRows);
+
+}  // namespace
+
+Part filePart() {
+  return {{"file", "Every file", kFileKeys},
+          [](Json& object, const Document& document) { add(object, kFileRows, document); }};
+}
+
+Part mediaPart() {
+  return {{"media", "All media", kMediaKeys},
+          [](Json& object, const Document& document) { add(object, kMediaRows, document); }};
+}
+
+Part problemPart() {
+  return {{"problems", "Problems", kProblemKeys},
+          [](Json& object, const Document& document) { add(object, kProblemRows, document); }};
+}
+
+}  // namespace kolum::describe

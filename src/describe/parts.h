@@ -1,0 +1,28 @@
+// The parts of a document: each has its keys and adds their values.
+#ifndef KOLUM_DESCRIBE_PARTS_H
+#define KOLUM_DESCRIBE_PARTS_H
+
+#include <nlohmann/json_fwd.hpp>
+#include <span>
+
+#include "describe/document.h"
+#include "describe/keys.h"
+
+namespace kolum::describe {
+
+struct Part {
+  Group group;
+  void (*add)(nlohmann::ordered_json& object, const Document& document);
+};
+
+Part filePart();
+Part mediaPart();
+Part videoPart();
+Part soundPart();
+Part discPart();
+Part photoPart();
+Part problemPart();
+
+}  // namespace kolum::describe
+
+#endif
