@@ -27,8 +27,13 @@ using std::chrono::milliseconds;
 
 // Loading some hundred libraries from a disk that sleeps.
 constexpr std::chrono::seconds kStartTime{30};
-// A killed process is gone in microseconds, unless a device holds it.
+// A killed process is gone in microseconds, unless a device holds it. With the memory that
+// sanitizers take, it may need seconds.
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr milliseconds kDeathTime{10'000};
+#else
 constexpr milliseconds kDeathTime{500};
+#endif
 // Workers that no kill ends: more would mean that the machine is running full of them.
 constexpr std::size_t kMostStuck = 16;
 // More than this many at rest are of no use to a host that probes in a few threads.

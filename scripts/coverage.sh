@@ -8,7 +8,7 @@ find "$folder" -name '*.gcda' -delete
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
 # The shared object of this build also exports the counters.
-ctest --test-dir "$folder" --exclude-regex '^Abi.ExportsExactly' --output-on-failure --parallel "$(nproc)" >"$log" 2>&1 ||
+ctest --test-dir "$folder" --exclude-regex '^Abi.ExportsExactly' --output-on-failure --parallel "$(($(nproc) + 1))" >"$log" 2>&1 ||
   { cat "$log"; exit 1; }
 # A process that was killed while it wrote its counters must not fail the run.
 gcovr --root . --filter 'src/' --object-directory "$folder" --gcov-ignore-parse-errors \

@@ -124,4 +124,6 @@ int main(int argc, char** argv) {
   if (std::string_view(argv[2]) == "idle") giveWay();
   leaveFolderAndMounts();
   Nursery(std::strtoull(argv[1], nullptr, 10), dropPrivileges()).run();
+  // As for workers: at the end, nothing may write to files or the host's standard error.
+  _exit(0);
 }

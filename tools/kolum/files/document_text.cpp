@@ -72,7 +72,8 @@ std::string containerText(const Json& document) {
 
 std::string durationLine(const Json& document) {
   const Json* duration = at(document, "duration");
-  return duration != nullptr ? durationText(static_cast<std::int64_t>(duration->get<double>())) : "";
+  return duration != nullptr ? durationText(static_cast<std::int64_t>(duration->get<double>()))
+                             : "";
 }
 
 std::string bitRateOf(const Json& document, const char* key) {
@@ -117,10 +118,10 @@ std::string audioText(const Json& document) {
                        .channels = known("channels"),
                        .bitsPerSample = known("bitsPerSample"),
                        .bitRate = known("audioBitRate")};
-  const std::string codec = at(document, "audioCodec") != nullptr
-                                ? codecText(id(document, "audioCodec", 0),
-                                            id(document, "audioProfile", PROFILE_UNKNOWN))
-                                : "";
+  const std::string codec =
+      at(document, "audioCodec") != nullptr
+          ? codecText(id(document, "audioCodec", 0), id(document, "audioProfile", PROFILE_UNKNOWN))
+          : "";
   return joined({codec, soundText(sound)});
 }
 
@@ -149,9 +150,7 @@ constexpr Line kLines[] = {
      [](const Json& d) { return std::string(isTrue(d, "is360") ? "yes, equirectangular" : ""); }},
     {"Video", videoText},
     {"Play exception",
-     [](const Json& d) {
-       return named(d, "playException", describe::playExceptions().prefix);
-     }},
+     [](const Json& d) { return named(d, "playException", describe::playExceptions().prefix); }},
     {"Audio", audioText},
     {"Audio class",
      [](const Json& d) {
