@@ -114,7 +114,7 @@ bool isVp9Container(const AVFormatContext& context) {
 // In microseconds.
 std::optional<std::int64_t> timeOf(const AVStream& stream, const AVPacket& packet) {
   if (packet.dts == AV_NOPTS_VALUE) return std::nullopt;
-  return av_rescale_q(packet.dts, stream.time_base, AV_TIME_BASE_Q);
+  return av_rescale_q(packet.dts, stream.time_base, AVRational{1, AV_TIME_BASE});
 }
 
 // While FFmpeg waits for a stream that begins later than others, it measures these for longer.
