@@ -195,7 +195,15 @@ void addAttributes(TagBytes object, const Layout& layout, SongTagBuilder& builde
   }
 }
 
-void addObjects(TagFile& file, const Range& range, bool isExtension, SongTagBuilder& builder) {
+// Where the tags are. Several values of an attribute begin in the extended description and go on in
+// the library, which may stand before it.
+struct Objects {
+  std::vector<Range> descriptions;
+  std::vector<Range> attributes;
+  std::vector<Range> libraries;
+};
+
+void find(TagFile& file, const Range& range, bool isExtension, Objects& found) {
   constexpr std::int64_t kExtensionHeader = 22;
   std::int64_t position = range.begin;
   for (int i = 0; i < kMostEntries; ++i) {
@@ -207,13 +215,13 @@ void addObjects(TagFile& file, const Range& range, bool isExtension, SongTagBuil
     const Range content =
         range.part(position + static_cast<std::int64_t>(kObjectHeader), size - kObjectHeader);
     if (guid == kDescription)
-      addDescription(TagBytes(file, content), builder);
+      found.descriptions.push_back(content);
     else if (guid == kExtendedDescription)
-      addAttributes(TagBytes(file, content), kShort, builder);
+      found.attributes.push_back(content);
     else if (guid == kMetadata || guid == kMetadataLibrary)
-      addAttributes(TagBytes(file, content), kLong, builder);
+      found.libraries.push_back(content);
     else if (guid == kExtension && !isExtension)
-      addObjects(file, content.part(content.begin + kExtensionHeader, size), true, builder);
+      find(file, content.part(content.begin + kExtensionHeader, size), true, found);
     position = content.end;
   }
 }
@@ -227,7 +235,19 @@ void addAsf(TagFile& file, SongTagBuilder& builder) {
   const Range whole = {.begin = 0, .end = file.size()};
   if (reader.failed() || size < kFileHeader) return;
   builder.beginTag();
-  addObjects(file, whole.part(kFileHeader, size - kFileHeader), false, builder);
+  Objects found;
+  find(file, whole.part(kFileHeader, size - kFileHeader), false, found);
+  // There is one of each in sound files.
+  constexpr std::size_t kMostOfEach = 4;
+  const auto forEach = [&](const std::vector<Range>& ranges, auto use) {
+    for (std::size_t i = 0; i < std::min(ranges.size(), kMostOfEach); ++i)
+      use(TagBytes(file, ranges[i]));
+  };
+  forEach(found.descriptions, [&](TagBytes bytes) { addDescription(std::move(bytes), builder); });
+  forEach(found.attributes,
+          [&](TagBytes bytes) { addAttributes(std::move(bytes), kShort, builder); });
+  forEach(found.libraries,
+          [&](TagBytes bytes) { addAttributes(std::move(bytes), kLong, builder); });
 }
 
 }  // namespace kolum::tags

@@ -263,7 +263,13 @@ std::vector<std::string> textsOf(const TagLib::ID3v2::TextIdentificationFrame& f
   return texts;
 }
 
+// TagLib takes the first byte for an encoding without a look.
+bool hasEncoding(Bytes content) {
+  return !content.empty() && content.front() <= TagLib::String::UTF8;
+}
+
 std::vector<std::string> textsOf(Bytes content) {
+  if (!hasEncoding(content)) return {};
   return textsOf(TagLib::ID3v2::TextIdentificationFrame(frameOf("TIT2", content)));
 }
 
@@ -302,8 +308,9 @@ class Reader {
   unsigned version_;
   SongTagBuilder& builder_;
   std::size_t textRead_ = 0;
-  // What counts if there is nothing better in the whole tag.
+  // What depends on the whole tag.
   std::string describedComment_;
+  std::vector<std::string> plainComments_;
   std::vector<std::pair<std::optional<double> media::ReplayGain::*, double>> volumes_;
   std::string year_;
   std::string day_;
@@ -371,6 +378,7 @@ void Reader::add(FrameKind kind, Bytes content, std::uint64_t size) {
 }
 
 void Reader::addNamedText(Bytes content) {
+  if (!hasEncoding(content)) return;
   const TagLib::ID3v2::UserTextIdentificationFrame frame(frameOf("TXXX", content));
   const auto texts = textsOf(frame);
   for (std::size_t i = 1; i < texts.size(); ++i) builder_.add(texts.front(), texts[i]);
@@ -378,11 +386,12 @@ void Reader::addNamedText(Bytes content) {
 
 // Programs keep values of their own in comments with a description.
 void Reader::addComment(Bytes content) {
+  if (!hasEncoding(content)) return;
   const TagLib::ID3v2::CommentsFrame frame(frameOf("COMM", content));
   const std::string description = decoded(frame.description(), frame.textEncoding());
   const std::string text = decoded(frame.text(), frame.textEncoding());
   if (description.empty())
-    builder_.add("COMMENT", text);
+    plainComments_.push_back(text);
   else if (description.starts_with("iTun"))
     builder_.add(description, text);
   else if (describedComment_.empty())
@@ -390,6 +399,7 @@ void Reader::addComment(Bytes content) {
 }
 
 void Reader::addPicture(Bytes content, std::uint64_t size) {
+  if (!hasEncoding(content)) return;
   std::string widened;
   if (version_ == 2) {
     // Three letters instead of a MIME type.
@@ -480,7 +490,8 @@ std::string Reader::chapterTitle(Bytes bytes) const {
 }
 
 void Reader::finish() {
-  builder_.add("COMMENT", describedComment_);
+  for (const std::string& comment : plainComments_) builder_.add("COMMENT", comment);
+  if (plainComments_.empty()) builder_.add("COMMENT", describedComment_);
   for (const auto& [field, value] : volumes_) builder_.addGain(field, value);
   // Day and month, hour and minute: four digits each.
   constexpr std::size_t kDigits = 4;
