@@ -1,7 +1,6 @@
 #include <attachedpictureframe.h>
 #include <commentsframe.h>
 #include <popularimeterframe.h>
-#include <relativevolumeframe.h>
 #include <textidentificationframe.h>
 #include <uniquefileidentifierframe.h>
 
@@ -414,11 +413,15 @@ void Reader::addPicture(Bytes content, std::uint64_t size) {
     size += widened.size() - content.size();
     content = Bytes(reinterpret_cast<const std::uint8_t*>(widened.data()), widened.size());
   }
+  // TagLib takes any number for a type.
+  const std::size_t mimeTypeEnd = textOf(content).find('\0', 1);
+  if (mimeTypeEnd >= content.size() - 1) return;
+  const std::uint32_t type = content[mimeTypeEnd + 1];
   const TagLib::ID3v2::AttachedPictureFrame frame(frameOf("APIC", content));
   const TagLib::ByteVector picture = frame.picture();
   if (picture.isEmpty()) return;
   const Bytes head(reinterpret_cast<const std::uint8_t*>(picture.data()), picture.size());
-  builder_.addCover(frame.mimeType().to8Bit(true), media::coverTypeName(frame.type()),
+  builder_.addCover(frame.mimeType().to8Bit(true), media::coverTypeName(type),
                     decoded(frame.description(), frame.textEncoding()),
                     head.first(std::min(head.size(), kCoverHead)),
                     size - (content.size() - picture.size()));
@@ -437,24 +440,32 @@ void Reader::addPeople(Bytes content) {
     builder_.addPerformer(texts[i + 1], texts[i]);
 }
 
+// A name, and for each channel its number, steps of 1/512 dB, and a peak of so many bits. (TagLib
+// takes any number for a channel.)
 void Reader::addVolume(Bytes content) {
   using media::ReplayGain;
-  using TagLib::ID3v2::RelativeVolumeFrame;
-  const RelativeVolumeFrame frame(frameOf("RVA2", content));
-  if (!frame.channels().contains(RelativeVolumeFrame::MasterVolume)) return;
-  const std::string what = frame.identification().to8Bit(true);
-  const bool isAlbum = what == "album";
-  if (!isAlbum && what != "track") return;
-  volumes_.emplace_back(isAlbum ? &ReplayGain::albumGain : &ReplayGain::trackGain,
-                        frame.volumeAdjustment());
-  const RelativeVolumeFrame::PeakVolume peak = frame.peakVolume();
-  constexpr unsigned kMostBits = 64;
-  const unsigned bits = peak.bitsRepresentingPeak;
-  if (bits == 0 || bits > kMostBits || peak.peakVolume.isEmpty()) return;
-  double value = 0;
-  for (const char c : peak.peakVolume) value = value * 256 + static_cast<unsigned char>(c);
-  volumes_.emplace_back(isAlbum ? &ReplayGain::albumPeak : &ReplayGain::trackPeak,
-                        std::ldexp(value, 1 - static_cast<int>(bits)));
+  constexpr std::uint64_t kMaster = 1;
+  constexpr double kSteps = 512;
+  const std::size_t name = textOf(content).find('\0');
+  if (name == std::string_view::npos) return;
+  const bool isAlbum = textOf(content).starts_with("album\0"sv);
+  if (!isAlbum && !textOf(content).starts_with("track\0"sv)) return;
+  ByteReader reader(content.subspan(name + 1));
+  while (reader.left() > 0) {
+    const std::uint64_t channel = reader.bigEndian(1);
+    const auto steps = static_cast<std::int16_t>(reader.bigEndian(2));
+    const auto bits = static_cast<std::size_t>(reader.bigEndian(1));
+    const Bytes peak = reader.take((bits + 7) / 8);
+    if (reader.failed()) return;
+    if (channel != kMaster) continue;
+    volumes_.emplace_back(isAlbum ? &ReplayGain::albumGain : &ReplayGain::trackGain,
+                          steps / kSteps);
+    if (bits == 0) continue;
+    double value = 0;
+    for (const std::uint8_t byte : peak) value = value * 256 + byte;
+    volumes_.emplace_back(isAlbum ? &ReplayGain::albumPeak : &ReplayGain::trackPeak,
+                          std::ldexp(value, 1 - static_cast<int>(bits)));
+  }
 }
 
 // A name, four numbers (times in milliseconds and positions), and frames.

@@ -49,21 +49,26 @@ class TagFile {
   std::int64_t windowBegin_ = 0;
 };
 
-// What a tag consists of: a part of a file, or bytes in memory.
+// What a tag consists of: parts of a file, one after the other, or bytes in memory.
 class TagBytes {
  public:
-  TagBytes(TagFile& file, const Range& range) : file_(&file), range_(range) {}
+  TagBytes(TagFile& file, const Range& range) : TagBytes(file, std::vector<Range>{range}) {}
+  TagBytes(TagFile& file, std::vector<Range> parts);
   explicit TagBytes(std::vector<std::uint8_t> memory)
-      : memory_(std::move(memory)), range_{0, static_cast<std::int64_t>(memory_.size())} {}
+      : memory_(std::move(memory)), size_(static_cast<std::int64_t>(memory_.size())) {}
 
-  std::int64_t size() const { return range_.size(); }
+  std::int64_t size() const { return size_ - begin_; }
   // SIZE bytes at POSITION; fewer where the tag ends, and kLargestPiece at most.
   std::vector<std::uint8_t> at(std::int64_t position, std::uint64_t size);
+  // Leaves out the first bytes.
+  void skip(std::size_t count);
 
  private:
   TagFile* file_ = nullptr;
+  std::vector<Range> parts_;
   std::vector<std::uint8_t> memory_;
-  Range range_;
+  std::int64_t size_ = 0;
+  std::int64_t begin_ = 0;
 };
 
 // Another tag may follow an ID3v2 tag in the same file. Returns where the one at the range's

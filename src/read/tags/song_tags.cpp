@@ -79,13 +79,34 @@ std::vector<std::uint8_t> TagFile::read(const Range& range, std::size_t most) {
   return {bytes.begin(), bytes.end()};
 }
 
+TagBytes::TagBytes(TagFile& file, std::vector<Range> parts)
+    : file_(&file), parts_(std::move(parts)) {
+  for (const Range& part : parts_) size_ += part.size();
+}
+
+void TagBytes::skip(std::size_t count) {
+  begin_ = std::min(begin_ + static_cast<std::int64_t>(count), size_);
+}
+
 std::vector<std::uint8_t> TagBytes::at(std::int64_t position, std::uint64_t size) {
-  const Range range = Range{.begin = 0, .end = this->size()}.part(
-      position, std::min<std::uint64_t>(size, kLargestPiece));
-  if (file_ != nullptr)
-    return file_->read({.begin = range_.begin + range.begin, .end = range_.begin + range.end},
-                       kLargestPiece);
-  return {memory_.begin() + range.begin, memory_.begin() + range.end};
+  Range wanted = Range{.begin = begin_, .end = size_}.part(
+      begin_ + position, std::min<std::uint64_t>(size, kLargestPiece));
+  if (file_ == nullptr) return {memory_.begin() + wanted.begin, memory_.begin() + wanted.end};
+  std::vector<std::uint8_t> bytes;
+  std::int64_t partBegin = 0;
+  for (const Range& part : parts_) {
+    if (wanted.size() == 0) break;
+    const std::int64_t partEnd = partBegin + part.size();
+    if (wanted.begin < partEnd) {
+      const auto piece = file_->read(part.part(part.begin + wanted.begin - partBegin,
+                                               static_cast<std::uint64_t>(wanted.size())),
+                                     kLargestPiece);
+      bytes.insert(bytes.end(), piece.begin(), piece.end());
+      wanted.begin = std::min(partEnd, wanted.end);
+    }
+    partBegin = partEnd;
+  }
+  return bytes;
 }
 
 std::optional<media::SongTags> readSongTags(const media::Source& source) {

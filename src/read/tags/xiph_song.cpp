@@ -28,18 +28,39 @@ std::vector<std::uint8_t> base64(std::string_view text, std::size_t most) {
   return {bytes.begin(), bytes.end()};
 }
 
-void addComment(std::string_view comment, std::uint64_t size, SongTagBuilder& builder) {
-  constexpr std::size_t kDescriptionAndHead = kCoverHead + 4096;
-  if (startsWithIgnoringCase(comment, kPictureComment) && comment.size() > kPictureComment.size()) {
-    addFlacPicture(TagBytes(base64(comment.substr(kPictureComment.size()), kDescriptionAndHead)),
-                   builder);
-  } else if (startsWithIgnoringCase(comment, kOldPictureComment) &&
-             comment.size() > kOldPictureComment.size()) {
-    const auto head = base64(comment.substr(kOldPictureComment.size()), kCoverHead);
-    const std::size_t padding = comment.ends_with("==") ? 2 : comment.ends_with('=') ? 1 : 0;
-    builder.addCover("", "", "", head, (size - kOldPictureComment.size()) / 4 * 3 - padding);
-  } else if (const std::size_t name = comment.find('='); name != comment.npos) {
-    builder.add(comment.substr(0, name), utf8Of(comment.substr(name + 1)));
+constexpr std::size_t kDescriptionAndHead = kCoverHead + 4096;
+
+// What is read of a comment: of a picture no more than its beginning.
+std::size_t neededSize(std::string_view beginning) {
+  const bool isPicture = startsWithIgnoringCase(beginning, kPictureComment) ||
+                         startsWithIgnoringCase(beginning, kOldPictureComment);
+  return isPicture ? kPictureComment.size() + kDescriptionAndHead / 3 * 4 : kLongestEntry;
+}
+
+void addOldPicture(std::string_view text, std::uint64_t size, std::string_view end,
+                   SongTagBuilder& builder) {
+  const std::size_t padding = end.ends_with("==") ? 2 : end.ends_with('=') ? 1 : 0;
+  builder.addCover("", "", "", base64(text, kCoverHead), size / 4 * 3 - padding);
+}
+
+// SIZE bytes at POSITION.
+void addComment(TagBytes& bytes, std::int64_t position, std::uint64_t size,
+                SongTagBuilder& builder) {
+  const auto beginning = bytes.at(position, std::min<std::uint64_t>(size, kPictureComment.size()));
+  const auto content =
+      bytes.at(position, std::min<std::uint64_t>(size, neededSize(textOf(beginning))));
+  const std::string_view comment = textOf(content);
+  const std::size_t name = comment.find('=');
+  if (name == comment.npos) return;
+  const std::string_view value = comment.substr(name + 1);
+  if (comment.size() > kPictureComment.size() && startsWithIgnoringCase(comment, kPictureComment)) {
+    addFlacPicture(TagBytes(base64(value, kDescriptionAndHead)), builder);
+  } else if (value.size() > 2 && startsWithIgnoringCase(comment, kOldPictureComment)) {
+    constexpr std::uint64_t kPadding = 2;
+    const auto end = bytes.at(position + static_cast<std::int64_t>(size - kPadding), kPadding);
+    addOldPicture(value, size - name - 1, textOf(end), builder);
+  } else {
+    builder.add(comment.substr(0, name), utf8Of(value));
   }
 }
 
@@ -82,7 +103,7 @@ class Packets {
   Packets(TagFile& file, std::uint32_t serial) : file_(file), serial_(serial) {}
 
   // The next packet; empty at the end, and if the packet is too long.
-  std::optional<std::vector<std::uint8_t>> next();
+  std::optional<TagBytes> next();
 
  private:
   bool nextPage();
@@ -95,8 +116,6 @@ class Packets {
   int pages_ = 0;
   Page page_;
   std::size_t lace_ = 0;
-  std::vector<std::uint8_t> data_;
-  std::size_t used_ = 0;  // of the data
 };
 
 bool Packets::nextPage() {
@@ -107,28 +126,29 @@ bool Packets::nextPage() {
     if (page->serial != serial_) continue;
     page_ = std::move(*page);
     lace_ = 0;
-    data_ = file_.read(page_.data, kLargestPiece);
-    used_ = 0;
-    return data_.size() == static_cast<std::size_t>(page_.data.size());
+    return true;
   }
   return false;
 }
 
-std::optional<std::vector<std::uint8_t>> Packets::next() {
+std::optional<TagBytes> Packets::next() {
   constexpr std::uint8_t kGoesOn = 255;
-  std::vector<std::uint8_t> packet;
-  for (;;) {
-    if (lace_ >= page_.laces.size()) {
-      if (!nextPage()) return std::nullopt;
-      continue;
+  std::vector<Range> parts;
+  std::int64_t size = 0;
+  for (bool isEnded = false; !isEnded;) {
+    if (lace_ >= page_.laces.size() && !nextPage()) return std::nullopt;
+    Range part = {.begin = page_.data.begin, .end = page_.data.begin};
+    while (lace_ < page_.laces.size() && !isEnded) {
+      const std::uint8_t lace = page_.laces[lace_++];
+      part.end = std::min(part.end + lace, page_.data.end);
+      isEnded = lace != kGoesOn;
     }
-    const std::size_t size = std::min<std::size_t>(page_.laces[lace_], data_.size() - used_);
-    if (packet.size() + size > kLargestPiece) return std::nullopt;
-    const auto begin = data_.begin() + static_cast<std::ptrdiff_t>(used_);
-    packet.insert(packet.end(), begin, begin + static_cast<std::ptrdiff_t>(size));
-    used_ += size;
-    if (page_.laces[lace_++] != kGoesOn) return packet;
+    page_.data.begin = part.end;
+    size += part.size();
+    if (size > static_cast<std::int64_t>(kLargestPiece)) return std::nullopt;
+    parts.push_back(part);
   }
+  return TagBytes(file_, std::move(parts));
 }
 
 // The beginnings of a stream's first packet and of the packet of its comments.
@@ -163,10 +183,11 @@ void addOggFlac(Packets& packets, SongTagBuilder& builder) {
   constexpr int kMostBlocks = 1024;
   for (int i = 0; i < kMostBlocks; ++i) {
     auto packet = packets.next();
-    if (!packet || packet->size() < kBlockHeader) return;
-    const unsigned first = packet->front();
-    packet->erase(packet->begin(), packet->begin() + kBlockHeader);
-    addBlock(static_cast<int>(first & ~kLastBlock), TagBytes(std::move(*packet)), builder);
+    const auto header = packet ? packet->at(0, kBlockHeader) : std::vector<std::uint8_t>();
+    if (header.size() < kBlockHeader) return;
+    const unsigned first = header.front();
+    packet->skip(kBlockHeader);
+    addBlock(static_cast<int>(first & ~kLastBlock), std::move(*packet), builder);
     if ((first & kLastBlock) != 0) return;
   }
 }
@@ -188,9 +209,7 @@ void addVorbisComments(TagBytes bytes, SongTagBuilder& builder) {
     const std::int64_t size = number(position);
     position += 4;
     if (size > bytes.size() - position) break;
-    const auto comment = bytes.at(
-        position, std::min<std::uint64_t>(static_cast<std::uint64_t>(size), kLongestEntry));
-    addComment(textOf(comment), static_cast<std::uint64_t>(size), builder);
+    addComment(bytes, position, static_cast<std::uint64_t>(size), builder);
     position += size;
   }
   builder.add("ENCODER", utf8Of(textOf(vendor)));
@@ -260,10 +279,9 @@ void addOgg(TagFile& file, SongTagBuilder& builder) {
     if (codec == kCodecs.end()) continue;
     packets.next();
     auto packet = packets.next();
-    if (!packet || !textOf(*packet).starts_with(codec->comments)) return;
-    packet->erase(packet->begin(),
-                  packet->begin() + static_cast<std::ptrdiff_t>(codec->comments.size()));
-    return addVorbisComments(TagBytes(std::move(*packet)), builder);
+    if (!packet || textOf(packet->at(0, codec->comments.size())) != codec->comments) return;
+    packet->skip(codec->comments.size());
+    return addVorbisComments(std::move(*packet), builder);
   }
 }
 

@@ -207,6 +207,14 @@ TEST(Id3v2Tags, HaveVolumes) {
   EXPECT_EQ(tagsOf(mp3With(volume("track", -1024) + named))->replayGain.trackGain, -7.5);
 }
 
+TEST(Id3v2Tags, LeaveOutChannelsAndTypesThatDoNotExist) {
+  const std::string volumes = frame("RVA2", nul("track") + "\x63" + zeros(2) + "\x10" + zeros(2) +
+                                                "\1" + big16(512) + zeros(1) + "\1" + zeros(1));
+  EXPECT_EQ(tagsOf(mp3With(volumes))->replayGain.trackGain, 1);
+  const std::string picture = "\3" + nul("image/png") + "\xC8" + nul("") + "\x89PNG";
+  EXPECT_THAT(tagsOf(mp3With(frame("APIC", picture)))->covers[0].type, IsEmpty());
+}
+
 TEST(Id3v2Tags, HaveChaptersWithTitles) {
   const auto chapter = [](const std::string& id, std::uint32_t start, std::uint32_t end,
                           const std::string& frames) {
