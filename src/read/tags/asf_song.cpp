@@ -111,7 +111,6 @@ void addPicture(Bytes head, std::uint64_t size, SongTagBuilder& builder) {
     return value;
   };
   const std::string mimeType = text();
-  if (reader.failed()) return;
   const std::string description = text();
   if (reader.failed() || bytes > size - reader.position()) return;
   const Bytes picture = head.subspan(reader.position());

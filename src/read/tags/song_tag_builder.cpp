@@ -369,7 +369,8 @@ void SongTagBuilder::add(std::string_view name, std::string_view value) {
       return;
     }
     const std::string text = cleaned(one);
-    const auto put = [&]<typename Target>(Target target) {
+    const auto put = [&](auto target) {
+      using Target = decltype(target);
       if constexpr (std::is_same_v<Target, Special>)
         addSpecial(target, text);
       else if constexpr (std::is_same_v<Target, Setter::Date>)
