@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <cstring>
 #include <string_view>
 #include <type_traits>
 #include <utility>
 
 #include "base/bytes.h"
+#include "base/utf8.h"
 
 namespace kolum::isolation {
 
@@ -169,6 +171,51 @@ void check(Decoder& io, const media::Rational& value) {
   if (value.den < 0 || value.num == INT_MIN) io.fail();
 }
 
+// An archive that looks at the values of tags: whether they are as readers promise.
+class TagValues {
+ public:
+  template <typename... Values>
+  void operator()(Values&... values) {
+    (look(values), ...);
+  }
+  bool areSound() const { return areSound_; }
+
+ private:
+  template <typename Value>
+  void look(Value& value) {
+    if constexpr (std::is_floating_point_v<Value>)
+      areSound_ = areSound_ && std::isfinite(value);
+    else if constexpr (!std::is_arithmetic_v<Value>)
+      fields(*this, value);
+  }
+  void look(std::string& text) {
+    areSound_ = areSound_ && text.size() <= media::kLongestTagText &&
+                text.find('\0') == std::string::npos && isUtf8(text);
+  }
+  template <typename Value>
+  void look(std::optional<Value>& value) {
+    if (value) look(*value);
+  }
+  template <typename Value>
+  void look(std::vector<Value>& values) {
+    areSound_ = areSound_ && values.size() <= media::kMostTagValues;
+    for (Value& value : values) look(value);
+  }
+
+  bool areSound_ = true;
+};
+
+template <typename Value>
+void checkTagValues(Encoder& /*io*/, Value& /*value*/) {}
+template <typename Value>
+void checkTagValues(TagValues& /*io*/, Value& /*value*/) {}
+template <typename Value>
+void checkTagValues(Decoder& io, Value& value) {
+  TagValues values;
+  values(value);
+  if (!values.areSound()) io.fail();
+}
+
 template <typename Archive>
 void fields(Archive& io, media::Rational& value) {
   io(value.num, value.den);
@@ -221,6 +268,47 @@ void fields(Archive& io, read::Picture& value) {
 }
 
 template <typename Archive>
+void fields(Archive& io, media::Performer& value) {
+  io(value.name, value.role);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Cover& value) {
+  io(value.mimeType, value.type, value.description, value.bytes, value.width, value.height);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::SongChapter& value) {
+  io(value.start, value.end, value.title);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::MusicBrainzIds& value) {
+  io(value.recording, value.track, value.release, value.releaseGroup, value.work, value.artists,
+     value.albumArtists);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::ReplayGain& value) {
+  io(value.trackGain, value.trackPeak, value.albumGain, value.albumPeak);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::SongTags& value) {
+  io(value.title, value.album, value.artists, value.albumArtists, value.composers, value.conductors,
+     value.lyricists, value.performers, value.genres);
+  io(value.titleSort, value.albumSort, value.artistSorts, value.albumArtistSorts,
+     value.composerSorts);
+  io(value.track, value.trackTotal, value.disc, value.discTotal, value.date, value.originalDate,
+     value.releaseDate, value.comments, value.hasLyrics, value.lyricsLanguage, value.languages);
+  io(value.musicBrainz, value.acoustId, value.isrcs, value.labels, value.catalogNumbers,
+     value.barcode, value.copyright, value.encoder, value.encodedBy);
+  io(value.beatsPerMinute, value.key, value.moods, value.replayGain, value.rating,
+     value.isCompilation, value.isGapless, value.isPodcast, value.covers, value.chapters);
+  checkTagValues(io, value);
+}
+
+template <typename Archive>
 void fields(Archive& io, read::Failure& value) {
   io.enumerator(value.cause, read::FailureCause::kNoReader);
   io(value.reason);
@@ -230,7 +318,7 @@ template <typename Archive>
 void fields(Archive& io, Request& value) {
   read::Query& query = value.query;
   io(value.fileName, query.container, query.picture, query.mp4SubFormat, query.transportPackets,
-     query.moovPosition, query.dsfTags, query.recognition, query.keyFrameAt,
+     query.moovPosition, query.dsfTags, query.recognition, query.songTags, query.keyFrameAt,
      query.reportedKeyFrameAt);
 }
 
@@ -239,7 +327,7 @@ void fields(Archive& io, read::Findings& value) {
   io(value.failure, value.bytesRead, value.container, value.picture, value.mp4SubFormat,
      value.transportPackets);
   io.trace(value.transportPacketsTrace);
-  io(value.moovPosition, value.dsfTags, value.recognition, value.keyFrameTime);
+  io(value.moovPosition, value.dsfTags, value.recognition, value.keyFrameTime, value.songTags);
   io.trace(value.keyFrameTrace);
 }
 

@@ -148,6 +148,40 @@ dsd() {
   rm "$tag"
 }
 
+# Songs of all kinds with tags and covers. frames FRAME CONTENT... prints frames of ID3v2.3.
+frames() {
+  while [ $# -ge 2 ]; do
+    printf '%s' "$1"; bytes "$(printf %08x "$(printf "$2" | wc -c)")" 0000; printf "$2"
+    shift 2
+  done
+}
+
+song_tags() {
+  mkdir -p song_tags
+  local i tags=(-metadata title=Title -metadata artist=One -metadata album=Album -metadata track=3/12
+    -metadata date=1999-12-31 -metadata genre=Rock -metadata comment=Comment
+    -metadata replaygain_track_gain='-7.5 dB' -metadata CHAPTER001=00:00:01.000
+    -metadata CHAPTER001NAME=One)
+  for i in mp3 flac ogg opus m4a wma wv wav aiff spx mka; do
+    encode "${kTone[@]}" "${tags[@]}" -ar 48000 "song_tags/tags.$i"
+  done
+  encode "${kTone[@]}" "${tags[@]}" -c:a flac -f ogg song_tags/flac.ogg
+  encode "${kTone[@]}" "${tags[@]}" -write_id3v2 1 song_tags/id3.aiff
+  for i in media_info/cover.* song_photo/song.*; do [ ! -e "$i" ] || cp "$i" song_tags/; done
+  frames TXXX '\0BARCODE\000123' UFID 'http://musicbrainz.org\0id' COMM '\0eng\0text' \
+    USLT '\0eng\0text' POPM 'a\0\377' RVA2 'track\0\1\1\0\20\200\0' IPLS '\0producer\0Name' \
+    TCON '\0(17)(31)Other' TYER '\0001999' TDAT '\0003112' TIME '\0002359' \
+    APIC '\0image/png\0\3\0\211PNG' CHAP 'c\0\0\0\0\0\0\0\1\0zzzzzzzzTIT2\0\0\0\2\0\0\0a' \
+    >song_tags/frames
+  { printf 'ID3'; bytes 030000 0000; i=$(stat -c %s song_tags/frames)
+    bytes "$(printf %02x%02x $((i >> 7)) $((i & 127)))"; cat song_tags/frames; } >song_tags/frames.mp3
+  { printf APETAGEX; bytes d0070000 56000000 02000000 00000000 0000000000000000
+    bytes 04000000 00000000; printf 'Track'; bytes 00; printf '3/12'
+    bytes 0a000000 02000000; printf 'Cover Art (Front)'; bytes 00; printf 'a.png'; bytes 00 89504e47
+    printf APETAGEX; bytes d0070000 56000000 02000000 00000000 0000000000000000
+    printf TAG; zeros 90; printf 1999; zeros 28; bytes 000311; } >song_tags/ape
+}
+
 # An index file with two program chains, the second one hour long.
 dvd() {
   mkdir -p dvd
@@ -198,6 +232,7 @@ boxes
 packets
 vp9
 dsd
+song_tags
 dvd
 texts
 touch .complete

@@ -4,11 +4,70 @@
 
 #include <algorithm>
 #include <climits>
+#include <cmath>
 #include <random>
 
 namespace kolum::isolation {
 
 namespace {
+
+media::SongTags everySongTag() {
+  return {.title = "T",
+          .album = "L",
+          .artists = {"A", "B"},
+          .albumArtists = {"AA"},
+          .composers = {"C"},
+          .conductors = {"D"},
+          .lyricists = {"W"},
+          .performers = {{.name = "P", .role = "guitar"}},
+          .genres = {"Rock"},
+          .titleSort = "t",
+          .albumSort = "l",
+          .artistSorts = {"a"},
+          .albumArtistSorts = {"aa"},
+          .composerSorts = {"c"},
+          .track = 1,
+          .trackTotal = 2,
+          .disc = 3,
+          .discTotal = 4,
+          .date = "1999",
+          .originalDate = "1998",
+          .releaseDate = "1997",
+          .comments = {"\u00E9"},
+          .hasLyrics = true,
+          .lyricsLanguage = "eng",
+          .languages = {"deu"},
+          .musicBrainz = {.recording = "r",
+                          .track = "t",
+                          .release = "l",
+                          .releaseGroup = "g",
+                          .work = "w",
+                          .artists = {"a"},
+                          .albumArtists = {"aa"}},
+          .acoustId = "i",
+          .isrcs = {"s"},
+          .labels = {"p"},
+          .catalogNumbers = {"n"},
+          .barcode = "b",
+          .copyright = "c",
+          .encoder = "e",
+          .encodedBy = "y",
+          .beatsPerMinute = 120.5,
+          .key = "Am",
+          .moods = {"m"},
+          .replayGain = {.trackGain = -7.5, .trackPeak = 1, .albumGain = -8, .albumPeak = 0.5},
+          .rating = 80,
+          .isCompilation = true,
+          .isGapless = false,
+          .isPodcast = true,
+          .covers = {{.mimeType = "image/png",
+                      .type = "front cover",
+                      .description = "d",
+                      .bytes = 1000,
+                      .width = 10,
+                      .height = 20}},
+          .chapters = {{.start = 0.5, .end = 1.5, .title = "one"}}};
+}
 
 // With something in every field.
 read::Findings everything() {
@@ -53,6 +112,7 @@ read::Findings everything() {
   findings.recognition = {.format = "QuickTime / MOV", .opensFurtherFiles = true};
   findings.keyFrameTime = 12.5;
   findings.keyFrameTrace.error("another\n");
+  findings.songTags = everySongTag();
   return findings;
 }
 
@@ -68,6 +128,10 @@ TEST(Wire, KeepsEveryFinding) {
   EXPECT_EQ(found->picture->pixelFormat, "rgb24");
   EXPECT_EQ(found->transportPacketsTrace.lines()[0].text, "a line\n");
   EXPECT_EQ(found->keyFrameTime, 12.5);
+  EXPECT_EQ(found->songTags->performers[0].role, "guitar");
+  EXPECT_EQ(found->songTags->replayGain.albumPeak, 0.5);
+  EXPECT_EQ(found->songTags->covers[0].height, 20);
+  EXPECT_EQ(found->songTags->chapters[0].title, "one");
 }
 
 TEST(Wire, KeepsFailures) {
@@ -84,12 +148,14 @@ TEST(Wire, KeepsRequests) {
                            {.container = ffmpeg::Depth::kStreamTimes,
                             .picture = true,
                             .mp4SubFormat = true,
+                            .songTags = true,
                             .keyFrameAt = 7}};
   const auto found = decodeRequest(encode(request));
   ASSERT_TRUE(found);
   EXPECT_EQ(found->fileName, "a.mp4");
   EXPECT_EQ(found->query.container, ffmpeg::Depth::kStreamTimes);
   EXPECT_TRUE(found->query.picture && found->query.mp4SubFormat);
+  EXPECT_TRUE(found->query.songTags);
   EXPECT_FALSE(found->query.dsfTags);
   EXPECT_EQ(found->query.keyFrameAt, 7);
   EXPECT_FALSE(found->query.reportedKeyFrameAt);
@@ -141,6 +207,29 @@ TEST(Wire, RejectsMoreLinesThanReadersWrite) {
   EXPECT_TRUE(decodeFindings(encode(findings)));
   findings.keyFrameTrace.error("\n");
   EXPECT_FALSE(decodeFindings(encode(findings)));
+}
+
+TEST(Wire, RejectsTagsThatNoReaderGives) {
+  const std::vector<void (*)(media::SongTags&)> changes = {
+      [](media::SongTags& tags) { tags.title = std::string("a\0b", 3); },
+      [](media::SongTags& tags) { tags.genres = {"\xFF"}; },
+      [](media::SongTags& tags) { tags.comments = {std::string((64 << 10) + 1, 'a')}; },
+      [](media::SongTags& tags) { tags.artists.assign(257, "a"); },
+      [](media::SongTags& tags) { tags.chapters.resize(257); },
+      [](media::SongTags& tags) { tags.covers[0].description = "\xC0\x80"; },
+      [](media::SongTags& tags) { tags.musicBrainz.artists = {"\xED\xA0\x80"}; },
+      [](media::SongTags& tags) { tags.replayGain.trackGain = std::nan(""); },
+      [](media::SongTags& tags) { tags.chapters[0].end = HUGE_VAL; },
+  };
+  for (std::size_t i = 0; i < changes.size(); ++i) {
+    read::Findings findings = everything();
+    changes[i](*findings.songTags);
+    EXPECT_FALSE(decodeFindings(encode(findings))) << i;
+  }
+  read::Findings longest = everything();
+  longest.songTags->comments = {std::string(64 << 10, 'a')};
+  longest.songTags->artists.assign(256, "a");
+  EXPECT_TRUE(decodeFindings(encode(longest)));
 }
 
 TEST(Wire, RejectsListsThatCannotBeThere) {

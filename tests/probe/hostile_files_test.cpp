@@ -17,6 +17,8 @@
 #include <string>
 #include <string_view>
 
+#include "media/source.h"
+#include "read/tags/song_tags.h"
 #include "support/hostile_media.h"
 #include "support/temp_dir.h"
 
@@ -146,21 +148,28 @@ void packetSize(const Path& path) {
   ProbeTsPacketSize(path.whole().c_str(), &size);
 }
 
+void songTags(const Path& path) {
+  if (const auto source = kolum::media::Source::open(path.whole()))
+    kolum::tags::readSongTags(*source);
+}
+
 struct EntryPoint {
   const char* name;
   void (*call)(const Path&);
-  bool readsLikeFirst = false;  // as the first one of the table does
+  bool readsLikeFirst = false;   // as the first one of the table does
+  bool isAlwaysBounded = false;  // also on files that only a process of their own can bound
 };
 
 // The other stream queries read as GetAudioTrack does.
 constexpr EntryPoint kEntryPoints[] = {
-    {"GetVideoMetadata1", videoRecord},    {"GetVideoMetadata3", flatVideo, true},
-    {"ExplainDlnaProfile", explain, true}, {"GetAudioMetadata", song, true},
-    {"GetPhotoMetadata", photo, true},     {"GetPhotoHW", photoSize, true},
-    {"GetAudioTrack", audioTracks, true},  {"GetMediaInfo", mediaInfo},
-    {"getVideoKeyFrameTime", keyFrame},    {"GetDsfMetadata", dsdSong},
-    {"GetMp4SubFormat", subFormat},        {"CheckMp4MoovAtEnd", moovAtEnd},
-    {"GetVideoRotationDegree", rotation},  {"ProbeTsPacketSize", packetSize},
+    {"GetVideoMetadata1", videoRecord},      {"GetVideoMetadata3", flatVideo, true},
+    {"ExplainDlnaProfile", explain, true},   {"GetAudioMetadata", song, true},
+    {"GetPhotoMetadata", photo, true},       {"GetPhotoHW", photoSize, true},
+    {"GetAudioTrack", audioTracks, true},    {"GetMediaInfo", mediaInfo},
+    {"getVideoKeyFrameTime", keyFrame},      {"GetDsfMetadata", dsdSong},
+    {"GetMp4SubFormat", subFormat},          {"CheckMp4MoovAtEnd", moovAtEnd},
+    {"GetVideoRotationDegree", rotation},    {"ProbeTsPacketSize", packetSize},
+    {"readSongTags", songTags, false, true},
 };
 
 // --- Measuring ---
@@ -272,12 +281,15 @@ TEST_P(HostileFileTest, StaysWithinBounds) {
   bool isSlow = false;
   for (const EntryPoint& entryPoint : kEntryPoints) {
     if (isSlow && entryPoint.readsLikeFirst && !hasTurn(entryPoint, GetParam().name)) continue;
+    const bool isUnbounded = isolation != nullptr && !entryPoint.isAlwaysBounded;
+    const bool isFirst = &entryPoint == std::begin(kEntryPoints);
+    if (!isFirst && !entryPoint.isAlwaysBounded && (isUnbounded || !kMeasures)) continue;
     SCOPED_TRACE(entryPoint.name);
-    const Cost found = cost(entryPoint, isolation != nullptr ? kIsolated : kBounded);
+    const Cost found = cost(entryPoint, isUnbounded ? kIsolated : kBounded);
     record(entryPoint, found);
     isSlow = isSlow || found.seconds > kSlowSeconds;
     expectNoCrash(found);
-    if (isolation != nullptr || !kMeasures) break;
+    if (isUnbounded || !kMeasures) continue;
     EXPECT_LE(found.seconds, kSeconds);
     EXPECT_LE(found.mebibytes, kMebibytes);
     EXPECT_FALSE(wasOutOfTime(found));

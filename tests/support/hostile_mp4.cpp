@@ -279,6 +279,22 @@ std::string distinctKeys() {
   return movieWithMetadata(box("meta", handler + table("keys", kCount, keys) + box("ilst", items)));
 }
 
+// Boxes of boxes where values are expected.
+std::string nestedItems() {
+  constexpr std::size_t kDepth = 200'000;
+  constexpr std::size_t kHeader = 8;
+  std::string boxes;
+  for (std::size_t depth = kDepth; depth > 0; --depth) boxes += big32(depth * kHeader) + "moov";
+  return movieWithMetadata(userData(boxes));
+}
+
+std::string endlessArtists() {
+  constexpr std::size_t kCount = 500'000;
+  const std::string value = box("data", big32(1) + big32(0) + "a");
+  return movieWithMetadata(
+      userData(box("\251ART", repeated(value, kCount)) + repeated(box("\251ART", value), kCount)));
+}
+
 std::string hugeKeyCount() {
   const std::string handler = fullBox("hdlr", 0, 0, zeros(4) + "mdta" + zeros(13));
   return movieWithMetadata(box("meta", handler + table("keys", 0x0FFFFFF0, zeros(64))));
@@ -451,6 +467,8 @@ constexpr CodecRow kPictureCodecs[] = {
 
 HostileFiles hostileMp4Files() {
   HostileFiles files = {
+      {"nestedItems.m4a", nestedItems},
+      {"endlessArtists.m4a", endlessArtists},
       {"hugeCounts.mp4", hugeCounts},
       {"longTables.mp4", longTables},
       {"hugeCompositionRuns.mp4", hugeCompositionRuns},

@@ -63,6 +63,26 @@ std::string chapters() {
   return frames;
 }
 
+// Chapters in chapters.
+std::string nestedChapters() {
+  constexpr std::size_t kDepth = 50'000;
+  constexpr std::size_t kFrameHeader = 10;
+  const std::string content = "c" + zeros(1) + zeros(16);
+  const std::string title = frame("TIT2", "\3t");
+  std::string frames;
+  for (std::size_t inside = kDepth; inside > 0; --inside) {
+    const std::size_t below = (inside - 1) * (kFrameHeader + content.size()) + title.size();
+    frames += "CHAP" + synchSafe(content.size() + below) + zeros(2) + content;
+  }
+  return frames + title;
+}
+
+// Each NUL ends a value.
+std::string endlessValues() {
+  return repeated(
+      frame("TPE1", "\3" + zeros(250'000)) + frame("TPE1", "\1" + repeated("a", 250'000)), 60);
+}
+
 std::string manyTags() {
   return repeated(id3v2TagOf(frame("TIT2", "\3t")), 500'000) + mp3Frames(20);
 }
@@ -329,9 +349,23 @@ HostileFiles hostileSongs() {
       {"distinctPrivateFrames.mp3", [] { return mp3With(distinctTexts("PRIV")); }},
       {"chapters.mp3", [] { return mp3With(chapters()); }},
       {"manyTags.mp3", manyTags},
+      {"nestedChapters.mp3", [] { return mp3With(nestedChapters()); }},
+      {"nestedContents.mp3", [] { return mp3With(frame("CTOC", zeros(3) + nestedChapters())); }},
+      {"endlessValues.mp3", [] { return mp3With(endlessValues()); }},
+      {"unsynchronized.mp3",
+       [] {
+         return "ID3\3" + zeros(1) + "\x80" + synchSafe(20 * kMiB) +
+                repeated("\xFF" + zeros(1), 10 * kMiB);
+       }},
       {"hugeTag.mp3",
        [] { return "ID3\4" + zeros(2) + "\x7F\x7F\x7F\x7F" + "TIT2\x7F\x7F\x7F\x7F" + zeros(2); },
        std::int64_t{1} << 40},
+      {"endlessItem.ape",
+       [] {
+         const std::string item = little32(20 * kMiB) + zeros(4) + "Artist" + zeros(1 + 20 * kMiB);
+         return "MAC " + zeros(64) + item + "APETAGEX" + little32(2000) +
+                little32(item.size() + 32) + little32(1) + little32(0x80000000) + zeros(8);
+       }},
       {"apeItems.tta", [] { return trueAudio(44100, 1000) + apeTag(65000); }},
       {"noise.mp3", [] { return repeated(noise(kMiB), 32); }},
       {"framesAndNoise.mp3", [] { return mp3Frames(20) + repeated(noise(kMiB), 32); }},

@@ -7,6 +7,7 @@
 #include "read/headers/picture.h"
 #include "read/headers/shortcuts.h"
 #include "read/headers/ts_packets.h"
+#include "read/tags/song_tags.h"
 
 namespace kolum::read {
 
@@ -64,6 +65,7 @@ Findings look(const media::Source& source, const Query& query) {
   if (query.moovPosition) found.moovPosition = headers::moovPosition(source);
   if (query.dsfTags) found.dsfTags = tags::readDsfTags(source);
   if (query.recognition) found.recognition = ffmpeg::recognize(source);
+  if (query.songTags) found.songTags = tags::readSongTags(source);
   found.bytesRead = source.bytesRead();
   return found;
 }

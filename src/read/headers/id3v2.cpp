@@ -164,15 +164,6 @@ void checkChunks(const media::Source& source, const ChunkedFile& file) {
   }
 }
 
-std::int64_t dsfTagPosition(Bytes head) {
-  constexpr std::size_t kPointer = 20;
-  ByteReader reader(head);
-  if (reader.text(4) != "DSD ") return 0;
-  reader.skip(kPointer - 4);
-  const std::uint64_t position = reader.littleEndian(8);
-  return position <= INT64_MAX && !reader.failed() ? static_cast<std::int64_t>(position) : 0;
-}
-
 }  // namespace
 
 std::int64_t id3v2Size(Bytes head) {
@@ -184,6 +175,15 @@ std::int64_t id3v2Size(Bytes head) {
   const std::int64_t size = synchsafe(reader.bigEndian(4));
   if (reader.failed()) return 0;
   return kHeaderSize + size + (hasFooter ? kHeaderSize : 0);
+}
+
+std::int64_t dsfTagPosition(Bytes head) {
+  constexpr std::size_t kPointer = 20;
+  ByteReader reader(head);
+  if (reader.text(4) != "DSD ") return 0;
+  reader.skip(kPointer - 4);
+  const std::uint64_t position = reader.littleEndian(8);
+  return position <= INT64_MAX && !reader.failed() ? static_cast<std::int64_t>(position) : 0;
 }
 
 void blankInflatingTags(const media::Source& source) {

@@ -13,6 +13,9 @@ namespace kolum::headers {
 // there is none.
 std::int64_t id3v2Size(std::span<const std::uint8_t> head);
 
+// Where the tag of a DSF file stands whose first bytes these are; 0 if there is none.
+std::int64_t dsfTagPosition(std::span<const std::uint8_t> head);
+
 // Tags may be compressed, a thousand to one, and their readers keep everything. Blanks the tags of
 // a file (before its data, in a chunk, at the end of a DSF file) that inflate to more than the
 // budget.
