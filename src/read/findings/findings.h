@@ -8,6 +8,7 @@
 #include <string>
 
 #include "base/trace.h"
+#include "media/photo_tags.h"
 #include "media/source.h"
 #include "media/stream.h"
 #include "media/transport_packets.h"
@@ -31,6 +32,8 @@ struct Query {
   bool moovPosition = false;
   bool dsfTags = false;
   bool recognition = false;
+  // Only workers can read them: look() below leaves them out.
+  bool photoTags = false;
   // The key frame from which to play the first video stream at that many seconds. Only with the
   // container, read to kStreamTimes.
   std::optional<std::int64_t> keyFrameAt = {};
@@ -68,6 +71,7 @@ struct Findings {
   std::optional<headers::MoovPosition> moovPosition;
   tags::DsfTags dsfTags;
   ffmpeg::Recognition recognition;
+  std::optional<media::PhotoTags> photoTags;
   std::optional<double> keyFrameTime;  // seconds from the start of the stream
   Trace keyFrameTrace;
   std::uint64_t bytesRead = 0;  // of the file
