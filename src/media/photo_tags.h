@@ -48,8 +48,8 @@ struct PhotoTime {
   int hour = 0;
   int minute = 0;
   int second = 0;
-  std::string subSecond;      // digits after the point ("05" is 0.05 s), 9 at most
-  std::optional<int> offset;  // minutes east of UTC
+  std::string subSecond = {};      // digits after the point ("05" is 0.05 s), 9 at most
+  std::optional<int> offset = {};  // minutes east of UTC
   OffsetOrigin offsetOrigin = OffsetOrigin::kNone;
   bool operator==(const PhotoTime&) const = default;
 };
