@@ -29,9 +29,11 @@ void attempt(Decode decode) {
 // Of anything but pictures, maker notes and colour profiles.
 constexpr std::size_t kLongestValue = std::size_t{1} << 20;
 
-// COUNT values in the order of bytes that this processor has.
-template <typename Value>
-Bytes raw(const Value& value) {
+// The lowest byte of each number first. Texts are as in the file: Exiv2 would convert some.
+Bytes raw(const Exiv2::Exifdatum& datum) {
+  if (const auto* text = dynamic_cast<const Exiv2::StringValueBase*>(&datum.value()))
+    return {text->value_.begin(), text->value_.end()};
+  const Exiv2::Value& value = datum.value();
   const auto size = static_cast<std::size_t>(value.size());
   if (size == 0 || size > kLargestBlock) return {};
   Bytes bytes(size);
@@ -161,8 +163,8 @@ void Metadata::decodeExif(const Blocks& blocks) {
 
 void Metadata::decodeXmp(const Blocks& blocks) {
   const std::string_view text = std::string_view(blocks.xmp).substr(0, blocks.xmp.find('\0'));
-  if (text.empty() || !isHarmlessXmp(text)) return;
-  Exiv2::XmpParser::decode(xmp_, std::string(text));
+  const std::string harmless = harmlessXmp(text);
+  if (!harmless.empty()) Exiv2::XmpParser::decode(xmp_, harmless);
 }
 
 void Metadata::decodeIptc(const Blocks& blocks) {

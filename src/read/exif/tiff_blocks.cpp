@@ -75,6 +75,9 @@ class Input {
     return {bytes.begin(), bytes.end()};
   }
 
+  // Empty if it is a file: then only what is known to be of use is copied.
+  std::span<const std::uint8_t> memory() const { return memory_; }
+
  private:
   const media::Source* source_ = nullptr;
   std::span<const std::uint8_t> memory_;
@@ -86,6 +89,9 @@ class Collector {
   Collector(const Input& input, bool isBigEndian) : input_(input), isBigEndian_(isBigEndian) {}
 
   void run(std::int64_t first) {
+    // Makers' notes may refer to bytes outside of them.
+    if (const auto all = input_.memory(); !all.empty())
+      pieces_.push_back({0, Bytes(all.begin(), all.end())});
     // Some cameras have more than the header there.
     if (!copy(0, kHeaderSize * 4)) copy(0, kHeaderSize);
     waiting_.push_back(first);
