@@ -390,6 +390,15 @@ TEST(ExifToolAgreementOfParts, HoldsForRawFiles) {
   }
 }
 
+// ExifTool of Debian 12 writes no WebP files, so its tags are put there.
+TEST(ExifToolAgreementOfParts, HoldsForWebp) {
+  const std::string jpeg = tagged(picture("photo.jpg"), kExif + kXmp);
+  const TempDir folder;
+  expectAgreement(
+      folder.write("photo.webp", webpPhoto({.exif = mustRun({"exiftool", "-b", "-Exif", jpeg}),
+                                            .xmp = mustRun({"exiftool", "-b", "-XMP", jpeg})})));
+}
+
 TEST(ExifToolAgreementOfParts, HoldsForHeif) {
   const TempDir folder;
   const std::string path = folder.write(
