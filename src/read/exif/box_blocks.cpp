@@ -1,7 +1,6 @@
 // Containers that are made of boxes: HEIF with its relatives, JPEG XL.
 #include <algorithm>
 #include <map>
-#include <ranges>
 #include <string_view>
 
 #include "base/bytes.h"
@@ -231,12 +230,13 @@ void findInHeif(const media::Source& source, Blocks& blocks) {
   if (const auto primary = items.items.find(items.primary); primary != items.items.end())
     for (const std::size_t index : primary->second.properties)
       if (index < items.properties.size()) applyProperty(items.properties[index], blocks);
-  const auto all = items.items | std::views::values;
-  if (const auto item = std::ranges::find(all, "Exif", &Item::type); item != all.end())
-    takeExifItem(contentOf(source, items, *item), blocks);
-  if (const auto item = std::ranges::find(all, "application/rdf+xml", &Item::contentType);
-      item != all.end())
-    blocks.xmp = textOf(contentOf(source, items, *item));
+  const auto firstWith = [&](std::string Item::*field, std::string_view value) {
+    const auto found = std::ranges::find_if(
+        items.items, [&](const auto& entry) { return entry.second.*field == value; });
+    return found != items.items.end() ? contentOf(source, items, found->second) : Bytes{};
+  };
+  takeExifItem(firstWith(&Item::type, "Exif"), blocks);
+  blocks.xmp = textOf(firstWith(&Item::contentType, "application/rdf+xml"));
 }
 
 void findInJpegXl(const media::Source& source, Blocks& blocks) {
