@@ -9,8 +9,9 @@ namespace kolum::exif {
 
 SparseMemory::SparseMemory(std::size_t size) : size_(size) {
   if (size == 0) return;
-  void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE,
-                            MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE, -1, 0);
+  constexpr int kFlags = MAP_PRIVATE | MAP_ANONYMOUS | MAP_NORESERVE;
+  // cppcheck-suppress invalidFunctionArg; memory without a file has no descriptor
+  void* const memory = mmap(nullptr, size, PROT_READ | PROT_WRITE, kFlags, -1, 0);
   if (memory == MAP_FAILED) throw std::bad_alloc();
   begin_ = static_cast<std::uint8_t*>(memory);
 }
