@@ -141,6 +141,7 @@ struct PhotoTags {
   std::optional<Flash> flash;
 
   // --- The picture
+  // Of HEIF, AVIF and JPEG XL what the container asks for: it counts there, not Exif.
   std::optional<Orientation> orientation;
   // Of the full picture as it is stored, not of a thumbnail: for camera RAW what the camera
   // delivers of it, without the borders of its sensor. Empty if only the picture's own header says

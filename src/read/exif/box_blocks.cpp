@@ -242,6 +242,8 @@ void findInHeif(const media::Source& source, Blocks& blocks) {
 void findInJpegXl(const media::Source& source, Blocks& blocks) {
   const FileRange whole = {.begin = 0, .end = source.size()};
   takeExifItem(contentOfBox(source, whole, "Exif"), blocks);
+  // Decoders turn the picture by a number of its own, and viewers ignore Exif's.
+  blocks.orientation = media::Orientation{};
   blocks.xmp = textOf(contentOfBox(source, whole, "xml "));
 }
 

@@ -121,6 +121,11 @@ TEST(HeifContainer, TurnsItsPictureItself) {
   }
 }
 
+TEST(JpegXlContainer, IsNotTurnedByExif) {
+  EXPECT_EQ(tagsOf(jpegXlPhoto(kBlocks), "photo.jxl")->orientation->value, 1);
+  EXPECT_EQ(tagsOf(webpPhoto(kBlocks), "photo.webp")->orientation->value, 6);
+}
+
 ExifDirectory pictureOf(std::int64_t kind, std::int64_t width, std::int64_t height) {
   return {exifLong(0x00FE, kind), exifLong(0x0100, width), exifLong(0x0101, height)};
 }
