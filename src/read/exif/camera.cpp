@@ -72,7 +72,7 @@ std::string serial(const Metadata& metadata) {
   return canon && *canon > 0 ? std::to_string(*canon) : metadata.xmpText("Xmp.aux.SerialNumber");
 }
 
-std::string orXmp(std::string text, const Metadata& metadata, const char* key) {
+std::string orXmp(const std::string& text, const Metadata& metadata, const char* key) {
   return isBlank(text) ? metadata.xmpText(key) : text;
 }
 
