@@ -5,6 +5,8 @@ pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET libavformat libavcodec libavut
 pkg_check_modules(TAGLIB REQUIRED IMPORTED_TARGET taglib)
 pkg_check_modules(DVDREAD REQUIRED IMPORTED_TARGET dvdread)
 pkg_check_modules(SECCOMP REQUIRED IMPORTED_TARGET libseccomp)
+pkg_check_modules(EXIV2 REQUIRED IMPORTED_TARGET exiv2>=0.27.4)
+find_package(ZLIB REQUIRED)
 find_package(pugixml REQUIRED)
 find_package(SQLite3 3.40 REQUIRED)
 

@@ -253,6 +253,93 @@ void fields(Archive& io, ffmpeg::Recognition& value) {
 }
 
 template <typename Archive>
+void fields(Archive& io, media::OffsetOrigin& value) {
+  io.enumerator(value, media::OffsetOrigin::kGps);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::ExposureProgram& value) {
+  io.enumerator(value, media::ExposureProgram::kLandscape);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Metering& value) {
+  io.enumerator(value, media::Metering::kOther);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::WhiteBalance& value) {
+  io.enumerator(value, media::WhiteBalance::kManual);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::North& value) {
+  io.enumerator(value, media::North::kMagnetic);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::PhotoTime& value) {
+  io(value.year, value.month, value.day, value.hasTimeOfDay, value.hour, value.minute, value.second,
+     value.subSecond, value.offset, value.offsetOrigin);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Flash& value) {
+  io(value.hasFired, value.value);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Orientation& value) {
+  io(value.value, value.degrees, value.isMirrored);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::PhotoSize& value) {
+  io(value.width, value.height);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Position& value) {
+  io(value.latitude, value.longitude);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Direction& value) {
+  io(value.degrees, value.north);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Area& value) {
+  io(value.centreX, value.centreY, value.width, value.height);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Region& value) {
+  io(value.name, value.type, value.area);
+}
+
+void check(Encoder& /*io*/, const media::PhotoTags& /*value*/) {}
+void check(Decoder& io, const media::PhotoTags& value) {
+  if (!isValid(value)) io.fail();
+}
+
+template <typename Archive>
+void fields(Archive& io, media::PhotoTags& value) {
+  io(value.taken, value.digitized, value.modified);
+  io(value.make, value.model, value.lensMake, value.lensModel, value.serial, value.lensSerial,
+     value.software);
+  io(value.exposureTime, value.aperture, value.iso, value.exposureBias, value.program,
+     value.metering, value.whiteBalance, value.focalLength, value.focalLength35, value.flash);
+  io(value.orientation, value.storedSize, value.shownSize, value.colourProfile);
+  io(value.position, value.altitude, value.direction, value.positionAccuracy, value.gpsTime,
+     value.location, value.city, value.state, value.country, value.countryCode);
+  io(value.title, value.headline, value.description, value.keywords, value.keywordPaths,
+     value.rating, value.label, value.creators, value.copyright, value.credit, value.regions);
+  io(value.burst, value.livePhoto, value.motionPhoto);
+  check(io, value);
+}
+
+template <typename Archive>
 void fields(Archive& io, ffmpeg::Depth& value) {
   io.enumerator(value, ffmpeg::Depth::kStreamTimes);
 }
@@ -318,8 +405,8 @@ template <typename Archive>
 void fields(Archive& io, Request& value) {
   read::Query& query = value.query;
   io(value.fileName, query.container, query.picture, query.mp4SubFormat, query.transportPackets,
-     query.moovPosition, query.dsfTags, query.recognition, query.songTags, query.keyFrameAt,
-     query.reportedKeyFrameAt);
+     query.moovPosition, query.dsfTags, query.recognition, query.songTags, query.photoTags,
+     query.keyFrameAt, query.reportedKeyFrameAt);
 }
 
 template <typename Archive>
@@ -329,6 +416,7 @@ void fields(Archive& io, read::Findings& value) {
   io.trace(value.transportPacketsTrace);
   io(value.moovPosition, value.dsfTags, value.recognition, value.keyFrameTime, value.songTags);
   io.trace(value.keyFrameTrace);
+  io(value.photoTags);
 }
 
 template <typename Value>

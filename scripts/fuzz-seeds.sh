@@ -96,6 +96,24 @@ pictures() {
   encode "${kPicture[@]}" picture/animation.gif
 }
 
+# Photos with tags of every kind, as far as exiftool can write the format.
+photo_tags() {
+  mkdir -p photo_tags
+  local i tags=(-Make=Canon "-Model=Canon EOS R5" "-DateTimeOriginal=2015:06:07 08:09:10"
+    -OffsetTimeOriginal=+02:00 -ISO=400 -ExposureTime=1/250 -GPSLatitude=46.5 -GPSLatitudeRef=N
+    -GPSLongitude=8 -GPSLongitudeRef=E -XMP-dc:Title=Title -XMP-dc:Subject=a -XMP-dc:Subject=b
+    -XMP-xmp:Rating=4 -IPTC:Keywords=c "-RegionInfo={RegionList=[{Area={W=0.2,H=0.2,X=0.3,Y=0.4,Unit=normalized},Name=Ann,Type=Face}]}")
+  for i in jpg png tiff gif avif jxl; do
+    encode "${kPicture[@]}" -frames:v 1 "photo_tags/photo.$i"
+    [ ! -e "photo_tags/photo.$i" ] ||
+      exiftool -q -q -m -overwrite_original "${tags[@]}" "photo_tags/photo.$i" || true
+  done
+  # Only the tags of each, which are what is worth changing.
+  exiftool -q -q -b -Exif photo_tags/photo.jpg >photo_tags/exif.tiff || true
+  { bytes ffd8ffe1; printf '%b' "$(printf '\\x%02x\\x%02x' $((($(stat -c %s photo_tags/exif.tiff) + 8) / 256)) $((($(stat -c %s photo_tags/exif.tiff) + 8) % 256)))"
+    printf Exif; zeros 2; cat photo_tags/exif.tiff; bytes ffd9; } >photo_tags/exif.jpg
+}
+
 boxes() {
   mkdir -p mp4_boxes
   local brand
@@ -228,6 +246,7 @@ stream_headers
 covers
 songs_and_photos
 pictures
+photo_tags
 boxes
 packets
 vp9

@@ -123,7 +123,9 @@ int main(int argc, char** argv) {
   }
   if (std::string_view(argv[2]) == "idle") giveWay();
   leaveFolderAndMounts();
-  Nursery(std::strtoull(argv[1], nullptr, 10), dropPrivileges()).run();
+  const std::uint32_t layers = dropPrivileges();
+  prepare();
+  Nursery(std::strtoull(argv[1], nullptr, 10), layers).run();
   // As for workers: at the end, nothing may write to files or the host's standard error.
   _exit(0);
 }

@@ -13,6 +13,7 @@
 #include "isolation/message.h"
 #include "isolation/wire.h"
 #include "memory.h"
+#include "read/exif/photo_tags.h"
 #include "sandbox.h"
 
 namespace kolum::isolation {
@@ -42,11 +43,24 @@ read::Findings outOfMemory() {
   return findings;
 }
 
+// The photo without its tags is worth more than nothing.
+void addPhotoTags(const media::Source& source, read::Findings& findings) {
+  try {
+    findings.photoTags = exif::readPhotoTags(source);
+  } catch (const std::bad_alloc&) {
+    findings.photoTags = std::nullopt;
+  }
+  if (hasMemoryRunOut()) findings.photoTags = std::nullopt;
+  findings.bytesRead = source.bytesRead();
+}
+
 read::Findings answerTo(const Request& request, Descriptor file) {
   try {
     const auto source = media::Source::adoptUnchecked(std::move(file), request.fileName);
     read::Findings findings = read::look(source, request.query);
-    return hasMemoryRunOut() ? outOfMemory() : findings;
+    if (hasMemoryRunOut()) return outOfMemory();
+    if (request.query.photoTags) addPhotoTags(source, findings);
+    return findings;
   } catch (const std::bad_alloc&) {
     return outOfMemory();
   }
@@ -82,6 +96,10 @@ std::optional<Received> receiveRequest(int socket) {
 }
 
 }  // namespace
+
+void prepare() {
+  exif::prepare();
+}
 
 void serve(int socket, std::uint32_t layers) {
   Hello hello = {};

@@ -43,6 +43,8 @@ refuses read/ffmpeg/formats.cpp read/tags/dsf_tags.h
 refuses read/tags/dsd_tool.cpp read/ffmpeg/input.h
 refuses read/disc/image.cpp probe/video.h
 refuses read/findings/look.cpp isolation/isolation.h
+refuses read/findings/look.cpp read/exif/photo_tags.h
+refuses read/exif/photo_tags.cpp read/ffmpeg/input.h
 refuses isolation/wire.cpp probe/video.h
 refuses dlna/audio_class.cpp read/ffmpeg/input.h
 refuses probe/creation.cpp api/guarded.h

@@ -27,6 +27,8 @@ nobody '#include .*(pugi|iniparser)' 'only src/base includes pugixml and inipars
   $(sources include src | grep -v '^src/base/')
 nobody '#include .*sqlite' 'only the store in scan/ includes SQLite' \
   $(sources include src host tools scan | grep -vE '^scan/(database|expressions|schema|statements|store)')
+nobody '#include <exiv2' 'only src/read/exif/exiv2.h includes Exiv2' \
+  $(sources include src host isolation tools scan | grep -v '^src/read/exif/exiv2.h')
 nobody '#include "' 'public headers include public headers only' $(sources include)
 nobody 'getenv' 'of the library, only isolation/ reads environment variables' $(sources src)
 nobody '#include <(seccomp|linux/landlock)' 'only the worker includes libseccomp' \

@@ -69,6 +69,58 @@ media::SongTags everySongTag() {
           .chapters = {{.start = 0.5, .end = 1.5, .title = "one"}}};
 }
 
+media::PhotoTags photoTags() {
+  const media::PhotoTime time = {.year = 2015,
+                                 .month = 6,
+                                 .day = 7,
+                                 .hasTimeOfDay = true,
+                                 .hour = 8,
+                                 .minute = 9,
+                                 .second = 10,
+                                 .subSecond = "25",
+                                 .offset = 120,
+                                 .offsetOrigin = media::OffsetOrigin::kGps};
+  media::PhotoTags tags;
+  tags.taken = tags.digitized = tags.modified = time;
+  for (const auto& field : {&media::PhotoTags::make,        &media::PhotoTags::model,
+                            &media::PhotoTags::lensMake,    &media::PhotoTags::lensModel,
+                            &media::PhotoTags::serial,      &media::PhotoTags::lensSerial,
+                            &media::PhotoTags::software,    &media::PhotoTags::colourProfile,
+                            &media::PhotoTags::location,    &media::PhotoTags::city,
+                            &media::PhotoTags::state,       &media::PhotoTags::country,
+                            &media::PhotoTags::countryCode, &media::PhotoTags::title,
+                            &media::PhotoTags::headline,    &media::PhotoTags::description,
+                            &media::PhotoTags::label,       &media::PhotoTags::copyright,
+                            &media::PhotoTags::credit,      &media::PhotoTags::burst,
+                            &media::PhotoTags::livePhoto})
+    tags.*field = "text";
+  tags.exposureTime = {1, 250};
+  tags.aperture = 2.8;
+  tags.iso = 400;
+  tags.exposureBias = -0.5;
+  tags.program = media::ExposureProgram::kLandscape;
+  tags.metering = media::Metering::kOther;
+  tags.whiteBalance = media::WhiteBalance::kManual;
+  tags.focalLength = 50;
+  tags.focalLength35 = 75;
+  tags.flash = {.hasFired = true, .value = 25};
+  tags.orientation = {.value = 5, .degrees = 270, .isMirrored = true};
+  tags.storedSize = {.width = 6000, .height = 4000};
+  tags.shownSize = {.width = 4000, .height = 6000};
+  tags.position = {.latitude = -33.5, .longitude = 151.25};
+  tags.altitude = -12.5;
+  tags.direction = {.degrees = 229.5, .north = media::North::kMagnetic};
+  tags.positionAccuracy = 4.5;
+  tags.gpsTime = time;
+  tags.keywords = {"a", "b"};
+  tags.keywordPaths = {"a|b"};
+  tags.rating = -1;
+  tags.creators = {"Ann"};
+  tags.regions = {{.name = "Ann", .type = "Face", .area = media::Area{0.5, 0.5, 0.25, 0.25}}};
+  tags.motionPhoto = 12345;
+  return tags;
+}
+
 // With something in every field.
 read::Findings everything() {
   media::Stream stream = {.type = media::StreamType::kVideo,
@@ -113,6 +165,7 @@ read::Findings everything() {
   findings.keyFrameTime = 12.5;
   findings.keyFrameTrace.error("another\n");
   findings.songTags = everySongTag();
+  findings.photoTags = photoTags();
   return findings;
 }
 
@@ -149,6 +202,7 @@ TEST(Wire, KeepsRequests) {
                             .picture = true,
                             .mp4SubFormat = true,
                             .songTags = true,
+                            .photoTags = true,
                             .keyFrameAt = 7}};
   const auto found = decodeRequest(encode(request));
   ASSERT_TRUE(found);
@@ -159,6 +213,7 @@ TEST(Wire, KeepsRequests) {
   EXPECT_FALSE(found->query.dsfTags);
   EXPECT_EQ(found->query.keyFrameAt, 7);
   EXPECT_FALSE(found->query.reportedKeyFrameAt);
+  EXPECT_TRUE(found->query.photoTags);
 }
 
 TEST(Wire, RejectsWhatIsCutAnywhereOrLonger) {
@@ -188,6 +243,48 @@ TEST(Wire, RejectsFractionsThatNoReaderGives) {
 }
 
 // They go to a terminal as they are.
+TEST(Wire, KeepsTagsOfPhotos) {
+  const auto found = decodeFindings(encode(everything()));
+  ASSERT_TRUE(found && found->photoTags);
+  EXPECT_EQ(found->photoTags->taken, photoTags().taken);
+  EXPECT_EQ(found->photoTags->program, media::ExposureProgram::kLandscape);
+  EXPECT_EQ(found->photoTags->regions[0].area->width, 0.25);
+  EXPECT_EQ(found->photoTags->motionPhoto, 12345);
+}
+
+bool isAccepted(void (*change)(media::PhotoTags&)) {
+  read::Findings findings = everything();
+  change(*findings.photoTags);
+  return decodeFindings(encode(findings)).has_value();
+}
+
+// A worker that a file has taken over may say anything.
+TEST(Wire, RejectsTagsOfPhotosThatNoReaderGives) {
+  using Tags = media::PhotoTags;
+  EXPECT_TRUE(isAccepted([](Tags& /*tags*/) {}));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.make = "\xFF"; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.make = std::string(65537, 'x'); }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.make = std::string(1, '\0'); }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.keywords.resize(257); }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.creators = {"\xFF"}; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.regions.resize(257); }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.regions[0].area->centreX = 2; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.position->latitude = 200; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.position->longitude = NAN; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.altitude = INFINITY; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.direction->degrees = -1; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.taken->month = 13; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.taken->year = INT_MAX; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.taken->subSecond = "x"; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.taken->offset = INT_MIN; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.exposureTime = {1, 0}; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.orientation->degrees = 45; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.storedSize->width = 0; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.rating = 6; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.motionPhoto = -1; }));
+  EXPECT_FALSE(isAccepted([](Tags& tags) { tags.metering = static_cast<media::Metering>(7); }));
+}
+
 TEST(Wire, RejectsLinesThatNoReaderWrites) {
   for (const std::string& line :
        {std::string("\033[2J\n"), std::string("a\0b", 3), std::string("\xC2\x9B"),

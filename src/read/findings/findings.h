@@ -8,6 +8,7 @@
 #include <string>
 
 #include "base/trace.h"
+#include "media/photo_tags.h"
 #include "media/song_tags.h"
 #include "media/source.h"
 #include "media/stream.h"
@@ -33,6 +34,8 @@ struct Query {
   bool dsfTags = false;
   bool recognition = false;
   bool songTags = false;
+  // Only workers can read them: look() below leaves them out.
+  bool photoTags = false;
   // The key frame from which to play the first video stream at that many seconds. Only with the
   // container, read to kStreamTimes.
   std::optional<std::int64_t> keyFrameAt = {};
@@ -71,6 +74,7 @@ struct Findings {
   tags::DsfTags dsfTags;
   ffmpeg::Recognition recognition;
   std::optional<media::SongTags> songTags;
+  std::optional<media::PhotoTags> photoTags;
   std::optional<double> keyFrameTime;  // seconds from the start of the stream
   Trace keyFrameTrace;
   std::uint64_t bytesRead = 0;  // of the file

@@ -50,6 +50,8 @@ Query both(const Query& one, const Query& other) {
           .moovPosition = one.moovPosition || other.moovPosition,
           .dsfTags = one.dsfTags || other.dsfTags,
           .recognition = one.recognition || other.recognition,
+          .songTags = one.songTags || other.songTags,
+          .photoTags = one.photoTags || other.photoTags,
           .keyFrameAt = either(one.keyFrameAt, other.keyFrameAt),
           .reportedKeyFrameAt = either(one.reportedKeyFrameAt, other.reportedKeyFrameAt)};
 }
