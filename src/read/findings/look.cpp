@@ -22,7 +22,8 @@ std::optional<Picture> pictureOf(const media::Source& source) {
 }
 
 void readContainer(const media::Source& source, const Query& query, Findings& found) {
-  auto input = ffmpeg::Input::open(source, *query.container);
+  const auto details = query.details ? ffmpeg::Details::kWanted : ffmpeg::Details::kLeftOut;
+  auto input = ffmpeg::Input::open(source, *query.container, details);
   if (!input) return;
   const media::Stream* video = input->container().first(media::StreamType::kVideo);
   if (query.keyFrameAt && video != nullptr)
