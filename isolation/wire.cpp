@@ -222,12 +222,12 @@ void fields(Archive& io, media::Chromaticity& value) {
 }
 
 template <typename Archive>
-void fields(Archive& io, media::MasteringDisplay::Primaries& value) {
+void fields(Archive& io, media::DisplayPrimaries& value) {
   io(value.red, value.green, value.blue, value.white);
 }
 
 template <typename Archive>
-void fields(Archive& io, media::MasteringDisplay::Luminance& value) {
+void fields(Archive& io, media::DisplayLuminance& value) {
   finite(io, value.lowest, value.highest);
 }
 

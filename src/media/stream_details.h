@@ -60,22 +60,25 @@ struct Chromaticity {
   bool operator==(const Chromaticity&) const = default;
 };
 
+struct DisplayPrimaries {
+  Chromaticity red;
+  Chromaticity green;
+  Chromaticity blue;
+  Chromaticity white;
+  bool operator==(const DisplayPrimaries&) const = default;
+};
+
+// In candelas per square metre.
+struct DisplayLuminance {
+  double lowest = 0;
+  double highest = 0;
+  bool operator==(const DisplayLuminance&) const = default;
+};
+
 // The display that a film was graded on (SMPTE ST 2086).
 struct MasteringDisplay {
-  struct Primaries {
-    Chromaticity red;
-    Chromaticity green;
-    Chromaticity blue;
-    Chromaticity white;
-    bool operator==(const Primaries&) const = default;
-  };
-  struct Luminance {  // in candelas per square metre
-    double lowest = 0;
-    double highest = 0;
-    bool operator==(const Luminance&) const = default;
-  };
-  std::optional<Primaries> primaries;
-  std::optional<Luminance> luminance;
+  std::optional<DisplayPrimaries> primaries;
+  std::optional<DisplayLuminance> luminance;
   bool operator==(const MasteringDisplay&) const = default;
 };
 

@@ -44,8 +44,8 @@ bool isColour(const Chromaticity& colour) {
   return colour.y > 0 && colour.x + colour.y <= 1.001;
 }
 
-void setMasteringDisplay(const MasteringDisplay::Primaries& primaries,
-                         const MasteringDisplay::Luminance& luminance, PictureMetadata& found) {
+void setMasteringDisplay(const media::DisplayPrimaries& primaries,
+                         const media::DisplayLuminance& luminance, PictureMetadata& found) {
   MasteringDisplay display;
   if (isColour(primaries.red) && isColour(primaries.green) && isColour(primaries.blue) &&
       isColour(primaries.white))
@@ -65,10 +65,10 @@ void readMasteringDisplay(Bytes message, PictureMetadata& found) {
   constexpr double kColourUnit = 0.00002;
   constexpr double kLightUnit = 0.0001;
   ByteReader bytes(message);
-  MasteringDisplay::Primaries primaries;
+  media::DisplayPrimaries primaries;
   for (Chromaticity* colour : {&primaries.green, &primaries.blue, &primaries.red, &primaries.white})
     *colour = chromaticity(bytes, kColourUnit);
-  MasteringDisplay::Luminance luminance;
+  media::DisplayLuminance luminance;
   luminance.highest = static_cast<double>(bytes.bigEndian(4)) * kLightUnit;
   luminance.lowest = static_cast<double>(bytes.bigEndian(4)) * kLightUnit;
   if (!bytes.failed()) setMasteringDisplay(primaries, luminance, found);
@@ -160,10 +160,10 @@ void readAv1MasteringDisplay(ByteReader& bytes, PictureMetadata& found) {
   constexpr double kColourUnit = 1.0 / 65536;
   constexpr double kHighestUnit = 1.0 / 256;
   constexpr double kLowestUnit = 1.0 / 16384;
-  MasteringDisplay::Primaries primaries;
+  media::DisplayPrimaries primaries;
   for (Chromaticity* colour : {&primaries.red, &primaries.green, &primaries.blue, &primaries.white})
     *colour = chromaticity(bytes, kColourUnit);
-  MasteringDisplay::Luminance luminance;
+  media::DisplayLuminance luminance;
   luminance.highest = static_cast<double>(bytes.bigEndian(4)) * kHighestUnit;
   luminance.lowest = static_cast<double>(bytes.bigEndian(4)) * kLowestUnit;
   if (!bytes.failed()) setMasteringDisplay(primaries, luminance, found);
