@@ -17,6 +17,9 @@
 #include <string>
 #include <string_view>
 
+#include "media/film_tags.h"
+#include "media/source.h"
+#include "read/findings/findings.h"
 #include "support/hostile_media.h"
 #include "support/temp_dir.h"
 
@@ -146,6 +149,15 @@ void packetSize(const Path& path) {
   ProbeTsPacketSize(path.whole().c_str(), &size);
 }
 
+// No entry point yet, but what documents are made of.
+void details(const Path& path) {
+  const auto source = kolum::media::Source::open(path.whole());
+  if (!source) return;
+  const auto found =
+      kolum::read::look(*source, {.container = kolum::ffmpeg::Depth::kStreams, .details = true});
+  if (found.container) kolum::media::filmTagsOf(*found.container);
+}
+
 struct EntryPoint {
   const char* name;
   void (*call)(const Path&);
@@ -154,13 +166,21 @@ struct EntryPoint {
 
 // The other stream queries read as GetAudioTrack does.
 constexpr EntryPoint kEntryPoints[] = {
-    {"GetVideoMetadata1", videoRecord},    {"GetVideoMetadata3", flatVideo, true},
-    {"ExplainDlnaProfile", explain, true}, {"GetAudioMetadata", song, true},
-    {"GetPhotoMetadata", photo, true},     {"GetPhotoHW", photoSize, true},
-    {"GetAudioTrack", audioTracks, true},  {"GetMediaInfo", mediaInfo},
-    {"getVideoKeyFrameTime", keyFrame},    {"GetDsfMetadata", dsdSong},
-    {"GetMp4SubFormat", subFormat},        {"CheckMp4MoovAtEnd", moovAtEnd},
-    {"GetVideoRotationDegree", rotation},  {"ProbeTsPacketSize", packetSize},
+    {"GetVideoMetadata1", videoRecord},
+    {"GetVideoMetadata3", flatVideo, true},
+    {"ExplainDlnaProfile", explain, true},
+    {"GetAudioMetadata", song, true},
+    {"GetPhotoMetadata", photo, true},
+    {"GetPhotoHW", photoSize, true},
+    {"GetAudioTrack", audioTracks, true},
+    {"GetMediaInfo", mediaInfo},
+    {"getVideoKeyFrameTime", keyFrame},
+    {"GetDsfMetadata", dsdSong},
+    {"GetMp4SubFormat", subFormat},
+    {"CheckMp4MoovAtEnd", moovAtEnd},
+    {"GetVideoRotationDegree", rotation},
+    {"ProbeTsPacketSize", packetSize},
+    {"details", details},
 };
 
 // --- Measuring ---

@@ -428,6 +428,30 @@ void addPrograms(const AVFormatContext& context, media::Container& container) {
   }
 }
 
+// Nobody's film has that much text; more would only make the file unreadable for those who receive
+// it from a worker.
+void limitTexts(media::Container& container) {
+  std::size_t left = std::size_t{1} << 20;
+  const auto limit = [&](std::string& text) {
+    if (text.size() > left) text.clear();
+    left -= text.size();
+  };
+  for (media::Stream& stream : container.streams) {
+    StreamDetails& details = *stream.details;
+    for (std::string* text : {&details.language, &details.title, &details.handlerName,
+                              &details.encoder, &details.creationTime, &details.timecode})
+      limit(*text);
+    if (!details.attachment) continue;
+    limit(details.attachment->fileName);
+    limit(details.attachment->mimeType);
+  }
+  for (media::Chapter& chapter : container.chapters) limit(chapter.title);
+  for (media::Program& program : container.programs) {
+    limit(program.name);
+    limit(program.provider);
+  }
+}
+
 }  // namespace
 
 void addDetails(const AVFormatContext& context, const FirstPictures& pictures,
@@ -436,6 +460,7 @@ void addDetails(const AVFormatContext& context, const FirstPictures& pictures,
     stream.details = detailsOf(context, *context.streams[stream.index], pictures);
   addChapters(context, container);
   addPrograms(context, container);
+  limitTexts(container);
 }
 
 }  // namespace kolum::ffmpeg

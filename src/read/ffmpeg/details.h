@@ -12,7 +12,8 @@ namespace kolum::ffmpeg {
 // Whether they are wanted of an input.
 enum class Details { kLeftOut, kWanted };
 
-// Adds them to the values of the same context.
+// Adds them to the values of the same context. All their texts together have 1 MiB at most; further
+// ones are left out.
 void addDetails(const AVFormatContext& context, const FirstPictures& pictures,
                 media::Container& container);
 

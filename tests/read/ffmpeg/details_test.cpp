@@ -299,6 +299,23 @@ TEST(Details, HaveCleanTexts) {
   EXPECT_EQ(firstDetails(endless).title.size(), kLongestText);
 }
 
+// More would not pass from a worker to its host.
+TEST(Details, HaveAMebibyteOfTextAtMost) {
+  const std::string list = made("titles.txt", "40 long ones", [](const std::string& path) {
+    std::ofstream out(path);
+    out << ";FFMETADATA1\n";
+    for (int i = 0; i < 40; ++i)
+      out << "[CHAPTER]\nTIMEBASE=1/1000\nSTART=" << i << "\nEND=" << i + 1
+          << "\ntitle=" << std::string(60'000, 'a') << "\n";
+  });
+  const media::Container container =
+      detailed(media("titles.mkv", std::string("-f lavfi -i testsrc2=s=192x128:r=25:d=2 -i '") +
+                                       list + "' -map_metadata 1 -pix_fmt yuv420p -c:v libx264"));
+  ASSERT_EQ(container.chapters.size(), 40U);
+  EXPECT_EQ(container.chapters[16].title.size(), 60'000U);
+  EXPECT_EQ(container.chapters[17].title, "");
+}
+
 // What phones write.
 TEST(Details, AndTagsOfAPhonesFilm) {
   const media::Container container = detailed(media(
