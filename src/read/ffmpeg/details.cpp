@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <charconv>
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
@@ -92,15 +93,20 @@ std::string statistic(const AVStream& stream, std::string_view name) {
 }
 
 // "01:02:03.456000000".
-std::optional<double> secondsOf(const std::string& text) {
-  int hours = 0;
-  int minutes = 0;
-  double seconds = 0;
-  if (text.empty() || text.size() > 32) return std::nullopt;
-  if (std::sscanf(text.c_str(), "%4d:%2d:%lf", &hours, &minutes, &seconds) != 3)
-    return std::nullopt;
-  const double sum = hours * 3600.0 + minutes * 60.0 + seconds;
-  if (!std::isfinite(sum) || hours < 0 || minutes < 0 || seconds < 0) return std::nullopt;
+std::optional<double> secondsOf(std::string_view text) {
+  constexpr double kMost = 1e9;
+  constexpr int kParts = 3;
+  double sum = 0;
+  for (int part = 0; part < kParts; ++part) {
+    double number = -1;
+    const auto [rest, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+    if (error != std::errc() || !(number >= 0 && number < kMost)) return std::nullopt;
+    sum = sum * 60 + number;
+    text.remove_prefix(static_cast<std::size_t>(rest - text.data()));
+    if (part + 1 == kParts) break;
+    if (!text.starts_with(':')) return std::nullopt;
+    text.remove_prefix(1);
+  }
   return sum;
 }
 
