@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "base/bytes.h"
+#include "base/clean_text.h"
 #include "base/utf8.h"
 
 namespace kolum::isolation {
@@ -222,6 +223,137 @@ void fields(Archive& io, media::Rational& value) {
   check(io, value);
 }
 
+// Texts of details are shown and stored as they are.
+template <typename... Texts>
+void texts(Encoder& io, Texts&... values) {
+  io(values...);
+}
+template <typename... Texts>
+void texts(Decoder& io, Texts&... values) {
+  io(values...);
+  if (!(isCleanText(values) && ...)) io.fail();
+}
+
+template <typename... Numbers>
+void finite(Encoder& io, Numbers&... values) {
+  io(values...);
+}
+template <typename... Numbers>
+void finite(Decoder& io, Numbers&... values) {
+  io(values...);
+  if (!(std::isfinite(values) && ...)) io.fail();
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Dispositions& value) {
+  io(value.isDefault, value.isForced, value.isForHearingImpaired, value.isForVisuallyImpaired,
+     value.isComment, value.isOriginal, value.isDub, value.isLyrics, value.isKaraoke,
+     value.isCleanEffects, value.isCaptions, value.isDescriptions, value.isAttachedPicture,
+     value.isTimedThumbnails, value.isStillImage);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::FieldOrder& value) {
+  io.enumerator(value, media::FieldOrder::kBottomStoredTopShown);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Colours& value) {
+  texts(io, value.primaries, value.transfer, value.matrix, value.range, value.chromaLocation);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Chromaticity& value) {
+  finite(io, value.x, value.y);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::DisplayPrimaries& value) {
+  io(value.red, value.green, value.blue, value.white);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::DisplayLuminance& value) {
+  finite(io, value.lowest, value.highest);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::MasteringDisplay& value) {
+  io(value.primaries, value.luminance);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::ContentLight& value) {
+  io(value.highest, value.highestAverage);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::DolbyVision& value) {
+  io(value.majorVersion, value.minorVersion, value.profile, value.level, value.hasReferenceData,
+     value.hasEnhancementLayer, value.hasBaseLayer, value.compatibility);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::VideoOrientation& value) {
+  finite(io, value.degrees);
+  io(value.isMirrored);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Spherical& value) {
+  texts(io, value.projection);
+  finite(io, value.yaw, value.pitch, value.roll, value.left, value.top, value.right, value.bottom);
+  io(value.padding);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Stereo& value) {
+  texts(io, value.layout);
+  io(value.isInverted);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::SubtitleKind& value) {
+  io.enumerator(value, media::SubtitleKind::kPicture);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Attachment& value) {
+  texts(io, value.fileName, value.mimeType);
+}
+
+// Durations are optional numbers, which finite() does not take.
+void check(Encoder& /*io*/, const media::StreamDetails& /*value*/) {}
+void check(Decoder& io, const media::StreamDetails& value) {
+  if (value.duration && !std::isfinite(*value.duration)) io.fail();
+}
+
+template <typename Archive>
+void fields(Archive& io, media::StreamDetails& value) {
+  texts(io, value.profileName, value.language, value.title, value.handlerName, value.encoder,
+        value.creationTime, value.timecode);
+  io(value.dispositions, value.duration, value.frameCount, value.averageFrameRate, value.fieldOrder,
+     value.bitDepth);
+  texts(io, value.chromaSubsampling);
+  io(value.hasAlpha, value.colours, value.masteringDisplay, value.contentLight, value.dolbyVision,
+     value.hasHdr10Plus, value.hasClosedCaptions, value.orientation, value.spherical, value.stereo);
+  texts(io, value.channelLayout, value.sampleFormat);
+  io(value.bitsPerRawSample, value.initialPadding, value.subtitleKind, value.attachment);
+  check(io, value);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Chapter& value) {
+  finite(io, value.start, value.end);
+  texts(io, value.title);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::Program& value) {
+  io(value.number);
+  texts(io, value.name, value.provider);
+}
+
 template <typename Archive>
 void fields(Archive& io, media::Stream& value) {
   io.enumerator(value.type, media::StreamType::kOther);
@@ -229,12 +361,21 @@ void fields(Archive& io, media::Stream& value) {
      value.extraData, value.profile, value.level, value.bitRate);
   io(value.width, value.height, value.pixelFormat, value.frameRate, value.sampleAspect,
      value.isAttachedPicture, value.isEquirectangular, value.rotation, value.creationTime);
-  io(value.sampleRate, value.channels, value.bitsPerSample, value.timeBase, value.startTime);
+  io(value.sampleRate, value.channels, value.bitsPerSample, value.timeBase, value.startTime,
+     value.details);
+}
+
+void check(Encoder& /*io*/, const media::Container& /*value*/) {}
+void check(Decoder& io, const media::Container& value) {
+  if (value.chapters.size() > media::kMostChapters || value.programs.size() > media::kMostPrograms)
+    io.fail();
 }
 
 template <typename Archive>
 void fields(Archive& io, media::Container& value) {
-  io(value.demuxer, value.bitRate, value.duration, value.streams, value.tags);
+  io(value.demuxer, value.bitRate, value.duration, value.streams, value.tags, value.chapters,
+     value.programs);
+  check(io, value);
 }
 
 template <typename Archive>
@@ -404,9 +545,9 @@ void fields(Archive& io, read::Failure& value) {
 template <typename Archive>
 void fields(Archive& io, Request& value) {
   read::Query& query = value.query;
-  io(value.fileName, query.container, query.picture, query.mp4SubFormat, query.transportPackets,
-     query.moovPosition, query.dsfTags, query.recognition, query.songTags, query.photoTags,
-     query.keyFrameAt, query.reportedKeyFrameAt);
+  io(value.fileName, query.container, query.picture, query.details, query.mp4SubFormat,
+     query.transportPackets, query.moovPosition, query.dsfTags, query.recognition, query.songTags,
+     query.photoTags, query.keyFrameAt, query.reportedKeyFrameAt);
 }
 
 template <typename Archive>

@@ -39,6 +39,30 @@ videos() {
   cp probe/* media_info/
 }
 
+# Videos with all kinds of details, and what their first pictures carry.
+details() {
+  mkdir -p details picture_metadata
+  local hdr=master-display='G(13250,34500)B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50)'
+  cp probe/* details/
+  encode "${kPicture[@]}" "${kTone[@]}" -c:v libx264 -pix_fmt yuv420p -c:a aac -metadata:s:a \
+    language=deu -metadata:s:a title=Ton -metadata date=2015-06-07T08:09:10+0200 \
+    -metadata location=+48.8577+002.295/ -metadata season_number=2 -f ismv details/tags.mp4
+  encode "${kPicture[@]}" "${kTone[@]}" -c:v libvpx-vp9 -pix_fmt yuv420p10le -color_trc smpte2084 \
+    -metadata DIRECTOR=Somebody details/tags.mkv
+  encode "${kPicture[@]}" -c:v libx265 -pix_fmt yuv420p10le -x265-params \
+    "log-level=none:hdr-opt=1:repeat-headers=1:$hdr:max-cll=1000,400" details/hdr10.mp4
+  encode "${kPicture[@]}" -c:v libx265 -pix_fmt yuv420p10le -frames:v 1 -x265-params \
+    "log-level=none:hdr-opt=1:repeat-headers=1:$hdr:max-cll=1000,400" picture_metadata/hdr10.hevc
+  encode "${kPicture[@]}" -c:v libx264 -frames:v 1 picture_metadata/plain.h264
+  encode "${kPicture[@]}" -c:v mpeg2video -frames:v 1 picture_metadata/plain.m2v
+  encode "${kPicture[@]}" -c:v libaom-av1 -cpu-used 8 -frames:v 1 picture_metadata/plain.obu
+  { bytes 000001b2; printf GA94; bytes 0343ff fc942c; } >picture_metadata/captions
+  { bytes 00000001 4e01 0409 b5003c0001040140 00 80; } >picture_metadata/dynamic
+  printf '+48.8577+002.295+035.000/' >picture_metadata/position
+  printf '48°51′27.7″N 2°17′42″E 35m' >picture_metadata/degrees
+  printf '2015-06-07T08:09:10.5+0200' >picture_metadata/date
+}
+
 stream_headers() {
   mkdir -p stream_headers signatures
   encode "${kPicture[@]}" -c:v libx264 -preset ultrafast -pix_fmt yuv420p stream_headers/plain.h264
@@ -242,6 +266,7 @@ texts() {
 }
 
 videos
+details
 stream_headers
 covers
 songs_and_photos

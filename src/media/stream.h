@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "media/rational.h"
+#include "media/stream_details.h"
 
 namespace kolum::media {
 
@@ -49,6 +50,8 @@ struct Stream {
 
   Rational timeBase;
   std::optional<std::int64_t> startTime;  // in the time base
+
+  std::optional<StreamDetails> details = {};  // empty unless asked for
 };
 
 // The unit of container durations: units per second.
@@ -60,6 +63,9 @@ struct Container {
   std::int64_t duration = 0;  // in kTimeBase; not positive when unknown
   std::vector<Stream> streams;
   std::vector<std::pair<std::string, std::string>> tags;  // in the order of the file
+  // Empty unless details are asked for.
+  std::vector<Chapter> chapters = {};  // kMostChapters at most
+  std::vector<Program> programs = {};  // kMostPrograms at most
 
   // The first stream of a type; null if there is none.
   const Stream* first(StreamType type) const {

@@ -7,6 +7,7 @@
 #include <sstream>
 
 #include "answers/answers.h"
+#include "answers/details_text.h"
 #include "base/text.h"
 #include "probe/photo.h"
 #include "read/ffmpeg/input.h"
@@ -36,8 +37,9 @@ void add(std::ostream& out, const media::Stream& stream) {
       << '\n';
 }
 
-std::string factsAbout(const std::string& path, ffmpeg::Depth depth) {
-  const auto container = ffmpeg::readContainer(path, depth);
+std::string factsAbout(const std::string& path, ffmpeg::Depth depth,
+                       ffmpeg::Details details = ffmpeg::Details::kLeftOut) {
+  const auto container = ffmpeg::readContainer(path, depth, details);
   if (!container) return "none\n";
   std::ostringstream out;
   // The names of picture demuxers, which no entry point reports, depend on the way.
@@ -47,12 +49,20 @@ std::string factsAbout(const std::string& path, ffmpeg::Depth depth) {
       << container->bitRate << " duration " << container->duration << '\n';
   for (const auto& [key, value] : container->tags) out << "tag " << key << '=' << value << '\n';
   for (const media::Stream& stream : container->streams) add(out, stream);
+  for (const media::Stream& stream : container->streams)
+    if (stream.details)
+      out << "details " << stream.index << ' ' << detailsText(*stream.details) << '\n';
+  for (const media::Chapter& each : container->chapters)
+    out << "chapter " << each.start << '-' << each.end << ' ' << each.title << '\n';
+  for (const media::Program& each : container->programs)
+    out << "program " << each.number << ' ' << each.name << ' ' << each.provider << '\n';
   return out.str();
 }
 
 std::string factsAbout(const std::string& path) {
   std::ostringstream out;
-  out << factsAbout(path, ffmpeg::Depth::kHeader) << factsAbout(path, ffmpeg::Depth::kStreams);
+  out << factsAbout(path, ffmpeg::Depth::kHeader) << factsAbout(path, ffmpeg::Depth::kStreams)
+      << factsAbout(path, ffmpeg::Depth::kStreams, ffmpeg::Details::kWanted);
   const probe::PhotoResult photo = probe::probePhoto(path);
   out << "photo " << photo.isReadable;
   if (photo.picture)

@@ -63,6 +63,32 @@ INSTANTIATE_TEST_SUITE_P(
                  "-pix_fmt yuv420p -c:v libx264 -flags +ildct+ilme -x264-params tff=1 -c:a mp2"},
         FileCase{"h264.m2ts", "-pix_fmt yuv420p -c:v libx264 -c:a ac3 -mpegts_m2ts_mode 1"},
         FileCase{"hevc.ts", "-pix_fmt yuv420p -c:v libx265 -x265-params log-level=none -c:a aac"},
+        // Details that the decoder would find: colours, fields, light.
+        FileCase{"colours.mp4",
+                 "-pix_fmt yuv420p -c:v libx264 -color_primaries bt709 -color_trc bt709 "
+                 "-colorspace bt709 -color_range tv -c:a aac"},
+        FileCase{"pq.mkv",
+                 "-pix_fmt yuv420p10le -c:v libx264 -x264-params "
+                 "transfer=smpte2084:colorprim=bt2020:colormatrix=bt2020nc:chromaloc=2 -c:a ac3"},
+        FileCase{"full.mov", "-pix_fmt yuvj420p -c:v libx264 -color_range pc -c:a pcm_s16le"},
+        FileCase{"contradiction.mp4",
+                 "-pix_fmt yuvj420p -c:v libx264 -color_range pc -bsf:v "
+                 "h264_metadata=video_full_range_flag=0 -movflags +write_colr -c:a aac"},
+        FileCase{"bottom.mp4",
+                 "-pix_fmt yuv420p -c:v libx264 -flags +ildct+ilme -x264-params bff=1 -c:a aac"},
+        FileCase{"top.mkv",
+                 "-pix_fmt yuv422p10le -c:v libx264 -flags +ildct+ilme -x264-params tff=1 "
+                 "-c:a flac"},
+        FileCase{"pq.webm",
+                 "-map 0 -pix_fmt yuv420p10le -c:v libvpx-vp9 -deadline realtime -cpu-used 8 "
+                 "-color_primaries bt2020 -color_trc smpte2084 -colorspace bt2020nc"},
+        FileCase{"full.webm",
+                 "-map 0 -c:v libvpx-vp9 -deadline realtime -cpu-used 8 -color_range pc"},
+        FileCase{"hdr10.ts",
+                 "-pix_fmt yuv420p10le -c:v libx265 -c:a aac -x265-params "
+                 "log-level=none:hdr-opt=1:repeat-headers=1:colorprim=bt2020:transfer=smpte2084:"
+                 "colormatrix=bt2020nc:max-cll=1000,400:master-display='G(13250,34500)"
+                 "B(7500,3000)R(34000,16000)WP(15635,16450)L(10000000,50)'"},
         FileCase{"mpeg2.ts", "-c:v mpeg2video -c:a mp2"}, FileCase{"mpeg4.avi", "-c:v mpeg4"},
         FileCase{"vp9.webm", "-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -c:a libopus"},
         FileCase{"vp9.mkv", "-c:v libvpx-vp9 -deadline realtime -cpu-used 8 -c:a ac3"},

@@ -7,6 +7,7 @@
 #include <chrono>
 
 #include "answers/answers.h"
+#include "answers/details_text.h"
 #include "isolation/isolation.h"
 #include "support/dsd_builder.h"
 #include "support/hostile_media.h"
@@ -49,6 +50,26 @@ TEST_P(SameAnswers, AreGivenByWorkers) {
   const std::string expected = answersAbout(path);
   isolate(true);
   EXPECT_EQ(answersAbout(path), expected);
+}
+
+std::string detailsOf(const std::string& path) {
+  const auto source = media::Source::open(path);
+  if (!source) return "none";
+  const read::Findings found =
+      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .details = true});
+  std::string text;
+  if (found.container)
+    for (const media::Stream& stream : found.container->streams)
+      text += detailsText(stream.details.value()) + '\n';
+  return text;
+}
+
+TEST_P(SameAnswers, HaveTheSameDetails) {
+  const std::string path = media(GetParam().name, GetParam().arguments);
+  const std::string expected = detailsOf(path);
+  EXPECT_NE(expected, "");
+  isolate(true);
+  EXPECT_EQ(detailsOf(path), expected);
 }
 
 std::string testName(const testing::TestParamInfo<FileCase>& info) {
@@ -132,8 +153,8 @@ TEST_P(IsolatedFile, HarmsNobody) {
   ASSERT_TRUE(source);
   const long before = peakKilobytes();
   const auto begin = std::chrono::steady_clock::now();
-  const read::Findings found =
-      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .dsfTags = true});
+  const read::Findings found = isolation::look(
+      *source, {.container = ffmpeg::Depth::kStreams, .details = true, .dsfTags = true});
   EXPECT_LT(std::chrono::steady_clock::now() - begin, 2 * kDeadline);
   EXPECT_LT(peakKilobytes() - before, kGrowth);
   if (found.failure) RecordProperty("reason", found.failure->reason);

@@ -5,7 +5,10 @@
 #include <algorithm>
 #include <climits>
 #include <cmath>
+#include <limits>
 #include <random>
+
+#include "answers/details_text.h"
 
 namespace kolum::isolation {
 
@@ -121,6 +124,43 @@ media::PhotoTags photoTags() {
   return tags;
 }
 
+media::StreamDetails everyDetail() {
+  media::StreamDetails details;
+  details.profileName = "Main 10";
+  details.language = "deu";
+  details.title = "T\u00FCr";
+  details.handlerName = "VideoHandler";
+  details.encoder = "an encoder";
+  details.creationTime = "2015-06-07T08:09:10Z";
+  details.timecode = "01:00:00;00";
+  details.dispositions = {.isDefault = true, .isCaptions = true, .isStillImage = true};
+  details.duration = 12.5;
+  details.frameCount = 300;
+  details.averageFrameRate = {24000, 1001};
+  details.fieldOrder = media::FieldOrder::kBottomStoredTopShown;
+  details.bitDepth = 10;
+  details.chromaSubsampling = "4:2:0";
+  details.hasAlpha = true;
+  details.colours = {"bt2020", "smpte2084", "bt2020nc", "tv", "topleft"};
+  details.masteringDisplay = {
+      .primaries = {{{0.68, 0.32}, {0.265, 0.69}, {0.15, 0.06}, {0.3127, 0.329}}},
+      .luminance = {{0.005, 1000}}};
+  details.contentLight = {1000, 400};
+  details.dolbyVision = {1, 0, 8, 6, true, false, true, 1};
+  details.hasHdr10Plus = true;
+  details.hasClosedCaptions = false;
+  details.orientation = {90, true};
+  details.spherical = {"cubemap", 1, 2, 3, 0.1, 0.2, 0.3, 0.4, 8};
+  details.stereo = {"side by side", true};
+  details.channelLayout = "5.1(side)";
+  details.sampleFormat = "fltp";
+  details.bitsPerRawSample = 24;
+  details.initialPadding = 1024;
+  details.subtitleKind = media::SubtitleKind::kPicture;
+  details.attachment = {"a.ttf", "font/ttf"};
+  return details;
+}
+
 // With something in every field.
 read::Findings everything() {
   media::Stream stream = {.type = media::StreamType::kVideo,
@@ -147,14 +187,16 @@ read::Findings everything() {
                           .channels = 6,
                           .bitsPerSample = 24,
                           .timeBase = {1, 90000},
-                          .startTime = -5};
+                          .startTime = -5,
+                          .details = everyDetail()};
   read::Findings findings;
-  findings.container =
-      media::Container{.demuxer = "mov",
-                       .bitRate = 2'000'000,
-                       .duration = 60'000'000,
-                       .streams = {stream, media::Stream{}},
-                       .tags = {{"title", "A"}, {"artist", std::string("\0B", 2)}}};
+  findings.container = media::Container{.demuxer = "mov",
+                                        .bitRate = 2'000'000,
+                                        .duration = 60'000'000,
+                                        .streams = {stream, media::Stream{}},
+                                        .tags = {{"title", "A"}, {"artist", std::string("\0B", 2)}},
+                                        .chapters = {{0, 10.5, "One"}, {10.5, 20, ""}},
+                                        .programs = {{1, "News", "A station"}}};
   findings.picture = {.width = 40, .height = 30, .pixelFormat = "rgb24"};
   findings.mp4SubFormat = 7;
   findings.transportPackets = {.size = 192, .isTimeStamped = true};
@@ -187,6 +229,58 @@ TEST(Wire, KeepsEveryFinding) {
   EXPECT_EQ(found->songTags->chapters[0].title, "one");
 }
 
+TEST(Wire, KeepsEveryDetail) {
+  const auto found = decodeFindings(encode(everything()));
+  ASSERT_TRUE(found && found->container->streams[0].details);
+  EXPECT_EQ(test::detailsText(*found->container->streams[0].details),
+            test::detailsText(everyDetail()));
+  EXPECT_FALSE(found->container->streams[1].details);
+  ASSERT_EQ(found->container->chapters.size(), 2U);
+  EXPECT_EQ(found->container->chapters[0].title, "One");
+  EXPECT_EQ(found->container->chapters[1].end, 20);
+  ASSERT_EQ(found->container->programs.size(), 1U);
+  EXPECT_EQ(found->container->programs[0].provider, "A station");
+}
+
+TEST(Wire, RejectsDetailsThatNoReaderGives) {
+  using Change = void (*)(media::StreamDetails&);
+  static constexpr double kInfinity = std::numeric_limits<double>::infinity();
+  const Change changes[] = {
+      [](media::StreamDetails& details) { details.title = "\xFF"; },
+      [](media::StreamDetails& details) { details.language = std::string("d\0e", 3); },
+      [](media::StreamDetails& details) { details.encoder = std::string(65537, 'a'); },
+      [](media::StreamDetails& details) { details.attachment->fileName = "\xED\xA0\x80"; },
+      [](media::StreamDetails& details) { details.duration = kInfinity; },
+      [](media::StreamDetails& details) { details.spherical->yaw = std::nan(""); },
+      [](media::StreamDetails& details) { details.orientation->degrees = -kInfinity; },
+      [](media::StreamDetails& details) {
+        details.masteringDisplay->luminance->highest = kInfinity;
+      },
+      [](media::StreamDetails& details) { details.averageFrameRate.den = -1; },
+      [](media::StreamDetails& details) { details.fieldOrder = static_cast<media::FieldOrder>(5); },
+      [](media::StreamDetails& details) {
+        details.subtitleKind = static_cast<media::SubtitleKind>(2);
+      },
+  };
+  for (const Change change : changes) {
+    read::Findings findings = everything();
+    change(*findings.container->streams[0].details);
+    EXPECT_FALSE(decodeFindings(encode(findings))) << &change - changes;
+  }
+}
+
+TEST(Wire, RejectsMoreChaptersAndProgramsThanReadersGive) {
+  read::Findings findings = everything();
+  findings.container->chapters.resize(media::kMostChapters);
+  findings.container->programs.resize(media::kMostPrograms);
+  EXPECT_TRUE(decodeFindings(encode(findings)));
+  findings.container->chapters.emplace_back();
+  EXPECT_FALSE(decodeFindings(encode(findings)));
+  findings.container->chapters.clear();
+  findings.container->programs.emplace_back();
+  EXPECT_FALSE(decodeFindings(encode(findings)));
+}
+
 TEST(Wire, KeepsFailures) {
   read::Findings findings;
   findings.failure = {read::FailureCause::kOutOfMemory, "why"};
@@ -200,6 +294,7 @@ TEST(Wire, KeepsRequests) {
   const Request request = {"a.mp4",
                            {.container = ffmpeg::Depth::kStreamTimes,
                             .picture = true,
+                            .details = true,
                             .mp4SubFormat = true,
                             .songTags = true,
                             .photoTags = true,
@@ -208,8 +303,8 @@ TEST(Wire, KeepsRequests) {
   ASSERT_TRUE(found);
   EXPECT_EQ(found->fileName, "a.mp4");
   EXPECT_EQ(found->query.container, ffmpeg::Depth::kStreamTimes);
-  EXPECT_TRUE(found->query.picture && found->query.mp4SubFormat);
   EXPECT_TRUE(found->query.songTags);
+  EXPECT_TRUE(found->query.picture && found->query.details && found->query.mp4SubFormat);
   EXPECT_FALSE(found->query.dsfTags);
   EXPECT_EQ(found->query.keyFrameAt, 7);
   EXPECT_FALSE(found->query.reportedKeyFrameAt);

@@ -17,7 +17,9 @@
 #include <string>
 #include <string_view>
 
+#include "media/film_tags.h"
 #include "media/source.h"
+#include "read/findings/findings.h"
 #include "read/tags/song_tags.h"
 #include "support/hostile_media.h"
 #include "support/temp_dir.h"
@@ -153,6 +155,15 @@ void songTags(const Path& path) {
     kolum::tags::readSongTags(*source);
 }
 
+// No entry point yet, but what documents are made of.
+void details(const Path& path) {
+  const auto source = kolum::media::Source::open(path.whole());
+  if (!source) return;
+  const auto found =
+      kolum::read::look(*source, {.container = kolum::ffmpeg::Depth::kStreams, .details = true});
+  if (found.container) kolum::media::filmTagsOf(*found.container);
+}
+
 struct EntryPoint {
   const char* name;
   void (*call)(const Path&);
@@ -162,13 +173,21 @@ struct EntryPoint {
 
 // The other stream queries read as GetAudioTrack does.
 constexpr EntryPoint kEntryPoints[] = {
-    {"GetVideoMetadata1", videoRecord},      {"GetVideoMetadata3", flatVideo, true},
-    {"ExplainDlnaProfile", explain, true},   {"GetAudioMetadata", song, true},
-    {"GetPhotoMetadata", photo, true},       {"GetPhotoHW", photoSize, true},
-    {"GetAudioTrack", audioTracks, true},    {"GetMediaInfo", mediaInfo},
-    {"getVideoKeyFrameTime", keyFrame},      {"GetDsfMetadata", dsdSong},
-    {"GetMp4SubFormat", subFormat},          {"CheckMp4MoovAtEnd", moovAtEnd},
-    {"GetVideoRotationDegree", rotation},    {"ProbeTsPacketSize", packetSize},
+    {"GetVideoMetadata1", videoRecord},
+    {"GetVideoMetadata3", flatVideo, true},
+    {"ExplainDlnaProfile", explain, true},
+    {"GetAudioMetadata", song, true},
+    {"GetPhotoMetadata", photo, true},
+    {"GetPhotoHW", photoSize, true},
+    {"GetAudioTrack", audioTracks, true},
+    {"GetMediaInfo", mediaInfo},
+    {"getVideoKeyFrameTime", keyFrame},
+    {"GetDsfMetadata", dsdSong},
+    {"GetMp4SubFormat", subFormat},
+    {"CheckMp4MoovAtEnd", moovAtEnd},
+    {"GetVideoRotationDegree", rotation},
+    {"ProbeTsPacketSize", packetSize},
+    {"details", details},
     {"readSongTags", songTags, false, true},
 };
 

@@ -102,7 +102,12 @@ std::string withRotateTag(const std::string& value) {
 
 nlohmann::json ffprobe(const std::string& path) {
   return nlohmann::json::parse(
-      mustRun({"ffprobe", "-v", "error", "-of", "json", "-show_format", "-show_streams", path}));
+      mustRun({"ffprobe", "-v", "error", "-of", "json", "-show_format", "-show_streams",
+               "-show_chapters", "-show_programs", path}));
+}
+
+nlohmann::json mediainfo(const std::string& path) {
+  return nlohmann::json::parse(mustRun({"mediainfo", "--Output=JSON", path}));
 }
 
 }  // namespace kolum::test

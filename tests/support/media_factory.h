@@ -28,8 +28,11 @@ std::string replaced(const std::string& path, const std::string& from, const std
 // A Matroska file whose video stream has a real "rotate" tag.
 std::string withRotateTag(const std::string& value);
 
-// ffprobe's report on a file's format and streams.
+// ffprobe's report on a file's format, streams, chapters and programs.
 nlohmann::json ffprobe(const std::string& path);
+
+// MediaInfo's report on a file.
+nlohmann::json mediainfo(const std::string& path);
 
 }  // namespace kolum::test
 

@@ -115,24 +115,28 @@ std::string withTrackMatrix(const std::string& mp4Path, const TrackMatrix& matri
   });
 }
 
-std::string withSphericalBox(const std::string& mp4Path, const std::string& projection) {
-  const std::string zeros(16, '\0');
-  const std::string sphere =
-      box("sv3d", fullBox("svhd", 0, 0, std::string("test") + '\0') +
-                      box("proj", fullBox("prhd", 0, 0, zeros.substr(0, 12)) +
-                                      fullBox(projection, 0, 0, zeros)));
+std::string withDescriptionBoxes(const std::string& mp4Path, const std::string& boxes) {
   const std::string name = std::filesystem::path(mp4Path).filename();
-  return made(name, "spherical " + mp4Path + sphere, [&](const std::string& path) {
+  return made(name, "boxes " + mp4Path + boxes, [&](const std::string& path) {
     std::string file = contentOf(mp4Path);
     std::vector<std::size_t> parents = {findBox(file, 0, file.size(), "moov")};
     for (const char* type : {"trak", "mdia", "minf", "stbl", "stsd"})
       parents.push_back(findChild(file, parents.back(), type));
     // The first sample description, after version, flags and the number of descriptions.
     parents.push_back(parents.back() + kHeaderSize + 8);
-    file.insert(parents.back() + sizeAt(file, parents.back()), sphere);
-    for (const std::size_t parent : parents) growBox(file, parent, sphere.size());
+    file.insert(parents.back() + sizeAt(file, parents.back()), boxes);
+    for (const std::size_t parent : parents) growBox(file, parent, boxes.size());
     writeFile(path, file);
   });
+}
+
+std::string withSphericalBox(const std::string& mp4Path, const std::string& projection) {
+  const std::string zeros(16, '\0');
+  const std::string sphere =
+      box("sv3d", fullBox("svhd", 0, 0, std::string("test") + '\0') +
+                      box("proj", fullBox("prhd", 0, 0, zeros.substr(0, 12)) +
+                                      fullBox(projection, 0, 0, zeros)));
+  return withDescriptionBoxes(mp4Path, sphere);
 }
 
 }  // namespace kolum::test

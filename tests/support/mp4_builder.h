@@ -39,6 +39,9 @@ TrackMatrix rotationMatrix(int degrees, bool flipped = false);
 // first track.
 std::string withTrackMatrix(const std::string& mp4Path, const TrackMatrix& matrix);
 
+// A copy with these boxes at the end of the first sample description of its first track.
+std::string withDescriptionBoxes(const std::string& mp4Path, const std::string& boxes);
+
 // A copy whose first track, a video, is marked as spherical: "equi" (equirectangular) or "cbmp"
 // (the six sides of a cube).
 std::string withSphericalBox(const std::string& mp4Path, const std::string& projection = "equi");

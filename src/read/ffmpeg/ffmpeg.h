@@ -12,13 +12,20 @@ extern "C" {
 #endif
 #include <libavformat/avformat.h>
 #include <libavutil/avutil.h>
+#include <libavutil/channel_layout.h>
 #include <libavutil/dict.h>
 #include <libavutil/display.h>
+#if __has_include(<libavutil/dovi_meta.h>)
+#include <libavutil/dovi_meta.h>  // since 4.4
+#endif
 #include <libavutil/imgutils.h>
+#include <libavutil/mastering_display_metadata.h>
 #include <libavutil/mathematics.h>
 #include <libavutil/pixdesc.h>
 #include <libavutil/rational.h>
+#include <libavutil/samplefmt.h>
 #include <libavutil/spherical.h>
+#include <libavutil/stereo3d.h>
 }
 
 #include <algorithm>
@@ -26,6 +33,7 @@ extern "C" {
 #include <cstdint>
 #include <optional>
 #include <span>
+#include <string>
 
 namespace kolum::ffmpeg::release {
 
@@ -63,6 +71,28 @@ inline int channels(const AVCodecParameters& parameters) {
   return parameters.channels;
 #else
   return parameters.ch_layout.nb_channels;
+#endif
+}
+
+// FFmpeg's name of the channels' places; empty when unknown.
+inline std::string channelLayoutName(const AVCodecParameters& parameters) {
+  char name[64] = {};
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(59, 24, 100)
+  if (parameters.channel_layout == 0) return "";
+  av_get_channel_layout_string(name, sizeof name, parameters.channels, parameters.channel_layout);
+#else
+  if (parameters.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC) return "";
+  if (av_channel_layout_describe(&parameters.ch_layout, name, sizeof name) < 0) return "";
+#endif
+  return name;
+}
+
+// Marked since 58.42.
+inline bool isStillImage([[maybe_unused]] const AVStream& stream) {
+#ifdef AV_DISPOSITION_STILL_IMAGE
+  return (stream.disposition & AV_DISPOSITION_STILL_IMAGE) != 0;
+#else
+  return false;
 #endif
 }
 
@@ -109,6 +139,38 @@ inline SideData sideData(const AVStream& stream, int index) {
   return {entry.type, entry.data, entry.size};
 }
 #endif
+
+// The side data of this type of a stream; no bytes if there is none.
+inline std::span<const std::uint8_t> sideDataOf(const AVStream& stream, AVPacketSideDataType type) {
+  for (int i = 0; i < sideDataCount(stream); ++i)
+    if (const SideData data = sideData(stream, i); data.type == type) return {data.data, data.size};
+  return {};
+}
+
+// Containers' configurations of Dolby Vision are read since 4.4.
+#if __has_include(<libavutil/dovi_meta.h>)
+using DolbyVisionRecord = AVDOVIDecoderConfigurationRecord;
+inline std::span<const std::uint8_t> dolbyVisionOf(const AVStream& stream) {
+  return sideDataOf(stream, AV_PKT_DATA_DOVI_CONF);
+}
+#else
+struct DolbyVisionRecord {
+  std::uint8_t dv_version_major, dv_version_minor, dv_profile, dv_level, rpu_present_flag,
+      el_present_flag, bl_present_flag, dv_bl_signal_compatibility_id;
+};
+inline std::span<const std::uint8_t> dolbyVisionOf(const AVStream& /*stream*/) {
+  return {};
+}
+#endif
+
+// Side data with dynamic metadata is known to packets since 5.0.
+inline bool isHdr10Plus([[maybe_unused]] const AVPacketSideData& data) {
+#if LIBAVCODEC_VERSION_INT < AV_VERSION_INT(59, 18, 100)
+  return false;
+#else
+  return data.type == AV_PKT_DATA_DYNAMIC_HDR10_PLUS;
+#endif
+}
 
 // At most so many bytes make a packet of 16-bit samples in a WAV file: since 60 up to a tenth of a
 // second.

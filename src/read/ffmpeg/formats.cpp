@@ -229,6 +229,11 @@ bool isCover(const AVStream& stream) {
   return (stream.disposition & AV_DISPOSITION_ATTACHED_PIC) != 0;
 }
 
+bool isStillPictureFile(const AVFormatContext& context) {
+  const std::string_view name = context.iformat->name;
+  return name.ends_with("_pipe") || name == "image2";
+}
+
 bool isForeignPicture(const AVFormatContext& context) {
   constexpr std::string_view kByName = "image2";
   return context.iformat->name == kByName && context.nb_streams == 1 &&

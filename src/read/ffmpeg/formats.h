@@ -24,6 +24,9 @@ bool isAllowedCodec(const AVStream& stream);
 // Whether a stream is the cover of a song or film.
 bool isCover(const AVStream& stream);
 
+// Whether an opened file is a still picture.
+bool isStillPictureFile(const AVFormatContext& context);
+
 // Whether an opened file has no stream but pictures of a kind that is not allowed.
 bool isForeignPicture(const AVFormatContext& context);
 

@@ -26,13 +26,13 @@ void readStreams(const Context& context) {
 }
 
 // The same with a shortcut. False if another way has to be taken.
-bool readStreamsFromHeaders(const Context& context, const media::Source& source,
-                            Shortcuts allowed) {
+bool readStreamsFromHeaders(const Context& context, const media::Source& source, Shortcuts allowed,
+                            FirstPictures* pictures) {
   beginOperationOf(context);
   Shortcut shortcut(*context.format, source, allowed);
   shortcut.fill();
   avformat_find_stream_info(context.format.get(), shortcut.options());
-  return shortcut.isSound();
+  return shortcut.isSound(pictures);
 }
 
 std::optional<Context> openFile(const media::Source& source) {
@@ -41,30 +41,39 @@ std::optional<Context> openFile(const media::Source& source) {
 
 }  // namespace
 
-Input::Input(Context context, Depth depth) : context_(std::move(context)) {
+Input::Input(Context context, Depth depth, std::optional<FirstPictures>& pictures)
+    : context_(std::move(context)) {
   if (depth != Depth::kHeader) readStreams(context_);
   container_ = containerOf(*raw());
+  if (!pictures) return;
+  beginOperation();
+  pictures->readOn(*raw());
+  addDetails(*raw(), *pictures, container_);
 }
 
-std::optional<Input> Input::open(const media::Source& source, Depth depth) {
+std::optional<Input> Input::open(const media::Source& source, Depth depth, Details details) {
   headers::blankInflatingTags(source);
+  std::optional<FirstPictures> pictures;
+  if (details == Details::kWanted && depth == Depth::kStreams) pictures.emplace();
   auto context = openFile(source);
   if (!context) return std::nullopt;
   if (depth == Depth::kHeader || !headers::mayTakeShortcuts())
-    return Input(std::move(*context), depth);
+    return Input(std::move(*context), depth, pictures);
   const Shortcuts allowed = depth == Depth::kStreams ? Shortcuts::kAll : Shortcuts::kStillPictures;
-  if (readStreamsFromHeaders(*context, source, allowed))
-    return Input(std::move(*context), Depth::kHeader);
+  if (readStreamsFromHeaders(*context, source, allowed, pictures ? &*pictures : nullptr))
+    return Input(std::move(*context), Depth::kHeader, pictures);
   context.reset();
+  if (pictures) pictures.emplace();
   auto again = openFile(source);
   if (!again) return std::nullopt;
-  return Input(std::move(*again), depth);
+  return Input(std::move(*again), depth, pictures);
 }
 
 std::optional<Input> Input::openUrl(const char* url, Depth depth) {
   AVFormatContext* context = nullptr;
   if (avformat_open_input(&context, url, nullptr, nullptr) != 0) return std::nullopt;
-  return Input(Context(nullptr, context), depth);
+  std::optional<FirstPictures> noPictures;
+  return Input(Context(nullptr, context), depth, noPictures);
 }
 
 AVStream* Input::raw(const media::Stream& stream) const {
@@ -75,9 +84,10 @@ void Input::beginOperation() const {
   beginOperationOf(context_);
 }
 
-std::optional<media::Container> readContainer(const std::string& path, Depth depth) {
+std::optional<media::Container> readContainer(const std::string& path, Depth depth,
+                                              Details details) {
   const auto source = media::Source::open(path);
-  auto input = source ? Input::open(*source, depth) : std::nullopt;
+  auto input = source ? Input::open(*source, depth, details) : std::nullopt;
   if (!input) return std::nullopt;
   return std::move(*input).takeContainer();
 }

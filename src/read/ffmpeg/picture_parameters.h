@@ -3,12 +3,22 @@
 #define KOLUM_READ_FFMPEG_PICTURE_PARAMETERS_H
 
 #include <cstdint>
+#include <optional>
 
 #include "media/rational.h"
 
 namespace kolum::ffmpeg {
 
 inline constexpr int kUnknownProfile = -99;  // or level
+
+// What is empty is not stated, and the container's counts.
+struct ColourParameters {
+  std::optional<bool> isFullRange = {};
+  std::optional<int> primaries = {};
+  std::optional<int> transfer = {};
+  std::optional<int> matrix = {};
+  std::optional<int> chromaLocation = {};
+};
 
 struct PictureParameters {
   int width = 0;
@@ -21,6 +31,7 @@ struct PictureParameters {
   // A picture takes two units of a clock that ticks so often per second; 0 when not stated.
   std::uint32_t ticksPerSecond = 0;
   std::uint32_t unitTicks = 0;
+  ColourParameters colours = {};
 };
 
 }  // namespace kolum::ffmpeg

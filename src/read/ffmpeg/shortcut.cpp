@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstring>
-#include <memory>
 #include <span>
 #include <string>
 #include <string_view>
@@ -13,6 +12,7 @@
 #include "read/ffmpeg/ffmpeg.h"
 #include "read/ffmpeg/formats.h"
 #include "read/ffmpeg/header_decoder.h"
+#include "read/ffmpeg/owned_packet.h"
 #include "read/ffmpeg/source_reader.h"  // for the context's destructor
 #include "read/ffmpeg/values.h"
 #include "read/headers/h264.h"
@@ -29,11 +29,6 @@ constexpr int kMostPackets = 500;
 // FFmpeg looks at the second packet of a transport stream's streams, too, for their frame rate.
 constexpr int kPacketsOfTransportStream = 2;
 
-struct PacketDeleter {
-  void operator()(AVPacket* packet) const { av_packet_free(&packet); }
-};
-using OwnedPacket = std::unique_ptr<AVPacket, PacketDeleter>;
-
 bool isDemuxer(const AVFormatContext& context, std::string_view name) {
   return context.iformat->name == name;
 }
@@ -47,11 +42,6 @@ Bytes extraDataOf(const AVStream& stream) {
   const AVCodecParameters& parameters = *stream.codecpar;
   if (parameters.extradata == nullptr || parameters.extradata_size <= 0) return {};
   return {parameters.extradata, static_cast<std::size_t>(parameters.extradata_size)};
-}
-
-bool isStillPictureFile(const AVFormatContext& context) {
-  const std::string_view name = context.iformat->name;
-  return name.ends_with("_pipe") || name == "image2";
 }
 
 // Whether a packet can be what its stream's parameters say.
@@ -74,6 +64,37 @@ bool isOfAnotherSize(const AVCodecParameters& parameters, int width, int height)
   return parameters.width != 0 && (parameters.width != width || parameters.height != height);
 }
 
+// Numbers that FFmpeg has no name for count as not stated.
+ColourParameters coloursOf(const headers::H264Parameters& sps) {
+  ColourParameters colours = {.isFullRange = sps.isFullRange};
+  if (const auto& stated = sps.colours) {
+    colours.primaries =
+        stated->primaries < AVCOL_PRI_NB ? stated->primaries : AVCOL_PRI_UNSPECIFIED;
+    colours.transfer = stated->transfer < AVCOL_TRC_NB ? stated->transfer : AVCOL_TRC_UNSPECIFIED;
+    colours.matrix = stated->matrix < AVCOL_SPC_NB ? stated->matrix : AVCOL_SPC_UNSPECIFIED;
+  }
+  if (sps.chromaLocation && *sps.chromaLocation < AVCHROMA_LOC_NB - 1)
+    colours.chromaLocation = *sps.chromaLocation + 1;
+  return colours;
+}
+
+// In the order of VP9's numbers.
+constexpr AVColorSpace kVp9Matrices[] = {
+    AVCOL_SPC_UNSPECIFIED, AVCOL_SPC_BT470BG,    AVCOL_SPC_BT709,    AVCOL_SPC_SMPTE170M,
+    AVCOL_SPC_SMPTE240M,   AVCOL_SPC_BT2020_NCL, AVCOL_SPC_RESERVED, AVCOL_SPC_RGB};
+
+void applyColours(const ColourParameters& colours, AVCodecParameters& parameters) {
+  if (colours.isFullRange)
+    parameters.color_range = *colours.isFullRange ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+  if (colours.primaries)
+    parameters.color_primaries = static_cast<AVColorPrimaries>(*colours.primaries);
+  if (colours.transfer)
+    parameters.color_trc = static_cast<AVColorTransferCharacteristic>(*colours.transfer);
+  if (colours.matrix) parameters.color_space = static_cast<AVColorSpace>(*colours.matrix);
+  if (colours.chromaLocation)
+    parameters.chroma_location = static_cast<AVChromaLocation>(*colours.chromaLocation);
+}
+
 PictureParameters parametersOf(const headers::H264Parameters& sps) {
   return {.width = sps.width,
           .height = sps.height,
@@ -83,7 +104,8 @@ PictureParameters parametersOf(const headers::H264Parameters& sps) {
           .sampleAspect = sps.sampleAspect,
           .heldBackPictures = sps.heldBackPictures.value_or(0),
           .ticksPerSecond = sps.ticksPerSecond,
-          .unitTicks = sps.unitTicks};
+          .unitTicks = sps.unitTicks,
+          .colours = coloursOf(sps)};
 }
 
 // Larger than any level of the standard allows. Nobody encodes such pictures: the header counts,
@@ -114,7 +136,7 @@ bool isVp9Container(const AVFormatContext& context) {
 // In microseconds.
 std::optional<std::int64_t> timeOf(const AVStream& stream, const AVPacket& packet) {
   if (packet.dts == AV_NOPTS_VALUE) return std::nullopt;
-  return av_rescale_q(packet.dts, stream.time_base, AVRational{1, AV_TIME_BASE});
+  return av_rescale_q(packet.dts, stream.time_base, {1, AV_TIME_BASE});
 }
 
 // While FFmpeg waits for a stream that begins later than others, it measures these for longer.
@@ -296,12 +318,14 @@ std::optional<PictureParameters> Shortcut::vp9Picture(const AVStream& stream) co
   const headers::Vp9Parameters& found = *ahead->second.vp9;
   const AVCodecParameters& parameters = *stream.codecpar;
   if (parameters.width != found.width || parameters.height != found.height) return std::nullopt;
-  return PictureParameters{.width = found.width,
-                           .height = found.height,
-                           .pixelFormat = av_get_pix_fmt(found.pixelFormat),
-                           .profile = found.profile,
-                           .level = parameters.level,
-                           .sampleAspect = rationalOf(parameters.sample_aspect_ratio)};
+  return PictureParameters{
+      .width = found.width,
+      .height = found.height,
+      .pixelFormat = av_get_pix_fmt(found.pixelFormat),
+      .profile = found.profile,
+      .level = parameters.level,
+      .sampleAspect = rationalOf(parameters.sample_aspect_ratio),
+      .colours = {.isFullRange = found.isFullRange, .matrix = kVp9Matrices[found.colourSpace]}};
 }
 
 std::optional<PictureParameters> Shortcut::stillPicture(const AVStream& stream) const {
@@ -362,6 +386,7 @@ void Shortcut::apply(const FilledStream& filled) {
   parameters.profile = picture.profile;
   parameters.level = picture.level;
   parameters.sample_aspect_ratio = {picture.sampleAspect.num, picture.sampleAspect.den};
+  applyColours(picture.colours, parameters);
   parameters.video_delay = std::max(parameters.video_delay, picture.heldBackPictures);
   filled_.push_back(filled);
   if (isH264(filled.index)) leaveOutH264(filled.index);
@@ -382,14 +407,14 @@ void Shortcut::leaveOutH264(unsigned index) {
   if (isDemuxer(context_, media::kDemuxerMatroska)) context_.max_ts_probe = 1;
 }
 
-bool Shortcut::isSound() {
+bool Shortcut::isSound(FirstPictures* pictures) {
   if (filled_.empty() && expectedPackets_.empty()) return true;
   if (mayHaveEndedEarly()) return false;
   for (unsigned i = streamCount_; i < context_.nb_streams; ++i)
     if (context_.streams[i]->codecpar->codec_type == AVMEDIA_TYPE_VIDEO) return false;
   return std::all_of(filled_.begin(), filled_.end(),
                      [this](const FilledStream& each) { return keepsPromises(each); }) &&
-         hasExpectedPackets();
+         hasExpectedPackets(pictures);
 }
 
 // At the end of a file, FFmpeg gets the last packets of all streams at once. Without a decoder that
@@ -422,17 +447,19 @@ bool Shortcut::keepsPromises(const FilledStream& filled) const {
 // Whether the first packets are what the headers promised. Takes them from those that reading the
 // stream information left behind, and from nowhere else: FFmpeg gives up after some seconds or
 // megabytes, and knows nothing about a stream that begins later.
-bool Shortcut::hasExpectedPackets() {
+bool Shortcut::hasExpectedPackets(FirstPictures* pictures) {
   if (expectedPackets_.empty()) return true;  // others read on where FFmpeg has stopped
   // FFmpeg looks at the end of a transport stream, and then reads it from its beginning again.
   const bool areLeft = !isDemuxer(context_, media::kDemuxerMpegTs);
   auto left = expectedPackets_;
   const OwnedPacket packet(av_packet_alloc());
+  const std::int64_t position = avio_tell(context_.pb);
   // Wherever it reads on, it leaves the beginning.
   if (packet == nullptr || (areLeft && avio_seek(context_.pb, 0, SEEK_SET) != 0)) return false;
   for (int i = 0; !left.empty(); ++i) {
     if (i >= kMostPackets || av_read_frame(&context_, packet.get()) < 0) return false;
     if (areLeft && avio_tell(context_.pb) != 0) return false;
+    if (pictures != nullptr) pictures->look(*context_.streams[packet->stream_index], *packet);
     const auto found = left.find(packet->stream_index);
     const bool isWanted = found != left.end();
     const bool isGood =
@@ -441,7 +468,8 @@ bool Shortcut::hasExpectedPackets() {
     av_packet_unref(packet.get());
     if (!isGood) return false;
   }
-  return true;
+  // Whoever looks at pictures may read on.
+  return pictures == nullptr || !areLeft || avio_seek(context_.pb, position, SEEK_SET) >= 0;
 }
 
 }  // namespace kolum::ffmpeg

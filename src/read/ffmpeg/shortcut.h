@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "media/source.h"
+#include "read/ffmpeg/first_pictures.h"
 #include "read/ffmpeg/picture_parameters.h"
 #include "read/headers/h264.h"
 #include "read/headers/vp9.h"
@@ -38,8 +39,8 @@ class Shortcut {
   void fill();
   // One for each stream; null if there are none.
   AVDictionary** options();
-  // Reads on in the file.
-  bool isSound();
+  // Reads on in the file. Shows its packets to PICTURES, if given.
+  bool isSound(FirstPictures* pictures);
 
  private:
   struct FilledStream {
@@ -71,7 +72,7 @@ class Shortcut {
   void leaveOutH264(unsigned index);
   bool mayHaveEndedEarly() const;
   bool keepsPromises(const FilledStream& filled) const;
-  bool hasExpectedPackets();
+  bool hasExpectedPackets(FirstPictures* pictures);
 
   AVFormatContext& context_;
   const media::Source& source_;

@@ -26,6 +26,9 @@ struct Query {
   std::optional<ffmpeg::Depth> container = {};
   // The picture, if the file is a still one whose header says it; the container is not read then.
   bool picture = false;
+  // The details of the container's streams, its chapters and programs. Only with the container,
+  // read to kStreams.
+  bool details = false;
   // If the container is wanted, too: only of MP4.
   bool mp4SubFormat = false;
   // If the container is wanted, too: only of transport streams.

@@ -23,7 +23,8 @@ std::optional<Picture> pictureOf(const media::Source& source) {
 }
 
 void readContainer(const media::Source& source, const Query& query, Findings& found) {
-  auto input = ffmpeg::Input::open(source, *query.container);
+  const auto details = query.details ? ffmpeg::Details::kWanted : ffmpeg::Details::kLeftOut;
+  auto input = ffmpeg::Input::open(source, *query.container, details);
   if (!input) return;
   const media::Stream* video = input->container().first(media::StreamType::kVideo);
   if (query.keyFrameAt && video != nullptr)
@@ -45,6 +46,7 @@ Query both(const Query& one, const Query& other) {
   const auto either = [](const auto& first, const auto& second) { return first ? first : second; };
   return {.container = either(one.container, other.container),
           .picture = one.picture || other.picture,
+          .details = one.details || other.details,
           .mp4SubFormat = one.mp4SubFormat || other.mp4SubFormat,
           .transportPackets = one.transportPackets || other.transportPackets,
           .moovPosition = one.moovPosition || other.moovPosition,

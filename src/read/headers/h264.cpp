@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "base/bytes.h"
+#include "read/headers/nal_units.h"
 
 namespace kolum::headers {
 
@@ -89,22 +90,6 @@ constexpr auto kSampleAspects = std::to_array<media::Rational>({{0, 1},
                                                                 {4, 3},
                                                                 {3, 2},
                                                                 {2, 1}});
-
-// Without the bytes that keep start codes from appearing inside a NAL unit.
-std::vector<std::uint8_t> payloadOf(Bytes nalUnit) {
-  std::vector<std::uint8_t> payload;
-  payload.reserve(nalUnit.size());
-  int zeros = 0;
-  for (const std::uint8_t byte : nalUnit) {
-    if (zeros >= 2 && byte == 3) {
-      zeros = 0;
-      continue;
-    }
-    zeros = byte == 0 ? zeros + 1 : 0;
-    payload.push_back(byte);
-  }
-  return payload;
-}
 
 // Reads an SPS field by field; any value out of the ordinary ends it.
 class SpsReader {
@@ -212,10 +197,7 @@ class SpsReader {
     if (bits_.bit()) readSampleAspect();
     if (bits_.bit()) bits_.skip(1);  // overscan
     if (bits_.bit()) readRange();
-    if (bits_.bit()) {  // where colours are sampled
-      bits_.unsignedCode();
-      bits_.unsignedCode();
-    }
+    readChromaLocation();
     if (bits_.bit()) {
       found_.unitTicks = bits_.bits(32);
       found_.ticksPerSecond = bits_.bits(32);
@@ -245,12 +227,26 @@ class SpsReader {
   }
 
   void readRange() {
-    constexpr unsigned kRgb = 0;
+    constexpr int kRgb = 0;
     bits_.skip(3);
     isFullRange_ = bits_.bit();
+    found_.isFullRange = isFullRange_;
     if (!bits_.bit()) return;
-    bits_.skip(16);
-    require(bits_.bits(8) != kRgb);
+    H264Colours colours;
+    for (int* number : {&colours.primaries, &colours.transfer, &colours.matrix})
+      *number = static_cast<int>(bits_.bits(8));
+    require(colours.matrix != kRgb);
+    found_.colours = colours;
+  }
+
+  void readChromaLocation() {
+    constexpr std::uint32_t kMost = 5;
+    found_.chromaLocation = 0;
+    if (!bits_.bit()) return;
+    const std::uint32_t ofTopField = bits_.unsignedCode();
+    bits_.unsignedCode();
+    require(ofTopField <= kMost);
+    if (isOrdinary_) found_.chromaLocation = static_cast<int>(ofTopField);
   }
 
   void skipBufferTimes() {
@@ -285,14 +281,6 @@ class SpsReader {
   bool isInDecodingOrder_ = false;
   bool isFullRange_ = false;
 };
-
-// Where the next start code (00 00 01) begins at or after a position; the end if there is none.
-std::size_t startCodeAfter(Bytes stream, std::size_t from) {
-  constexpr std::array<std::uint8_t, 3> kStartCode = {0, 0, 1};
-  const auto rest = stream.subspan(from);
-  const auto found = std::search(rest.begin(), rest.end(), kStartCode.begin(), kStartCode.end());
-  return from + static_cast<std::size_t>(found - rest.begin());
-}
 
 Bytes withoutTrailingZeros(Bytes nalUnit) {
   while (!nalUnit.empty() && nalUnit.back() == 0) nalUnit = nalUnit.first(nalUnit.size() - 1);

@@ -10,6 +10,13 @@
 
 namespace kolum::headers {
 
+// In the numbers of ITU-T H.273.
+struct H264Colours {
+  int primaries = 0;
+  int transfer = 0;
+  int matrix = 0;
+};
+
 // As FFmpeg's decoder reports it after the first pictures.
 struct H264Parameters {
   int width = 0;
@@ -23,6 +30,11 @@ struct H264Parameters {
   // A picture takes two units of a clock that ticks so often per second; 0 when not stated.
   std::uint32_t ticksPerSecond = 0;
   std::uint32_t unitTicks = 0;
+  std::optional<bool> isFullRange;  // of the values of colours
+  std::optional<H264Colours> colours;
+  // Where colours are sampled, in the numbers of the standard; the default counts as stated once
+  // there is any usability information.
+  std::optional<int> chromaLocation;
 };
 
 // Reads one NAL unit without its start code. Empty for anything unusual, which only the decoder can

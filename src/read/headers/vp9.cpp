@@ -72,12 +72,14 @@ class KeyFrameReader {
     constexpr unsigned kRgb = 7;
     const bool isFurtherProfile = found_.profile % 2 != 0;  // with other than 4:2:0
     const unsigned depth = found_.profile < 2 ? 0 : 1 + static_cast<unsigned>(bits_.bit());
-    if (bits_.bits(3) == kRgb) {
+    found_.colourSpace = bits_.bits(3);
+    if (found_.colourSpace == kRgb) {
+      found_.isFullRange = true;
       require(isFurtherProfile && !bits_.bit());
       found_.pixelFormat = kRgbFormats[depth];
       return;
     }
-    bits_.skip(1);  // the range of values
+    found_.isFullRange = bits_.bit();
     bool hasHalfColumns = true;
     bool hasHalfRows = true;
     if (isFurtherProfile) {

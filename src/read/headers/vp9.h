@@ -14,6 +14,8 @@ struct Vp9Parameters {
   int height = 0;
   const char* pixelFormat = "";  // FFmpeg's name
   int profile = 0;
+  unsigned colourSpace = 0;  // in the numbers of the header, 0 to 7
+  bool isFullRange = false;  // of the values of colours
 };
 
 // Reads a packet that holds one key frame which is shown. Empty for anything else, and for anything
