@@ -43,7 +43,7 @@ std::string exifCopyright(const Metadata& metadata) {
   const std::string_view text = textOf(bytes);
   const std::string photographer = paddedText(text);
   const std::size_t end = text.find('\0');
-  const std::string editor = end == text.npos ? "" : paddedText(text.substr(end + 1));
+  std::string editor = end == text.npos ? "" : paddedText(text.substr(end + 1));
   if (isBlank(photographer)) return editor;
   return isBlank(editor) ? photographer : limited(photographer + "; " + editor);
 }

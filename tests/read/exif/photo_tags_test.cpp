@@ -143,7 +143,7 @@ TEST(PhotoTags, NameTheLensFromTheCamerasNotes) {
                       {exifBytes(0x927C, nikonNotes(notes))})
         .lensModel;
   };
-  EXPECT_EQ(lensOf('\x76'), "Nikon AF Nikkor 50mm f/1.8D");
+  EXPECT_EQ(lensOf('\x01'), "Nikon AF Nikkor 50mm f/1.8");
   // No lens has it.
   EXPECT_EQ(lensOf('\x77'), "");
 }
