@@ -35,6 +35,7 @@ class Description {
  public:
   Description(const MediaPath& path, const Options& options) : path_(path), options_(options) {
     document_.path = path;
+    document_.hasDetails = options.wantsDetails;
   }
 
   Document run() && {
@@ -117,7 +118,7 @@ void Description::video() {
                                                  .fileName = path_.name,
                                                  .audioStreamIndex = options_.audioStream,
                                                  .wantsAspect = true,
-                                                 .reading = reading({})},
+                                                 .reading = reading({.details = true})},
                                                 probe::kRecordPolicy);
   document_.trace = std::move(result.trace);
   if (!result.succeeded || result.failure) return fail(result.failure, Wanted::kVideo);
@@ -126,8 +127,8 @@ void Description::video() {
 }
 
 void Description::song() {
-  probe::SongResult result =
-      probe::probeSong(path_.full(), path_.name, options_.toolFolder, reading({}));
+  probe::SongResult result = probe::probeSong(path_.full(), path_.name, options_.toolFolder,
+                                              reading({.details = true, .songTags = true}));
   document_.trace = std::move(result.trace);
   document_.song = songOf(result);
   if (!document_.song || result.failure) return fail(result.failure, Wanted::kSong);
@@ -135,7 +136,7 @@ void Description::song() {
 }
 
 void Description::photo() {
-  probe::PhotoResult result = probe::probePhoto(path_.full(), reading({}));
+  probe::PhotoResult result = probe::probePhoto(path_.full(), reading({.photoTags = true}));
   const bool isKnown = result.picture && !result.picture->pixelFormatName.empty();
   if (!isKnown || result.failure) return fail(result.failure, Wanted::kPicture);
   document_.photo = std::move(result.picture);

@@ -42,6 +42,7 @@ struct Document {
   std::optional<probe::VideoFacts> video;
   std::optional<Song> song;
   std::optional<probe::PhotoFacts> photo;
+  bool hasDetails = false;  // tags, streams and chapters were asked for
   read::Findings found;
 
   std::vector<Warning> warnings;

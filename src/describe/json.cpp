@@ -13,8 +13,9 @@ namespace {
 using Json = nlohmann::ordered_json;
 
 const auto& parts() {
-  static const auto kParts = std::to_array<Part>(
-      {filePart(), mediaPart(), videoPart(), soundPart(), discPart(), photoPart(), problemPart()});
+  static const auto kParts =
+      std::to_array<Part>({filePart(), mediaPart(), filmPart(), videoPart(), soundPart(),
+                           songPart(), discPart(), photoPart(), streamPart(), problemPart()});
   return kParts;
 }
 

@@ -18,9 +18,12 @@ struct Part {
 Part filePart();
 Part mediaPart();
 Part videoPart();
+Part filmPart();
 Part soundPart();
+Part songPart();
 Part discPart();
 Part photoPart();
+Part streamPart();
 Part problemPart();
 
 }  // namespace kolum::describe

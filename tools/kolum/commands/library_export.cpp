@@ -5,7 +5,9 @@
 #include <vector>
 
 #include "commands/library.h"
+#include "files/csv.h"
 #include "files/documents.h"
+#include "files/fields.h"
 #include "files/library.h"
 #include "terminal/text.h"
 
@@ -70,31 +72,8 @@ constexpr Column kColumns[] = {
     {"year", "/year"},
 };
 
-constexpr std::string_view kLineEnd = "\r\n";
-
-// By RFC 4180.
-std::string field(const std::string& text) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) return text;
-  std::string quoted = "\"";
-  for (const char c : text) {
-    if (c == '"') quoted += c;
-    quoted += c;
-  }
-  return quoted + '"';
-}
-
-// Bytes of paths that are not UTF-8 become U+FFFD, as in JSON.
-std::string replaced(const Json& text) {
-  return Json::parse(text.dump(-1, ' ', false, Json::error_handler_t::replace)).get<std::string>();
-}
-
 std::string valueText(const Json& object, const Json::json_pointer& place) {
-  if (!object.contains(place)) return "";
-  const Json& value = object.at(place);
-  if (value.is_null()) return "";
-  if (!value.is_string()) return value.dump();
-  std::string text = value.get<std::string>();
-  return isUtf8(text) ? text : replaced(value);
+  return object.contains(place) ? plainText(object.at(place)) : "";
 }
 
 const std::vector<Json::json_pointer>& places() {
@@ -106,25 +85,16 @@ const std::vector<Json::json_pointer>& places() {
   return kPlaces;
 }
 
-std::string lineOf(const std::vector<std::string>& values) {
-  std::string line;
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    if (i > 0) line += ',';
-    line += field(values[i]);
-  }
-  return line.append(kLineEnd);
-}
-
 std::string header() {
   std::vector<std::string> titles;
   for (const Column& column : kColumns) titles.emplace_back(column.title);
-  return lineOf(titles);
+  return csvRow(titles);
 }
 
 std::string row(const Json& object) {
   std::vector<std::string> values;
   for (const Json::json_pointer& place : places()) values.push_back(valueText(object, place));
-  return lineOf(values);
+  return csvRow(values);
 }
 
 void run(Context& context, const Options& options) {

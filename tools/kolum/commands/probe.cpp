@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "base/trace.h"
+#include "files/csv.h"
 #include "files/document_text.h"
 #include "files/media_files.h"
 #include "machine/library.h"
@@ -20,6 +21,8 @@ namespace {
 struct Options {
   MediaFileArguments files;
   int audioStream = 0;
+  std::string fields;
+  View view;
 };
 
 struct ForcedKind {
@@ -52,22 +55,37 @@ const ForcedKind* forcedKind(FileArguments& files) {
   return nullptr;
 }
 
-Description description(const describe::MediaPath& path, const describe::Options& options) {
+// What the options choose, and the titles of a table.
+void begin(Context& context, Options& options) {
+  if (!options.fields.empty()) options.view.fields.emplace(options.fields);
+  if (!options.view.isCsv) return;
+  if (context.json) throw UsageError("--json and --csv exclude each other");
+  std::vector<std::string> titles =
+      (options.view.fields ? *options.view.fields : usualFields()).names();
+  if (titles.front() != "file") titles.insert(titles.begin(), "file");
+  context.printer.raw(csvRow(titles));
+}
+
+Description description(const describe::MediaPath& path, const describe::Options& options,
+                        const View& view) {
   const describe::Document document = documentOf(path, options);
   write(document.trace);
   if (document.failure) return *document.failure;
-  return resultOf(document);
+  return resultOf(document, view);
 }
 
 void run(Context& context, Options& options) {
   const ForcedKind* forced = forcedKind(options.files.names);
+  begin(context, options);
   const unsigned kinds = forced != nullptr
                              ? forced->bit
                              : MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC | MEDIA_KIND_BIT_PHOTO;
   describeMediaFiles(context, options.files, kinds, [&](const MediaFile& file) {
-    return description(file.path, {.kind = forced != nullptr ? forced->kind : file.kind,
-                                   .byContent = options.files.byContent,
-                                   .audioStream = options.audioStream});
+    return description(file.path,
+                       {.kind = forced != nullptr ? forced->kind : file.kind,
+                        .byContent = options.files.byContent,
+                        .audioStream = options.audioStream},
+                       options.view);
   });
 }
 
@@ -83,6 +101,10 @@ Action defineProbe(Syntax& syntax) {
   auto options = std::make_shared<Options>();
   addMediaFileArguments(syntax, options->files, kindWords);
   addAudioStreamOption(syntax, options->audioStream);
+  syntax.option("--fields", {"KEY,..."}, options->fields,
+                "Only these keys: title, position.latitude, streams.language");
+  syntax.flag("--csv", options->view.isCsv, "Prints a table of comma-separated values (RFC 4180)");
+  syntax.flag("-v,--verbose", options->view.isVerbose, "Prints every key");
   syntax.help(
       "Describes media files. A folder stands for the media in it; one with a DVD\n"
       "(VIDEO_TS.IFO) or a Blu-ray disc (index.bdmv) is one video. The kind of a file follows "
@@ -92,6 +114,8 @@ Action defineProbe(Syntax& syntax) {
       "--all decides by each file's content instead.\n"
       "\nExamples:\n"
       "  kolum probe Movies/ holiday.mp4\n"
+      "  kolum probe -v song.flac\n"
+      "  kolum probe --csv --fields title,artist,duration Music/\n"
       "  kolum probe video recording.dat\n"
       "  kolum probe --all --exclude Trailers --exclude '*.tmp' /share\n"
       "  find /share -name '*.mkv' -print0 | kolum probe --json -");

@@ -19,6 +19,7 @@
 #include "files/media_files.h"
 #include "isolation/isolation.h"
 #include "machine/library.h"
+#include "machine/memory.h"
 #include "read/disc/disc.h"
 #include "terminal/output.h"
 
@@ -87,6 +88,7 @@ scan::Outcome outcomeOf(const scan::Job& job, bool byContent, bool opensImages) 
 scan::Prober fileProber(bool byContent, bool opensImages) {
   initLibrary();  // before there are threads
   return [byContent, opensImages](const scan::Job& job) {
+    keepMemoryForFailure();
     const std::uint64_t before = bytesReadByThread();
     scan::Outcome outcome = outcomeOf(job, byContent, opensImages);
     outcome.bytesRead = bytesReadByThread() - before;

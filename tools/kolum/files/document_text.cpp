@@ -3,6 +3,7 @@
 #include <kolum/identifiers.h>
 #include <kolum/video.h>
 
+#include <algorithm>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
@@ -10,6 +11,7 @@
 
 #include "describe/json.h"
 #include "describe/names.h"
+#include "files/csv.h"
 #include "files/identifiers.h"
 #include "terminal/text.h"
 
@@ -131,6 +133,156 @@ std::string named(const Json& document, const char* key, std::string_view prefix
   return Identifier{value->at("id").get<std::int64_t>(), text(*value, "name"), prefix}.text();
 }
 
+// --- Tags
+
+// "Tones, by The Oscillators" if the album is not the artist's.
+std::string albumText(const Json& document) {
+  std::string album = text(document, "album");
+  const std::string artist = text(document, "albumArtist");
+  if (!album.empty() && !artist.empty() && artist != text(document, "artist"))
+    album += ", by " + artist;
+  return album;
+}
+
+// "3 of 12"; empty if the number is unknown.
+std::string ofTotal(const Json& document, const char* key, const char* total) {
+  if (number(document, key) == 0) return "";
+  std::string said = std::to_string(number(document, key));
+  if (number(document, total) != 0) said += " of " + std::to_string(number(document, total));
+  return said;
+}
+
+std::string trackText(const Json& document) {
+  const std::string disc = ofTotal(document, "disc", "discTotal");
+  return joined({ofTotal(document, "track", "trackTotal"), disc.empty() ? "" : "disc " + disc});
+}
+
+std::string showText(const Json& document) {
+  const auto numbered = [&](const char* key) {
+    return at(document, key) != nullptr
+               ? std::string(key) + " " + std::to_string(number(document, key))
+               : "";
+  };
+  return joined({text(document, "show"), numbered("season"), numbered("episode")});
+}
+
+// A moment with a space before its time of day.
+std::string momentText(const Json& document, const char* key) {
+  std::string moment = text(document, key);
+  if (const std::size_t time = moment.find('T'); time != std::string::npos) moment[time] = ' ';
+  return moment;
+}
+
+std::string listText(const Json& document, const char* key) {
+  const Json* values = at(document, key);
+  return values != nullptr ? joined(values->get<std::vector<std::string>>()) : "";
+}
+
+std::string coverText(const Json& document) {
+  const Json* covers = at(document, "covers");
+  if (covers == nullptr) return "";
+  const Json& first = covers->front();
+  return joined({text(first, "type"), text(first, "mimeType"),
+                 pictureSizeText(number(first, "width"), number(first, "height"))});
+}
+
+// --- Photos
+
+std::string deviceText(const Json& document, const char* key) {
+  const Json* device = at(document, key);
+  if (device == nullptr) return "";
+  const std::string make = text(*device, "make");
+  const std::string model = text(*device, "model");
+  return make + (make.empty() || model.empty() ? "" : " ") + model;
+}
+
+std::string decimal(const Json& document, const char* key, const char* before, const char* after) {
+  constexpr int kDigits = 3;
+  const Json* value = at(document, key);
+  return value != nullptr ? before + decimalText(value->get<double>(), kDigits) + after : "";
+}
+
+// "1/250 s", or "2.5 s".
+std::string exposureTimeText(const Json& document) {
+  const Json* time = at(document, "exposureTime");
+  if (time == nullptr) return "";
+  const auto seconds = time->get<double>();
+  constexpr double kLongestFraction = 0.3;
+  if (seconds > kLongestFraction || seconds <= 0)
+    return decimal(document, "exposureTime", "", " s");
+  return "1/" + decimalText(1 / seconds, 0) + " s";
+}
+
+std::string exposureText(const Json& document) {
+  const Json* flash = at(document, "flash");
+  return joined({exposureTimeText(document), decimal(document, "aperture", "f/", ""),
+                 decimal(document, "iso", "ISO ", ""), decimal(document, "focalLength", "", " mm"),
+                 flash != nullptr && isTrue(*flash, "fired") ? "flash" : ""});
+}
+
+std::string turningText(const Json& document) {
+  if (at(document, "orientation") != nullptr) return rotationText(document);
+  const std::int64_t degrees = number(document, "rotation");
+  return joined({degrees != 0 ? std::to_string(degrees) + " degrees" : "",
+                 isTrue(document, "mirrored") ? "mirrored" : ""});
+}
+
+std::string positionText(const Json& document) {
+  constexpr int kDigits = 6;
+  const Json* position = at(document, "position");
+  if (position == nullptr || at(*position, "latitude") == nullptr) return "";
+  return joined({decimalText(position->at("latitude").get<double>(), kDigits),
+                 decimalText(position->at("longitude").get<double>(), kDigits),
+                 decimal(*position, "altitude", "", " m")});
+}
+
+std::string addressText(const Json& document) {
+  const Json* address = at(document, "address");
+  if (address == nullptr) return "";
+  return joined({text(*address, "location"), text(*address, "city"), text(*address, "state"),
+                 text(*address, "country")});
+}
+
+std::string peopleText(const Json& document) {
+  std::vector<std::string> names;
+  if (const Json* people = at(document, "people"))
+    for (const Json& person : *people) names.push_back(text(person, "name"));
+  return joined(names);
+}
+
+// --- Streams
+
+// What the streams of a type say under a key, each once.
+std::string inStreams(const Json& document, std::string_view type, const char* key) {
+  std::vector<std::string> found;
+  if (const Json* streams = at(document, "streams")) {
+    for (const Json& stream : *streams) {
+      const std::string value = text(stream, "type") == type ? text(stream, key) : "";
+      if (value != "und" && std::find(found.begin(), found.end(), value) == found.end())
+        found.push_back(value);
+    }
+  }
+  return joined(found);
+}
+
+std::string dynamicRangeText(const Json& document) {
+  if (const Json* streams = at(document, "streams"))
+    for (const Json& stream : *streams)
+      if (std::string range = listText(stream, "dynamicRange"); !range.empty()) return range;
+  return "";
+}
+
+std::string subtitlesText(const Json& document) {
+  const std::int64_t count = number(document, "subtitleCount");
+  const std::string languages = inStreams(document, "subtitle", "language");
+  return count != 0 && languages.empty() ? std::to_string(count) : languages;
+}
+
+std::string chaptersText(const Json& document) {
+  const Json* chapters = at(document, "chapters");
+  return chapters != nullptr ? std::to_string(chapters->size()) : "";
+}
+
 struct Line {
   const char* label;
   std::string (*text)(const Json& document);
@@ -139,13 +291,31 @@ struct Line {
 // Those without a text are left out.
 constexpr Line kLines[] = {
     {"Kind", kindText},
+    {"Title", [](const Json& d) { return text(d, "title"); }},
+    {"Artist", [](const Json& d) { return text(d, "artist"); }},
+    {"Album", albumText},
+    {"Track", trackText},
+    {"Show", showText},
+    {"Genre", [](const Json& d) { return text(d, "genre"); }},
+    {"Composer", [](const Json& d) { return text(d, "composer"); }},
+    {"Date", [](const Json& d) { return momentText(d, "date"); }},
+    {"Taken", [](const Json& d) { return momentText(d, "taken"); }},
+    {"Caption", [](const Json& d) { return text(d, "caption"); }},
+    {"Keywords", [](const Json& d) { return listText(d, "keywords"); }},
+    {"People", peopleText},
+    {"Position", positionText},
+    {"Address", addressText},
+    {"Camera", [](const Json& d) { return deviceText(d, "camera"); }},
+    {"Lens", [](const Json& d) { return deviceText(d, "lens"); }},
+    {"Exposure", exposureText},
     {"Container", containerText},
     {"MIME type", [](const Json& d) { return text(d, "mimeType"); }},
     {"DLNA profile", [](const Json& d) { return text(d, "dlnaProfile"); }},
     {"Duration", durationLine},
     {"Bit rate", [](const Json& d) { return bitRateOf(d, "bitRate"); }},
     {"Picture", pictureText},
-    {"Rotation", rotationText},
+    {"Rotation", turningText},
+    {"Dynamic range", dynamicRangeText},
     {"360 degrees",
      [](const Json& d) { return std::string(isTrue(d, "is360") ? "yes, equirectangular" : ""); }},
     {"Video", videoText},
@@ -157,11 +327,10 @@ constexpr Line kLines[] = {
        return id(d, "audioClass", AUDIO_CLASS_NONE) != AUDIO_CLASS_NONE ? named(d, "audioClass", "")
                                                                         : "";
      }},
-    {"Subtitles",
-     [](const Json& d) {
-       const std::int64_t count = number(d, "subtitleCount");
-       return count != 0 ? std::to_string(count) : "";
-     }},
+    {"Languages", [](const Json& d) { return inStreams(d, "audio", "language"); }},
+    {"Subtitles", subtitlesText},
+    {"Chapters", chaptersText},
+    {"Cover", coverText},
     {"Created",
      [](const Json& d) {
        return at(d, "creationTime") != nullptr ? dateText(number(d, "creationTime")) : "";
@@ -173,13 +342,55 @@ constexpr Line kLines[] = {
      }},
 };
 
+// Every value under its path.
+void addAll(Result& result, const Json& value, const std::string& path) {
+  if (value.is_object()) {
+    for (const auto& [key, member] : value.items())
+      addAll(result, member, path.empty() ? key : path + "." + key);
+  } else if (value.is_array() && !value.empty() && value.front().is_object()) {
+    for (std::size_t i = 0; i < value.size(); ++i)
+      addAll(result, value[i], path + "[" + std::to_string(i) + "]");
+  } else if (value.is_array()) {
+    for (const Json& element : value) result.show(path, plainText(element));
+  } else if (path != "file" && path != "fileBytes") {
+    result.show(path, plainText(value));
+  }
+}
+
+void addFields(Result& result, const Json& json, const View& view) {
+  const Fields& fields = view.fields ? *view.fields : usualFields();
+  std::vector<std::string> values = fields.values(json);
+  if (view.isCsv) {
+    if (!view.fields || fields.names().front() != "file")
+      values.insert(values.begin(), plainText(json.at("file")));
+    return result.setLine(csvRow(values));
+  }
+  for (std::size_t i = 0; i < values.size(); ++i)
+    if (!values[i].empty()) result.show(fields.names()[i], values[i]);
+}
+
 }  // namespace
 
-Result resultOf(const describe::Document& document) {
+const Fields& usualFields() {
+  static const Fields kUsual(
+      "kind.name,title,artist,album,track,date,taken,duration,width,height,videoCodec.name,"
+      "audioCodec.name,dlnaProfile,size,modified");
+  return kUsual;
+}
+
+Result resultOf(const describe::Document& document, const View& view) {
   Result result = Result::ofFile(document.path.given);
   const Json json = describe::jsonOf(document);
-  result.data(json);
+  result.data(view.fields ? view.fields->of(json) : json);
   if (document.failure) return result;
+  if (view.fields || view.isCsv) {
+    addFields(result, json, view);
+    return result;
+  }
+  if (view.isVerbose) {
+    addAll(result, json, "");
+    return result;
+  }
   for (const Line& line : kLines)
     if (std::string text = line.text(json); !text.empty()) result.show(line.label, std::move(text));
   return result;

@@ -2,12 +2,25 @@
 #ifndef KOLUM_TOOL_FILES_DOCUMENT_TEXT_H
 #define KOLUM_TOOL_FILES_DOCUMENT_TEXT_H
 
+#include <optional>
+
 #include "describe/document.h"
+#include "files/fields.h"
 #include "terminal/output.h"
 
 namespace kolum::tool {
 
-Result resultOf(const describe::Document& document);
+// What callers want to see of documents.
+struct View {
+  std::optional<Fields> fields;
+  bool isCsv = false;
+  bool isVerbose = false;  // all keys, in text
+};
+
+Result resultOf(const describe::Document& document, const View& view);
+
+// The fields of a table without any chosen ones.
+const Fields& usualFields();
 
 }  // namespace kolum::tool
 

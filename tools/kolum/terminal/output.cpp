@@ -197,6 +197,7 @@ void Printer::jsonLine(const Result& result) {
 void Printer::block(const Result& result) {
   const std::lock_guard lock(mutex_);
   if (json_) return jsonLine(result);
+  if (!result.line().empty()) return raw(result.line());
   if (std::exchange(separate_, true)) raw("\n");
   raw(result.asBlock(inColour_));
 }

@@ -68,6 +68,8 @@ class Result {
   // A number, unless it is 0, which means unknown.
   void known(const std::string& key, std::uint64_t value);
   void show(std::string label, std::string text);
+  // What stands for the whole result in text, as it is: a row of a table for programs.
+  void setLine(std::string line) { line_ = std::move(line); }
 
   void text(const std::string& key, std::string label, std::string_view value);
   void number(const std::string& key, std::string label, std::int64_t value);
@@ -81,6 +83,7 @@ class Result {
   void list(const std::string& key, std::vector<Result> items);
 
   const nlohmann::ordered_json& json() const { return *json_; }
+  const std::string& line() const { return line_; }
   // Neither ends with an empty line. asBlock indents by INDENT characters and optionally highlights
   // titles and labels with colours; asRow puts the lines' values and then the title into columns of
   // the given widths.
@@ -103,6 +106,7 @@ class Result {
       json_;  // the header of the full type takes long to compile
   std::vector<Line> lines_;
   std::vector<Result> sections_;
+  std::string line_;
 };
 
 // A result as one line of JSON, with the number of the schema; without the closing newline. Texts
