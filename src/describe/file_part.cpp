@@ -12,8 +12,6 @@ namespace kolum::describe {
 
 namespace {
 
-using media::Container;
-
 constexpr auto kFileRows = std::to_array<Row<Document>>({
     {{"file", Type::kText, Unit::kNone,
       "Path as given, or as found below a given folder; bytes that are not UTF-8 are U+FFFD",

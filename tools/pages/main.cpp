@@ -1,6 +1,7 @@
 // kolum-pages schema < OLD: the JSON schema of all output, with documents as the tables say.
 // kolum-pages page: the page of docs/ about the keys of documents.
 #include <cstdio>
+#include <exception>
 #include <iostream>
 #include <iterator>
 #include <nlohmann/json.hpp>
@@ -151,10 +152,13 @@ int printPage() {
 
 }  // namespace
 
-int main(int argc, char** argv) {
+int main(int argc, char** argv) try {
   const std::string_view what = argc == 2 ? argv[1] : "";
   if (what == "schema") return printSchema();
   if (what == "page") return printPage();
   std::fputs("usage: kolum-pages schema < kolum.schema.json | kolum-pages page\n", stderr);
   return 2;
+} catch (const std::exception& error) {
+  std::fprintf(stderr, "kolum-pages: %s\n", error.what());
+  return 1;
 }

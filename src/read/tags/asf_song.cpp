@@ -106,7 +106,7 @@ void addPicture(Bytes head, std::uint64_t size, SongTagBuilder& builder) {
   const auto text = [&] {
     const Bytes rest = head.subspan(reader.position());
     const std::size_t length = sizeOfText(rest);
-    const std::string value = utf16(rest.first(length));
+    std::string value = utf16(rest.first(length));
     reader.skip(length + 2);
     return value;
   };

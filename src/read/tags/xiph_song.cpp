@@ -174,8 +174,10 @@ constexpr std::size_t kBlockHeader = 4;
 constexpr unsigned kLastBlock = 0x80;
 
 void addBlock(int type, TagBytes content, SongTagBuilder& builder) {
-  if (type == kCommentBlock) addVorbisComments(std::move(content), builder);
-  if (type == kPictureBlock) addFlacPicture(std::move(content), builder);
+  if (type == kCommentBlock)
+    addVorbisComments(std::move(content), builder);
+  else if (type == kPictureBlock)
+    addFlacPicture(std::move(content), builder);
 }
 
 // Every packet behind the first is a block.

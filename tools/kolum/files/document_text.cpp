@@ -345,11 +345,11 @@ constexpr Line kLines[] = {
 // Every value under its path.
 void addAll(Result& result, const Json& value, const std::string& path) {
   if (value.is_object()) {
-    for (const auto& [key, member] : value.items())
-      addAll(result, member, path.empty() ? key : path + "." + key);
+    const std::string before = path.empty() ? "" : path + ".";
+    for (const auto& [key, member] : value.items()) addAll(result, member, before + key);
   } else if (value.is_array() && !value.empty() && value.front().is_object()) {
     for (std::size_t i = 0; i < value.size(); ++i)
-      addAll(result, value[i], path + "[" + std::to_string(i) + "]");
+      addAll(result, value[i], std::string(path).append("[").append(std::to_string(i)).append("]"));
   } else if (value.is_array()) {
     for (const Json& element : value) result.show(path, plainText(element));
   } else if (path != "file" && path != "fileBytes") {

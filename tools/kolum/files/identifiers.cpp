@@ -79,9 +79,10 @@ Result ContainerIdentifier::object() const {
 std::string ContainerIdentifier::text() const {
   const auto [format, brand] = describe::containerNames(id);
   if (format.empty()) return hexText(id);
-  const std::string text(format.substr(describe::formats().prefix.size()));
-  if (brand.empty()) return text;
-  return text + ", brand " + std::string(brand.substr(describe::brands().prefix.size()));
+  std::string text(format.substr(describe::formats().prefix.size()));
+  if (!brand.empty())
+    text.append(", brand ").append(brand.substr(describe::brands().prefix.size()));
+  return text;
 }
 
 void addKind(Result& result, int kind) {
