@@ -42,6 +42,7 @@ struct TaskResult {
   std::optional<std::size_t> movedFrom;  // position in the former names
   std::vector<std::string> missing;      // of the names to check
   bool isMissing = false;                // the file to look at
+  bool isOutOfMemory = false;            // this process is, which is not the file's fault
   std::chrono::steady_clock::duration elapsed{0};
   std::chrono::steady_clock::duration waiting{0};  // without the processor, of ELAPSED
 };

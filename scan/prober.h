@@ -39,7 +39,8 @@ struct Outcome {
   std::uint64_t bytesRead = 0;
 };
 
-// Called by many threads at once, one call per file. May throw; that is a failure. If it never
+// Called by many threads at once, one call per file. May throw; that is a failure of the file, but
+// std::bad_alloc ends the scan. If it never
 // returns, the scan goes on without the thread.
 using Prober = std::function<Outcome(const Job&)>;
 

@@ -81,7 +81,7 @@ Outcome probed(const Job& job, const Prober& prober, OpenFiles& openFiles) {
   try {
     return prober(job);
   } catch (const std::bad_alloc&) {
-    return failure(Outcome::Kind::kMemory, "out-of-memory", "out of memory");
+    throw;
   } catch (const std::exception& error) {
     return failure(Outcome::Kind::kFailure, "system-error", error.what());
   }
@@ -120,7 +120,7 @@ TaskResult carryOut(Task&& task, const Prober& prober, OpenFiles& openFiles) noe
     }
   } catch (...) {
     result.missing.clear();
-    result.outcome.kind = Outcome::Kind::kMemory;
+    result.isOutOfMemory = true;
   }
   result.elapsed = std::chrono::steady_clock::now() - begin;
   result.waiting = result.elapsed - (processorTime() - busyBefore);

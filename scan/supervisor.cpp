@@ -262,6 +262,7 @@ class Supervisor::Impl {
     std::vector<TaskResult> results = lanes_.takeResults();
     for (TaskResult& result : results) {
       dispatcher_.write();
+      if (result.isOutOfMemory) throw std::bad_alloc();
       if (result.task.kind == Task::Kind::kCheck) {
         removeGone(result);
       } else if (result.isMissing) {
