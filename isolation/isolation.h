@@ -26,6 +26,8 @@ struct Settings {
   std::size_t memory = std::size_t{1} << 30;                      // bytes of address space
   bool isIdle = false;      // workers give way to all other processes
   std::string worker = {};  // the program; if empty, it is looked for beside this library
+
+  bool operator==(const Settings&) const = default;
 };
 
 // For all later calls of look(). Workers that are there end with their current file.
@@ -35,6 +37,19 @@ Settings settings();
 // Reads a file as the settings say. Any number of threads may call it; each gets a worker of its
 // own. Never throws for what a worker does: that is a failure in the findings.
 read::Findings look(const media::Source& source, const read::Query& query);
+
+// While it lives, look() of this thread asks a worker, with these settings, whatever configure()
+// said. Workers stay for the next one with the same settings. The mode must not be kOff.
+class InWorker {
+ public:
+  explicit InWorker(const Settings& settings);
+  ~InWorker();
+  InWorker(const InWorker&) = delete;
+  InWorker& operator=(const InWorker&) = delete;
+};
+
+// Ends the workers that were started for InWorkers and are at rest.
+void forgetWorkers();
 
 // Bytes of files that workers have read for calls of this thread.
 std::uint64_t bytesReadForThread();

@@ -40,6 +40,7 @@
 #include <kolum/audio.h>
 #include <kolum/config.h>
 #include <kolum/datetime.h>
+#include <kolum/describe.h>
 #include <kolum/dlna.h>
 #include <kolum/export.h>
 #include <kolum/filetype.h>

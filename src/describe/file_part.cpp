@@ -3,7 +3,6 @@
 #include "base/moment.h"
 #include "base/percent.h"
 #include "base/utf8.h"
-#include "describe/json.h"
 #include "describe/names.h"
 #include "describe/parts.h"
 #include "describe/table.h"
@@ -16,16 +15,16 @@ constexpr auto kFileRows = std::to_array<Row<Document>>({
     {{"file", Type::kText, Unit::kNone,
       "Path as given, or as found below a given folder; bytes that are not UTF-8 are U+FFFD",
       "the caller"},
-     [](const Document& d) -> Json { return d.path.given; }},
+     [](const Document& d) -> Value { return d.path.given; }},
     {{"fileBytes", Type::kText, Unit::kNone, "The path percent-encoded, only when it is not UTF-8",
       "the caller"},
      [](const Document& d) {
-       return isUtf8(d.path.given) ? Json() : Json(percentEncoded(d.path.given));
+       return isUtf8(d.path.given) ? Value() : Value(percentEncoded(d.path.given));
      }},
     {{"size", Type::kInteger, Unit::kBytes, "Size of the file", "the file system"},
-     [](const Document& d) { return d.status ? Json(d.status->size) : Json(); }},
+     [](const Document& d) { return d.status ? Value(d.status->size) : Value(); }},
     {{"modified", Type::kText, Unit::kMoment, "When the file was last changed", "the file system"},
-     [](const Document& d) { return d.status ? text(momentText(d.status->modifiedNs)) : Json(); }},
+     [](const Document& d) { return d.status ? text(momentText(d.status->modifiedNs)) : Value(); }},
 });
 
 constexpr auto kFileKeys = keysOf(kFileRows);
@@ -37,12 +36,12 @@ std::optional<std::uint32_t> containerFormat(const Document& d) {
   return d.song ? d.song->containerFormat : std::nullopt;
 }
 
-Json containerValue(const Document& d) {
+Value containerValue(const Document& d) {
   const auto format = containerFormat(d);
   if (!format) return nullptr;
   const ContainerNames names = containerNames(*format);
-  Json object = identifier(*format, names.format);
-  if (!names.brand.empty()) object["brand"] = names.brand;
+  Value object = identifier(*format, names.format);
+  if (!names.brand.empty()) object.set("brand", names.brand);
   return object;
 }
 
@@ -52,7 +51,7 @@ std::string_view mimeType(const Document& d) {
 }
 
 // Scaled by its title's size, the duration of a short DVD comes to nothing.
-Json durationOf(const Document& d) {
+Value durationOf(const Document& d) {
   const auto& whole = d.video ? d.video->duration : d.song ? d.song->duration : std::nullopt;
   if (!whole || (d.isDisc && *whole == 0)) return nullptr;
   const auto& container = d.found.container;
@@ -60,14 +59,14 @@ Json durationOf(const Document& d) {
   return static_cast<double>(container->duration) / media::kTimeBase;
 }
 
-Json bitRateOf(const Document& d) {
+Value bitRateOf(const Document& d) {
   if (d.video) return positive(d.video->bitRate);
-  return d.song ? positive(d.song->containerBitRate) : Json();
+  return d.song ? positive(d.song->containerBitRate) : Value();
 }
 
 constexpr auto kMediaRows = std::to_array<Row<Document>>({
     {{"kind", Type::kIdentifier, Unit::kNone, "music, video or photo", "the name or the content"},
-     [](const Document& d) -> Json {
+     [](const Document& d) -> Value {
        if (d.failure) return nullptr;
        return identifier(d.kind, kindName(d.kind));
      }},
@@ -92,11 +91,17 @@ constexpr auto kErrorKeys = std::to_array<Key>({
     {"reason", Type::kText, Unit::kNone, "The cause in words, for people", ""},
 });
 
-Json warningsOf(const Document& d) {
-  Json warnings = Json::array();
-  for (const Warning& warning : d.warnings)
-    warnings.push_back({{"code", warning.code}, {"reason", warning.reason}});
-  if (warnings.empty()) return nullptr;
+Value problem(std::string_view code, std::string_view reason) {
+  Value object = Value::object();
+  object.set("code", code);
+  object.set("reason", reason);
+  return object;
+}
+
+Value warningsOf(const Document& d) {
+  Value warnings = Value::array();
+  for (const Warning& warning : d.warnings) warnings.push(problem(warning.code, warning.reason));
+  if (warnings.isEmpty()) return nullptr;
   return warnings;
 }
 
@@ -106,7 +111,9 @@ constexpr auto kProblemRows = std::to_array<Row<Document>>({
      warningsOf},
     {{"error", Type::kObject, Unit::kNone, "Why a file gave no result, or not all of it",
       "what was tried", kErrorKeys},
-     [](const Document& d) { return d.failure ? errorOf(*d.failure) : Json(); }},
+     [](const Document& d) {
+       return d.failure ? problem(codeOf(d.failure->cause), d.failure->reason) : Value();
+     }},
 });
 
 constexpr auto kProblemKeys = keysOf(kProblemRows);
@@ -115,17 +122,17 @@ constexpr auto kProblemKeys = keysOf(kProblemRows);
 
 Part filePart() {
   return {{"file", "Every file", kFileKeys},
-          [](Json& object, const Document& document) { add(object, kFileRows, document); }};
+          [](Value& object, const Document& document) { add(object, kFileRows, document); }};
 }
 
 Part mediaPart() {
   return {{"media", "All media", kMediaKeys},
-          [](Json& object, const Document& document) { add(object, kMediaRows, document); }};
+          [](Value& object, const Document& document) { add(object, kMediaRows, document); }};
 }
 
 Part problemPart() {
   return {{"problems", "Problems", kProblemKeys},
-          [](Json& object, const Document& document) { add(object, kProblemRows, document); }};
+          [](Value& object, const Document& document) { add(object, kProblemRows, document); }};
 }
 
 }  // namespace kolum::describe

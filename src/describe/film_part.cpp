@@ -15,7 +15,7 @@ using media::FilmTags;
 constexpr const char* kTag = "the container's tags";
 
 // "2015-06-07T08:09:10.5+02:00", as far as known.
-Json dateText(const std::optional<media::FilmDate>& date) {
+Value dateText(const std::optional<media::FilmDate>& date) {
   if (!date) return nullptr;
   std::array<char, 64> part = {};
   std::string text;
@@ -39,7 +39,7 @@ Json dateText(const std::optional<media::FilmDate>& date) {
 // In the order of the enumeration.
 constexpr const char* kCertainties[] = {"explicit", "utc", "local"};
 
-Json certainty(const std::optional<media::FilmDate>& date) {
+Value certainty(const std::optional<media::FilmDate>& date) {
   if (!date || !date->time) return nullptr;
   return kCertainties[static_cast<std::size_t>(date->certainty)];
 }
@@ -59,9 +59,9 @@ constexpr auto kCameraKeys = keysOf(kCameraRows);
 
 constexpr auto kPositionRows = std::to_array<Row<media::FilmPosition>>({
     {{"latitude", Type::kNumber, Unit::kDegrees, "North positive", kTag},
-     [](const media::FilmPosition& p) -> Json { return p.latitude; }},
+     [](const media::FilmPosition& p) -> Value { return p.latitude; }},
     {{"longitude", Type::kNumber, Unit::kDegrees, "East positive", kTag},
-     [](const media::FilmPosition& p) -> Json { return p.longitude; }},
+     [](const media::FilmPosition& p) -> Value { return p.longitude; }},
     {{"altitude", Type::kNumber, Unit::kMetres, "Above the sea", kTag},
      [](const media::FilmPosition& p) { return known(p.altitude); }},
 });
@@ -102,7 +102,7 @@ constexpr auto kRows =
         {{"actors", Type::kTexts, Unit::kNone, "Actors", kTag},
          [](const FilmTags& t) { return texts(t.actors); }},
         {{"year", Type::kInteger, Unit::kNone, "Year of the date", kTag},
-         [](const FilmTags& t) { return t.date ? Json(t.date->year) : Json(); }},
+         [](const FilmTags& t) { return t.date ? Value(t.date->year) : Value(); }},
         {{"date", Type::kText, Unit::kMoment, "As tagged; of films mostly the release", kTag},
          [](const FilmTags& t) { return dateText(t.date); }},
         {{"created", Type::kText, Unit::kMoment, "When it was filmed, or the file made", kTag},
@@ -123,7 +123,7 @@ constexpr auto kRows =
          [](const FilmTags& t) { return text(t.androidVersion); }},
         {{"position", Type::kObject, Unit::kNone, "Where", kTag, kPositionKeys},
          [](const FilmTags& t) {
-           return t.position ? objectOf(kPositionRows, *t.position) : Json();
+           return t.position ? objectOf(kPositionRows, *t.position) : Value();
          }},
         {{"placeName", Type::kText, Unit::kNone, "Where, in words", kTag},
          [](const FilmTags& t) { return text(t.placeName); }},
@@ -140,7 +140,7 @@ constexpr auto kKeys = keysOf(kRows);
 }  // namespace
 
 Part filmPart() {
-  return {{"films", "Films", kKeys}, [](Json& object, const Document& document) {
+  return {{"films", "Films", kKeys}, [](Value& object, const Document& document) {
             const auto& container = document.found.container;
             if (document.video && container && document.hasDetails)
               add(object, kRows, media::filmTagsOf(*container));

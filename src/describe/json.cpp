@@ -1,7 +1,6 @@
 #include "describe/json.h"
 
 #include <array>
-#include <nlohmann/json.hpp>
 
 #include "describe/keys.h"
 #include "describe/parts.h"
@@ -9,8 +8,6 @@
 namespace kolum::describe {
 
 namespace {
-
-using Json = nlohmann::ordered_json;
 
 const auto& parts() {
   static const auto kParts =
@@ -30,20 +27,11 @@ std::span<const Group> groups() {
   return kGroups;
 }
 
-Json jsonOf(const Document& document) {
-  Json object = Json::object();
+std::string jsonOf(const Document& document) {
+  Value object = Value::object();
+  object.set("schema", kJsonSchema);
   for (const Part& part : parts()) part.add(object, document);
-  return object;
-}
-
-std::string lineOf(const Json& object) {
-  Json line = {{"schema", kJsonSchema}};
-  line.update(object);
-  return line.dump(-1, ' ', false, Json::error_handler_t::replace);
-}
-
-Json errorOf(const Failure& failure) {
-  return {{"code", codeOf(failure.cause)}, {"reason", failure.reason}};
+  return object.json();
 }
 
 }  // namespace kolum::describe

@@ -2,9 +2,7 @@
 #ifndef KOLUM_DESCRIBE_JSON_H
 #define KOLUM_DESCRIBE_JSON_H
 
-#include <nlohmann/json_fwd.hpp>
 #include <string>
-#include <string_view>
 
 #include "describe/document.h"
 
@@ -14,15 +12,9 @@ namespace kolum::describe {
 // removed; keys may be added under the same number. docs/kolum.schema.json describes it.
 inline constexpr int kJsonSchema = 2;
 
-// The keys in their order, from "file" on.
-nlohmann::ordered_json jsonOf(const Document& document);
-
-// One line, with the number of the schema; without the closing newline. Texts may contain any
-// bytes: invalid UTF-8 becomes U+FFFD, so that it is valid JSON.
-std::string lineOf(const nlohmann::ordered_json& object);
-
-// "error" of a document.
-nlohmann::ordered_json errorOf(const Failure& failure);
+// One object in a line without line end: the number of the schema, then the keys of the document in
+// their order. Bytes of texts that are not UTF-8 become U+FFFD.
+std::string jsonOf(const Document& document);
 
 }  // namespace kolum::describe
 

@@ -2,17 +2,17 @@
 #ifndef KOLUM_DESCRIBE_PARTS_H
 #define KOLUM_DESCRIBE_PARTS_H
 
-#include <nlohmann/json_fwd.hpp>
 #include <span>
 
 #include "describe/document.h"
 #include "describe/keys.h"
+#include "describe/value.h"
 
 namespace kolum::describe {
 
 struct Part {
   Group group;
-  void (*add)(nlohmann::ordered_json& object, const Document& document);
+  void (*add)(Value& object, const Document& document);
 };
 
 Part filePart();

@@ -13,7 +13,7 @@ namespace {
 
 constexpr auto kPhotoRows = std::to_array<Row<Document>>({
     {{"pictureFormat", Type::kInteger, Unit::kNone, "What a photo's extension implies", "the name"},
-     [](const Document& d) { return d.type != nullptr ? Json(d.type->formatIds) : Json(); }},
+     [](const Document& d) { return d.type != nullptr ? Value(d.type->formatIds) : Value(); }},
     {{"width", Type::kInteger, Unit::kPixels, "As stored", "the picture"},
      [](const Document& d) { return positive(d.photo->width); }},
     {{"height", Type::kInteger, Unit::kPixels, "As stored", "the picture"},
@@ -22,16 +22,16 @@ constexpr auto kPhotoRows = std::to_array<Row<Document>>({
       "The pixel format's number in FFmpeg 57, whatever release is linked; left out for a later "
       "format",
       "the picture"},
-     [](const Document& d) -> Json {
+     [](const Document& d) -> Value {
        if (d.photo->pixelFormat == media::kUnknownPixelFormat) return nullptr;
        return d.photo->pixelFormat;
      }},
     {{"pixelFormatName", Type::kText, Unit::kNone,
       "FFmpeg's name of the pixel format, such as \"yuv420p\"", "the picture"},
-     [](const Document& d) -> Json { return d.photo->pixelFormatName; }},
+     [](const Document& d) -> Value { return d.photo->pixelFormatName; }},
     {{"isAlbumCover", Type::kBoolean, Unit::kNone,
       "Whether a photo's name is that of an album picture", "the name"},
-     [](const Document& d) -> Json { return artwork::isCoverName(d.path.name); }},
+     [](const Document& d) -> Value { return artwork::isCoverName(d.path.name); }},
 });
 
 constexpr auto kPhotoKeys = keysOf(kPhotoRows);
@@ -46,7 +46,7 @@ std::string twoDigits(int number) {
 }
 
 // "2015-06-07T08:09:10.25+02:00", as far as known.
-Json timeText(const std::optional<media::PhotoTime>& time) {
+Value timeText(const std::optional<media::PhotoTime>& time) {
   if (!time) return nullptr;
   std::string text = std::to_string(time->year);
   text.insert(0, text.size() < 4 ? 4 - text.size() : 0, '0');
@@ -75,17 +75,17 @@ constexpr const char* kWhiteBalances[] = {"automatic", "manual"};
 constexpr const char* kNorths[] = {"", "true", "magnetic"};
 
 template <typename Enum, std::size_t kSize>
-Json nameOf(const std::optional<Enum>& value, const char* const (&names)[kSize]) {
+Value nameOf(const std::optional<Enum>& value, const char* const (&names)[kSize]) {
   const auto index = value ? static_cast<std::size_t>(*value) : kSize;
-  return index < kSize ? text(names[index]) : Json();
+  return index < kSize ? text(names[index]) : Value();
 }
 
-Json offsetOrigin(const std::optional<media::PhotoTime>& time) {
+Value offsetOrigin(const std::optional<media::PhotoTime>& time) {
   if (!time || time->offsetOrigin == media::OffsetOrigin::kNone) return nullptr;
   return nameOf(std::optional(time->offsetOrigin), kOffsetOrigins);
 }
 
-Json quotient(const std::optional<media::Rational>& value) {
+Value quotient(const std::optional<media::Rational>& value) {
   if (!value || value->den == 0) return nullptr;
   return static_cast<double>(value->num) / value->den;
 }
@@ -108,25 +108,25 @@ constexpr auto kDeviceKeys = keysOf(kDeviceRows);
 
 constexpr auto kFlashRows = std::to_array<Row<media::Flash>>({
     {{"fired", Type::kBoolean, Unit::kNone, "Whether it fired", kExif},
-     [](const media::Flash& flash) -> Json { return flash.hasFired; }},
+     [](const media::Flash& flash) -> Value { return flash.hasFired; }},
     {{"value", Type::kInteger, Unit::kNone, "Exif's bits", kExif},
-     [](const media::Flash& flash) -> Json { return flash.value; }},
+     [](const media::Flash& flash) -> Value { return flash.value; }},
 });
 constexpr auto kFlashKeys = keysOf(kFlashRows);
 
 constexpr auto kPositionRows = std::to_array<Row<PhotoTags>>({
     {{"latitude", Type::kNumber, Unit::kDegrees, "North positive", kExif},
-     [](const PhotoTags& t) { return t.position ? Json(t.position->latitude) : Json(); }},
+     [](const PhotoTags& t) { return t.position ? Value(t.position->latitude) : Value(); }},
     {{"longitude", Type::kNumber, Unit::kDegrees, "East positive", kExif},
-     [](const PhotoTags& t) { return t.position ? Json(t.position->longitude) : Json(); }},
+     [](const PhotoTags& t) { return t.position ? Value(t.position->longitude) : Value(); }},
     {{"altitude", Type::kNumber, Unit::kMetres, "Above the sea", kExif},
      [](const PhotoTags& t) { return known(t.altitude); }},
     {{"accuracy", Type::kNumber, Unit::kMetres, "Possible error", kExif},
      [](const PhotoTags& t) { return known(t.positionAccuracy); }},
     {{"direction", Type::kNumber, Unit::kDegrees, "Of view, clockwise from north", kExif},
-     [](const PhotoTags& t) { return t.direction ? Json(t.direction->degrees) : Json(); }},
+     [](const PhotoTags& t) { return t.direction ? Value(t.direction->degrees) : Value(); }},
     {{"north", Type::kText, Unit::kNone, "\"true\" or \"magnetic\"", kExif},
-     [](const PhotoTags& t) -> Json {
+     [](const PhotoTags& t) -> Value {
        if (!t.direction) return nullptr;
        return nameOf(std::optional(t.direction->north), kNorths);
      }},
@@ -149,8 +149,8 @@ constexpr auto kAddressRows = std::to_array<Row<PhotoTags>>({
 });
 constexpr auto kAddressKeys = keysOf(kAddressRows);
 
-Json partOf(const media::Region& region, double media::Area::*part) {
-  return region.area ? Json((*region.area).*part) : Json();
+Value partOf(const media::Region& region, double media::Area::*part) {
+  return region.area ? Value((*region.area).*part) : Value();
 }
 
 constexpr auto kRegionRows = std::to_array<Row<media::Region>>({
@@ -210,9 +210,9 @@ constexpr auto kTagRows = std::to_array<Row<PhotoTags>>({
     {{"focalLength35", Type::kNumber, Unit::kMillimetres, "For the same view on 35 mm film", kExif},
      [](const PhotoTags& t) { return known(t.focalLength35); }},
     {{"flash", Type::kObject, Unit::kNone, "Flash", kExif, kFlashKeys},
-     [](const PhotoTags& t) { return t.flash ? objectOf(kFlashRows, *t.flash) : Json(); }},
+     [](const PhotoTags& t) { return t.flash ? objectOf(kFlashRows, *t.flash) : Value(); }},
     {{"rotation", Type::kInteger, Unit::kDegrees, "To be turned clockwise for viewing", kExif},
-     [](const PhotoTags& t) { return t.orientation ? Json(t.orientation->degrees) : Json(); }},
+     [](const PhotoTags& t) { return t.orientation ? Value(t.orientation->degrees) : Value(); }},
     {{"mirrored", Type::kBoolean, Unit::kNone, "To be mirrored before", kExif},
      [](const PhotoTags& t) { return ifTrue(t.orientation && t.orientation->isMirrored); }},
     {{"colourProfile", Type::kText, Unit::kNone, "Colour profile", "ICC, or Exif"},
@@ -273,15 +273,15 @@ media::PhotoSize storedSize(const Document& document, const PhotoTags& tags) {
   return tags.storedSize.value_or(media::PhotoSize{photo.width, photo.height});
 }
 
-void addSizes(Json& object, const Document& document, const PhotoTags& tags) {
+void addSizes(Value& object, const Document& document, const PhotoTags& tags) {
   auto [width, height] = storedSize(document, tags);
   if (width <= 0 || height <= 0) return;
-  object["width"] = width;
-  object["height"] = height;
+  object.set("width", width);
+  object.set("height", height);
   if (!tags.orientation) return;
   if (tags.orientation->degrees % 180 != 0) std::swap(width, height);
-  object["shownWidth"] = width;
-  object["shownHeight"] = height;
+  object.set("shownWidth", width);
+  object.set("shownHeight", height);
 }
 
 template <std::size_t... kSizes>
@@ -297,7 +297,7 @@ constexpr auto joined(const std::array<Key, kSizes>&... lists) {
 
 constexpr auto kAllKeys = joined(kPhotoKeys, kShownKeys, keysOf(kTagRows));
 
-void addPhoto(Json& object, const Document& document) {
+void addPhoto(Value& object, const Document& document) {
   if (!document.photo) return;
   add(object, kPhotoRows, document);
   const auto& tags = document.found.photoTags;

@@ -58,7 +58,7 @@ constexpr auto kCoverRows = std::to_array<Row<media::Cover>>({
     {{"description", Type::kText, Unit::kNone, "In words", kTag},
      [](const media::Cover& cover) { return text(cover.description); }},
     {{"bytes", Type::kInteger, Unit::kBytes, "Its size", kTag},
-     [](const media::Cover& cover) -> Json { return cover.bytes; }},
+     [](const media::Cover& cover) -> Value { return cover.bytes; }},
     {{"width", Type::kInteger, Unit::kPixels, "Width", "the picture"},
      [](const media::Cover& cover) { return known(cover.width); }},
     {{"height", Type::kInteger, Unit::kPixels, "Height", "the picture"},
@@ -176,7 +176,7 @@ constexpr auto kTagKeys = keysOf(kTagRows);
 }  // namespace
 
 Part songPart() {
-  return {{"songs", "Songs", kTagKeys}, [](Json& object, const Document& document) {
+  return {{"songs", "Songs", kTagKeys}, [](Value& object, const Document& document) {
             if (document.song && document.found.songTags)
               add(object, kTagRows, *document.found.songTags);
           }};

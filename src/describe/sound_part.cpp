@@ -46,21 +46,21 @@ Sound soundOf(const Song& song) {
 
 constexpr auto kSoundRows = std::to_array<Row<Sound>>({
     {{"audioCodec", Type::kIdentifier, Unit::kNone, "CODEC_ID_*", "the first sound"},
-     [](const Sound& s) { return s.codec ? identifier(*s.codec, codecName(*s.codec)) : Json(); }},
+     [](const Sound& s) { return s.codec ? identifier(*s.codec, codecName(*s.codec)) : Value(); }},
     {{"audioProfile", Type::kIdentifier, Unit::kNone,
       "PROFILE_*, by the name specific to the codec where there is one", "the first sound"},
-     [](const Sound& s) -> Json {
+     [](const Sound& s) -> Value {
        if (s.profile.value_or(PROFILE_UNKNOWN) == PROFILE_UNKNOWN) return nullptr;
        return identifier(*s.profile, profileName(*s.profile, *s.codec));
      }},
     {{"audioClass", Type::kIdentifier, Unit::kNone, "Class of audio in DLNA names",
       "the first sound of a video"},
-     [](const Sound& s) -> Json {
+     [](const Sound& s) -> Value {
        if (!s.audioClass) return nullptr;
        return identifier(*s.audioClass, dlna::audioClassName(*s.audioClass));
      }},
     {{"audioLevel", Type::kInteger, Unit::kNone, "FFmpeg's level number", "the first sound"},
-     [](const Sound& s) -> Json {
+     [](const Sound& s) -> Value {
        if (s.level.value_or(LEVEL_UNKNOWN) == LEVEL_UNKNOWN) return nullptr;
        return *s.level;
      }},
@@ -79,7 +79,7 @@ constexpr auto kKeys = keysOf(kSoundRows);
 }  // namespace
 
 Part soundPart() {
-  return {{"sound", "Sound", kKeys}, [](Json& object, const Document& document) {
+  return {{"sound", "Sound", kKeys}, [](Value& object, const Document& document) {
             if (document.video) add(object, kSoundRows, soundOf(*document.video));
             if (document.song) add(object, kSoundRows, soundOf(*document.song));
           }};

@@ -50,12 +50,12 @@ std::string_view typeName(const Stream& stream) {
   return detailsOf(stream).attachment ? "attachment" : "data";
 }
 
-Json codecOf(const Stream& stream) {
+Value codecOf(const Stream& stream) {
   const int codec = media::codecOfFfmpeg(stream.codec);
-  return codec > 0 ? identifier(codec, codecName(codec)) : Json();
+  return codec > 0 ? identifier(codec, codecName(codec)) : Value();
 }
 
-Json profileOf(const Stream& stream) {
+Value profileOf(const Stream& stream) {
   const int codec = media::codecOfFfmpeg(stream.codec);
   const int profile = media::profileOfFfmpeg(codec, probe::profileNumber(stream));
   if (codec <= 0 || profile == PROFILE_UNKNOWN) return nullptr;
@@ -63,12 +63,12 @@ Json profileOf(const Stream& stream) {
 }
 
 // Exact, as "24000/1001" or "25".
-Json rateOf(const media::Rational& rate) {
+Value rateOf(const media::Rational& rate) {
   if (rate.num <= 0 || rate.den <= 0) return nullptr;
   return std::to_string(rate.num) + (rate.den == 1 ? "" : "/" + std::to_string(rate.den));
 }
 
-Json ratioOf(const media::Rational& ratio) {
+Value ratioOf(const media::Rational& ratio) {
   if (ratio.num <= 0 || ratio.den <= 0) return nullptr;
   return std::to_string(ratio.num) + ":" + std::to_string(ratio.den);
 }
@@ -80,13 +80,13 @@ constexpr const char* kFieldOrders[] = {"progressive", "top first", "bottom firs
 constexpr const char* kSubtitleKinds[] = {"text", "picture"};
 
 template <typename Enum, std::size_t kSize>
-Json nameOf(const std::optional<Enum>& value, const char* const (&names)[kSize]) {
+Value nameOf(const std::optional<Enum>& value, const char* const (&names)[kSize]) {
   const auto index = value ? static_cast<std::size_t>(*value) : kSize;
-  return index < kSize ? text(names[index]) : Json();
+  return index < kSize ? text(names[index]) : Value();
 }
 
 // What people call it; several may apply.
-Json dynamicRange(const Stream& stream) {
+Value dynamicRange(const Stream& stream) {
   const StreamDetails& details = detailsOf(stream);
   std::vector<std::string> names;
   if (details.dolbyVision) names.emplace_back("Dolby Vision");
@@ -118,7 +118,7 @@ constexpr NamedDisposition kDispositions[] = {
     {&media::Dispositions::isStillImage, "still image"},
 };
 
-Json marksOf(const Stream& stream) {
+Value marksOf(const Stream& stream) {
   std::vector<std::string> names;
   for (const NamedDisposition& row : kDispositions)
     if (detailsOf(stream).dispositions.*row.mark) names.emplace_back(row.name);
@@ -127,14 +127,14 @@ Json marksOf(const Stream& stream) {
 
 constexpr auto kDolbyVisionRows = std::to_array<Row<media::DolbyVision>>({
     {{"profile", Type::kInteger, Unit::kNone, "Profile", kContainer},
-     [](const media::DolbyVision& d) -> Json { return d.profile; }},
+     [](const media::DolbyVision& d) -> Value { return d.profile; }},
     {{"level", Type::kInteger, Unit::kNone, "Level", kContainer},
-     [](const media::DolbyVision& d) -> Json { return d.level; }},
+     [](const media::DolbyVision& d) -> Value { return d.level; }},
     {{"compatibility", Type::kInteger, Unit::kNone,
       "What others see: 0 nothing, 1 HDR10, 2 SDR, 4 HLG, 6 Blu-ray HDR10", kContainer},
-     [](const media::DolbyVision& d) -> Json { return d.compatibility; }},
+     [](const media::DolbyVision& d) -> Value { return d.compatibility; }},
     {{"enhancementLayer", Type::kBoolean, Unit::kNone, "Whether there is one", kContainer},
-     [](const media::DolbyVision& d) -> Json { return d.hasEnhancementLayer; }},
+     [](const media::DolbyVision& d) -> Value { return d.hasEnhancementLayer; }},
 });
 constexpr auto kDolbyVisionKeys = keysOf(kDolbyVisionRows);
 
@@ -148,9 +148,9 @@ constexpr auto kLightKeys = keysOf(kLightRows);
 
 constexpr auto kLuminanceRows = std::to_array<Row<media::DisplayLuminance>>({
     {{"lowest", Type::kNumber, Unit::kNone, "cd/m\u00B2", kEither},
-     [](const media::DisplayLuminance& l) -> Json { return l.lowest; }},
+     [](const media::DisplayLuminance& l) -> Value { return l.lowest; }},
     {{"highest", Type::kNumber, Unit::kNone, "cd/m\u00B2", kEither},
-     [](const media::DisplayLuminance& l) -> Json { return l.highest; }},
+     [](const media::DisplayLuminance& l) -> Value { return l.highest; }},
 });
 constexpr auto kLuminanceKeys = keysOf(kLuminanceRows);
 
@@ -172,11 +172,11 @@ constexpr auto kSphericalRows = std::to_array<Row<media::Spherical>>({
     {{"projection", Type::kText, Unit::kNone, "FFmpeg's name: \"equirectangular\"", kContainer},
      [](const media::Spherical& s) { return text(s.projection); }},
     {{"yaw", Type::kNumber, Unit::kDegrees, "Where the camera looks", kContainer},
-     [](const media::Spherical& s) -> Json { return s.yaw; }},
+     [](const media::Spherical& s) -> Value { return s.yaw; }},
     {{"pitch", Type::kNumber, Unit::kDegrees, "Where the camera looks", kContainer},
-     [](const media::Spherical& s) -> Json { return s.pitch; }},
+     [](const media::Spherical& s) -> Value { return s.pitch; }},
     {{"roll", Type::kNumber, Unit::kDegrees, "Where the camera looks", kContainer},
-     [](const media::Spherical& s) -> Json { return s.roll; }},
+     [](const media::Spherical& s) -> Value { return s.roll; }},
 });
 constexpr auto kSphericalKeys = keysOf(kSphericalRows);
 
@@ -187,7 +187,7 @@ constexpr auto kStreamRows =
           kContainer},
          [](const Stream& s) { return text(typeName(s)); }},
         {{"index", Type::kInteger, Unit::kNone, "Number in the file, from 0", kContainer},
-         [](const Stream& s) -> Json { return s.index; }},
+         [](const Stream& s) -> Value { return s.index; }},
         {{"id", Type::kInteger, Unit::kNone, "The container's own number, such as a PID",
           kContainer},
          [](const Stream& s) { return positive(s.id); }},
@@ -195,12 +195,12 @@ constexpr auto kStreamRows =
         {{"codecName", Type::kText, Unit::kNone, "FFmpeg's name", kContainer},
          [](const Stream& s) { return text(s.codecName); }},
         {{"codecTag", Type::kText, Unit::kNone, "Four characters, such as \"avc1\"", kContainer},
-         [](const Stream& s) { return s.codecTag != 0 ? text(s.codecTagText) : Json(); }},
+         [](const Stream& s) { return s.codecTag != 0 ? text(s.codecTagText) : Value(); }},
         {{"profile", Type::kIdentifier, Unit::kNone, "PROFILE_*", kCodec}, profileOf},
         {{"profileName", Type::kText, Unit::kNone, "FFmpeg's name", kCodec},
          [](const Stream& s) { return text(detailsOf(s).profileName); }},
         {{"level", Type::kInteger, Unit::kNone, "FFmpeg's number", kCodec},
-         [](const Stream& s) -> Json {
+         [](const Stream& s) -> Value {
            const int level = probe::levelNumber(s);
            if (level == LEVEL_UNKNOWN) return nullptr;
            return level;
@@ -223,15 +223,15 @@ constexpr auto kStreamRows =
         {{"height", Type::kInteger, Unit::kPixels, "As stored", kCodec},
          [](const Stream& s) { return positive(s.height); }},
         {{"sampleAspect", Type::kText, Unit::kNone, "Shape of a pixel: \"64:45\"", kEither},
-         [](const Stream& s) { return isPicture(s) ? ratioOf(s.sampleAspect) : Json(); }},
+         [](const Stream& s) { return isPicture(s) ? ratioOf(s.sampleAspect) : Value(); }},
         {{"frameRate", Type::kText, Unit::kNone, "Exact: \"24000/1001\"", kContainer},
-         [](const Stream& s) { return isFilm(s) ? rateOf(s.frameRate) : Json(); }},
+         [](const Stream& s) { return isFilm(s) ? rateOf(s.frameRate) : Value(); }},
         {{"averageFrameRate", Type::kText, Unit::kNone, "Frames by duration, exact", kContainer},
          [](const Stream& s) { return rateOf(detailsOf(s).averageFrameRate); }},
         {{"fieldOrder", Type::kText, Unit::kNone, "\"progressive\", \"top first\", ...", kEither},
          [](const Stream& s) { return nameOf(detailsOf(s).fieldOrder, kFieldOrders); }},
         {{"pixelFormat", Type::kText, Unit::kNone, "FFmpeg's name: \"yuv420p10le\"", kCodec},
-         [](const Stream& s) { return isPicture(s) ? text(s.pixelFormat) : Json(); }},
+         [](const Stream& s) { return isPicture(s) ? text(s.pixelFormat) : Value(); }},
         {{"bitDepth", Type::kInteger, Unit::kCount, "Bits of each component", kCodec},
          [](const Stream& s) { return positive(detailsOf(s).bitDepth); }},
         {{"chroma", Type::kText, Unit::kNone, "\"4:2:0\", ...", kCodec},
@@ -246,26 +246,26 @@ constexpr auto kStreamRows =
         {{"contentLight", Type::kObject, Unit::kNone, "MaxCLL and MaxFALL", kEither, kLightKeys},
          [](const Stream& s) {
            const auto& light = detailsOf(s).contentLight;
-           return light ? objectOf(kLightRows, *light) : Json();
+           return light ? objectOf(kLightRows, *light) : Value();
          }},
         {{"masteringLuminance", Type::kObject, Unit::kNone, "Of the display that it was graded on",
           kEither, kLuminanceKeys},
          [](const Stream& s) {
            const auto& display = detailsOf(s).masteringDisplay;
            return display && display->luminance ? objectOf(kLuminanceRows, *display->luminance)
-                                                : Json();
+                                                : Value();
          }},
         {{"dolbyVision", Type::kObject, Unit::kNone, "Dolby Vision", kContainer, kDolbyVisionKeys},
          [](const Stream& s) {
            const auto& vision = detailsOf(s).dolbyVision;
-           return vision ? objectOf(kDolbyVisionRows, *vision) : Json();
+           return vision ? objectOf(kDolbyVisionRows, *vision) : Value();
          }},
         {{"closedCaptions", Type::kBoolean, Unit::kNone, "Whether the pictures carry them", kCodec},
          [](const Stream& s) { return ifTrue(detailsOf(s).hasClosedCaptions.value_or(false)); }},
         {{"rotation", Type::kNumber, Unit::kDegrees, "To be turned clockwise", kEither},
          [](const Stream& s) {
            const auto& orientation = detailsOf(s).orientation;
-           return orientation ? Json(orientation->degrees) : Json();
+           return orientation ? Value(orientation->degrees) : Value();
          }},
         {{"mirrored", Type::kBoolean, Unit::kNone, "To be mirrored before", kEither},
          [](const Stream& s) {
@@ -276,12 +276,12 @@ constexpr auto kStreamRows =
           kSphericalKeys},
          [](const Stream& s) {
            const auto& spherical = detailsOf(s).spherical;
-           return spherical ? objectOf(kSphericalRows, *spherical) : Json();
+           return spherical ? objectOf(kSphericalRows, *spherical) : Value();
          }},
         {{"stereo", Type::kText, Unit::kNone, "\"side by side\", ...", kEither},
          [](const Stream& s) {
            const auto& stereo = detailsOf(s).stereo;
-           return stereo ? text(stereo->layout) : Json();
+           return stereo ? text(stereo->layout) : Value();
          }},
         {{"channels", Type::kInteger, Unit::kCount, "Audio channels", kCodec},
          [](const Stream& s) { return positive(s.channels); }},
@@ -298,12 +298,12 @@ constexpr auto kStreamRows =
         {{"fileName", Type::kText, Unit::kNone, "Of an attachment", kContainer},
          [](const Stream& s) {
            const auto& attachment = detailsOf(s).attachment;
-           return attachment ? text(attachment->fileName) : Json();
+           return attachment ? text(attachment->fileName) : Value();
          }},
         {{"mimeType", Type::kText, Unit::kNone, "Of an attachment", kContainer},
          [](const Stream& s) {
            const auto& attachment = detailsOf(s).attachment;
-           return attachment ? text(attachment->mimeType) : Json();
+           return attachment ? text(attachment->mimeType) : Value();
          }},
         {{"timecode", Type::kText, Unit::kNone, "Of the first picture: \"01:00:00:00\"",
           kContainer},
@@ -323,7 +323,7 @@ struct Chapter {
 
 constexpr auto kChapterRows = std::to_array<Row<Chapter>>({
     {{"start", Type::kNumber, Unit::kSeconds, "From the beginning", kContainer},
-     [](const Chapter& c) -> Json { return c.start; }},
+     [](const Chapter& c) -> Value { return c.start; }},
     {{"end", Type::kNumber, Unit::kSeconds, "From the beginning", kContainer},
      [](const Chapter& c) { return known(c.end); }},
     {{"title", Type::kText, Unit::kNone, "Title", kContainer},
@@ -345,7 +345,7 @@ std::vector<Chapter> chaptersOf(const read::Findings& found) {
 
 constexpr auto kProgramRows = std::to_array<Row<media::Program>>({
     {{"number", Type::kInteger, Unit::kNone, "Number", kContainer},
-     [](const media::Program& p) -> Json { return p.number; }},
+     [](const media::Program& p) -> Value { return p.number; }},
     {{"name", Type::kText, Unit::kNone, "Name of the channel", kContainer},
      [](const media::Program& p) { return text(p.name); }},
     {{"provider", Type::kText, Unit::kNone, "Who broadcasts it", kContainer},
@@ -362,12 +362,12 @@ constexpr auto kKeys = std::to_array<Key>({
      kProgramKeys},
 });
 
-void put(Json& object, const Key& key, Json value) {
-  if (!value.is_null()) object[std::string(key.name)] = std::move(value);
+void put(Value& object, const Key& key, Value value) {
+  if (!value.isNull()) object.set(key.name, std::move(value));
 }
 
 // Photos are one picture, about which the document says all.
-void addStreams(Json& object, const Document& document) {
+void addStreams(Value& object, const Document& document) {
   const auto& container = document.found.container;
   if (!container || document.photo || !document.hasDetails) return;
   put(object, kKeys[0], objectsOf(kStreamRows, container->streams));

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
-#include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,16 +13,15 @@
 #include <vector>
 
 #include "describe/keys.h"
+#include "describe/value.h"
 
 namespace kolum::describe {
-
-using Json = nlohmann::ordered_json;
 
 // A key, and its value in a record; null leaves the key out.
 template <typename Record>
 struct Row {
   Key key;
-  Json (*value)(const Record&);
+  Value (*value)(const Record&);
 };
 
 template <typename Record, std::size_t kSize>
@@ -34,73 +32,74 @@ constexpr std::array<Key, kSize> keysOf(const std::array<Row<Record>, kSize>& ro
 }
 
 template <typename Record, std::size_t kSize>
-void add(Json& object, const std::array<Row<Record>, kSize>& rows, const Record& record) {
+void add(Value& object, const std::array<Row<Record>, kSize>& rows, const Record& record) {
   for (const Row<Record>& row : rows) {
-    Json value = row.value(record);
-    if (!value.is_null()) object[std::string(row.key.name)] = std::move(value);
+    Value value = row.value(record);
+    if (!value.isNull()) object.set(row.key.name, std::move(value));
   }
 }
 
 template <typename Record, std::size_t kSize>
-Json objectOf(const std::array<Row<Record>, kSize>& rows, const Record& record) {
-  Json object = Json::object();
+Value objectOf(const std::array<Row<Record>, kSize>& rows, const Record& record) {
+  Value object = Value::object();
   add(object, rows, record);
-  if (object.empty()) return nullptr;
+  if (object.isEmpty()) return nullptr;
   return object;
 }
 
 template <typename Record, std::size_t kSize>
-Json objectsOf(const std::array<Row<Record>, kSize>& rows, const std::vector<Record>& records) {
-  Json objects = Json::array();
+Value objectsOf(const std::array<Row<Record>, kSize>& rows, const std::vector<Record>& records) {
+  Value objects = Value::array();
   for (const Record& record : records) {
-    Json object = objectOf(rows, record);
-    objects.push_back(object.is_null() ? Json::object() : std::move(object));
+    Value object = objectOf(rows, record);
+    objects.push(object.isNull() ? Value::object() : std::move(object));
   }
-  if (objects.empty()) return nullptr;
+  if (objects.isEmpty()) return nullptr;
   return objects;
 }
 
 // Values that may be unknown.
 
-template <typename Value>
-Json known(const std::optional<Value>& value) {
+template <typename Content>
+Value known(const std::optional<Content>& value) {
   if (!value) return nullptr;
-  if constexpr (std::is_floating_point_v<Value>)
+  if constexpr (std::is_floating_point_v<Content>)
     if (!std::isfinite(*value)) return nullptr;
   return *value;
 }
 
-inline Json text(std::string_view value) {
+inline Value text(std::string_view value) {
   if (value.empty()) return nullptr;
   return std::string(value);
 }
 
-inline Json texts(const std::vector<std::string>& values) {
+inline Value texts(const std::vector<std::string>& values) {
   if (values.empty()) return nullptr;
   return values;
 }
 
 // A number that is unknown unless it is positive.
 template <typename Number>
-Json positive(Number value) {
+Value positive(Number value) {
   if constexpr (std::is_floating_point_v<Number>)
     if (!std::isfinite(value)) return nullptr;
   if (value <= 0) return nullptr;
   return value;
 }
 template <typename Number>
-Json positive(const std::optional<Number>& value) {
-  return value ? positive(*value) : Json();
+Value positive(const std::optional<Number>& value) {
+  return value ? positive(*value) : Value();
 }
 
 // Left out unless it is so.
-inline Json ifTrue(bool value) {
-  return value ? Json(true) : Json();
+inline Value ifTrue(bool value) {
+  return value ? Value(true) : Value();
 }
 
-inline Json identifier(std::int64_t id, std::string_view name) {
-  Json object = {{"id", id}};
-  if (!name.empty()) object["name"] = name;
+inline Value identifier(std::int64_t id, std::string_view name) {
+  Value object = Value::object();
+  object.set("id", id);
+  if (!name.empty()) object.set("name", name);
   return object;
 }
 

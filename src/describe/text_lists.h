@@ -11,19 +11,19 @@
 namespace kolum::describe {
 
 // All of them as one text.
-inline Json joinedTexts(const std::vector<std::string>& values) {
+inline Value joinedTexts(const std::vector<std::string>& values) {
   std::string joined;
   for (const std::string& value : values) joined += (joined.empty() ? "" : "; ") + value;
   return text(joined);
 }
 
 // Null for one, which the joined text states.
-inline Json severalTexts(const std::vector<std::string>& values) {
-  return values.size() > 1 ? texts(values) : Json();
+inline Value severalTexts(const std::vector<std::string>& values) {
+  return values.size() > 1 ? texts(values) : Value();
 }
 
 // Of a date that begins with a year of four digits.
-inline Json yearOf(std::string_view date) {
+inline Value yearOf(std::string_view date) {
   constexpr std::size_t kDigits = 4;
   if (date.size() < kDigits) return nullptr;
   int year = 0;

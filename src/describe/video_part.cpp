@@ -11,15 +11,15 @@ namespace {
 using Facts = probe::VideoFacts;
 
 // Unknown unless both sides are reported.
-Json sizeOf(const Facts& facts, const std::optional<int>& side) {
-  return facts.width && facts.height ? positive(side) : Json();
+Value sizeOf(const Facts& facts, const std::optional<int>& side) {
+  return facts.width && facts.height ? positive(side) : Value();
 }
 
-Json aspect(const Facts& facts, int (*term)(const probe::AspectFacts&)) {
-  return facts.aspect && facts.width && facts.height ? Json(term(*facts.aspect)) : Json();
+Value aspect(const Facts& facts, int (*term)(const probe::AspectFacts&)) {
+  return facts.aspect && facts.width && facts.height ? Value(term(*facts.aspect)) : Value();
 }
 
-Json profileOf(const Facts& facts) {
+Value profileOf(const Facts& facts) {
   const int profile = facts.videoProfile.value_or(PROFILE_UNKNOWN);
   if (!facts.videoCodec || profile == PROFILE_UNKNOWN) return nullptr;
   return identifier(profile, profileName(profile, *facts.videoCodec));
@@ -44,7 +44,7 @@ constexpr auto kPictureRows = std::to_array<Row<Facts>>({
      [](const Facts& f) { return aspect(f, [](const auto& a) { return a.display.den; }); }},
     {{"frameRate", Type::kNumber, Unit::kFramesPerSecond, "The lowest that fits all time stamps",
       "the video"},
-     [](const Facts& f) { return f.width && f.height ? positive(f.frameRate) : Json(); }},
+     [](const Facts& f) { return f.width && f.height ? positive(f.frameRate) : Value(); }},
     {{"orientation",
       Type::kInteger,
       Unit::kNone,
@@ -63,21 +63,21 @@ constexpr auto kPictureRows = std::to_array<Row<Facts>>({
      [](const Facts& f) { return ifTrue(f.isEquirectangular); }},
     {{"videoCodec", Type::kIdentifier, Unit::kNone, "CODEC_ID_*", "the video"},
      [](const Facts& f) {
-       return f.videoCodec ? identifier(*f.videoCodec, codecName(*f.videoCodec)) : Json();
+       return f.videoCodec ? identifier(*f.videoCodec, codecName(*f.videoCodec)) : Value();
      }},
     {{"videoProfile", Type::kIdentifier, Unit::kNone,
       "PROFILE_*, by the name specific to the codec where there is one", "the video"},
      profileOf},
     {{"videoLevel", Type::kInteger, Unit::kNone, "FFmpeg's level number: 41 for H.264 level 4.1",
       "the video"},
-     [](const Facts& f) -> Json {
+     [](const Facts& f) -> Value {
        if (f.videoLevel.value_or(LEVEL_UNKNOWN) == LEVEL_UNKNOWN) return nullptr;
        return *f.videoLevel;
      }},
     {{"videoBitRate", Type::kInteger, Unit::kBitsPerSecond, "Of the video alone", "the video"},
      [](const Facts& f) { return positive(f.videoBitRate); }},
     {{"playException", Type::kIdentifier, Unit::kNone, "PLAY_EXCEPTION_*", "the video"},
-     [](const Facts& f) -> Json {
+     [](const Facts& f) -> Value {
        if (!f.playException) return nullptr;
        return identifier(*f.playException, playExceptionName(*f.playException));
      }},
@@ -105,15 +105,15 @@ constexpr auto kDiscKeys = std::to_array<Key>({
 }  // namespace
 
 Part discPart() {
-  return {{"disc", "Discs", kDiscKeys}, [](Json& object, const Document& document) {
+  return {{"disc", "Discs", kDiscKeys}, [](Value& object, const Document& document) {
             if (document.video && document.isDisc && document.video->subtitleCount)
-              object["subtitleCount"] = *document.video->subtitleCount;
+              object.set("subtitleCount", *document.video->subtitleCount);
           }};
 }
 
 Part videoPart() {
   return {{"video", "Pictures of videos", kPictureKeys},
-          [](Json& object, const Document& document) {
+          [](Value& object, const Document& document) {
             if (document.video) add(object, kPictureRows, *document.video);
           }};
 }

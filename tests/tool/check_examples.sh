@@ -19,6 +19,8 @@ look() {
   said=$("$programs/own_host_main")
   grep -q "^<5> configParser:[0-9]* parseConfig: can't open config file : /nonexistent/volume/.system/lumserver.conf.$" \
     <<<"$said" || fail "own_host_main: $said"
+  said=$("$programs/describe" "$video")
+  grep -q '^{"schema":2,.*"title":"Harbour at dawn".*"streams":\[{"type":"video",.*}$' <<<"$said" || fail "describe: $said"
   "$kolum" notify clear >/dev/null
   said=$("$programs/watch" "$video" "$samples/Music/Tones/cover.jpg" & "$kolum" notify post >/dev/null; wait)
   [ "$said" = "$video: kind 2

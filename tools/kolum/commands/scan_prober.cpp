@@ -7,7 +7,6 @@
 #include <array>
 #include <cstdint>
 #include <cstdlib>
-#include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
 
@@ -19,7 +18,6 @@
 #include "files/media_files.h"
 #include "isolation/isolation.h"
 #include "machine/library.h"
-#include "machine/memory.h"
 #include "read/disc/disc.h"
 #include "terminal/output.h"
 
@@ -79,7 +77,7 @@ scan::Outcome outcomeOf(const scan::Job& job, bool byContent, bool opensImages) 
   if (document.failure) return failed(*document.failure);
   scan::Outcome outcome;
   outcome.kind = scan::Outcome::Kind::kDocument;
-  outcome.document = describe::lineOf(describe::jsonOf(document));
+  outcome.document = describe::jsonOf(document);
   return outcome;
 }
 
@@ -88,7 +86,6 @@ scan::Outcome outcomeOf(const scan::Job& job, bool byContent, bool opensImages) 
 scan::Prober fileProber(bool byContent, bool opensImages) {
   initLibrary();  // before there are threads
   return [byContent, opensImages](const scan::Job& job) {
-    keepMemoryForFailure();
     const std::uint64_t before = bytesReadByThread();
     scan::Outcome outcome = outcomeOf(job, byContent, opensImages);
     outcome.bytesRead = bytesReadByThread() - before;

@@ -380,7 +380,8 @@ const Fields& usualFields() {
 
 Result resultOf(const describe::Document& document, const View& view) {
   Result result = Result::ofFile(document.path.given);
-  const Json json = describe::jsonOf(document);
+  Json json = Json::parse(describe::jsonOf(document));
+  json.erase("schema");  // every result gets it when it is printed
   result.data(view.fields ? view.fields->of(json) : json);
   if (document.failure) return result;
   if (view.fields || view.isCsv) {

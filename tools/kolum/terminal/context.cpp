@@ -1,15 +1,13 @@
 #include "terminal/context.h"
 
-#include <nlohmann/json.hpp>
-
-#include "describe/json.h"
 #include "terminal/text.h"
 
 namespace kolum::tool {
 
 void addFailure(Result& result, const Failure& failure) {
   Result error;
-  error.data(describe::errorOf(failure));
+  error.data("code", describe::codeOf(failure.cause));
+  error.data("reason", failure.reason);
   result.data("error", error);
 }
 

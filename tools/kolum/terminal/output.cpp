@@ -187,7 +187,10 @@ std::string Result::asRow(const std::vector<std::size_t>& widths) const {
 }
 
 std::string jsonText(const Result& result) {
-  return describe::lineOf(result.json());
+  using Handler = Json::error_handler_t;
+  Json line = {{"schema", describe::kJsonSchema}};
+  line.update(result.json());
+  return line.dump(-1, ' ', false, Handler::replace);
 }
 
 void Printer::jsonLine(const Result& result) {

@@ -1,0 +1,68 @@
+/*
+ * All that is known of a media file, as one text: a JSON object with everything that the records of
+ * the other headers have, and with titles, artists, dates, places, cameras, languages, streams and
+ * chapters. docs/document.md lists the keys with their meaning; docs/kolum.schema.json is their
+ * JSON schema ("probe").
+ *
+ * The file is always read by a worker (see <kolum/isolation.h>), whatever KoLUM_SetIsolation()
+ * said: what is wrong with a file is in its document as "error", with a code and a reason, and
+ * never harms the caller. Any number of threads may call these functions; each call has a worker of
+ * its own while it lasts.
+ */
+#ifndef KOLUM_DESCRIBE_H
+#define KOLUM_DESCRIBE_H
+
+#include <kolum/export.h>
+#include <stddef.h>
+
+/* What the functions return. */
+enum {
+  KOLUM_DESCRIBED = 0,     /* a document without an error */
+  KOLUM_NOT_DESCRIBED = 1, /* a document that says why there is no more of it, in "error" */
+  KOLUM_NO_DOCUMENT = 2    /* arguments that make no sense, or no memory: no text */
+};
+
+/* What a document has beyond what records have. */
+enum {
+  KOLUM_DETAILS = 1,   /* tags, streams, chapters */
+  KOLUM_BY_CONTENT = 2 /* the content decides which kind of file it is, not the name */
+};
+
+/* May grow at its end. Zeros are the usual values. */
+typedef struct KoLUM_DescribeOptions {
+  size_t size;               /* of this structure, as the caller was compiled with */
+  unsigned int flags;        /* KOLUM_DETAILS, KOLUM_BY_CONTENT */
+  int kind;                  /* MEDIA_KIND_VIDEO, _MUSIC or _PHOTO whatever the name says; 0: not
+                                given */
+  int audioStream;           /* the audio stream of a video to describe, from 0 */
+  unsigned int deadline;     /* milliseconds for one file; 0: 30,000 */
+  unsigned long long memory; /* bytes of address space of a worker; 0: 1 GiB */
+} KoLUM_DescribeOptions;
+
+KOLUM_C_BEGIN
+
+/*
+ * Describes the file PATH. A folder is none; the index file of a DVD (VIDEO_TS.IFO) or Blu-ray disc
+ * (index.bdmv) stands for the disc's main title. OPTIONS may be null, which stands for zeros and
+ * KOLUM_DETAILS. *TEXT becomes the document, in UTF-8 and terminated, to be given to
+ * KoLUM_FreeText(); null with KOLUM_NO_DOCUMENT. Songs in DSD also need the program dsf2flac in the
+ * folder that KoLUM_Init() was given, for their numbers. Returns one of the numbers above. Prints
+ * nothing.
+ */
+KOLUM_EXPORT int KoLUM_Describe(const char* path, const KoLUM_DescribeOptions* options,
+                                char** text);
+
+/*
+ * The same for a file that is open for reading as FD, which stays open and keeps its position. NAME
+ * is the file's name, for its kind and its MIME type; "file" in the document, too. Discs cannot be
+ * described so.
+ */
+KOLUM_EXPORT int KoLUM_DescribeFd(int fd, const char* name, const KoLUM_DescribeOptions* options,
+                                  char** text);
+
+/* Releases a document; null is allowed. */
+KOLUM_EXPORT void KoLUM_FreeText(char* text);
+
+KOLUM_C_END
+
+#endif

@@ -1,0 +1,186 @@
+// The document of a file, for any language.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <kolum/describe.h>
+#include <kolum/filetype.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <thread>
+#include <vector>
+
+#include "isolation/isolation.h"
+#include "support/hostile_media.h"
+#include "support/media_factory.h"
+#include "support/temp_dir.h"
+
+namespace kolum::test {
+namespace {
+
+using nlohmann::json;
+
+std::string song() {
+  return media("described.flac", "-f lavfi -i sine=duration=2 -metadata title=Dawn");
+}
+
+struct Answer {
+  int result = -1;
+  json document;
+};
+
+Answer answerOf(int result, char* text) {
+  Answer answer = {result, {}};
+  if (text != nullptr) answer.document = json::parse(text);
+  KoLUM_FreeText(text);
+  return answer;
+}
+
+Answer described(const std::string& path, const KoLUM_DescribeOptions* options = nullptr) {
+  char* text = nullptr;
+  const int result = KoLUM_Describe(path.c_str(), options, &text);
+  return answerOf(result, text);
+}
+
+KoLUM_DescribeOptions options() {
+  KoLUM_DescribeOptions options = {};
+  options.size = sizeof options;
+  return options;
+}
+
+class Describe : public testing::Test {
+ protected:
+  void SetUp() override { isolation::configure({.worker = KOLUM_WORKER}); }
+  void TearDown() override {
+    isolation::configure({.worker = "/nowhere"});
+    isolation::forgetWorkers();
+    isolation::configure({});
+  }
+};
+
+TEST_F(Describe, AnswersWithADocument) {
+  const Answer answer = described(song());
+  EXPECT_EQ(answer.result, KOLUM_DESCRIBED);
+  EXPECT_EQ(answer.document["schema"], 2);
+  EXPECT_EQ(answer.document["file"], song());
+  EXPECT_EQ(answer.document["title"], "Dawn");
+  EXPECT_EQ(answer.document["duration"], 2.0);
+  EXPECT_EQ(answer.document["streams"].size(), 1U);
+}
+
+TEST_F(Describe, LeavesOutDetailsUnlessTheyAreAskedFor) {
+  const KoLUM_DescribeOptions none = options();
+  const Answer answer = described(song(), &none);
+  EXPECT_EQ(answer.result, KOLUM_DESCRIBED);
+  EXPECT_FALSE(answer.document.contains("title"));
+  EXPECT_FALSE(answer.document.contains("streams"));
+  EXPECT_EQ(answer.document["sampleRate"], 44100);
+}
+
+TEST_F(Describe, TakesTheKindFromNameCallerOrContent) {
+  const TempDir folder;
+  const std::string path = folder.path("song.dat");
+  std::filesystem::copy(song(), path);
+  EXPECT_EQ(described(path).document["error"]["code"], "unknown-name");
+  KoLUM_DescribeOptions chosen = options();
+  chosen.kind = MEDIA_KIND_MUSIC;
+  EXPECT_EQ(described(path, &chosen).document["kind"]["name"], "music");
+  KoLUM_DescribeOptions byContent = options();
+  byContent.flags = KOLUM_BY_CONTENT;
+  EXPECT_EQ(described(path, &byContent).document["kind"]["name"], "music");
+}
+
+TEST_F(Describe, SaysWhyThereIsNoMore) {
+  const TempDir folder;
+  const struct {
+    std::string path;
+    const char* code;
+  } rows[] = {{folder.path("missing.mp4"), "not-found"},
+              {folder.write("empty.mp4", ""), "empty"},
+              {folder.write("text.mp4", "no film"), "not-media"},
+              {folder.folder() + "/", "not-a-file"},
+              {"/dev/null", "not-a-file"}};
+  for (const auto& row : rows) {
+    const Answer answer = described(row.path);
+    EXPECT_EQ(answer.result, KOLUM_NOT_DESCRIBED) << row.path;
+    EXPECT_EQ(answer.document["error"]["code"], row.code) << answer.document;
+  }
+}
+
+TEST_F(Describe, SurvivesFilesThatTakeAllMemory) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers reserve terabytes";
+#endif
+  const TempDir folder;
+  KoLUM_DescribeOptions small = options();
+  small.memory = 64ULL << 20;
+  for (const HostileFile& file : isolatedFiles()) {
+    if (file.name != "hugeCounts.mp4") continue;
+    const Answer answer = described(writeHostileFile(file, folder.folder()), &small);
+    EXPECT_EQ(answer.result, KOLUM_NOT_DESCRIBED);
+    EXPECT_EQ(answer.document["error"]["code"], "out-of-memory") << answer.document;
+  }
+  EXPECT_EQ(described(song(), &small).result, KOLUM_DESCRIBED);
+}
+
+TEST_F(Describe, NeedsAWorker) {
+  isolation::configure({.worker = "/nowhere/kolum-worker"});
+  const Answer answer = described(song());
+  EXPECT_EQ(answer.result, KOLUM_NOT_DESCRIBED);
+  EXPECT_EQ(answer.document["error"]["code"], "no-reader");
+}
+
+TEST_F(Describe, RefusesArgumentsThatMakeNoSense) {
+  char* text = nullptr;
+  EXPECT_EQ(KoLUM_Describe(nullptr, nullptr, &text), KOLUM_NO_DOCUMENT);
+  EXPECT_EQ(KoLUM_Describe("", nullptr, &text), KOLUM_NO_DOCUMENT);
+  EXPECT_EQ(KoLUM_Describe("a.mp3", nullptr, nullptr), KOLUM_NO_DOCUMENT);
+  EXPECT_EQ(KoLUM_DescribeFd(-1, "a.mp3", nullptr, &text), KOLUM_NO_DOCUMENT);
+  const KoLUM_DescribeOptions unset = {};
+  EXPECT_EQ(KoLUM_Describe("a.mp3", &unset, &text), KOLUM_NO_DOCUMENT);
+  KoLUM_DescribeOptions odd = options();
+  odd.flags = 1U << 31;
+  EXPECT_EQ(KoLUM_Describe("a.mp3", &odd, &text), KOLUM_NO_DOCUMENT);
+  odd = options();
+  odd.kind = MEDIA_KIND_PLAYLIST;
+  EXPECT_EQ(KoLUM_Describe("a.mp3", &odd, &text), KOLUM_NO_DOCUMENT);
+  EXPECT_EQ(text, nullptr);
+  KoLUM_FreeText(nullptr);
+}
+
+TEST_F(Describe, ReadsAnOpenFileWithoutMovingItsPosition) {
+  const int file = open(song().c_str(), O_RDONLY | O_CLOEXEC);
+  ASSERT_EQ(lseek(file, 100, SEEK_SET), 100);
+  char* text = nullptr;
+  const int result = KoLUM_DescribeFd(file, "other name.flac", nullptr, &text);
+  const Answer answer = answerOf(result, text);
+  EXPECT_EQ(answer.result, KOLUM_DESCRIBED);
+  EXPECT_EQ(answer.document["file"], "other name.flac");
+  EXPECT_EQ(answer.document["title"], "Dawn");
+  EXPECT_EQ(lseek(file, 0, SEEK_CUR), 100);
+  close(file);
+}
+
+TEST_F(Describe, PrintsNothing) {
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  described(song());
+  described("/missing.mp4");
+  EXPECT_EQ(testing::internal::GetCapturedStdout(), "");
+  EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+}
+
+TEST_F(Describe, ServesManyThreads) {
+  const std::string path = song();
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&path] {
+      for (int call = 0; call < 20; ++call) EXPECT_EQ(described(path).document["title"], "Dawn");
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace kolum::test
