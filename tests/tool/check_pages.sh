@@ -7,3 +7,4 @@ pages=$1 source=$2
   echo "run scripts/make-pages.sh"
   exit 1
 }
+"$pages" python | diff -u "$source/python/kolum/_documents.py" - || { echo "run scripts/make-pages.sh"; exit 1; }

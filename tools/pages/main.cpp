@@ -1,5 +1,7 @@
 // kolum-pages schema < OLD: the JSON schema of all output, with documents as the tables say.
 // kolum-pages page: the page of docs/ about the keys of documents.
+// kolum-pages python: the classes of the Python package.
+#include <algorithm>
 #include <cstdio>
 #include <exception>
 #include <iostream>
@@ -7,6 +9,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "describe/failure.h"
 #include "describe/json.h"
@@ -150,13 +153,121 @@ int printPage() {
   return 0;
 }
 
+// --- Python
+
+bool isUpper(char c) {
+  return c >= 'A' && c <= 'Z';
+}
+
+// "albumArtist" -> "album_artist"
+std::string snakeCase(std::string_view name) {
+  std::string snake;
+  for (const char c : name) {
+    if (isUpper(c)) snake += '_';
+    snake += isUpper(c) ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return snake;
+}
+
+std::string className(std::string_view prefix, std::string_view key) {
+  std::string name = std::string(prefix).append(key);
+  name[prefix.size()] = static_cast<char>(name[prefix.size()] - 'a' + 'A');
+  return name;
+}
+
+std::string pythonType(const Key& key, std::string_view prefix) {
+  switch (key.type) {
+    case Type::kBoolean:
+      return "bool | None";
+    case Type::kInteger:
+      return "int | None";
+    case Type::kNumber:
+      return "float | None";
+    case Type::kText:
+      return "str | None";
+    case Type::kTexts:
+      return "tuple[str, ...]";
+    case Type::kIdentifier:
+      return "Identifier | None";
+    case Type::kContainer:
+      return "Container | None";
+    case Type::kObject:
+      return className(prefix, key.name) + " | None";
+    case Type::kObjects:
+      return "tuple[" + className(prefix, key.name) + ", ...]";
+  }
+  return "";
+}
+
+bool isList(const Key& key) {
+  return key.type == Type::kTexts || key.type == Type::kObjects;
+}
+
+void printAttributes(std::span<const Key> keys, std::string_view prefix) {
+  for (const Key& key : keys) {
+    std::cout << "    " << snakeCase(key.name) << ": " << pythonType(key, prefix) << " = "
+              << (isList(key) ? "()" : "None") << "\n";
+    std::string meaning(key.meaning);
+    for (std::size_t at = 0; (at = meaning.find('"', at)) != std::string::npos; ++at)
+      meaning[at] = '\'';
+    const std::string unit = rowOf(key.unit).words;
+    const bool isPlain = !unit.empty() && unit.front() != '"';
+    std::cout << "    \"\"\"" << meaning << (isPlain ? " (" + unit + ")" : "") << ".\"\"\"\n";
+  }
+}
+
+// Those of objects first: Python reads from above.
+void printClass(const std::string& name, const std::string& base, const std::string& words,
+                std::span<const Key> keys, std::string_view prefix) {
+  for (const Key& key : keys)
+    if (!key.members.empty())
+      printClass(className(prefix, key.name), "", "\"" + std::string(key.name) + "\" of a document",
+                 key.members, className(prefix, key.name));
+  std::cout << "\n\n@dataclass(frozen=True, kw_only=True)\nclass " << name
+            << (base.empty() ? "" : "(" + base + ")") << ":\n    \"\"\"" << words << ".\"\"\"\n\n";
+  printAttributes(keys, prefix);
+}
+
+struct PythonClass {
+  const char* name;
+  const char* base;
+  const char* words;
+  std::vector<std::string_view> groups;
+};
+
+int printPython() {
+  const PythonClass classes[] = {
+      {"Document", "Base", "What every file has", {"file", "media", "problems"}},
+      {"Video",
+       "Document",
+       "A film, a recording, a disc",
+       {"films", "video", "sound", "disc", "streams"}},
+      {"Song", "Document", "A song, an audio book", {"sound", "songs", "streams"}},
+      {"Photo", "Document", "A photo", {"photo"}},
+  };
+  std::cout << "# Written by scripts/make-pages.sh from the tables in src/describe.\n"
+               "\"\"\"The classes of documents. docs/document.md describes every key.\"\"\"\n\n"
+               "from __future__ import annotations\n\n"
+               "from dataclasses import dataclass\n\n"
+               "from ._base import Base, Container, Identifier\n";
+  for (const PythonClass& each : classes) {
+    std::vector<Key> keys;
+    for (const Group& group : groups())
+      if (std::find(each.groups.begin(), each.groups.end(), group.name) != each.groups.end())
+        keys.insert(keys.end(), group.keys.begin(), group.keys.end());
+    printClass(each.name, each.base, each.words, keys, each.name);
+  }
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) try {
   const std::string_view what = argc == 2 ? argv[1] : "";
   if (what == "schema") return printSchema();
   if (what == "page") return printPage();
-  std::fputs("usage: kolum-pages schema < kolum.schema.json | kolum-pages page\n", stderr);
+  if (what == "python") return printPython();
+  std::fputs("usage: kolum-pages schema < kolum.schema.json | page | python\n", stderr);
   return 2;
 } catch (const std::exception& error) {
   std::fprintf(stderr, "kolum-pages: %s\n", error.what());
