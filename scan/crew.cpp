@@ -41,7 +41,12 @@ void Crew::start(std::function<void()> work) {
   };
   try {
     std::thread([state = state_, work = std::move(work), leave]() mutable {
-      work();
+      try {
+        work();
+      } catch (...) {
+        const std::lock_guard lock(state->mutex);
+        state->error = std::current_exception();
+      }
       work = nullptr;  // what it owned is gone before anyone stops waiting for it
       leave(*state);
     }).detach();
@@ -54,6 +59,11 @@ void Crew::start(std::function<void()> work) {
 bool Crew::waitUntil(std::chrono::steady_clock::time_point deadline) {
   std::unique_lock lock(state_->mutex);
   return state_->ended.wait_until(lock, deadline, [&] { return state_->count == 0; });
+}
+
+void Crew::rethrow() const {
+  const std::lock_guard lock(state_->mutex);
+  if (state_->error != nullptr) std::rethrow_exception(state_->error);
 }
 
 std::size_t Crew::size() const {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <condition_variable>
 #include <cstddef>
+#include <exception>
 #include <functional>
 #include <memory>
 #include <mutex>
@@ -21,12 +22,15 @@ class Crew {
   // Whether all threads have ended at that time.
   bool waitUntil(std::chrono::steady_clock::time_point deadline);
   std::size_t size() const;
+  // Throws what ended a thread, if anything has.
+  void rethrow() const;
 
  private:
   struct State {
     mutable std::mutex mutex;
     std::condition_variable ended;
     std::size_t count = 0;
+    std::exception_ptr error;  // the last one
   };
 
   std::shared_ptr<State> state_ = std::make_shared<State>();

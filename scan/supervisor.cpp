@@ -97,6 +97,7 @@ class Supervisor::Impl {
   // Whether there may be more to do at once.
   bool step() {
     const bool hadResults = takeResults();
+    walkers_->rethrow();
     takeHung();
     switch (phase_) {
       case Phase::kFiles: {

@@ -84,6 +84,8 @@ class Walkers {
 
   // Whether all threads have ended by then. Walkers whose events nobody takes any more end, too.
   bool stop(Clock::time_point deadline);
+  // Throws what ended a walk, such as a lack of memory.
+  void rethrow() const { crew_.rethrow(); }
   // Those that have not ended.
   std::size_t threads() const { return crew_.size(); }
 

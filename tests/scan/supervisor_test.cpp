@@ -313,6 +313,17 @@ TEST_F(Scan, SuspectsTimeAndMemoryToo) {
   EXPECT_EQ(run().quarantined, 2U);
 }
 
+// Nothing is known of the file then.
+TEST_F(Scan, EndsIfItsOwnMemoryRunsOutAndBlamesNoFile) {
+  for (const char* name : {"a", "b"}) write(name);
+  prober_.answer("b", [](const scan::Job&) -> Outcome { throw std::bad_alloc(); });
+  EXPECT_THROW(run(), std::bad_alloc);
+  EXPECT_FALSE(known("b"));
+  prober_.answer("b", [](const scan::Job& job) { return described(job); });
+  EXPECT_EQ(run().failed, 0U);
+  EXPECT_EQ(known("b")->state, State::kKnown);
+}
+
 TEST_F(Scan, ForgivesASuspectThatSucceedsAlone) {
   write("a");
   prober_.answer("a", [](const scan::Job& job) {

@@ -304,7 +304,7 @@ TEST(ProbeHostileTags, StayValidJsonAndHarmlessText) {
       {"plain", "plain", "plain"},
       {"quote\"back\\slash", "quote\"back\\slash", "quote\"back\\\\slash"},
       {"two\nlines\x1b[31m", "two\nlines\x1b[31m", "two\\nlines\\x1b[31m"},
-      {"caf\xE9 \xFF", "caf\xEF\xBF\xBD \xEF\xBF\xBD", "caf\\xe9 \\xff"},
+      {"caf\xE9 \xFF", "caf\xEF\xBF\xBD \xEF\xBF\xBD", "caf\xEF\xBF\xBD \xEF\xBF\xBD"},
   };
   const TempDir folder;
   for (const auto& row : rows) {
