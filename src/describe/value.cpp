@@ -55,12 +55,13 @@ void writeNumber(double number, std::string& out) {
   if (text.find_first_of(".e") == std::string_view::npos) out += ".0";
 }
 
-template <typename Elements, typename Write>
-void writeAll(const Elements& elements, char begin, char end, std::string& out, Write write) {
+// COUNT elements, each by its number.
+template <typename Write>
+void writeAll(std::size_t count, char begin, char end, std::string& out, Write write) {
   out += begin;
-  for (std::size_t i = 0; i < elements.size(); ++i) {
+  for (std::size_t i = 0; i < count; ++i) {
     if (i > 0) out += ',';
-    write(elements[i]);
+    write(i);
   }
   out += end;
 }
@@ -74,7 +75,7 @@ Value::Value(const std::vector<std::string>& texts) : value_(Array()) {
 bool Value::isEmpty() const {
   if (const auto* array = std::get_if<Array>(&value_)) return array->empty();
   const auto* object = std::get_if<Object>(&value_);
-  return object != nullptr && object->empty();
+  return object != nullptr && object->keys.empty();
 }
 
 void Value::push(Value value) {
@@ -82,13 +83,14 @@ void Value::push(Value value) {
 }
 
 void Value::set(std::string_view key, Value value) {
-  auto& members = std::get<Object>(value_);
-  const auto member = std::find_if(members.begin(), members.end(),
-                                   [key](const Member& each) { return each.key == key; });
-  if (member != members.end())
-    member->value = std::move(value);
-  else
-    members.push_back({std::string(key), std::move(value)});
+  auto& [keys, values] = std::get<Object>(value_);
+  const auto known = std::find(keys.begin(), keys.end(), key);
+  if (known != keys.end()) {
+    values[static_cast<std::size_t>(known - keys.begin())] = std::move(value);
+    return;
+  }
+  keys.emplace_back(key);
+  values.push_back(std::move(value));
 }
 
 void Value::write(std::string& out) const {
@@ -101,12 +103,12 @@ void Value::write(std::string& out) const {
   } else if (const auto* text = std::get_if<std::string>(&value_)) {
     writeText(*text, out);
   } else if (const auto* array = std::get_if<Array>(&value_)) {
-    writeAll(*array, '[', ']', out, [&](const Value& element) { element.write(out); });
+    writeAll(array->size(), '[', ']', out, [&](std::size_t i) { (*array)[i].write(out); });
   } else if (const auto* object = std::get_if<Object>(&value_)) {
-    writeAll(*object, '{', '}', out, [&](const Member& member) {
-      writeText(member.key, out);
+    writeAll(object->keys.size(), '{', '}', out, [&](std::size_t i) {
+      writeText(object->keys[i], out);
       out += ':';
-      member.value.write(out);
+      object->values[i].write(out);
     });
   } else {
     out += "null";

@@ -16,13 +16,15 @@
 
 namespace kolum::describe {
 
-struct Member;
-
 // Null, a boolean, a number, a text, an array or an object. Objects keep the order of their keys.
 class Value {
  public:
   using Array = std::vector<Value>;
-  using Object = std::vector<Member>;
+  // Keys and their values, in the same order.
+  struct Object {
+    std::vector<std::string> keys;
+    std::vector<Value> values;
+  };
 
   Value() = default;
   Value(std::nullptr_t) {}                                       // NOLINT: null is a value
@@ -56,11 +58,6 @@ class Value {
   void write(std::string& out) const;
 
   Content value_;
-};
-
-struct Member {
-  std::string key;
-  Value value;
 };
 
 }  // namespace kolum::describe
