@@ -20,11 +20,14 @@ namespace {
 
 using isolation::Mode;
 
-constexpr std::chrono::seconds kDeadline{10};
+// Hostile files use it up, which takes long; good ones never do, however slow the machine is.
+constexpr std::chrono::seconds kShortDeadline{3};
+constexpr std::chrono::seconds kLongDeadline{30};
 
-void isolate(bool isOn, std::size_t memory = std::size_t{1} << 30) {
+void isolate(bool isOn, std::size_t memory = std::size_t{1} << 30,
+             std::chrono::seconds deadline = kLongDeadline) {
   isolation::configure({.mode = isOn ? Mode::kOn : Mode::kOff,
-                        .deadline = kDeadline,
+                        .deadline = deadline,
                         .memory = memory,
                         .worker = KOLUM_WORKER});
 }
@@ -148,14 +151,14 @@ TEST_P(IsolatedFile, HarmsNobody) {
   const TempDir folder;
   const std::string good = folder.write("good.txt", "text");
   const std::string path = writeHostileFile(GetParam(), folder.folder());
-  isolate(true, kMemory);
+  isolate(true, kMemory, kShortDeadline);
   const auto source = media::Source::open(path);
   ASSERT_TRUE(source);
   const long before = peakKilobytes();
   const auto begin = std::chrono::steady_clock::now();
   const read::Findings found = isolation::look(
       *source, {.container = ffmpeg::Depth::kStreams, .details = true, .dsfTags = true});
-  EXPECT_LT(std::chrono::steady_clock::now() - begin, 2 * kDeadline);
+  EXPECT_LT(std::chrono::steady_clock::now() - begin, 2 * kShortDeadline);
   EXPECT_LT(peakKilobytes() - before, kGrowth);
   if (found.failure) RecordProperty("reason", found.failure->reason);
   isolate(true, kMemory);
