@@ -16,6 +16,11 @@ if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU" AND CMAKE_CXX_COMPILER_VERSION VERSION_L
   target_compile_options(kolum_options INTERFACE $<$<COMPILE_LANGUAGE:CXX>:-Wno-restrict>)
 endif()
 
+# Part of -Wconversion for Clang, but not for GCC.
+if(CMAKE_CXX_COMPILER_ID STREQUAL "Clang")
+  target_compile_options(kolum_options INTERFACE -Wno-sign-conversion)
+endif()
+
 # Shared objects have no undefined symbols, except those defined by a sanitizer's run-time.
 set(KOLUM_NO_UNDEFINED -Wl,--no-undefined)
 if(KOLUM_SANITIZE)
@@ -23,4 +28,8 @@ if(KOLUM_SANITIZE)
   target_compile_options(kolum_options INTERFACE
     -fsanitize=${KOLUM_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(kolum_options INTERFACE -fsanitize=${KOLUM_SANITIZE})
+  target_compile_definitions(kolum_options INTERFACE KOLUM_SANITIZED)
+  if(KOLUM_SANITIZE MATCHES address)
+    target_compile_definitions(kolum_options INTERFACE KOLUM_SANITIZED_ADDRESS)
+  endif()
 endif()

@@ -29,7 +29,7 @@ using std::chrono::milliseconds;
 constexpr std::chrono::seconds kStartTime{30};
 // A killed process is gone in microseconds, unless a device holds it. With the memory that
 // sanitizers take, it may need seconds.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KOLUM_SANITIZED
 constexpr milliseconds kDeathTime{10'000};
 #else
 constexpr milliseconds kDeathTime{500};

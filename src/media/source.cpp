@@ -6,7 +6,6 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <new>
 #include <utility>
 
@@ -62,7 +61,7 @@ std::ptrdiff_t Source::readAt(std::int64_t position, std::span<std::uint8_t> out
     return readDirectly(position, out);
   const auto begin = static_cast<std::size_t>(position);
   const std::size_t fromHead = std::min(out.size(), head_.size() - begin);
-  std::memcpy(out.data(), head_.data() + begin, fromHead);
+  std::copy_n(head_.data() + begin, fromHead, out.data());
   if (fromHead == out.size()) return static_cast<std::ptrdiff_t>(fromHead);
   const std::ptrdiff_t rest =
       readDirectly(static_cast<std::int64_t>(head_.size()), out.subspan(fromHead));

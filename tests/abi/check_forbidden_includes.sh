@@ -30,7 +30,7 @@ refuses() {
   fi
   if (cd "$(dirname "$commands")" && eval "$command" -fsyntax-only "$scratch/forbidden.cpp") 2>"$scratch/said"; then
     echo "$1 compiles with $2"; failed=1
-  elif ! grep -q "$2: No such file" "$scratch/said"; then
+  elif ! grep -q -e "$2: No such file" -e "'$2' file not found" "$scratch/said"; then
     echo "$1 with $2 fails for another reason:"; cat "$scratch/said"; failed=1
   fi
 }

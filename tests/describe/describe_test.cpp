@@ -109,7 +109,7 @@ TEST_F(Describe, SaysWhyThereIsNoMore) {
 }
 
 TEST_F(Describe, SurvivesFilesThatTakeAllMemory) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KOLUM_SANITIZED
   GTEST_SKIP() << "sanitizers reserve terabytes";
 #endif
   const TempDir folder;

@@ -13,7 +13,7 @@ namespace kolum::test {
 
 namespace {
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KOLUM_SANITIZED
 constexpr bool kIsSanitized = true;
 #else
 constexpr bool kIsSanitized = false;

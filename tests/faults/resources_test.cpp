@@ -64,7 +64,7 @@ TEST(DescriptorFaults, LeaveNothingBehindAndTheStepWorking) {
     constexpr rlim_t kMost = 8;
     for (const Step& step : steps()) {
       SCOPED_TRACE(step.name);
-#ifdef __SANITIZE_ADDRESS__
+#ifdef KOLUM_SANITIZED_ADDRESS
       // On first use of a type the sanitizer opens descriptors.
       EXPECT_TRUE(runUndisturbed(step));
 #endif
@@ -109,7 +109,7 @@ TEST(ProcessFaults, FailOnlyStepsThatNeedPrograms) {
 }
 
 TEST(MemoryFaults, LeaveNothingBehindAtAnyLimit) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KOLUM_SANITIZED
   GTEST_SKIP() << "sanitizers need more address space than any limit leaves";
 #else
   inPreparedSandbox([] {

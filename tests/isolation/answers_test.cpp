@@ -82,9 +82,6 @@ std::string testName(const testing::TestParamInfo<FileCase>& info) {
   return name;
 }
 
-constexpr const char* kFilm =
-    "-f lavfi -i testsrc2=s=176x144:r=25:d=2 -f lavfi -i sine=d=2 -pix_fmt yuv420p -c:v libx264 ";
-
 INSTANTIATE_TEST_SUITE_P(
     Files, SameAnswers,
     testing::Values(
@@ -177,7 +174,7 @@ INSTANTIATE_TEST_SUITE_P(Corpus, IsolatedFile, testing::ValuesIn(isolatedFiles()
 
 // An answer with holes would look like one without.
 TEST_F(IsolatedAnswers, AreFailuresIfMemoryRunsOut) {
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KOLUM_SANITIZED
   GTEST_SKIP() << "sanitizers reserve terabytes";
 #endif
   const TempDir folder;

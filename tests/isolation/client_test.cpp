@@ -35,7 +35,7 @@ using testing::HasSubstr;
 const read::Query kRecognition = {.recognition = true};
 const read::Query kPicture = {.container = ffmpeg::Depth::kStreams, .picture = true};
 
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KOLUM_SANITIZED
 constexpr bool kIsSanitized = true;
 #else
 constexpr bool kIsSanitized = false;

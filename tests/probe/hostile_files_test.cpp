@@ -41,7 +41,7 @@ constexpr unsigned kWallSeconds = 20;
 
 // Sanitizers need memory and time of their own, and huge address spaces: what is left is the check
 // that no call crashes.
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+#ifdef KOLUM_SANITIZED
 constexpr bool kMeasures = false;
 #else
 constexpr bool kMeasures = true;

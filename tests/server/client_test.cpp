@@ -23,7 +23,7 @@
 #include "support/appliance_sandbox.h"
 #include "support/descriptors.h"
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef KOLUM_SANITIZED_ADDRESS
 #include <sanitizer/lsan_interface.h>
 #define KOLUM_ALLOW_LEAK() const __lsan::ScopedDisabler allowLeak
 #else
@@ -431,7 +431,7 @@ TEST_F(SendActionToLumServer, LeaksTextOnFailure) {
     KOLUM_ALLOW_LEAK();
     const std::size_t before = mallinfo2().uordblks;
     for (int i = 0; i < kCalls; ++i) EXPECT_EQ(sendActionToLumServer(1, 2, 3), 3);
-#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+#ifndef KOLUM_SANITIZED
     EXPECT_GE(mallinfo2().uordblks, before + kCalls * (wire::kAnswerTextMax + 1));
 #else
     (void)before;  // mallinfo2() does not cover these allocators

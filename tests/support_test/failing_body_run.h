@@ -11,10 +11,8 @@
 
 namespace kolum::test {
 
-#if defined(__SANITIZE_ADDRESS__)
+#ifdef KOLUM_SANITIZED_ADDRESS
 constexpr bool kHasAddressSanitizer = true;
-#elif defined(__has_feature)
-constexpr bool kHasAddressSanitizer = __has_feature(address_sanitizer);
 #else
 constexpr bool kHasAddressSanitizer = false;
 #endif
