@@ -29,7 +29,7 @@ using nlohmann::json;
 using namespace std::chrono_literals;
 using Clock = std::chrono::steady_clock;
 
-constexpr std::size_t kMostMemory = std::size_t{256} << 20;
+[[maybe_unused]] constexpr std::size_t kMostMemory = std::size_t{256} << 20;
 // What is left of a scan that was killed, or of its workers, may take a moment to go.
 constexpr auto kTimeToGo = 5s;
 // A scan that is done ends, unless the kernel holds it.
