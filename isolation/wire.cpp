@@ -394,6 +394,12 @@ void fields(Archive& io, ffmpeg::Recognition& value) {
 }
 
 template <typename Archive>
+void fields(Archive& io, read::Content& value) {
+  texts(io, value.type);
+  io(value.isTruncated);
+}
+
+template <typename Archive>
 void fields(Archive& io, media::OffsetOrigin& value) {
   io.enumerator(value, media::OffsetOrigin::kGps);
 }
@@ -546,8 +552,9 @@ template <typename Archive>
 void fields(Archive& io, Request& value) {
   read::Query& query = value.query;
   io(value.fileName, query.container, query.picture, query.details, query.mp4SubFormat,
-     query.transportPackets, query.moovPosition, query.dsfTags, query.recognition, query.songTags,
-     query.photoTags, query.keyFrameAt, query.reportedKeyFrameAt);
+     query.transportPackets, query.moovPosition, query.dsfTags, query.recognition, query.content,
+     query.fingerprint, query.songTags, query.photoTags, query.keyFrameAt,
+     query.reportedKeyFrameAt);
 }
 
 template <typename Archive>
@@ -557,7 +564,8 @@ void fields(Archive& io, read::Findings& value) {
   io.trace(value.transportPacketsTrace);
   io(value.moovPosition, value.dsfTags, value.recognition, value.keyFrameTime, value.songTags);
   io.trace(value.keyFrameTrace);
-  io(value.photoTags);
+  io(value.photoTags, value.content);
+  texts(io, value.fingerprint);
 }
 
 template <typename Value>

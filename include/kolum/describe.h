@@ -24,14 +24,15 @@ enum {
 
 /* What a document has beyond what records have. */
 enum {
-  KOLUM_DETAILS = 1,   /* tags, streams, chapters */
-  KOLUM_BY_CONTENT = 2 /* the content decides which kind of file it is, not the name */
+  KOLUM_DETAILS = 1,    /* tags, streams, chapters, content type, warnings */
+  KOLUM_BY_CONTENT = 2, /* the content decides which kind of file it is, not the name */
+  KOLUM_FINGERPRINT = 4 /* a number to find copies by, which costs up to 128 KiB more to read */
 };
 
 /* May grow at its end. Zeros are the usual values. */
 typedef struct KoLUM_DescribeOptions {
   size_t size;               /* of this structure, as the caller was compiled with */
-  unsigned int flags;        /* KOLUM_DETAILS, KOLUM_BY_CONTENT */
+  unsigned int flags;        /* KOLUM_DETAILS, KOLUM_BY_CONTENT, KOLUM_FINGERPRINT */
   int kind;                  /* MEDIA_KIND_VIDEO, _MUSIC or _PHOTO whatever the name says; 0: not
                                 given */
   int audioStream;           /* the audio stream of a video to describe, from 0 */

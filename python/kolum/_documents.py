@@ -38,8 +38,12 @@ class Document(Base):
     """The path percent-encoded, only when it is not UTF-8."""
     size: int | None = None
     """Size of the file (bytes)."""
+    content_type: str | None = None
+    """MIME type that its first bytes say."""
     modified: str | None = None
     """When the file was last changed."""
+    fingerprint: str | None = None
+    """On request: SHA-256 of the size (8 bytes, the lowest first) and of the first and last 64 KiB."""
     kind: Identifier | None = None
     """music, video or photo."""
     container_format: Container | None = None

@@ -27,7 +27,7 @@ ffi.cdef(
 )
 
 DESCRIBED, NOT_DESCRIBED, NO_DOCUMENT = 0, 1, 2
-DETAILS, BY_CONTENT = 1, 2
+DETAILS, BY_CONTENT, FINGERPRINT = 1, 2, 4
 KINDS = {"music": 1, "video": 2, "photo": 3}
 BITS = {"music": 0x1, "video": 0x2, "photo": 0x4}
 

@@ -79,6 +79,25 @@ def test_details_can_be_left_out(samples):
     assert song.title is None and song.streams == () and song.sample_rate == 48000
 
 
+def test_copies_have_the_same_fingerprint(samples, tmp_path):
+    photo = samples / "Photos/pattern.jpg"
+    copy = tmp_path / "copy.jpg"
+    copy.write_bytes(photo.read_bytes())
+    assert kolum.probe(photo).fingerprint is None
+    fingerprint = kolum.probe(photo, fingerprint=True).fingerprint
+    assert kolum.probe(copy, fingerprint=True).fingerprint == fingerprint
+    copy.write_bytes(photo.read_bytes() + b"more")
+    assert kolum.probe(copy, fingerprint=True).fingerprint != fingerprint
+
+
+def test_odd_files_are_warned_of(samples, tmp_path):
+    misnamed = tmp_path / "photo.png"
+    misnamed.write_bytes((samples / "Photos/pattern.jpg").read_bytes())
+    document = kolum.probe(misnamed)
+    assert document.content_type == "image/jpeg"
+    assert [warning.code for warning in document.warnings] == ["misnamed"]
+
+
 def test_missing_file_is_a_file_not_found_error(tmp_path):
     with pytest.raises(FileNotFoundError) as caught:
         kolum.probe(tmp_path / "missing.mp3")

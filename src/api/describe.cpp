@@ -20,7 +20,7 @@ using namespace kolum;
 
 namespace {
 
-constexpr unsigned kAllFlags = KOLUM_DETAILS | KOLUM_BY_CONTENT;
+constexpr unsigned kAllFlags = KOLUM_DETAILS | KOLUM_BY_CONTENT | KOLUM_FINGERPRINT;
 // Of the first version of the structure, which every caller has.
 constexpr std::size_t kSmallest = sizeof(KoLUM_DescribeOptions);
 
@@ -50,6 +50,7 @@ describe::Options wishesOf(const KoLUM_DescribeOptions& options, const media::So
   if (options.kind != MEDIA_KIND_NONE) wishes.kind = options.kind;
   wishes.byContent = (options.flags & KOLUM_BY_CONTENT) != 0;
   wishes.wantsDetails = (options.flags & KOLUM_DETAILS) != 0;
+  wishes.wantsFingerprint = (options.flags & KOLUM_FINGERPRINT) != 0;
   wishes.audioStream = options.audioStream;
   wishes.toolFolder = g_localWorkingPath;
   wishes.opened = opened;

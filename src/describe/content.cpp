@@ -73,17 +73,19 @@ void addStreams(const media::Container& container, Content& content) {
   content.hasAudio = audio != nullptr;
   content.isPicture = video != nullptr && isPicture(container);
   content.isDsd = isDsd(container);
-  content.isFilm =
-      !content.isPicture && std::any_of(container.streams.begin(), container.streams.end(),
-                                        [](const media::Stream& stream) {
-                                          return stream.type == media::StreamType::kVideo &&
-                                                 !stream.isAttachedPicture;
-                                        });
+  content.isFilm = !content.isPicture && hasFilm(container);
   content.unknownVideoCodec = unknownCodec(video);
   content.unknownAudioCodec = unknownCodec(audio);
 }
 
 }  // namespace
+
+bool hasFilm(const media::Container& container) {
+  return std::any_of(container.streams.begin(), container.streams.end(),
+                     [](const media::Stream& stream) {
+                       return stream.type == media::StreamType::kVideo && !stream.isAttachedPicture;
+                     });
+}
 
 Content contentOf(const read::Findings& found) {
   Content content;

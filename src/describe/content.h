@@ -33,6 +33,9 @@ inline constexpr read::Query kEverything = {.container = ffmpeg::Depth::kStreams
                                             .transportPackets = true,
                                             .recognition = true};
 
+// Whether there is a video stream that is no cover.
+bool hasFilm(const media::Container& container);
+
 Content contentOf(const read::Findings& found);
 // Of a file that is not open; empty if it cannot be opened.
 Content contentOf(const std::string& path);

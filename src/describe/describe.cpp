@@ -64,17 +64,13 @@ class Description {
   void song();
   void photo();
   void keep(read::Findings found);
-  void fail(const std::optional<read::Failure>& failure, Wanted wanted);
+  void fail(const std::optional<read::Failure>& failure, read::Findings found, Wanted wanted);
   const media::Source* source() const {
     if (options_.opened != nullptr) return options_.opened;
     return opened_ ? &*opened_ : nullptr;
   }
   // The file for a probe, and what is wanted of it besides.
-  probe::Reading reading(const read::Query& also) const {
-    return {.source = source(),
-            .also = options_.wantsDetails ? also : read::Query{},
-            .found = byContent_ ? &*byContent_ : nullptr};
-  }
+  probe::Reading reading(read::Query also) const;
 
   const MediaPath& path_;
   const Options& options_;
@@ -105,11 +101,24 @@ void Description::chooseKind() {
       document_.kind == byName.kind ? byName.type : typeOfKind(path_.name, document_.kind);
 }
 
+probe::Reading Description::reading(read::Query also) const {
+  if (!options_.wantsDetails) also = {};
+  also.content = options_.wantsDetails;
+  also.fingerprint = options_.wantsFingerprint;
+  const bool wantsMore = also.content || also.fingerprint;
+  return {
+      .source = source(), .also = also, .found = byContent_ && !wantsMore ? &*byContent_ : nullptr};
+}
+
 void Description::keep(read::Findings found) {
   document_.found = std::move(found);
 }
 
-void Description::fail(const std::optional<read::Failure>& failure, Wanted wanted) {
+// What the file is remains known.
+void Description::fail(const std::optional<read::Failure>& failure, read::Findings found,
+                       Wanted wanted) {
+  document_.found.content = std::move(found.content);
+  document_.found.fingerprint = std::move(found.fingerprint);
   document_.failure = failure ? readerFailure(*failure) : diagnose(path_, wanted);
 }
 
@@ -121,7 +130,8 @@ void Description::video() {
                                                  .reading = reading({.details = true})},
                                                 probe::kRecordPolicy);
   document_.trace = std::move(result.trace);
-  if (!result.succeeded || result.failure) return fail(result.failure, Wanted::kVideo);
+  if (!result.succeeded || result.failure)
+    return fail(result.failure, std::move(result.found), Wanted::kVideo);
   document_.video = std::move(result.facts);
   keep(std::move(result.found));
 }
@@ -131,14 +141,16 @@ void Description::song() {
                                               reading({.details = true, .songTags = true}));
   document_.trace = std::move(result.trace);
   document_.song = songOf(result);
-  if (!document_.song || result.failure) return fail(result.failure, Wanted::kSong);
+  if (!document_.song || result.failure)
+    return fail(result.failure, std::move(result.found), Wanted::kSong);
   keep(std::move(result.found));
 }
 
 void Description::photo() {
   probe::PhotoResult result = probe::probePhoto(path_.full(), reading({.photoTags = true}));
   const bool isKnown = result.picture && !result.picture->pixelFormatName.empty();
-  if (!isKnown || result.failure) return fail(result.failure, Wanted::kPicture);
+  if (!isKnown || result.failure)
+    return fail(result.failure, std::move(result.found), Wanted::kPicture);
   document_.photo = std::move(result.picture);
   keep(std::move(result.found));
 }

@@ -20,12 +20,6 @@
 
 namespace kolum::describe {
 
-// Something odd about a file that does not keep it from being described.
-struct Warning {
-  std::string_view code;  // for programs
-  std::string reason;     // in words
-};
-
 struct FileStatus {
   std::int64_t size = 0;        // bytes
   std::int64_t modifiedNs = 0;  // nanoseconds since 1970
@@ -45,7 +39,6 @@ struct Document {
   bool hasDetails = false;  // tags, streams and chapters were asked for
   read::Findings found;
 
-  std::vector<Warning> warnings;
   std::optional<Failure> failure;
   // What the probes have to say to standard output and standard error.
   Trace trace;

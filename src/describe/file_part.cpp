@@ -1,15 +1,37 @@
 #include <kolum/identifiers.h>
 
+#include <algorithm>
+#include <string_view>
+#include <utility>
+
 #include "base/moment.h"
 #include "base/percent.h"
 #include "base/utf8.h"
+#include "describe/content.h"
 #include "describe/names.h"
 #include "describe/parts.h"
 #include "describe/table.h"
+#include "describe/warnings.h"
 
 namespace kolum::describe {
 
 namespace {
+
+// Containers of films that also have songs, and what the songs are called.
+constexpr std::pair<std::string_view, std::string_view> kSongTypes[] = {
+    {"video/mp4", "audio/mp4"},     {"video/x-matroska", "audio/x-matroska"},
+    {"video/webm", "audio/webm"},   {"video/x-ms-asf", "audio/x-ms-wma"},
+    {"video/ogg", "audio/ogg"},     {"video/3gpp", "audio/3gpp"},
+    {"video/3gpp2", "audio/3gpp2"},
+};
+
+Value contentTypeOf(const Document& d) {
+  const std::string& type = d.found.content.type;
+  if (!d.found.container || hasFilm(*d.found.container)) return text(type);
+  const auto* row = std::find_if(std::begin(kSongTypes), std::end(kSongTypes),
+                                 [&](const auto& pair) { return pair.first == type; });
+  return text(row == std::end(kSongTypes) ? type : row->second);
+}
 
 constexpr auto kFileRows = std::to_array<Row<Document>>({
     {{"file", Type::kText, Unit::kNone,
@@ -23,8 +45,15 @@ constexpr auto kFileRows = std::to_array<Row<Document>>({
      }},
     {{"size", Type::kInteger, Unit::kBytes, "Size of the file", "the file system"},
      [](const Document& d) { return d.status ? Value(d.status->size) : Value(); }},
+    {{"contentType", Type::kText, Unit::kNone, "MIME type that its first bytes say", "the content"},
+     contentTypeOf},
     {{"modified", Type::kText, Unit::kMoment, "When the file was last changed", "the file system"},
      [](const Document& d) { return d.status ? text(momentText(d.status->modifiedNs)) : Value(); }},
+    {{"fingerprint", Type::kText, Unit::kNone,
+      "On request: SHA-256 of the size (8 bytes, the lowest first) and of the first and last 64 "
+      "KiB",
+      "the content"},
+     [](const Document& d) { return text(d.found.fingerprint); }},
 });
 
 constexpr auto kFileKeys = keysOf(kFileRows);
@@ -98,17 +127,17 @@ Value problem(std::string_view code, std::string_view reason) {
   return object;
 }
 
-Value warningsOf(const Document& d) {
+Value warnings(const Document& d) {
   Value warnings = Value::array();
-  for (const Warning& warning : d.warnings) warnings.push(problem(warning.code, warning.reason));
+  for (const Warning& warning : warningsOf(d)) warnings.push(problem(warning.code, warning.reason));
   if (warnings.isEmpty()) return nullptr;
   return warnings;
 }
 
 constexpr auto kProblemRows = std::to_array<Row<Document>>({
-    {{"warnings", Type::kObjects, Unit::kNone, "What is odd about the file", "all of the above",
-      kErrorKeys},
-     warningsOf},
+    {{"warnings", Type::kObjects, Unit::kNone, "What is odd about the file",
+      "the name and the content", kErrorKeys},
+     warnings},
     {{"error", Type::kObject, Unit::kNone, "Why a file gave no result, or not all of it",
       "what was tried", kErrorKeys},
      [](const Document& d) {

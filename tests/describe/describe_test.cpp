@@ -91,6 +91,67 @@ TEST_F(Describe, TakesTheKindFromNameCallerOrContent) {
   EXPECT_EQ(described(path, &byContent).document["kind"]["name"], "music");
 }
 
+TEST_F(Describe, HasAllDetailsIfTheContentDecides) {
+  KoLUM_DescribeOptions byContent = options();
+  byContent.flags = KOLUM_BY_CONTENT | KOLUM_DETAILS;
+  EXPECT_EQ(described(song(), &byContent).document, described(song()).document);
+}
+
+TEST_F(Describe, NamesTheContentsType) {
+  EXPECT_EQ(described(song()).document["contentType"], "audio/flac");
+  KoLUM_DescribeOptions asSong = options();
+  asSong.flags = KOLUM_DETAILS;
+  asSong.kind = MEDIA_KIND_MUSIC;
+  const std::string sound = media("sound.mkv", "-f lavfi -i sine=d=1");
+  EXPECT_EQ(described(sound, &asSong).document["contentType"], "audio/x-matroska");
+  const TempDir folder;
+  const Answer text = described(folder.write("text.mp4", "%PDF-1.7 is no film"));
+  EXPECT_EQ(text.document["contentType"], "application/pdf");
+  EXPECT_EQ(text.result, KOLUM_NOT_DESCRIBED);
+}
+
+TEST_F(Describe, FingerprintsOnRequestOnly) {
+  EXPECT_FALSE(described(song()).document.contains("fingerprint"));
+  KoLUM_DescribeOptions wanted = options();
+  wanted.flags = KOLUM_FINGERPRINT;
+  EXPECT_EQ(described(song(), &wanted).document["fingerprint"].get<std::string>().size(), 64U);
+}
+
+std::vector<std::string> warningsOf(const std::string& path) {
+  std::vector<std::string> codes;
+  const json document = described(path).document;
+  if (document.contains("warnings"))
+    for (const json& warning : document["warnings"]) codes.push_back(warning["code"]);
+  return codes;
+}
+
+TEST_F(Describe, WarnsOfWhatIsOdd) {
+  using testing::ElementsAre;
+  const TempDir folder;
+  const std::string picture = media("odd.png", "-f lavfi -i testsrc=s=64x48 -frames:v 1");
+  const std::string film =
+      media("whole.mp4", "-f lavfi -i testsrc=s=64x48:d=2 -movflags faststart");
+  const auto copy = [&folder](const std::string& path, const char* name) {
+    return folder.write(name, contentOf(path));
+  };
+  EXPECT_THAT(warningsOf(picture), ElementsAre());
+  EXPECT_THAT(warningsOf(film), ElementsAre());
+  EXPECT_THAT(warningsOf(copy(picture, "a.jpg")), ElementsAre("misnamed"));
+  EXPECT_THAT(warningsOf(copy(picture, "a.PNG")), ElementsAre());
+  EXPECT_THAT(warningsOf(copy(film, "a.avi")), ElementsAre("misnamed"));
+  EXPECT_THAT(warningsOf(copy(picture, "a.mkv")), ElementsAre("misnamed", "picture-as-video"));
+  const std::string whole = contentOf(film);
+  EXPECT_THAT(warningsOf(folder.write("half.mp4", whole.substr(0, whole.size() * 3 / 4))),
+              ElementsAre("truncated"));
+}
+
+TEST_F(Describe, ExplainsItsWarnings) {
+  const TempDir folder;
+  const std::string picture = media("odd.png", "-f lavfi -i testsrc=s=64x48 -frames:v 1");
+  const json document = described(folder.write("a.jpg", contentOf(picture))).document;
+  EXPECT_EQ(document["warnings"][0]["reason"], "named .jpg, but its content is image/png");
+}
+
 TEST_F(Describe, SaysWhyThereIsNoMore) {
   const TempDir folder;
   const struct {

@@ -204,6 +204,8 @@ read::Findings everything() {
   findings.moovPosition = headers::MoovPosition::kUnreadable;
   findings.dsfTags = {.title = "T", .artist = "A", .albumArtist = "AA", .album = "L"};
   findings.recognition = {.format = "QuickTime / MOV", .opensFurtherFiles = true};
+  findings.content = {.type = "video/mp4", .isTruncated = true};
+  findings.fingerprint = "0123456789abcdef";
   findings.keyFrameTime = 12.5;
   findings.keyFrameTrace.error("another\n");
   findings.songTags = everySongTag();
@@ -222,6 +224,9 @@ TEST(Wire, KeepsEveryFinding) {
   EXPECT_EQ(found->container->tags[1].second, std::string("\0B", 2));
   EXPECT_EQ(found->picture->pixelFormat, "rgb24");
   EXPECT_EQ(found->transportPacketsTrace.lines()[0].text, "a line\n");
+  EXPECT_EQ(found->content.type, "video/mp4");
+  EXPECT_TRUE(found->content.isTruncated);
+  EXPECT_EQ(found->fingerprint, "0123456789abcdef");
   EXPECT_EQ(found->keyFrameTime, 12.5);
   EXPECT_EQ(found->songTags->performers[0].role, "guitar");
   EXPECT_EQ(found->songTags->replayGain.albumPeak, 0.5);

@@ -26,6 +26,10 @@ codes=$(sed -n 's/^ *{Cause::k[A-Za-z]*, "\([a-z-]*\)"},$/\1/p' "$source/src/des
 [ "$(wc -l <<<"$codes")" -ge 20 ] || fail "codes of failures: $codes"
 documented=$(sed -n '/^| `code` |/,/^$/p' "$source/docs/tool.md" | sed '1,2d' | cut -d'|' -f2 | grep -o '[a-z-]*' | sort)
 [ "$documented" = "$codes" ] || fail "docs/tool.md has other codes of failures: $documented"
+warnings=$(sed -n 's/^ *{"\([a-z-]*\)", [a-zA-Z]*},$/\1/p' "$source/src/describe/warnings.cpp")
+[ -n "$warnings" ] || fail "no codes of warnings"
+documented=$(sed -n '/^| `code` of a warning/,/^$/p' "$source/docs/tool.md" | sed '1,2d' | cut -d'|' -f2 | grep -o '[a-z-]*')
+[ "$documented" = "$warnings" ] || fail "docs/tool.md has other codes of warnings: $documented"
 published=$(python3 -c 'import json, sys
 print(*sorted(json.load(sys.stdin)["$defs"]["error"]["properties"]["code"]["enum"]), sep="\n")' <"$source/docs/kolum.schema.json")
 [ "$(sort <<<"$published")" = "$codes" ] || fail "the schema has other codes of failures: $published"

@@ -36,6 +36,9 @@ struct Query {
   bool moovPosition = false;
   bool dsfTags = false;
   bool recognition = false;
+  // What the bytes say that the file is, and whether its end is missing.
+  bool content = false;
+  bool fingerprint = false;
   bool songTags = false;
   // Only workers can read them: look() below leaves them out.
   bool photoTags = false;
@@ -44,6 +47,12 @@ struct Query {
   std::optional<std::int64_t> keyFrameAt = {};
   // The same in all video streams in turn, with a report of failures. Only with the container.
   std::optional<std::int32_t> reportedKeyFrameAt = {};
+};
+
+// Whatever the file's name.
+struct Content {
+  std::string type;  // a MIME type; empty if unknown
+  bool isTruncated = false;
 };
 
 struct Picture {
@@ -76,6 +85,8 @@ struct Findings {
   std::optional<headers::MoovPosition> moovPosition;
   tags::DsfTags dsfTags;
   ffmpeg::Recognition recognition;
+  Content content;
+  std::string fingerprint;  // hexadecimal digits
   std::optional<media::SongTags> songTags;
   std::optional<media::PhotoTags> photoTags;
   std::optional<double> keyFrameTime;  // seconds from the start of the stream

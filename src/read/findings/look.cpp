@@ -1,11 +1,14 @@
 #include <string_view>
 
 #include "media/container.h"
+#include "read/ffmpeg/fingerprint.h"
 #include "read/ffmpeg/input.h"
 #include "read/ffmpeg/key_frames.h"
 #include "read/findings/findings.h"
+#include "read/headers/content_type.h"
 #include "read/headers/picture.h"
 #include "read/headers/shortcuts.h"
+#include "read/headers/truncation.h"
 #include "read/headers/ts_packets.h"
 #include "read/tags/song_tags.h"
 
@@ -52,6 +55,8 @@ Query both(const Query& one, const Query& other) {
           .moovPosition = one.moovPosition || other.moovPosition,
           .dsfTags = one.dsfTags || other.dsfTags,
           .recognition = one.recognition || other.recognition,
+          .content = one.content || other.content,
+          .fingerprint = one.fingerprint || other.fingerprint,
           .songTags = one.songTags || other.songTags,
           .photoTags = one.photoTags || other.photoTags,
           .keyFrameAt = either(one.keyFrameAt, other.keyFrameAt),
@@ -69,6 +74,10 @@ Findings look(const media::Source& source, const Query& query) {
   if (query.moovPosition) found.moovPosition = headers::moovPosition(source);
   if (query.dsfTags) found.dsfTags = tags::readDsfTags(source);
   if (query.recognition) found.recognition = ffmpeg::recognize(source);
+  if (query.content)
+    found.content = {.type = std::string(headers::contentType(source)),
+                     .isTruncated = headers::isTruncated(source)};
+  if (query.fingerprint) found.fingerprint = ffmpeg::fingerprint(source);
   if (query.songTags) found.songTags = tags::readSongTags(source);
   found.bytesRead = source.bytesRead();
   return found;

@@ -21,6 +21,7 @@ namespace {
 struct Options {
   MediaFileArguments files;
   int audioStream = 0;
+  bool wantsFingerprint = false;
   std::string fields;
   View view;
 };
@@ -84,6 +85,7 @@ void run(Context& context, Options& options) {
     return description(file.path,
                        {.kind = forced != nullptr ? forced->kind : file.kind,
                         .byContent = options.files.byContent,
+                        .wantsFingerprint = options.wantsFingerprint,
                         .audioStream = options.audioStream},
                        options.view);
   });
@@ -104,6 +106,7 @@ Action defineProbe(Syntax& syntax) {
   syntax.option("--fields", {"KEY,..."}, options->fields,
                 "Only these keys: title, position.latitude, streams.language");
   syntax.flag("--csv", options->view.isCsv, "Prints a table of comma-separated values (RFC 4180)");
+  syntax.flag("--fingerprint", options->wantsFingerprint, kFingerprintHelp);
   syntax.flag("-v,--verbose", options->view.isVerbose, "Prints every key");
   syntax.help(
       "Describes media files. A folder stands for the media in it; one with a DVD\n"

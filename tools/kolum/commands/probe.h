@@ -8,6 +8,9 @@
 namespace kolum::tool {
 
 // The external tool for DSD songs is that of initLibrary().
+inline constexpr const char* kFingerprintHelp =
+    "Adds a number to find copies by (reads up to 128 KiB more of each file)";
+
 describe::Document documentOf(const describe::MediaPath& path, describe::Options options);
 
 }  // namespace kolum::tool

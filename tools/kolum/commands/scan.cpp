@@ -9,6 +9,7 @@
 #include <utility>
 #include <vector>
 
+#include "commands/probe.h"
 #include "commands/scan_prober.h"
 #include "commands/scan_report.h"
 #include "files/library.h"
@@ -40,6 +41,7 @@ struct Options {
   int memory = 0;
   bool opensImages = false;
   bool byContent = false;
+  bool wantsFingerprint = false;
   bool isRetry = false;
   bool waits = false;
   bool watches = false;
@@ -107,7 +109,9 @@ class Scans {
         options_(options),
         report_(context, progressForm(options.progress), protectionsText()),
         selection_(mediaSelection(options.excluded, options.byContent)),
-        prober_(fileProber(options.byContent, options.opensImages)) {
+        prober_(fileProber({.byContent = options.byContent,
+                            .opensImages = options.opensImages,
+                            .wantsFingerprint = options.wantsFingerprint})) {
     for (const std::string& root : options.roots) roots_.push_back({.root = root});
   }
 
@@ -230,6 +234,7 @@ Action defineScan(Syntax& syntax) {
                 "Ends the reader of a file that takes more; else 1024");
   syntax.option("--sandbox", {"FORM", Offer::kWords, sandboxForms}, options->sandbox,
                 "\"strict\": only with all protections; \"off\": reads files in this process");
+  syntax.flag("--fingerprint", options->wantsFingerprint, kFingerprintHelp);
   syntax.flag("--images", options->opensImages, "Also mounts disc images");
   syntax.flag("--retry", options->isRetry, "Also tries files again that failed before");
   syntax.flag("--wait", options->waits, "Waits while another scan uses the library");

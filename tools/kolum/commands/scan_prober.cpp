@@ -67,12 +67,13 @@ scan::Outcome failed(const Failure& failure) {
   return outcome;
 }
 
-scan::Outcome outcomeOf(const scan::Job& job, bool byContent, bool opensImages) {
+scan::Outcome outcomeOf(const scan::Job& job, const ProberOptions& options) {
   const describe::MediaPath path = {job.file.full(), job.file.folder, job.file.name};
-  if (!opensImages && disc::kindOf(path.name) == disc::Kind::kImage)
+  if (!options.opensImages && disc::kindOf(path.name) == disc::Kind::kImage)
     return failed({Cause::kDiscImage, "a disc image; --images has it mounted"});
   if (auto failure = lengthFailure(path)) return failed(*failure);
-  const describe::Document document = documentOf(path, {.byContent = byContent});
+  const describe::Document document = documentOf(
+      path, {.byContent = options.byContent, .wantsFingerprint = options.wantsFingerprint});
   write(document.trace);
   if (document.failure) return failed(*document.failure);
   scan::Outcome outcome;
@@ -83,11 +84,11 @@ scan::Outcome outcomeOf(const scan::Job& job, bool byContent, bool opensImages) 
 
 }  // namespace
 
-scan::Prober fileProber(bool byContent, bool opensImages) {
+scan::Prober fileProber(const ProberOptions& options) {
   initLibrary();  // before there are threads
-  return [byContent, opensImages](const scan::Job& job) {
+  return [options](const scan::Job& job) {
     const std::uint64_t before = bytesReadByThread();
-    scan::Outcome outcome = outcomeOf(job, byContent, opensImages);
+    scan::Outcome outcome = outcomeOf(job, options);
     outcome.bytesRead = bytesReadByThread() - before;
     return outcome;
   };

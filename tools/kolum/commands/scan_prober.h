@@ -6,8 +6,13 @@
 
 namespace kolum::tool {
 
-// BYCONTENT: kinds are decided as by "kolum probe --all".
-scan::Prober fileProber(bool byContent, bool opensImages);
+struct ProberOptions {
+  bool byContent = false;  // kinds are decided as by "kolum probe --all"
+  bool opensImages = false;
+  bool wantsFingerprint = false;
+};
+
+scan::Prober fileProber(const ProberOptions& options);
 
 }  // namespace kolum::tool
 
