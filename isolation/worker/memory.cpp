@@ -21,7 +21,7 @@ void* noted(void* memory, std::size_t size) {
 #ifndef KOLUM_SANITIZED
 extern "C" {
 
-// NOLINTBEGIN(bugprone-reserved-identifier, readability-identifier-naming): the C library's names
+// NOLINTBEGIN(clang-diagnostic-reserved-identifier, readability-identifier-naming): C library
 void* __libc_malloc(std::size_t size);
 void* __libc_calloc(std::size_t count, std::size_t size);
 void* __libc_realloc(void* memory, std::size_t size);
@@ -56,7 +56,7 @@ int posix_memalign(void** memory, std::size_t alignment, std::size_t size) {
   return 0;
 }
 
-// NOLINTEND(bugprone-reserved-identifier, readability-identifier-naming)
+// NOLINTEND(clang-diagnostic-reserved-identifier, readability-identifier-naming)
 
 }  // extern "C"
 #endif
