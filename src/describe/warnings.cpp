@@ -101,6 +101,7 @@ std::vector<Warning> warningsOf(const Document& document) {
 
 std::vector<std::string_view> codesOfWarnings() {
   std::vector<std::string_view> codes;
+  codes.reserve(kRules.size());
   for (const Rule& rule : kRules) codes.push_back(rule.code);
   return codes;
 }
