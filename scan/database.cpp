@@ -209,6 +209,17 @@ void Database::atomically(const std::function<void()>& work) {
   }
 }
 
+void Database::atOneMoment(const std::function<void()>& work) {
+  Run(*this, "BEGIN").finish();
+  try {
+    work();
+  } catch (...) {
+    rollback();
+    throw;
+  }
+  Run(*this, "COMMIT").finish();
+}
+
 void Database::rollback() noexcept {
   if (isInTransaction()) sqlite3_exec(handle(), "ROLLBACK", nullptr, nullptr, nullptr);
 }

@@ -56,6 +56,8 @@ class Database {
   // Runs WORK as a whole: in a transaction of its own, or in a part of the present one. If it
   // throws, nothing of it remains.
   void atomically(const std::function<void()>& work);
+  // Runs WORK, which only reads, on the database of one moment, whatever others write meanwhile.
+  void atOneMoment(const std::function<void()>& work);
   void rollback() noexcept;
 
   [[noreturn]] void fail(int code) const;

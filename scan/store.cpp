@@ -74,17 +74,20 @@ void requireFile(const std::string& file) {
   throw StoreError(Kind::kMissing, file + ": there is no library yet; \"kolum scan\" makes it");
 }
 
+// A writer may be making the library at this moment.
+std::unique_ptr<Database> openForReading(const std::string& file, Database::Mode mode) {
+  auto database = std::make_unique<Database>(file, mode);
+  database->atOneMoment([&] { requirePresent(*database); });
+  return database;
+}
+
 std::unique_ptr<Database> openForReading(const std::string& file) {
   try {
-    auto database = std::make_unique<Database>(file, Database::Mode::kRead);
-    requirePresent(*database);
-    return database;
+    return openForReading(file, Database::Mode::kRead);
   } catch (const StoreError& error) {
     if (!needsWriting(error) || !hasNoLog(file)) throw;
   }
-  auto database = std::make_unique<Database>(file, Database::Mode::kImmutable);
-  requirePresent(*database);
-  return database;
+  return openForReading(file, Database::Mode::kImmutable);
 }
 
 void requireLog(Database& database) {

@@ -366,6 +366,22 @@ TEST_F(StoreTest, ReadersSeeWhatWasCommitted) {
   EXPECT_THAT(namesOf(reader.folder("/")), ElementsAre("a", "b"));
 }
 
+TEST_F(StoreTest, ReadersFindTheLibraryWholeOrNotAtAllWhileItIsMade) {
+  for (int round = 0; round < 40; ++round) {
+    const std::string file = folder_.path("made" + std::to_string(round) + "/library.db");
+    std::thread writer([&] { Store(file, kToday, kWrite); });
+    for (bool isThere = false; !isThere;) {
+      try {
+        Store(file, kToday, kRead);
+        isThere = true;
+      } catch (const StoreError& error) {
+        EXPECT_EQ(error.kind(), StoreError::Kind::kMissing) << error.what();
+      }
+    }
+    writer.join();
+  }
+}
+
 TEST_F(StoreTest, ReadersCannotWrite) {
   opened();
   Store reader(file_, kToday, kRead);
