@@ -543,6 +543,38 @@ void fields(Archive& io, media::SongTags& value) {
 }
 
 template <typename Archive>
+void fields(Archive& io, media::DiscKind& value) {
+  io.enumerator(value, media::DiscKind::kBluray);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::DiscTitle& value) {
+  io(value.source, value.duration, value.chapterCount, value.chapters, value.angles,
+     value.audioLanguages, value.subtitleLanguages, value.streams);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::DvdTitle& value) {
+  io(value.titleSet, value.numberInSet, value.chapterCount, value.angles);
+}
+
+template <typename Archive>
+void fields(Archive& io, media::DvdTitleSet& value) {
+  io(value.number, value.longestChain, value.titles);
+}
+
+void check(Encoder& /*io*/, const media::DiscIndex& /*value*/) {}
+void check(Decoder& io, const media::DiscIndex& value) {
+  if (!isValid(value)) io.fail();
+}
+
+template <typename Archive>
+void fields(Archive& io, media::DiscIndex& value) {
+  io(value.kind, value.dvdTitles, value.titleSets, value.playlists, value.mainFile);
+  check(io, value);
+}
+
+template <typename Archive>
 void fields(Archive& io, read::Failure& value) {
   io.enumerator(value.cause, read::FailureCause::kNoReader);
   io(value.reason);
@@ -553,8 +585,8 @@ void fields(Archive& io, Request& value) {
   read::Query& query = value.query;
   io(value.fileName, query.container, query.picture, query.details, query.mp4SubFormat,
      query.transportPackets, query.moovPosition, query.dsfTags, query.recognition, query.content,
-     query.fingerprint, query.songTags, query.photoTags, query.keyFrameAt,
-     query.reportedKeyFrameAt);
+     query.fingerprint, query.songTags, query.discIndex, query.discImage, query.photoTags,
+     query.keyFrameAt, query.reportedKeyFrameAt);
 }
 
 template <typename Archive>
@@ -564,7 +596,7 @@ void fields(Archive& io, read::Findings& value) {
   io.trace(value.transportPacketsTrace);
   io(value.moovPosition, value.dsfTags, value.recognition, value.keyFrameTime, value.songTags);
   io.trace(value.keyFrameTrace);
-  io(value.photoTags, value.content);
+  io(value.photoTags, value.disc, value.content);
   texts(io, value.fingerprint);
 }
 

@@ -232,6 +232,19 @@ dvd() {
     bytes 00000000 00000100; zeros 8; bytes 00000000 01000040; zeros 2000; } >dvd/index
 }
 
+# The same and a playlist, each after the number of its name.
+disc_index() {
+  mkdir -p disc_index
+  { bytes 01; cat dvd/index; } >disc_index/title_set
+  { bytes 00; printf 'DVDVIDEO-VMG'; zeros 184; bytes 00000001; zeros 1848
+    bytes 0002 0000 0000001f 000100050000 0101 00000000 000100010000 0201 00000000; } >disc_index/titles
+  { bytes 02; printf MPLS0200; bytes 00000028 00000084; zeros 24
+    bytes 00000058 0000 0001 0000 0050; printf 00001M2TS; bytes 0001 00 019bfcc0 01a2da80; zeros 12
+    bytes 002e 0000 01 01 00 0000000000 00000000 09 01 1100000000000000 05 1b61000000
+    bytes 09 01 1100000000000000 05 8161; printf eng
+    bytes 00000010 0001 ff01 0000 019bfcc0 ffff 00000000; } >disc_index/playlist
+}
+
 # text NAME TEXT: makes a seed of TEXT (with backslash escapes as in printf) for the fuzzer NAME.
 text() {
   mkdir -p "$1"
@@ -278,5 +291,6 @@ vp9
 dsd
 song_tags
 dvd
+disc_index
 texts
 touch .complete

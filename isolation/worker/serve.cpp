@@ -14,6 +14,7 @@
 #include "isolation/wire.h"
 #include "memory.h"
 #include "read/exif/photo_tags.h"
+#include "read/image/disc_image.h"
 #include "sandbox.h"
 
 namespace kolum::isolation {
@@ -54,12 +55,19 @@ void addPhotoTags(const media::Source& source, read::Findings& findings) {
   findings.bytesRead = source.bytesRead();
 }
 
+void addDiscImage(const media::Source& source, read::Findings& findings) {
+  findings.disc = image::readDiscImage(source);
+  findings.bytesRead = source.bytesRead();
+}
+
 read::Findings answerTo(const Request& request, Descriptor file) {
   try {
     const auto source = media::Source::adoptUnchecked(std::move(file), request.fileName);
     read::Findings findings = read::look(source, request.query);
     if (hasMemoryRunOut()) return outOfMemory();
     if (request.query.photoTags) addPhotoTags(source, findings);
+    if (request.query.discImage) addDiscImage(source, findings);
+    if (hasMemoryRunOut()) return outOfMemory();
     return findings;
   } catch (const std::bad_alloc&) {
     return outOfMemory();

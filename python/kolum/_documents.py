@@ -85,6 +85,36 @@ class VideoPosition:
 
 
 @dataclass(frozen=True, kw_only=True)
+class VideoTitlesChapters:
+    """"chapters" of a document."""
+
+    start: float | None = None
+    """From the beginning of the title (seconds)."""
+
+
+@dataclass(frozen=True, kw_only=True)
+class VideoTitles:
+    """"titles" of a document."""
+
+    number: int | None = None
+    """From 1, in the order of a DVD's list of titles, or of a Blu-ray disc's playlists."""
+    source: str | None = None
+    """The index file that describes it: 'VTS_01_0.IFO', '00001.mpls'."""
+    duration: float | None = None
+    """How long it plays (seconds)."""
+    chapter_count: int | None = None
+    """How many chapters it has."""
+    chapters: tuple[VideoTitlesChapters, ...] = ()
+    """Where they begin."""
+    angles: int | None = None
+    """From how many angles it can be seen."""
+    audio_languages: tuple[str, ...] = ()
+    """For each sound, as stored: 'en' on DVDs, 'eng' on Blu-ray discs; 'und' if not stated."""
+    subtitle_languages: tuple[str, ...] = ()
+    """The same for its subtitles."""
+
+
+@dataclass(frozen=True, kw_only=True)
 class VideoStreamsColours:
     """"colours" of a document."""
 
@@ -386,6 +416,12 @@ class Video(Document):
     """Number of audio channels."""
     subtitle_count: int | None = None
     """Subtitle streams of a DVD or Blu-ray folder."""
+    titles: tuple[VideoTitles, ...] = ()
+    """What a DVD or Blu-ray disc can play."""
+    main_title: int | None = None
+    """The number of the main title, which all else about a folder is about."""
+    main_title_reason: str | None = None
+    """Why it is the main one, in words."""
     streams: tuple[VideoStreams, ...] = ()
     """All streams, in their order."""
     chapters: tuple[VideoChapters, ...] = ()

@@ -7,6 +7,7 @@
 
 #include "describe/content.h"
 #include "describe/diagnosis.h"
+#include "describe/disc.h"
 #include "describe/file_kind.h"
 #include "isolation/isolation.h"
 #include "probe/video.h"
@@ -61,6 +62,8 @@ class Description {
   void open();
   void chooseKind();
   void video();
+  bool image();
+  void titles(const std::string& mainFile);
   void song();
   void photo();
   void keep(read::Findings found);
@@ -122,7 +125,42 @@ void Description::fail(const std::optional<read::Failure>& failure, read::Findin
   document_.failure = failure ? readerFailure(*failure) : diagnose(path_, wanted);
 }
 
+// Reads an image of a disc without mounting it. False if that is impossible.
+bool Description::image() {
+  if (source() == nullptr)
+    if (auto opened = media::Source::open(path_.full())) opened_.emplace(std::move(*opened));
+  if (source() == nullptr) return false;
+  read::Findings found =
+      isolation::look(*source(), {.fingerprint = options_.wantsFingerprint, .discImage = true});
+  if (found.failure) {
+    const auto failure = found.failure;
+    fail(failure, std::move(found), Wanted::kVideo);
+    return true;
+  }
+  if (!found.disc || found.disc->kind == media::DiscKind::kNone) return false;
+  const bool isDvd = found.disc->kind == media::DiscKind::kDvd;
+  document_.video.emplace().containerFormat = isDvd ? FORMAT_DVDISO : FORMAT_BDISO;
+  if (options_.wantsDetails) document_.disc = media::discOf(std::move(*found.disc));
+  document_.found.fingerprint = std::move(found.fingerprint);
+  return true;
+}
+
+// The titles of a disc's folder.
+void Description::titles(const std::string& mainFile) {
+  const disc::Kind kind = disc::kindOf(path_.name);
+  if (kind == disc::Kind::kDvdFolder) document_.disc = dvdOfFolder(path_.folder, mainFile);
+  if (kind == disc::Kind::kBlurayFolder) document_.disc = blurayOfFolder(path_.folder, mainFile);
+}
+
 void Description::video() {
+  const bool isImage = disc::kindOf(path_.name) == disc::Kind::kImage;
+  if (isImage && image()) return;
+  if (isImage && !options_.mountsImages) {
+    document_.failure =
+        readingFailure(path_.full())
+            .value_or(Failure{Cause::kDiscImage, "a disc image that only mounting can open"});
+    return;
+  }
   probe::ProbeResult result = probe::probeVideo({.folder = path_.folder,
                                                  .fileName = path_.name,
                                                  .audioStreamIndex = options_.audioStream,
@@ -134,6 +172,7 @@ void Description::video() {
     return fail(result.failure, std::move(result.found), Wanted::kVideo);
   document_.video = std::move(result.facts);
   keep(std::move(result.found));
+  if (options_.wantsDetails) titles(result.mainFile);
 }
 
 void Description::song() {

@@ -13,6 +13,7 @@ struct Options {
   std::optional<int> kind = {};  // MEDIA_KIND_*; otherwise the name says which
   bool byContent = false;        // or the content, if it says so
   bool wantsDetails = true;      // tags, streams, chapters: all that no record has
+  bool mountsImages = true;      // images of discs that can be read in no other way
   bool wantsFingerprint = false;
   int audioStream = 0;                    // counts audio streams only
   const char* toolFolder = nullptr;       // of the DSD tool, with its trailing "/"

@@ -14,6 +14,7 @@
 #include "describe/failure.h"
 #include "describe/media_path.h"
 #include "describe/song.h"
+#include "media/disc.h"
 #include "probe/photo.h"
 #include "probe/video_facts.h"
 #include "read/findings/findings.h"
@@ -34,6 +35,7 @@ struct Document {
   bool isDisc = false;                  // the index file of a DVD or Blu-ray folder
 
   std::optional<probe::VideoFacts> video;
+  std::optional<media::Disc> disc;  // of discs, besides the facts of the main title
   std::optional<Song> song;
   std::optional<probe::PhotoFacts> photo;
   bool hasDetails = false;  // tags, streams and chapters were asked for

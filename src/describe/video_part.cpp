@@ -97,19 +97,7 @@ constexpr auto kPictureRows = std::to_array<Row<Facts>>({
 
 constexpr auto kPictureKeys = keysOf(kPictureRows);
 
-constexpr auto kDiscKeys = std::to_array<Key>({
-    {"subtitleCount", Type::kInteger, Unit::kCount, "Subtitle streams of a DVD or Blu-ray folder",
-     "the main title"},
-});
-
 }  // namespace
-
-Part discPart() {
-  return {{"disc", "Discs", kDiscKeys}, [](Value& object, const Document& document) {
-            if (document.video && document.isDisc && document.video->subtitleCount)
-              object.set("subtitleCount", *document.video->subtitleCount);
-          }};
-}
 
 Part videoPart() {
   return {{"video", "Pictures of videos", kPictureKeys},

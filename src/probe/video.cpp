@@ -56,7 +56,8 @@ class Probe {
 
   ProbeResult run() && {
     const bool succeeded = probe();
-    return {succeeded, std::move(facts_), std::move(trace_), found_.failure, std::move(found_)};
+    return {succeeded,      std::move(facts_), std::move(trace_),
+            found_.failure, std::move(found_), title_ ? path_ : ""};
   }
 
  private:

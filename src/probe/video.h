@@ -4,6 +4,7 @@
 
 #include <cstdint>
 #include <optional>
+#include <string>
 #include <string_view>
 
 #include "base/trace.h"
@@ -66,6 +67,8 @@ struct ProbeResult {
   // Why the file could not be read, if an isolated reader failed.
   std::optional<read::Failure> failure;
   read::Findings found;
+  // The file of a disc's main title; empty for other files.
+  std::string mainFile = {};
 };
 
 ProbeResult probeVideo(const ProbeRequest& request, const ProbePolicy& policy);

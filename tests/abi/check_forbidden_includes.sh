@@ -44,7 +44,9 @@ refuses read/tags/dsd_tool.cpp read/ffmpeg/input.h
 refuses read/disc/image.cpp probe/video.h
 refuses read/findings/look.cpp isolation/isolation.h
 refuses read/findings/look.cpp read/exif/photo_tags.h
+refuses read/findings/look.cpp read/image/disc_image.h
 refuses read/exif/photo_tags.cpp read/ffmpeg/input.h
+refuses read/image/disc_image.cpp read/disc/disc.h
 refuses isolation/wire.cpp probe/video.h
 refuses dlna/audio_class.cpp read/ffmpeg/input.h
 refuses probe/creation.cpp api/guarded.h

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "isolation/isolation.h"
+#include "support/disc_media.h"
 #include "support/hostile_media.h"
 #include "support/media_factory.h"
 #include "support/temp_dir.h"
@@ -58,6 +59,25 @@ class Describe : public testing::Test {
     isolation::configure({});
   }
 };
+
+TEST_F(Describe, ReadsDiscImagesByDescriptor) {
+  const std::string image = udfImage(discRoot(dvdWithLanguages()), "languages.iso");
+  const int fd = open(image.c_str(), O_RDONLY | O_CLOEXEC);
+  char* text = nullptr;
+  const int result = KoLUM_DescribeFd(fd, "any.iso", nullptr, &text);
+  close(fd);
+  const Answer answer = answerOf(result, text);
+  EXPECT_EQ(answer.result, KOLUM_DESCRIBED);
+  EXPECT_EQ(answer.document["titles"].size(), 3U);
+  EXPECT_EQ(answer.document["mainTitle"], 2);
+}
+
+TEST_F(Describe, LeavesOutTitlesOfDiscsWithTheDetails) {
+  KoLUM_DescribeOptions few = options();
+  const Answer answer = described(dvdWithLanguages() + "VIDEO_TS.IFO", &few);
+  EXPECT_EQ(answer.result, KOLUM_DESCRIBED);
+  EXPECT_FALSE(answer.document.contains("titles"));
+}
 
 TEST_F(Describe, AnswersWithADocument) {
   const Answer answer = described(song());

@@ -72,6 +72,24 @@ media::SongTags everySongTag() {
           .chapters = {{.start = 0.5, .end = 1.5, .title = "one"}}};
 }
 
+media::DiscIndex disc() {
+  const media::DiscTitle title = {.source = "VTS_01_0.IFO",
+                                  .duration = 12.5,
+                                  .chapterCount = 2,
+                                  .chapters = {0, 6.25},
+                                  .angles = 3,
+                                  .audioLanguages = {"en", "und"},
+                                  .subtitleLanguages = {"de"},
+                                  .streams = {"00001"}};
+  media::DiscIndex index;
+  index.kind = media::DiscKind::kBluray;
+  index.dvdTitles = {{.titleSet = 1, .numberInSet = 2, .chapterCount = 3, .angles = 4}};
+  index.titleSets = {{.number = 1, .longestChain = 60, .titles = {title}}};
+  index.playlists = {title};
+  index.mainFile = "00001.m2ts";
+  return index;
+}
+
 media::PhotoTags photoTags() {
   const media::PhotoTime time = {.year = 2015,
                                  .month = 6,
@@ -210,6 +228,7 @@ read::Findings everything() {
   findings.keyFrameTrace.error("another\n");
   findings.songTags = everySongTag();
   findings.photoTags = photoTags();
+  findings.disc = disc();
   return findings;
 }
 
@@ -302,6 +321,7 @@ TEST(Wire, KeepsRequests) {
                             .details = true,
                             .mp4SubFormat = true,
                             .songTags = true,
+                            .discIndex = true,
                             .photoTags = true,
                             .keyFrameAt = 7}};
   const auto found = decodeRequest(encode(request));
@@ -314,6 +334,25 @@ TEST(Wire, KeepsRequests) {
   EXPECT_EQ(found->query.keyFrameAt, 7);
   EXPECT_FALSE(found->query.reportedKeyFrameAt);
   EXPECT_TRUE(found->query.photoTags);
+  EXPECT_TRUE(found->query.discIndex);
+  EXPECT_FALSE(found->query.discImage);
+}
+
+TEST(Wire, RejectsDiscsThatNoReaderDescribes) {
+  const auto isAccepted = [](void (*change)(media::DiscIndex&)) {
+    read::Findings findings = everything();
+    change(*findings.disc);
+    return decodeFindings(encode(findings)).has_value();
+  };
+  EXPECT_TRUE(isAccepted([](auto& /*disc*/) {}));
+  EXPECT_FALSE(isAccepted([](auto& disc) { disc.kind = static_cast<media::DiscKind>(3); }));
+  EXPECT_FALSE(isAccepted([](auto& disc) { disc.playlists[0].duration = NAN; }));
+  EXPECT_FALSE(isAccepted([](auto& disc) { disc.playlists[0].chapters[1] = -1; }));
+  EXPECT_FALSE(isAccepted([](auto& disc) { disc.playlists[0].source = "\xFF"; }));
+  EXPECT_FALSE(isAccepted([](auto& disc) {
+    disc.titleSets[0].titles[0].audioLanguages.assign(media::kMostTitleLanguages + 1, "en");
+  }));
+  EXPECT_FALSE(isAccepted([](auto& disc) { disc.playlists.resize(media::kMostDiscTitles + 1); }));
 }
 
 TEST(Wire, RejectsWhatIsCutAnywhereOrLonger) {

@@ -83,6 +83,29 @@ std::string dvdFolder() {
   return disc + "/VIDEO_TS/";
 }
 
+std::string dvdWithLanguages() {
+  const std::string disc = made("dvd-languages", "three titles", [](const std::string& path) {
+    const TempDir work;
+    const std::string twoSounds =
+        media("two-sounds.mpg",
+              "-f lavfi -i testsrc=s=720x576:r=25:d=2 -f lavfi -i sine=r=48000:d=2 -f lavfi -i "
+              "sine=f=880:r=48000:d=2 -map 0 -map 1 -map 2 -target pal-dvd -b:v 1500k -g 12");
+    addSubtitle(twoSounds, work.path("film.mpg"), work);
+    const std::string more = "<vob file=\"" + dvdStream(2) + "\"/>";
+    work.write("disc.xml", "<dvdauthor dest=\"" + path +
+                               "\" format=\"pal\"><vmgm/>"
+                               "<titleset><titles><audio lang=\"en\"/><audio lang=\"de\"/>"
+                               "<subpicture lang=\"fr\"/><pgc><vob file=\"" +
+                               work.path("film.mpg") +
+                               "\" chapters=\"0,0:01\"/></pgc></titles></titleset>"
+                               "<titleset><titles><audio lang=\"fr\"/><pgc>" +
+                               more + more + "</pgc><pgc>" + more +
+                               "</pgc></titles></titleset></dvdauthor>");
+    mustRun({"dvdauthor", "-x", work.path("disc.xml")}, {.environment = {{"VIDEO_FORMAT", "PAL"}}});
+  });
+  return disc + "/VIDEO_TS/";
+}
+
 std::string largeDvdFolder() {
   const std::string disc = made("large-dvd", "of " + dvdFolder(), [](const std::string& path) {
     fs::copy(discRoot(dvdFolder()), path, fs::copy_options::recursive);
@@ -136,6 +159,12 @@ std::string discImage(const std::string& folder, const std::string& name, ImageK
     std::ofstream(path, std::ios::binary).flush();
     fs::resize_file(path, size);
     mustRun({kMakeExt4, "-q", "-d", folder, path});
+  });
+}
+
+std::string udfImage(const std::string& folder, const std::string& name) {
+  return made(name, "udf " + folderContent(folder), [&](const std::string& path) {
+    mustRun({"genisoimage", "-quiet", "-udf", "-o", path, folder});
   });
 }
 

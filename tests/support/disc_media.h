@@ -14,6 +14,11 @@ std::string dvdFolder();
 // The same DVD with a second title set of 5420 MiB, nearly all of it a hole in its second part.
 std::string largeDvdFolder();
 
+// The VIDEO_TS folder, with a trailing "/", of a PAL DVD with three titles. Title set 1 has one
+// with two chapters, sound in English and German, and French subtitles, and plays for two seconds.
+// Title set 2 has one that plays for four, with French sound, and one for two.
+std::string dvdWithLanguages();
+
 // The BDMV folder, with a trailing "/", of a Blu-ray with two stream files, the second larger.
 std::string blurayFolder();
 
@@ -25,6 +30,9 @@ enum class ImageKind { kSquashfs, kExt4 };
 // An image file of this name with the content of FOLDER; reused for all folders with that content.
 std::string discImage(const std::string& folder, const std::string& name,
                       ImageKind kind = ImageKind::kSquashfs);
+
+// The same with the file system that discs have, UDF.
+std::string udfImage(const std::string& folder, const std::string& name);
 
 // An image of the large DVD.
 std::string largeDvdImage();

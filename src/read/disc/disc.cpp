@@ -8,6 +8,7 @@
 #include <sys/stat.h>
 #include <sys/syscall.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -111,6 +112,19 @@ std::optional<Title> blurayFolderTitle(const std::string& folder, Trace& trace) 
 std::optional<Title> imageTitle(const std::string& mountFolder, Trace& trace) {
   if (auto title = dvdTitle(mountFolder, "", FORMAT_DVDISO)) return title;
   return blurayTitle(mountFolder, joinPath(mountFolder, "BDMV/STREAM/"), FORMAT_BDISO, trace);
+}
+
+std::vector<std::string> namesIn(const std::string& folder) {
+  constexpr std::size_t kMost = 10'000;
+  std::vector<std::string> names;
+  const Directory directory(opendir(folder.c_str()));
+  if (directory == nullptr) return names;
+  while (const dirent* entry = readdir(directory.get())) {
+    if (names.size() == kMost) break;
+    names.emplace_back(entry->d_name);
+  }
+  std::sort(names.begin(), names.end());
+  return names;
 }
 
 std::optional<media::Source> open(const Title& title) {

@@ -7,6 +7,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "base/trace.h"
 #include "media/source.h"
@@ -35,6 +36,9 @@ std::optional<Title> dvdFolderTitle(const std::string& folder);
 std::optional<Title> blurayFolderTitle(const std::string& folder, Trace& trace);
 // The title of a mounted image, DVD before Blu-ray.
 std::optional<Title> imageTitle(const std::string& mountFolder, Trace& trace);
+
+// The names of all that is in FOLDER, which ends with "/", in byte order; of very many, some.
+std::vector<std::string> namesIn(const std::string& folder);
 
 // Opens a title's file. Links that lead out of the disc are not followed.
 std::optional<media::Source> open(const Title& title);

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "base/trace.h"
+#include "media/disc.h"
 #include "media/photo_tags.h"
 #include "media/song_tags.h"
 #include "media/source.h"
@@ -40,6 +41,10 @@ struct Query {
   bool content = false;
   bool fingerprint = false;
   bool songTags = false;
+  // What an index file of a disc says; its name says which one it is.
+  bool discIndex = false;
+  // What the index files in an image of a disc say. Only workers can read them, too.
+  bool discImage = false;
   // Only workers can read them: look() below leaves them out.
   bool photoTags = false;
   // The key frame from which to play the first video stream at that many seconds. Only with the
@@ -89,6 +94,7 @@ struct Findings {
   std::string fingerprint;  // hexadecimal digits
   std::optional<media::SongTags> songTags;
   std::optional<media::PhotoTags> photoTags;
+  std::optional<media::DiscIndex> disc;
   std::optional<double> keyFrameTime;  // seconds from the start of the stream
   Trace keyFrameTrace;
   std::uint64_t bytesRead = 0;  // of the file

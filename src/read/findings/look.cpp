@@ -6,6 +6,7 @@
 #include "read/ffmpeg/key_frames.h"
 #include "read/findings/findings.h"
 #include "read/headers/content_type.h"
+#include "read/headers/disc_index.h"
 #include "read/headers/picture.h"
 #include "read/headers/shortcuts.h"
 #include "read/headers/truncation.h"
@@ -58,6 +59,8 @@ Query both(const Query& one, const Query& other) {
           .content = one.content || other.content,
           .fingerprint = one.fingerprint || other.fingerprint,
           .songTags = one.songTags || other.songTags,
+          .discIndex = one.discIndex || other.discIndex,
+          .discImage = one.discImage || other.discImage,
           .photoTags = one.photoTags || other.photoTags,
           .keyFrameAt = either(one.keyFrameAt, other.keyFrameAt),
           .reportedKeyFrameAt = either(one.reportedKeyFrameAt, other.reportedKeyFrameAt)};
@@ -79,6 +82,7 @@ Findings look(const media::Source& source, const Query& query) {
                      .isTruncated = headers::isTruncated(source)};
   if (query.fingerprint) found.fingerprint = ffmpeg::fingerprint(source);
   if (query.songTags) found.songTags = tags::readSongTags(source);
+  if (query.discIndex) found.disc = headers::readDiscIndex(source);
   found.bytesRead = source.bytesRead();
   return found;
 }

@@ -39,7 +39,7 @@ struct Options {
   std::string sandbox;
   int deadline = 0;
   int memory = 0;
-  bool opensImages = false;
+  bool mountsImages = false;
   bool byContent = false;
   bool wantsFingerprint = false;
   bool isRetry = false;
@@ -110,7 +110,7 @@ class Scans {
         report_(context, progressForm(options.progress), protectionsText()),
         selection_(mediaSelection(options.excluded, options.byContent)),
         prober_(fileProber({.byContent = options.byContent,
-                            .opensImages = options.opensImages,
+                            .mountsImages = options.mountsImages,
                             .wantsFingerprint = options.wantsFingerprint})) {
     for (const std::string& root : options.roots) roots_.push_back({.root = root});
   }
@@ -235,7 +235,8 @@ Action defineScan(Syntax& syntax) {
   syntax.option("--sandbox", {"FORM", Offer::kWords, sandboxForms}, options->sandbox,
                 "\"strict\": only with all protections; \"off\": reads files in this process");
   syntax.flag("--fingerprint", options->wantsFingerprint, kFingerprintHelp);
-  syntax.flag("--images", options->opensImages, "Also mounts disc images");
+  syntax.flag("--images", options->mountsImages,
+              "Mounts disc images that can be read in no other way");
   syntax.flag("--retry", options->isRetry, "Also tries files again that failed before");
   syntax.flag("--wait", options->waits, "Waits while another scan uses the library");
   syntax.flag("--watch", options->watches, "Goes on when it is done, and reads what changes");

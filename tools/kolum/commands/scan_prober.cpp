@@ -18,7 +18,6 @@
 #include "files/media_files.h"
 #include "isolation/isolation.h"
 #include "machine/library.h"
-#include "read/disc/disc.h"
 #include "terminal/output.h"
 
 namespace kolum::tool {
@@ -69,13 +68,18 @@ scan::Outcome failed(const Failure& failure) {
 
 scan::Outcome outcomeOf(const scan::Job& job, const ProberOptions& options) {
   const describe::MediaPath path = {job.file.full(), job.file.folder, job.file.name};
-  if (!options.opensImages && disc::kindOf(path.name) == disc::Kind::kImage)
-    return failed({Cause::kDiscImage, "a disc image; --images has it mounted"});
   if (auto failure = lengthFailure(path)) return failed(*failure);
-  const describe::Document document = documentOf(
-      path, {.byContent = options.byContent, .wantsFingerprint = options.wantsFingerprint});
+  const describe::Document document =
+      documentOf(path, {.byContent = options.byContent,
+                        .mountsImages = options.mountsImages,
+                        .wantsFingerprint = options.wantsFingerprint});
   write(document.trace);
-  if (document.failure) return failed(*document.failure);
+  if (document.failure) {
+    Failure failure = *document.failure;
+    if (failure.cause == Cause::kDiscImage && !options.mountsImages)
+      failure.reason += "; --images has it mounted";
+    return failed(failure);
+  }
   scan::Outcome outcome;
   outcome.kind = scan::Outcome::Kind::kDocument;
   outcome.document = describe::jsonOf(document);

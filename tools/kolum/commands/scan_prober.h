@@ -8,7 +8,7 @@ namespace kolum::tool {
 
 struct ProberOptions {
   bool byContent = false;  // kinds are decided as by "kolum probe --all"
-  bool opensImages = false;
+  bool mountsImages = false;
   bool wantsFingerprint = false;
 };
 

@@ -278,6 +278,32 @@ std::string subtitlesText(const Json& document) {
   return count != 0 && languages.empty() ? std::to_string(count) : languages;
 }
 
+// --- Discs
+
+std::string titleCountText(const Json& document) {
+  const Json* titles = at(document, "titles");
+  return titles != nullptr ? std::to_string(titles->size()) : "";
+}
+
+// "2, 1:52:03, 24 chapters, audio en de, subtitles de; the longest title"
+std::string mainTitleText(const Json& document) {
+  const std::int64_t main = number(document, "mainTitle");
+  if (main == 0) return "";
+  const Json& title = document.at("titles").at(static_cast<std::size_t>(main) - 1);
+  const auto spaced = [&](const char* label, const char* key) {
+    std::string said;
+    if (const Json* values = at(title, key))
+      for (const Json& value : *values) said += " " + value.get<std::string>();
+    return said.empty() ? said : label + said;
+  };
+  const std::int64_t chapters = number(title, "chapterCount");
+  const std::string facts = joined(
+      {std::to_string(main), durationLine(title),
+       chapters != 0 ? std::to_string(chapters) + (chapters == 1 ? " chapter" : " chapters") : "",
+       spaced("audio", "audioLanguages"), spaced("subtitles", "subtitleLanguages")});
+  return facts + "; " + text(document, "mainTitleReason");
+}
+
 std::string chaptersText(const Json& document) {
   const Json* chapters = at(document, "chapters");
   return chapters != nullptr ? std::to_string(chapters->size()) : "";
@@ -330,6 +356,8 @@ constexpr Line kLines[] = {
     {"Languages", [](const Json& d) { return inStreams(d, "audio", "language"); }},
     {"Subtitles", subtitlesText},
     {"Chapters", chaptersText},
+    {"Titles", titleCountText},
+    {"Main title", mainTitleText},
     {"Cover", coverText},
     {"Created",
      [](const Json& d) {
