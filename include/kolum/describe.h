@@ -19,7 +19,9 @@
 enum {
   KOLUM_DESCRIBED = 0,     /* a document without an error */
   KOLUM_NOT_DESCRIBED = 1, /* a document that says why there is no more of it, in "error" */
-  KOLUM_NO_DOCUMENT = 2    /* arguments that make no sense, or no memory: no text */
+  KOLUM_NO_DOCUMENT = 2    /* no text: TEXT is null; the path or name is null or empty; OPTIONS have
+                              a smaller size, unknown flags, an unknown kind or a negative audio
+                              stream; FD is not a file or block device; no memory */
 };
 
 /* What a document has beyond what records have. */
@@ -46,9 +48,9 @@ KOLUM_C_BEGIN
  * Describes the file PATH. A folder is none; the index file of a DVD (VIDEO_TS.IFO) or Blu-ray disc
  * (index.bdmv) stands for the disc's main title. OPTIONS may be null, which stands for zeros and
  * KOLUM_DETAILS. *TEXT becomes the document, in UTF-8 and terminated, to be given to
- * KoLUM_FreeText(); null with KOLUM_NO_DOCUMENT. Songs in DSD also need the program dsf2flac in the
- * folder that KoLUM_Init() was given, for their numbers. Returns one of the numbers above. Prints
- * nothing.
+ * KoLUM_FreeText(); null with KOLUM_NO_DOCUMENT. Numbers of songs in DSD are what the program
+ * dsf2flac in the folder that KoLUM_Init() was given reports, and otherwise what the file's header
+ * says. Returns KOLUM_DESCRIBED, KOLUM_NOT_DESCRIBED or KOLUM_NO_DOCUMENT. Prints nothing.
  */
 KOLUM_EXPORT int KoLUM_Describe(const char* path, const KoLUM_DescribeOptions* options,
                                 char** text);
@@ -56,7 +58,7 @@ KOLUM_EXPORT int KoLUM_Describe(const char* path, const KoLUM_DescribeOptions* o
 /*
  * The same for a file that is open for reading as FD, which stays open and keeps its position. NAME
  * is the file's name, for its kind and its MIME type; "file" in the document, too. Discs cannot be
- * described so.
+ * described so, and dsf2flac is not asked. Returns the same numbers.
  */
 KOLUM_EXPORT int KoLUM_DescribeFd(int fd, const char* name, const KoLUM_DescribeOptions* options,
                                   char** text);

@@ -403,7 +403,7 @@ class Video(Document):
     audio_profile: Identifier | None = None
     """PROFILE_*, by the name specific to the codec where there is one."""
     audio_class: Identifier | None = None
-    """Class of audio in DLNA names."""
+    """AUDIO_CLASS_*, the class of audio in DLNA names."""
     audio_level: int | None = None
     """FFmpeg's level number."""
     audio_bit_rate: int | None = None
@@ -687,7 +687,7 @@ class Song(Document):
     audio_profile: Identifier | None = None
     """PROFILE_*, by the name specific to the codec where there is one."""
     audio_class: Identifier | None = None
-    """Class of audio in DLNA names."""
+    """AUDIO_CLASS_*, the class of audio in DLNA names."""
     audio_level: int | None = None
     """FFmpeg's level number."""
     audio_bit_rate: int | None = None

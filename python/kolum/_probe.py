@@ -78,7 +78,8 @@ def probe(file: File, *, kind: Kind | None = None, by_content: bool = False, det
     copies by. A worker process reads the file, for
     "deadline" seconds (30) and with "memory" bytes of address space (1 GiB) at most; other threads
     run meanwhile. Raises KolumError for a file that cannot be described, which may also be a
-    FileNotFoundError or PermissionError.
+    FileNotFoundError or PermissionError, and ValueError for arguments that make no sense: an empty
+    path, a negative audio stream, an object that is open but no file.
     """
     options = _options(kind, by_content, details, fingerprint, audio_stream, deadline, memory)
     text = _native.ffi.new("char**")

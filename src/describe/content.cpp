@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <string_view>
 
+#include "describe/dsd.h"
 #include "isolation/isolation.h"
 #include "media/container.h"
 #include "media/identifiers.h"
@@ -36,14 +37,6 @@ bool isPicture(const media::Container& container) {
   return demuxer == media::kDemuxerMp4 && isAmong(kPictureBrands, tagOf(container, "major_brand"));
 }
 
-// DSD in one of its own containers.
-bool isDsd(const media::Container& container) {
-  const media::Stream* song = container.first(media::StreamType::kAudio);
-  const bool isContainer = container.demuxer == "dsf" || container.demuxer == "iff";
-  return song != nullptr && isContainer &&
-         (song->codecName.starts_with("dsd") || song->codecName == "dst");
-}
-
 std::int64_t areaOf(const media::Stream& stream) {
   return std::int64_t{stream.width} * stream.height;
 }
@@ -72,7 +65,7 @@ void addStreams(const media::Container& container, Content& content) {
   content.hasVideo = video != nullptr;
   content.hasAudio = audio != nullptr;
   content.isPicture = video != nullptr && isPicture(container);
-  content.isDsd = isDsd(container);
+  content.isDsd = dsdSong(container) != nullptr;
   content.isFilm = !content.isPicture && hasFilm(container);
   content.unknownVideoCodec = unknownCodec(video);
   content.unknownAudioCodec = unknownCodec(audio);

@@ -65,6 +65,7 @@ class Description {
   bool image();
   void titles(const std::string& mainFile);
   void song();
+  void addHeader(probe::SongResult& result, const probe::Reading& reading) const;
   void photo();
   void keep(read::Findings found);
   void fail(const std::optional<read::Failure>& failure, read::Findings found, Wanted wanted);
@@ -176,13 +177,25 @@ void Description::video() {
 }
 
 void Description::song() {
-  probe::SongResult result = probe::probeSong(path_.full(), path_.name, options_.toolFolder,
-                                              reading({.details = true, .songTags = true}));
+  const probe::Reading wanted = reading({.details = true, .songTags = true});
+  // The tool would read the file of that name, which may be another than the caller's open one.
+  const char* tools = options_.opened == nullptr ? options_.toolFolder : nullptr;
+  probe::SongResult result = probe::probeSong(path_.full(), path_.name, tools, wanted);
+  if (isDsdName(path_.name)) addHeader(result, wanted);
   document_.trace = std::move(result.trace);
   document_.song = songOf(result);
   if (!document_.song || result.failure)
     return fail(result.failure, std::move(result.found), Wanted::kSong);
   keep(std::move(result.found));
+}
+
+// The probe of DSD songs leaves everything to their tool, which may be missing, and knows neither
+// tags nor streams.
+void Description::addHeader(probe::SongResult& result, const probe::Reading& reading) const {
+  auto found = probe::findingsOf(path_.full(), {.container = ffmpeg::Depth::kStreams}, reading);
+  if (!found) return;
+  result.failure = found->failure;
+  result.found = std::move(*found);
 }
 
 void Description::photo() {

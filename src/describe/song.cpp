@@ -1,5 +1,6 @@
 #include "describe/song.h"
 
+#include "describe/dsd.h"
 #include "media/container.h"
 
 namespace kolum::describe {
@@ -14,14 +15,27 @@ std::uint64_t known(const std::optional<std::int32_t>& number) {
   return number.value_or(0) > 0 ? static_cast<std::uint64_t>(*number) : 0;
 }
 
-// The DSD tool reports no bit rate: it is that of all channels' samples, in whole kbit/s.
-void addDsd(Song& song, const probe::DsdNumbers& numbers) {
+// Neither the DSD tool nor the header holds a bit rate: it is that of all channels' samples, in
+// whole kbit/s.
+void addDsdBitRate(Song& song) {
   constexpr std::uint64_t kKilobit = 1000;
-  if (numbers.duration) song.duration = *numbers.duration;
-  if (numbers.channels) song.channels = known(numbers.channels);
-  if (!numbers.sampleRate) return;
-  song.sampleRate = known(numbers.sampleRate);
   song.bitRate = song.channels * song.sampleRate / kKilobit * kKilobit;
+}
+
+void addDsd(Song& song, const probe::DsdNumbers& numbers) {
+  if (known(numbers.duration) > 0 || !song.duration) song.duration = numbers.duration;
+  if (known(numbers.channels) > 0) song.channels = known(numbers.channels);
+  if (known(numbers.sampleRate) > 0) song.sampleRate = known(numbers.sampleRate);
+  addDsdBitRate(song);
+}
+
+void addDsdHeader(Song& song, const media::Container& container, const media::Stream& stream) {
+  song.channels = known(std::optional(std::int32_t{stream.channels}));
+  song.sampleRate = known(std::optional(sampleRateOf(stream)));
+  song.bitsPerSample = kDsdBitsPerSample;
+  if (!song.containerFormat) song.containerFormat = dsdFormat(container);
+  if (container.duration > 0) song.duration = container.duration / media::kTimeBase;
+  addDsdBitRate(song);
 }
 
 Song numbersOf(const probe::SongFacts& facts) {
@@ -37,17 +51,21 @@ Song numbersOf(const probe::SongFacts& facts) {
                .level = facts.level,
                .dlnaProfile = facts.dlnaProfile};
   if (song.containerFormat == media::kOtherSongFormat) song.containerFormat.reset();
-  if (facts.dsd) addDsd(song, *facts.dsd);
   return song;
 }
 
 }  // namespace
 
 std::optional<Song> songOf(const probe::SongResult& result) {
-  const auto& dsd = result.facts.dsd;
-  const bool isFound = result.facts.codec || result.facts.sampleRate || (dsd && dsd->sampleRate);
-  if (!result.succeeded || !isFound) return std::nullopt;
-  return numbersOf(result.facts);
+  const auto& facts = result.facts;
+  const auto& container = result.found.container;
+  const media::Stream* header = container ? dsdSong(*container) : nullptr;
+  const bool isFound = facts.codec || facts.sampleRate || (facts.dsd && facts.dsd->sampleRate);
+  if (header == nullptr && !(result.succeeded && isFound)) return std::nullopt;
+  Song song = numbersOf(facts);
+  if (header != nullptr) addDsdHeader(song, *container, *header);
+  if (facts.dsd) addDsd(song, *facts.dsd);
+  return song;
 }
 
 }  // namespace kolum::describe

@@ -1,4 +1,4 @@
-// A song's numbers, with what the external tool reports of DSD songs.
+// A song's numbers. Those of DSD songs are what the external tool reports, and else the header's.
 #ifndef KOLUM_DESCRIBE_SONG_H
 #define KOLUM_DESCRIBE_SONG_H
 

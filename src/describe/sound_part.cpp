@@ -53,8 +53,8 @@ constexpr auto kSoundRows = std::to_array<Row<Sound>>({
        if (s.profile.value_or(PROFILE_UNKNOWN) == PROFILE_UNKNOWN) return nullptr;
        return identifier(*s.profile, profileName(*s.profile, *s.codec));
      }},
-    {{"audioClass", Type::kIdentifier, Unit::kNone, "Class of audio in DLNA names",
-      "the first sound of a video"},
+    {{"audioClass", Type::kIdentifier, Unit::kNone,
+      "AUDIO_CLASS_*, the class of audio in DLNA names", "the first sound of a video"},
      [](const Sound& s) -> Value {
        if (!s.audioClass) return nullptr;
        return identifier(*s.audioClass, dlna::audioClassName(*s.audioClass));

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "describe/dsd.h"
 #include "describe/names.h"
 #include "describe/parts.h"
 #include "describe/table.h"
@@ -288,9 +289,12 @@ constexpr auto kStreamRows =
         {{"layout", Type::kText, Unit::kNone, "FFmpeg's name: \"5.1(side)\"", kEither},
          [](const Stream& s) { return text(detailsOf(s).channelLayout); }},
         {{"sampleRate", Type::kInteger, Unit::kHertz, "Samples per second", kCodec},
-         [](const Stream& s) { return positive(s.sampleRate); }},
+         [](const Stream& s) { return positive(sampleRateOf(s)); }},
         {{"bitsPerSample", Type::kInteger, Unit::kCount, "Of lossless sound", kCodec},
-         [](const Stream& s) { return positive(detailsOf(s).bitsPerRawSample); }},
+         [](const Stream& s) -> Value {
+           if (isDsd(s)) return kDsdBitsPerSample;
+           return positive(detailsOf(s).bitsPerRawSample);
+         }},
         {{"sampleFormat", Type::kText, Unit::kNone, "FFmpeg's name: \"fltp\"", kCodec},
          [](const Stream& s) { return text(detailsOf(s).sampleFormat); }},
         {{"subtitleKind", Type::kText, Unit::kNone, "\"text\" or \"picture\"", kCodec},

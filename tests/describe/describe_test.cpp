@@ -4,15 +4,18 @@
 #include <gtest/gtest.h>
 #include <kolum/describe.h>
 #include <kolum/filetype.h>
+#include <kolum/frame.h>
 #include <unistd.h>
 
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <thread>
+#include <utility>
 #include <vector>
 
 #include "isolation/isolation.h"
 #include "support/disc_media.h"
+#include "support/dsd_builder.h"
 #include "support/hostile_media.h"
 #include "support/media_factory.h"
 #include "support/temp_dir.h"
@@ -170,6 +173,77 @@ TEST_F(Describe, ExplainsItsWarnings) {
   const std::string picture = media("odd.png", "-f lavfi -i testsrc=s=64x48 -frames:v 1");
   const json document = described(folder.write("a.jpg", contentOf(picture))).document;
   EXPECT_EQ(document["warnings"][0]["reason"], "named .jpg, but its content is image/png");
+}
+
+// There is no tool for them: nothing has named its folder.
+TEST_F(Describe, TakesDsdSongsFromTheirHeaders) {
+  const TempDir folder;
+  const DsdFile song = {
+      .sampleRate = 5644800, .channels = 1, .seconds = 3, .tag = id3v2Tag({{"TIT2", "Dawn"}})};
+  folder.write("song.dsf", dsfFile(song));
+  folder.write("song.dff", dffFile(song));
+  folder.write("song.bin", dsfFile(song));
+  KoLUM_DescribeOptions byContent = options();
+  byContent.flags = KOLUM_BY_CONTENT;
+  for (const char* name : {"song.dsf", "song.dff", "song.bin"}) {
+    const Answer answer = described(folder.path(name), &byContent);
+    EXPECT_EQ(answer.result, KOLUM_DESCRIBED) << name << answer.document;
+    EXPECT_EQ(answer.document.value("channels", 0), 1) << name;
+    EXPECT_EQ(answer.document.value("sampleRate", 0), 5644800) << name;
+    EXPECT_EQ(answer.document.value("bitsPerSample", 0), 1) << name;
+    EXPECT_EQ(answer.document.value("audioBitRate", 0), 5644000) << name;
+    EXPECT_NEAR(answer.document.value("duration", 0.0), 3, 0.01) << name;
+  }
+}
+
+// It would read the file of that name, which may be another.
+TEST_F(Describe, AsksNoToolAboutOpenDsdSongs) {
+  const TempDir tools;
+  const TempDir folder;
+  tools.write("dsf2flac", "#!/bin/sh\necho '<ID3TAG><FREQUENCY>96000</FREQUENCY></ID3TAG>'\n");
+  std::filesystem::permissions(tools.path("dsf2flac"), std::filesystem::perms::owner_all);
+  std::string toolFolder = tools.folder();
+  char* const before = std::exchange(g_localWorkingPath, toolFolder.data());
+  const std::string path = folder.write("song.dsf", dsfFile({}));
+  EXPECT_EQ(described(path).document["sampleRate"], 96000);
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  for (const std::string& name : {path, std::string("nowhere/song.dsf")}) {
+    char* text = nullptr;
+    const int result = KoLUM_DescribeFd(file, name.c_str(), nullptr, &text);
+    const Answer answer = answerOf(result, text);
+    EXPECT_EQ(answer.document["sampleRate"], 2822400) << name;
+    EXPECT_EQ(answer.document["containerFormat"]["name"], "FORMAT_DSF") << name;
+  }
+  close(file);
+  g_localWorkingPath = before;
+}
+
+TEST_F(Describe, ShowsTagsAndStreamsOfDsdSongs) {
+  const TempDir folder;
+  folder.write("song.dsf", dsfFile({.tag = id3v2Tag({{"TIT2", "Dawn"}})}));
+  KoLUM_DescribeOptions details = options();
+  details.flags = KOLUM_DETAILS;
+  const json document = described(folder.path("song.dsf"), &details).document;
+  EXPECT_EQ(document.value("title", ""), "Dawn") << document;
+  ASSERT_TRUE(document.contains("streams")) << document;
+  const json& stream = document["streams"][0];
+  EXPECT_EQ(stream.value("codecName", ""), "dsd_lsbf_planar");
+  EXPECT_EQ(stream.value("sampleRate", 0), 2822400);
+  EXPECT_EQ(stream.value("bitsPerSample", 0), 1);
+}
+
+TEST_F(Describe, SaysWhatIsWrongWithFilesNamedLikeDsdSongs) {
+  const TempDir folder;
+  std::filesystem::copy(song(), folder.path("flac.dsf"));
+  folder.write("cut.dsf", dsfFile({}).substr(0, 40));
+  folder.write("text.dff", "no song at all, but words");
+  const std::pair<const char*, const char*> kCodes[] = {
+      {"flac.dsf", "no-numbers"}, {"cut.dsf", "damaged"}, {"text.dff", "not-media"}};
+  for (const auto& [name, code] : kCodes) {
+    const Answer answer = described(folder.path(name));
+    EXPECT_EQ(answer.result, KOLUM_NOT_DESCRIBED) << name;
+    EXPECT_EQ(answer.document["error"]["code"], code) << answer.document;
+  }
 }
 
 TEST_F(Describe, SaysWhyThereIsNoMore) {

@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "read/ffmpeg/version.h"
 #include "support/appliance_sandbox.h"
 #include "support/temp_dir.h"
 #include "tool/kolum_run.h"
@@ -18,8 +19,15 @@ using testing::HasSubstr;
 std::map<std::string, json> findings(const RunOptions& options = {}) {
   std::map<std::string, json> byName;
   for (const json& line : kolum({"doctor", "--json"}, options).json())
-    byName[line.at("name").get<std::string>()] = line;
+    if (line["kind"] != "licence") byName[line.at("name").get<std::string>()] = line;
   return byName;
+}
+
+std::map<std::string, json> licences() {
+  std::map<std::string, json> byPart;
+  for (const json& line : kolum({"doctor", "--json"}).json())
+    if (line["kind"] == "licence") byPart[line.at("part").get<std::string>()] = line;
+  return byPart;
 }
 
 // Leaves a machine on which kolum is installed, without anything that only an appliance has.
@@ -48,6 +56,29 @@ TEST(Doctor, ShowsTheProtectionsOfWorkers) {
     EXPECT_EQ(found.at(name)["group"], "isolation") << name;
   }
   EXPECT_EQ(found.at("no new privileges")["state"], "active");
+}
+
+TEST(Doctor, SaysWhichLicencesAreThere) {
+  const auto found = licences();
+  for (const char* name : {"libkolum", "kolum-worker", "Exiv2 (libexiv2)", "TagLib (libtag)"}) {
+    ASSERT_TRUE(found.contains(name)) << name;
+    EXPECT_EQ(found.at(name)["group"], "licences") << name;
+    EXPECT_EQ(found.at(name)["isThere"], true) << name;
+  }
+  EXPECT_EQ(found.at("Exiv2 (libexiv2)")["licence"], "GPL-2.0-or-later");
+  EXPECT_EQ(found.at("Exiv2 (libexiv2)")["linkedBy"], json({"kolum-worker"}));
+  EXPECT_EQ(found.at("FFmpeg (libavformat, libavcodec, libavutil)")["licence"],
+            ffmpeg::licenceInUse());
+  EXPECT_THAT(kolum({"doctor"}).out, HasSubstr("\n\nLicences\n"));
+}
+
+TEST(Doctor, MissesTheWorkersPartsWithoutAWorker) {
+  const TempDir folder;
+  const std::string program = copyOfKolum(folder.folder(), {"ffmpeg", "dsf2flac", "setcfg"});
+  const Outcome run = runKolum(program, {"doctor"});
+  EXPECT_THAT(run.out, testing::ContainsRegex("Exiv2 .* GPL-2.0-or-later .not here.\n"));
+  EXPECT_THAT(run.out, testing::ContainsRegex("osm_info +GPL-3.0-only .not here.\n"));
+  EXPECT_THAT(run.out, testing::ContainsRegex("dsf2flac +MIT\n"));
 }
 
 TEST(Doctor, FindsTheToolsOfTheBuildTree) {

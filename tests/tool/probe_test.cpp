@@ -642,9 +642,21 @@ TEST(Dsf, ShowsTagsAndFailsWithoutTheToolsNumbers) {
   EXPECT_EQ(outcome.json()[0]["error"]["code"], "no-numbers");
   EXPECT_THAT(result.err, HasSubstr("kolum: " + song + ": dsf2flac reported no technical data\n"));
   expectFitsSchema("dsf", outcome);
-  const RunResult probed = run({folder.path("kolum"), "probe", "--in-process", song});
-  EXPECT_EQ(probed.status, 1);
-  EXPECT_THAT(probed.err, HasSubstr("kolum: " + song + ": dsf2flac reported no technical data\n"));
+}
+
+TEST(Probe, DescribesDsdSongsWithAndWithoutTheirToolAlike) {
+  if (std::filesystem::exists("/usr/local/medialibrary/bin/dsf2flac"))
+    GTEST_SKIP() << "this machine has the appliance's dsf2flac";
+  const TempDir folder;
+  std::filesystem::copy(KOLUM_PROGRAM, folder.path("kolum"));
+  const std::string song = samples() + "Music/Tones/04-silence.dsf";
+  const RunResult without = run({folder.path("kolum"), "probe", "--in-process", "--json", song});
+  ASSERT_EQ(without.status, 0) << without.err;
+  json document = json::parse(without.out);
+  document.erase("schema");
+  EXPECT_EQ(document["title"], "Silence");
+  EXPECT_EQ(document["bitsPerSample"], 1);
+  EXPECT_EQ(document, single(kolum({"probe", "--json", song})));
 }
 
 TEST(Dsf, FailsForOtherMedia) {

@@ -18,4 +18,8 @@ std::string versionInUse() {
   return "libavformat " + dotted(avformat_version()) + ", libavcodec " + dotted(avcodec_version());
 }
 
+std::string licenceInUse() {
+  return avutil_license();
+}
+
 }  // namespace kolum::ffmpeg

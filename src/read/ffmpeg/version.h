@@ -10,6 +10,9 @@ namespace kolum::ffmpeg {
 // 59.27.100, libavcodec 59.37.100".
 std::string versionInUse();
 
+// Of the same libraries, as they were built: "LGPL version 2.1 or later".
+std::string licenceInUse();
+
 }  // namespace kolum::ffmpeg
 
 #endif

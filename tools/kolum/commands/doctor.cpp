@@ -12,12 +12,14 @@
 #include <utility>
 
 #include "base/appliance.h"
+#include "machine/licences.h"
 #include "machine/programs.h"
 #include "machine/protections.h"
 #include "read/disc/mounting.h"
 #include "terminal/command.h"
 #include "terminal/context.h"
 #include "terminal/syntax.h"
+#include "terminal/text.h"
 
 namespace kolum::tool {
 
@@ -209,6 +211,24 @@ void print(Context& context, const Finding& finding) {
   context.printer.row(result);
 }
 
+void printLicences(Context& context) {
+  context.printer.heading("Licences");
+  context.printer.table({{"Part", 46}, {"Linked by", 40}, {"Licence", 0}});
+  for (const Licence& licence : licences()) {
+    Result result;
+    result.data("group", "licences");
+    result.data("kind", "licence");
+    result.data("part", licence.part);
+    result.data("isThere", licence.isThere);
+    result.data("licence", licence.name);
+    if (!licence.users.empty()) result.data("linkedBy", licence.users);
+    result.show("", licence.part);
+    result.show("", joined(licence.users));
+    result.show("", licence.name + (licence.isThere ? "" : " (not here)"));
+    context.printer.row(result);
+  }
+}
+
 }  // namespace
 
 Action defineDoctor(Syntax& syntax) {
@@ -219,7 +239,7 @@ Action defineDoctor(Syntax& syntax) {
       "the protections of the processes that read files, and what the library needs on an\n"
       "appliance or to open disc images. The exit status is 1 when something of the first group "
       "is\n"
-      "missing.\n"
+      "missing. Then come the licences of kolum's parts and of the libraries in them.\n"
       "\nExample:\n  kolum doctor");
   return [](Context& context) {
     const Group* group = nullptr;
@@ -229,6 +249,7 @@ Action defineDoctor(Syntax& syntax) {
       print(context, finding);
       isComplete = isComplete && (finding.group != &kHere || finding.found.has_value());
     }
+    printLicences(context);
     if (!isComplete) context.fail("something needed on every machine is missing");
   };
 }
