@@ -13,9 +13,10 @@ namespace kolum::tool {
 
 namespace {
 
-constexpr int kGzip = 15 + 16;             // zlib: the largest window, with the header of gzip
-constexpr int kMemory = 8;                 // zlib's default
-constexpr std::size_t kPiece = 48 * 1024;  // a multiple of 3, the bytes of four base64 characters
+constexpr int kGzip = 15 + 16;  // zlib: the largest window, with the header of gzip
+constexpr int kMemory = 8;      // zlib's default
+constexpr std::size_t kPiece =
+    std::size_t{48} * 1024;  // a multiple of 3, the bytes of four base64 characters
 
 std::string base64(std::string_view bytes) {
   constexpr std::string_view kDigits =
