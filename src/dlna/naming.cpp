@@ -98,6 +98,11 @@ void describe(const DlnaFacts& facts, DlnaExplanation& explanation) {
   add("audio", valueText(audio(facts)));
 }
 
+std::ptrdiff_t failures(const DlnaCandidate& candidate) {
+  return std::count_if(candidate.tests.begin(), candidate.tests.end(),
+                       [](const DlnaTest& test) { return !test.held; });
+}
+
 std::string packetsText(const TransportPackets& packets) {
   std::string size = valueText(packetSize(packets));
   if (packets.size != TS_PACKET_STAMPED) return size;
@@ -118,6 +123,16 @@ DlnaName nameDlnaProfile(const DlnaFacts& facts, const PacketReader& readPackets
   Naming naming = {.facts = facts, .packetReader = readPackets, .explanation = explanation};
   rulesFor(facts.codec)(naming);
   return naming.name;
+}
+
+int nextBetter(std::span<const DlnaCandidate> candidates) {
+  const auto taken = std::find_if(candidates.rbegin(), candidates.rend(),
+                                  [](const DlnaCandidate& candidate) { return candidate.taken; });
+  const auto end = taken != candidates.rend() ? taken.base() : candidates.end();
+  auto best = end;
+  for (auto it = candidates.begin(); it != end; ++it)
+    if (!it->taken && (best == end || failures(*it) < failures(*best))) best = it;
+  return best != end ? static_cast<int>(best - candidates.begin()) : -1;
 }
 
 bool isWmvHighTestStream(std::string_view fileName) {

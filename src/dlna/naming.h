@@ -59,6 +59,10 @@ struct DlnaExplanation {
 DlnaName nameDlnaProfile(const DlnaFacts& facts, const PacketReader& readPackets,
                          DlnaExplanation* explanation = nullptr);
 
+// The index of the rejected candidate with the fewest failed tests, or -1. Candidates after the
+// last one taken are no improvement and do not count.
+int nextBetter(std::span<const DlnaCandidate> candidates);
+
 // DLNA's own test streams that are always named kWmvHighTestProfile, as certification requires.
 bool isWmvHighTestStream(std::string_view fileName);
 inline constexpr std::string_view kWmvHighTestProfile = "WMVHIGH_FULL";

@@ -61,5 +61,6 @@ library=$folder/library.db
 fits library export --library "$library"
 fits library problems --library "$library"
 fits library status --library "$library"
+fits library report "$folder/report.html" --library "$library"
 fits library stale "$samples" "$folder" --library "$folder/other.db"
 exit $((failures > 0))

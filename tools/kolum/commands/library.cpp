@@ -90,6 +90,7 @@ Action defineLibrary(Syntax& syntax) {
       {"find", "Finds files by what is known of them", defineLibraryFind},
       {"problems", "What failed, why, and how to retry", defineLibraryProblems},
       {"export", "Prints everything as JSON or CSV", defineLibraryExport},
+      {"report", "Makes a page for a browser", defineLibraryReport},
       {"status", "What is in the library", defineLibraryStatus},
       {"forget", "Takes files out of the library", defineLibraryForget},
   };

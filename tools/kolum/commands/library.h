@@ -22,6 +22,7 @@ Action defineLibraryExport(Syntax& syntax);
 Action defineLibraryFind(Syntax& syntax);
 Action defineLibraryForget(Syntax& syntax);
 Action defineLibraryProblems(Syntax& syntax);
+Action defineLibraryReport(Syntax& syntax);
 Action defineLibraryStale(Syntax& syntax);
 Action defineLibraryStatus(Syntax& syntax);
 
