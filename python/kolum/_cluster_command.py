@@ -194,7 +194,7 @@ def _client(scheduler: str | None, local: int | None) -> Iterator[Any]:
             where = stack.enter_context(distributed.LocalCluster(
                 n_workers=local, threads_per_worker=1, dashboard_address=None, silence_logs=logging.CRITICAL))
         try:
-            client = distributed.Client(where, timeout=30, set_as_default=False)
+            client = distributed.Client(where, set_as_default=False)
         except (OSError, ValueError) as error:
             raise ClusterError(f"no scheduler answers at {scheduler}: {error}") from error
         yield stack.enter_context(client)

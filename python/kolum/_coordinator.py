@@ -3,10 +3,8 @@
 from __future__ import annotations
 
 import collections
-import json
 import os
 import queue
-import subprocess
 import threading
 import time
 import uuid
@@ -16,17 +14,15 @@ from dataclasses import dataclass, field
 from typing import Any, Callable, Collection, Mapping
 
 from . import _remote
-from ._batches import Batch, Found, Limits, Mapped, Servers, batches, found_in
+from ._batches import Batch, Found, Limits, Mapped
+from ._filters import ClusterError, Walk, Writer
 
 READERS = 16
 _TRIES = 3
 _MACHINES_WITHIN = 30.0
 _LOOK_EVERY = 2.0
 _REPORT_EVERY = 0.5
-
-
-class ClusterError(Exception):
-    """A scan by many machines cannot go on. What it has found is kept; the next one goes on there."""
+_EVENTS_AT_A_TIME = 64
 
 
 class VersionMismatch(ClusterError):
@@ -105,151 +101,6 @@ Report = Callable[[Progress], None]
 Note = Callable[[str], None]
 
 
-def _library_arguments(library: str | None) -> list[str]:
-    return ["--library", library] if library else []
-
-
-class Window:
-    """How many batches one walk may be ahead of the answers."""
-
-    def __init__(self, size: int) -> None:
-        self._size, self._inside = size, 0
-        self._changed = threading.Condition()
-        self._is_closed = False
-
-    def enter(self) -> bool:
-        """Waits for a place. False: there will be none."""
-        with self._changed:
-            self._changed.wait_for(lambda: self._is_closed or self._inside < self._size)
-            self._inside += 1
-            return not self._is_closed
-
-    def squeeze_in(self) -> None:
-        """Takes a place even if there is none."""
-        with self._changed:
-            self._inside += 1
-
-    def leave(self) -> None:
-        with self._changed:
-            self._inside -= 1
-            self._changed.notify_all()
-
-    def resize(self, size: int) -> None:
-        with self._changed:
-            self._size = size
-            self._changed.notify_all()
-
-    def close(self) -> None:
-        with self._changed:
-            self._is_closed = True
-            self._changed.notify_all()
-
-
-class Walk(threading.Thread):
-    """"kolum library stale" of one root, whose files become batches."""
-
-    def __init__(self, root: str, library: str | None, options: Options, events: queue.SimpleQueue, size: int) -> None:
-        super().__init__(daemon=True, name=f"walk {root}")
-        self.root, self.window = root, Window(size)
-        self.failure: str | None = None
-        self._options, self._events = options, events
-        globs = [word for glob in options.exclude for word in ("--exclude", glob)]
-        everything = ["--all"] if options.by_content else []
-        self._process = subprocess.Popen(
-            [_remote.tool(), "library", "stale", "--json", *everything, *globs, *_library_arguments(library), "--", root],
-            stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True)
-        self._errors = threading.Thread(target=self._read_errors, daemon=True)
-
-    def run(self) -> None:
-        self._errors.start()
-        try:
-            self._read_names()
-        except Exception as error:  # The scan ends with it.
-            self.failure = f"{type(error).__name__}: {error}"
-        self._errors.join()
-        if self._process.wait() not in (0, 1) and not self.failure:
-            self.failure = f"the walk of {self.root} ended with status {self._process.returncode}"
-        self._events.put(("walked", self))
-
-    def _read_names(self) -> None:
-        output = self._process.stdout
-        assert output is not None
-        servers = Servers()
-        for batch in batches(self.root, (found_in(line, servers) for line in output), self._options.limits):
-            if not self.window.enter():
-                return
-            self._events.put(("batch", batch))
-
-    def _read_errors(self) -> None:
-        assert self._process.stderr is not None
-        for line in self._process.stderr:
-            self._events.put(("problem", line.decode(errors="replace").rstrip()))
-
-    def stop(self) -> None:
-        self.window.close()
-        if self._process.poll() is None:
-            self._process.kill()
-
-
-class Writer:
-    """"kolum library add": the library's only writer."""
-
-    def __init__(self, library: str | None, wait: bool) -> None:
-        self._errors: list[str] = []
-        self._process = subprocess.Popen(
-            [_remote.tool(), "library", "add", "--json", *(["--wait"] if wait else []), *_library_arguments(library)],
-            stdin=subprocess.PIPE, stdout=subprocess.PIPE, stderr=subprocess.PIPE, start_new_session=True)
-        self._reader = threading.Thread(target=self._read_errors, daemon=True)
-        self._reader.start()
-
-    def _read_errors(self) -> None:
-        assert self._process.stderr is not None
-        for line in self._process.stderr:
-            self._errors = [*self._errors[-20:], line.decode(errors="replace").rstrip()]
-
-    def add(self, lines: bytes) -> None:
-        """All lines of a batch."""
-        assert self._process.stdin is not None
-        try:
-            self._process.stdin.write(lines)
-            self._process.stdin.flush()
-        except BrokenPipeError:
-            raise self._failure() from None
-
-    def require_alive(self) -> None:
-        if self._process.poll() is not None:
-            raise self._failure()
-
-    def finish(self) -> dict[str, int]:
-        """Waits until all is committed, and counts."""
-        assert self._process.stdin is not None and self._process.stdout is not None
-        try:
-            self._process.stdin.close()
-        except BrokenPipeError:
-            pass
-        said = self._process.stdout.read()
-        if self._process.wait() not in (0, 1) or not said:
-            raise self._failure()
-        return json.loads(said)
-
-    @property
-    def remarks(self) -> list[str]:
-        self._reader.join()
-        return self._errors
-
-    def abandon(self) -> None:
-        """Keeps what was added."""
-        try:
-            self.finish()
-        except (ClusterError, ValueError, OSError):
-            pass
-
-    def _failure(self) -> ClusterError:
-        self._process.wait()
-        self._reader.join()
-        return ClusterError("; ".join(self._errors) or "kolum library add ended")
-
-
 def _workers_of(client: Any) -> dict[str, dict]:
     """All workers by their addresses; none while the scheduler is away."""
     try:
@@ -262,10 +113,8 @@ def _workers_of(client: Any) -> dict[str, dict]:
 
 
 def _roots_of(roots: Collection[str | os.PathLike]) -> list[str]:
-    """Absolute, and without those inside others, whose files would be read twice."""
-    paths = {os.path.realpath(root): os.path.abspath(os.fspath(root)) for root in roots}
-    inside = {path for path in paths for other in paths if path != other and path.startswith(other.rstrip("/") + "/")}
-    return [given for path, given in paths.items() if path not in inside]
+    """Absolute, and none twice."""
+    return list({os.path.realpath(root): os.path.abspath(os.fspath(root)) for root in roots}.values())
 
 
 class Coordinator:
@@ -345,17 +194,31 @@ class Coordinator:
     def _greet(self) -> None:
         """Asks all machines for their versions. Those that come later are asked with their first batch."""
         self._version = self._own_version()
-        try:
-            answers = self._client.run(_remote.greet)
-        except ImportError as error:
-            raise ClusterError(f"a machine cannot load the Python package kolum: {error}") from error
+        answers = self._greetings()
         for address, answer in answers.items():
-            name = f"{self._workers.get(address, {}).get('name', address)} at {address}"
+            name = self._name_of(address)
             if error := answer.get("error"):
                 raise ClusterError(f"{name}: {error}")
             if answer["version"] != self._version:
                 raise VersionMismatch(f"{name} has {answer['version']}; the coordinator has {self._version}")
         self._most_jobs = max((answer["jobs"] for answer in answers.values()), default=1)
+
+    def _greetings(self) -> dict[str, dict]:
+        try:
+            return self._client.run(_remote.greet)
+        except Exception:
+            for address in self._workers:
+                self._require_package(address)
+            raise
+
+    def _require_package(self, address: str) -> None:
+        try:
+            self._client.run(_remote.greet, workers=[address])
+        except Exception as error:  # Dask passes the worker's error on as a text.
+            raise ClusterError(f"{self._name_of(address)} cannot load the Python package kolum: {error}") from error
+
+    def _name_of(self, address: str) -> str:
+        return f"{self._workers.get(address, {}).get('name', 'a machine')} at {address}"
 
     @staticmethod
     def _own_version() -> str:
@@ -402,10 +265,15 @@ class Coordinator:
     def _start_walks(self) -> None:
         for root in self._roots:
             self._require_resource(root)
-            walk = Walk(root, self._library, self._options, self._events, self._ahead())
+            walk = Walk(root, self._stale_options(), self._options.limits, self._events, self._ahead())
             self._walks[root] = walk
             self._walking += 1
             walk.start()
+
+    def _stale_options(self) -> list[str]:
+        chosen = [word for glob in self._options.exclude for word in ("--exclude", glob)]
+        chosen += ["--all"] if self._options.by_content else []
+        return chosen + (["--library", self._library] if self._library else [])
 
     def _require_resource(self, root: str) -> None:
         name = self._options.resources.get(root)
@@ -450,11 +318,11 @@ class Coordinator:
     def _take_events(self) -> None:
         try:
             event, value = self._events.get(timeout=_REPORT_EVERY)
-            while True:
+            for _ in range(_EVENTS_AT_A_TIME):
                 getattr(self, "_on_" + event)(value)
-                if event in ("answer", "batch"):
-                    self._submit()
+                self._submit()
                 event, value = self._events.get_nowait()
+            getattr(self, "_on_" + event)(value)
         except queue.Empty:
             pass
         self._tell()
