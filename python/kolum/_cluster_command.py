@@ -9,6 +9,7 @@ import os
 import shutil
 import signal
 import sys
+import tempfile
 import threading
 from typing import Any, Iterator
 
@@ -191,8 +192,10 @@ def _client(scheduler: str | None, local: int | None) -> Iterator[Any]:
     with contextlib.ExitStack() as stack:
         where: Any = scheduler
         if local:
+            place = stack.enter_context(tempfile.TemporaryDirectory(prefix="kolum-cluster-", ignore_cleanup_errors=True))
             where = stack.enter_context(distributed.LocalCluster(
-                n_workers=local, threads_per_worker=1, dashboard_address=None, silence_logs=logging.CRITICAL))
+                n_workers=local, threads_per_worker=1, dashboard_address=None, local_directory=place,
+                silence_logs=logging.CRITICAL))
         try:
             client = distributed.Client(where, set_as_default=False)
         except (OSError, ValueError) as error:

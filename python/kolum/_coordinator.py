@@ -88,6 +88,10 @@ class Summary:
     """Batches that were handed out again."""
     machines: Counter = field(default_factory=Counter)
     """Files by machine."""
+    bytes_sent: int = 0
+    """Names, without what Dask adds."""
+    bytes_received: int = 0
+    """Answers, as they come: compressed."""
     elapsed: float = 0
     stopped: bool = False
     library: str = ""
@@ -303,6 +307,7 @@ class Coordinator:
         future = self._client.submit(
             _remote.describe, task, key=key, pure=False, workers=sorted(allowed) or None,
             resources={resource: 1} if resource else None)
+        self.summary.bytes_sent += sum(map(len, task.names))
         self._in_flight[key] = batch, future, allowed
         self._running[batch.server] += 1
         self.progress.in_flight += 1
@@ -384,6 +389,7 @@ class Coordinator:
         self._writer.add(zlib.decompress(answers.lines))
         for number, code, reason in answers.not_read:
             self._skip(batch.files[number], f"{reason} ({code}, on {answers.machine})")
+        self.summary.bytes_received += len(answers.lines)
         self.summary.batches += 1
         self.summary.machines[answers.machine] += answers.count
         self.summary.failed_by_reason.update(answers.failures)
