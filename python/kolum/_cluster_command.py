@@ -86,8 +86,8 @@ def _parser() -> argparse.ArgumentParser:
     scan.add_argument("--exclude", metavar="GLOB", action="append", default=[], help="leaves out matching files and folders")
     scan.add_argument("--all", action="store_true", help="decides by the files' content, not by their names")
     scan.add_argument("--wait", action="store_true", help="waits while another process writes to the library")
-    scan.add_argument("--patience", metavar="SECONDS", type=_at_least_one, default=180,
-                      help="a batch without any answer for so long is tried again (180)")
+    scan.add_argument("--patience", metavar="SECONDS", type=_at_least_one, default=240,
+                      help="a batch without any answer for so long is tried again (240)")
     scan.add_argument("--json", action="store_true", help="prints the summary as JSON")
     scan.add_argument("--progress", choices=["json", "none"], help="a line of JSON twice a second; no progress at all")
     return parser
@@ -188,13 +188,14 @@ def _client(scheduler: str | None, local: int | None) -> Iterator[Any]:
         raise ClusterError(f"Dask is missing ({error}); apt-get install python3-distributed, or pip install distributed") \
             from error
     import logging
-    logging.getLogger("distributed").setLevel(logging.CRITICAL)
+    for name in ("distributed", "asyncio"):
+        logging.getLogger(name).setLevel(logging.CRITICAL)
     with contextlib.ExitStack() as stack:
         where: Any = scheduler
         if local:
             place = stack.enter_context(tempfile.TemporaryDirectory(prefix="kolum-cluster-", ignore_cleanup_errors=True))
             where = stack.enter_context(distributed.LocalCluster(
-                n_workers=local, threads_per_worker=1, dashboard_address=None, local_directory=place,
+                n_workers=local, threads_per_worker=1, dashboard_address="127.0.0.1:0", local_directory=place,
                 silence_logs=logging.CRITICAL))
         try:
             client = distributed.Client(where, set_as_default=False)

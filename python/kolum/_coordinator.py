@@ -3,6 +3,7 @@
 from __future__ import annotations
 
 import collections
+import contextlib
 import os
 import queue
 import threading
@@ -41,7 +42,7 @@ class Options:
     exclude: tuple[str, ...] = ()
     by_content: bool = False
     wait: bool = False
-    patience: float = 180
+    patience: float = 240
     ahead: int | None = None
 
     def readers_of(self, server: str) -> int:
@@ -183,7 +184,8 @@ class Coordinator:
             walk.stop()
         futures = [future for _, future, _ in self._in_flight.values()]
         if futures and self._client.status == "running":
-            self._client.cancel(futures, asynchronous=False)
+            with contextlib.suppress(OSError, TimeoutError):  # The scheduler may be leaving, too.
+                self._client.cancel(futures)
         self._writer.abandon()
 
     # ---- Machines
@@ -281,7 +283,7 @@ class Coordinator:
 
     def _require_resource(self, root: str) -> None:
         name = self._options.resources.get(root)
-        if name and not any(worker.get("resources", {}).get(name) for worker in self._workers.values()):
+        if name and not self._those_for(root):
             raise ClusterError(f"no machine has the resource {name} for {root}; dask worker --resources {name}=1")
 
     def _most_running(self, server: str) -> int:
@@ -315,8 +317,13 @@ class Coordinator:
 
     def _seeing(self, root: str) -> frozenset[str]:
         """The machines that may see a root; empty if nothing is known against any."""
-        blind = self._blind[root]
-        return frozenset(self._workers.keys() - blind) if blind & self._workers.keys() else frozenset()
+        those = self._those_for(root)
+        return frozenset(those - self._blind[root]) if those & self._blind[root] else frozenset()
+
+    def _those_for(self, root: str) -> set[str]:
+        """The machines with the resource of a root, or all."""
+        name = self._options.resources.get(root)
+        return {address for address, worker in self._workers.items() if not name or worker.get("resources", {}).get(name)}
 
     # ---- Answers in
 
@@ -364,9 +371,16 @@ class Coordinator:
         if status == "finished":
             self._take(batch, future)
         elif status == "error":
-            self._fail(batch, future.exception())
+            self._fail(batch, self._error_of(future))
         else:  # The scheduler has gone and forgotten it.
             self._again(batch)
+
+    @staticmethod
+    def _error_of(future: Any) -> BaseException:
+        try:
+            return future.exception(timeout=30)
+        except Exception as error:  # The scheduler has left with it.
+            return error
 
     def _settle(self, key: str) -> tuple[Batch, Any]:
         batch, future, _ = self._in_flight.pop(key)
@@ -382,8 +396,7 @@ class Coordinator:
         try:
             answers: _remote.Answers = future.result(timeout=30)
         except Exception as error:  # The machine left with its answer, or the scheduler did.
-            self._note(f"an answer was lost: {type(error).__name__}: {error}")
-            return self._again(batch)
+            return self._retry(batch, f"its answer was lost: {type(error).__name__}: {error}")
         if self._is_blind(batch, answers):
             return self._send_elsewhere(batch, answers)
         self._writer.add(zlib.decompress(answers.lines))
@@ -410,7 +423,7 @@ class Coordinator:
             self._note(f"{answers.machine} does not see the files below {answers.root}")
         self._blind[batch.root].add(answers.address)
         self._look()
-        if not self._workers.keys() - self._blind[batch.root]:
+        if not self._those_for(batch.root) - self._blind[batch.root]:
             raise ClusterError(f"no machine sees the files below {batch.root}; --map says where they are mounted there")
         self._again(batch)
 
@@ -426,16 +439,16 @@ class Coordinator:
         self.progress.done += len(batch.files)
         self._walks[batch.root].window.leave()
 
-    def _fail(self, batch: Batch, error: BaseException | None) -> None:
+    def _fail(self, batch: Batch, error: BaseException) -> None:
         if isinstance(error, _remote.VersionError):
             raise VersionMismatch(str(error))
         if isinstance(error, ImportError):
             raise ClusterError(f"a machine cannot load the Python package kolum: {error}")
-        self._note(f"a batch of {len(batch.files)} files failed: {error}")
         self._retry(batch, str(error))
 
     def _retry(self, batch: Batch, why: str) -> None:
         """Once more; then in halves, until the file that is to blame is alone and can be skipped."""
+        self._note(f"a batch of {len(batch.files)} files failed: {why}")
         if batch.tries + 1 < _TRIES:
             return self._again(batch.again())
         if len(batch.files) == 1:

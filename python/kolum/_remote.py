@@ -6,6 +6,7 @@ import functools
 import json
 import os
 import selectors
+import shutil
 import signal
 import subprocess
 import tempfile
@@ -45,7 +46,7 @@ class Task:
     version: str = ""
     most_jobs: int = 1
     by_content: bool = False
-    patience: float = 180
+    patience: float = 240
     """Seconds without any answer after which the batch counts as stuck."""
 
 
@@ -78,20 +79,19 @@ def _version_of(program: str, state: object) -> str:
     try:
         name = subprocess.run([program, "--version"], capture_output=True, text=True, check=True).stdout.strip()
         text = subprocess.run([program, "doctor", "--json"], capture_output=True, text=True).stdout
-    except (OSError, subprocess.CalledProcessError) as error:
+        items = [json.loads(line) for line in text.splitlines()]
+        states = {item["name"]: item.get("state", "?") for item in items if item["kind"] == "library"}
+    except (OSError, subprocess.CalledProcessError, ValueError, KeyError) as error:
         raise MachineError(f"{program} does not run: {error}") from error
-    items = [json.loads(line) for line in text.splitlines()]
-    states = {item["name"]: item.get("state", "?") for item in items if item["kind"] == "library"}
     return ", ".join([name, *(f"{library} {states.get(library, '?')}" for library in _LIBRARIES)])
 
 
 def version() -> str:
     """kolum and FFmpeg, as this machine has them: what decides about the answers."""
-    program = tool()
-    try:
-        status = os.stat(program)
-    except OSError:  # found in PATH, or missing
-        return _version_of(program, None)
+    program = shutil.which(tool())
+    if program is None:
+        raise MachineError(f"{tool()} does not run: there is no such program")
+    status = os.stat(program)
     return _version_of(program, (status.st_ino, status.st_size, status.st_mtime_ns))
 
 

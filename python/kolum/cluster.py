@@ -33,7 +33,7 @@ def _absolute(path: Path) -> str:
 def scan(client: Client, roots: Path | Collection[Path], library: Path | None = None, *,
          map: Mapping[str, str] | None = None, resources: Mapping[str, str] | None = None,
          readers: int | Mapping[str, int] = READERS, limits: Limits = Limits(), ahead: int | None = None,
-         exclude: Collection[str] = (), by_content: bool = False, wait: bool = False, patience: float = 180,
+         exclude: Collection[str] = (), by_content: bool = False, wait: bool = False, patience: float = 240,
          progress: Report | None = None, note: Note | None = None, stop: threading.Event | None = None) -> Summary:
     """Describes the media below folders that are new or changed, on all machines of a cluster.
 

@@ -78,6 +78,15 @@ def test_files_go_to_machines_that_see_them(machines, share, library, tmp_path):
     expect_all(library, share, tmp_path)
 
 
+def test_machines_without_the_resource_do_not_stand_in_for_blind_ones(machines, share, library, tmp_path):
+    mount = tmp_path / "mount"
+    mount.mkdir()
+    machines.worker("blind", "--resources", "NAS=1", before=elsewhere(share, mount))
+    machines.worker("plain")
+    result = machines.scanned(library, "--resource", f"{share}=NAS", share, status=1)
+    assert f"no machine sees the files below {share}" in result.err
+
+
 def test_resources_say_which_machines_see_a_root(machines, share, library, tmp_path):
     machines.worker("plain", tool=program(tmp_path / "none", 'if [ "$1" = probe ]; then exit 9; fi'))
     failed = machines.scanned(library, "--resource", f"{share}=NAS", share, status=1)
