@@ -126,7 +126,8 @@ class Servers:
     """Which server, or which disk of this machine, a folder is on."""
 
     def __init__(self, mount_table: str | os.PathLike = "/proc/self/mountinfo") -> None:
-        self._mounts = [self._parsed(line) for line in Path(mount_table).read_text(errors="surrogateescape").splitlines()]
+        table = Path(mount_table).read_text(errors="surrogateescape")
+        self._mounts = [self._parsed(line) for line in table.splitlines()]
         self.of_folder = functools.lru_cache(maxsize=65536)(self._of_folder)
 
     @staticmethod

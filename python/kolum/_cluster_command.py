@@ -17,6 +17,10 @@ from . import _remote
 from ._batches import Limits
 from ._coordinator import READERS, ClusterError, Progress, Summary
 
+_DESCRIPTION = """Describes the media in folders that are new or changed, on all machines of a Dask cluster,
+and keeps what it finds in a library of this machine. It may be stopped, or killed, at any time;
+the same command goes on where it was."""
+
 _EXAMPLES = """examples:
   kolum-cluster scan --local 4 /share
   kolum-cluster scan --scheduler tcp://head:8786 --library media.db /share
@@ -65,25 +69,26 @@ def _parser() -> argparse.ArgumentParser:
     commands = parser.add_subparsers(dest="command", required=True, metavar="COMMAND")
     scan = commands.add_parser(
         "scan", help="describes the media in folders, as \"kolum scan\" does",
-        description="Describes the media in folders that are new or changed, on all machines of a Dask cluster, and keeps "
-        "what it finds in a library of this machine. It may be stopped, or killed, at any time; the same command goes on "
-        "where it was.", epilog=_EXAMPLES, formatter_class=argparse.RawDescriptionHelpFormatter)
+        description=_DESCRIPTION, epilog=_EXAMPLES, formatter_class=argparse.RawDescriptionHelpFormatter)
     scan.add_argument("roots", metavar="ROOT", nargs="+", help="folders of media, as this machine sees them")
     cluster = scan.add_mutually_exclusive_group(required=True)
     cluster.add_argument("--scheduler", metavar="ADDRESS", help="of a Dask scheduler, such as tcp://head:8786")
-    cluster.add_argument("--local", metavar="N", type=_at_least_one, help="starts a cluster of N processes on this machine")
+    cluster.add_argument("--local", metavar="N", type=_at_least_one,
+                         help="starts a cluster of N processes on this machine")
     scan.add_argument("--library", metavar="FILE", help="the library; else that of \"kolum scan\"")
     scan.add_argument("--map", metavar="FROM=TO", type=_pair, action="append", default=[],
                       help="FROM is mounted as TO on the machines; may be repeated")
     scan.add_argument("--resource", metavar="ROOT=NAME", type=_pair, action="append", default=[],
                       help="only machines with this Dask resource see ROOT; may be repeated")
     scan.add_argument("--readers", metavar="[SERVER=]N", type=_readers, action="append", default=[],
-                      help=f"files of each storage server, or of this one, that are read at a time by all machines ({READERS})")
+                      help="files of each storage server, or of this one, that all machines together read at a time "
+                      f"({READERS})")
     scan.add_argument("--batch-files", metavar="N", type=_at_least_one, default=Limits.files,
                       help=f"files in a batch at most ({Limits.files})")
     scan.add_argument("--batch-bytes", metavar="BYTES", type=_bytes, default=Limits.bytes,
                       help="bytes in a batch at most, unless one file has more (16G)")
-    scan.add_argument("--exclude", metavar="GLOB", action="append", default=[], help="leaves out matching files and folders")
+    scan.add_argument("--exclude", metavar="GLOB", action="append", default=[],
+                      help="leaves out matching files and folders")
     scan.add_argument("--all", action="store_true", help="decides by the files' content, not by their names")
     scan.add_argument("--wait", action="store_true", help="waits while another process writes to the library")
     scan.add_argument("--patience", metavar="SECONDS", type=_at_least_one, default=240,
