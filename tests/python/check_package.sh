@@ -1,5 +1,7 @@
 #!/usr/bin/env bash
-# check_package.sh PYTHON SOURCE-FOLDER: runs the tests of the Python package.
+# check_package.sh PYTHON SOURCE-FOLDER FILE...: runs tests of the Python package.
 set -euo pipefail
-"$2/scripts/make-samples.sh" "$KOLUM_SAMPLES" >/dev/null
-exec "$1" -m pytest -q -p no:cacheprovider --rootdir "$2/python" "$2/python/tests"
+python=$1 source=$2
+shift 2
+"$source/scripts/make-samples.sh" "$KOLUM_SAMPLES" >/dev/null
+exec "$python" -m pytest -q -p no:cacheprovider --rootdir "$source/python" "${@/#/$source/python/tests/}"
