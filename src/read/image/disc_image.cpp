@@ -123,6 +123,7 @@ std::vector<media::TitleSetSize> titleSetSizes(const Listing& files) {
     }
   }
   std::vector<media::TitleSetSize> found;
+  found.reserve(sets.size());
   for (auto& [number, set] : sets) found.push_back(std::move(set));
   return found;
 }

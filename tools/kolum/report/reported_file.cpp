@@ -33,7 +33,7 @@ struct ChannelsName {
 };
 constexpr ChannelsName kChannels[] = {{1, "mono"}, {2, "stereo"}, {6, "5.1"}, {8, "7.1"}};
 
-std::string without(std::string_view prefix, std::string text) {
+std::string without(std::string_view prefix, const std::string& text) {
   return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }
 

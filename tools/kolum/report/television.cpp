@@ -60,7 +60,7 @@ std::string nameAt(const Json& document, const char* pointer, std::string_view p
   return name.starts_with(prefix) ? name.substr(prefix.size()) : name;
 }
 
-NamelessReason remark(std::string text) {
+NamelessReason remark(const std::string& text) {
   return {"", {}, printable(text)};
 }
 

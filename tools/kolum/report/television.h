@@ -2,10 +2,10 @@
 #ifndef KOLUM_TOOL_REPORT_TELEVISION_H
 #define KOLUM_TOOL_REPORT_TELEVISION_H
 
-#include <compare>
 #include <nlohmann/json_fwd.hpp>
 #include <optional>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace kolum::tool {
@@ -15,7 +15,10 @@ struct NamelessReason {
   std::vector<std::string> missing;  // what that needs: "audio AAC-LC stereo"
   std::string remark;                // if there is none
 
-  std::strong_ordering operator<=>(const NamelessReason&) const = default;
+  friend bool operator<(const NamelessReason& left, const NamelessReason& right) {
+    return std::tie(left.nearest, left.missing, left.remark) <
+           std::tie(right.nearest, right.missing, right.remark);
+  }
 };
 
 // Empty for a file that has a name, and for one that is no video or song.

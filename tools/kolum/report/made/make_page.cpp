@@ -69,7 +69,7 @@ std::vector<Part> partsOf(const std::string& page,
                           const std::map<std::string, std::string>& files) {
   std::vector<Part> parts(1);
   std::size_t at = 0;
-  for (std::size_t mark; (mark = page.find(kMark, at)) != page.npos;) {
+  for (std::size_t mark = 0; (mark = page.find(kMark, at)) != page.npos;) {
     const std::size_t end = page.find(kMark, mark + kMark.size());
     if (end == page.npos) throw std::runtime_error("a mark without an end");
     const std::string words = page.substr(mark + kMark.size(), end - mark - kMark.size());
