@@ -4,6 +4,7 @@
 #include <kolum/isolation.h>
 #include <sys/resource.h>
 
+#include <algorithm>
 #include <chrono>
 
 #include "answers/answers.h"
