@@ -303,8 +303,9 @@ Bytes spsOfConfiguration(Bytes configuration) {
   reader.skip(4);
   const bool isSingle = (reader.bigEndian(1) & 0x1F) == 1;
   const Bytes sps = reader.take(reader.bigEndian(2));
-  const bool hasPictureParameters = reader.bigEndian(1) != 0;
-  return !reader.failed() && isKnown && isSingle && hasPictureParameters ? sps : Bytes();
+  const std::uint64_t pictureParameters = reader.bigEndian(1);
+  for (std::uint64_t i = 0; i < pictureParameters; ++i) reader.skip(reader.bigEndian(2));
+  return !reader.failed() && isKnown && isSingle && pictureParameters > 0 ? sps : Bytes();
 }
 
 Bytes spsOfByteStream(Bytes stream) {

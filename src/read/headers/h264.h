@@ -42,7 +42,7 @@ struct H264Parameters {
 std::optional<H264Parameters> readSps(std::span<const std::uint8_t> nalUnit);
 
 // The SPS of the configuration that MP4, Matroska and FLV keep apart from the pictures ("avcC");
-// empty if it has none or several.
+// empty if it has none or several, or is not whole, as the decoder then takes nothing of it.
 std::span<const std::uint8_t> spsOfConfiguration(std::span<const std::uint8_t> configuration);
 // The SPS before the first picture of a byte stream, which may be repeated; empty if there is none
 // or they differ.

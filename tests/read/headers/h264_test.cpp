@@ -142,8 +142,11 @@ TEST(Configuration, HasOneSps) {
   const Bytes sps = {0x67, 1, 2, 3};
   Bytes configuration = {1, 66, 0, 31, 0xFF, 0xE1, 0, 4, 0x67, 1, 2, 3, 1, 0, 1, 0x68};
   EXPECT_TRUE(std::ranges::equal(headers::spsOfConfiguration(configuration), sps));
-  for (std::size_t size = 0; size <= 12; ++size)
+  for (std::size_t size = 0; size < configuration.size(); ++size)
     EXPECT_TRUE(headers::spsOfConfiguration(std::span(configuration).first(size)).empty()) << size;
+  configuration[12] = 2;
+  EXPECT_TRUE(headers::spsOfConfiguration(configuration).empty()) << "one more than there are";
+  configuration[12] = 1;
   configuration[5] = 0xE2;
   EXPECT_TRUE(headers::spsOfConfiguration(configuration).empty());
   configuration[5] = 0xE1;
