@@ -17,8 +17,9 @@
  * workers of its own. A thread that waits for its worker is kept on one processor for that time.
  *
  * What stays in the calling process: looking for the main title of a disc and mounting disc images
- * (KoLUM_Describe mounts only those that a worker cannot read), programs that the library runs (dsf2flac, thumbnail tools), and getVideoKeyFrameTime with other
- * URLs than files, because a worker has no network.
+ * (KoLUM_Describe mounts only those that a worker cannot read), programs that the library runs
+ * (dsf2flac, thumbnail tools), and getVideoKeyFrameTime with other URLs than files, because a
+ * worker has no network.
  */
 #ifndef KOLUM_ISOLATION_H
 #define KOLUM_ISOLATION_H
