@@ -11,7 +11,8 @@ mkdir -p build/deb/kolum
 git archive HEAD | tar -x -C build/deb/kolum
 log=build/deb/build.log
 # With Debian's own Python, whatever else there is on the PATH; nobody needs debug information here.
-(cd build/deb/kolum && DEB_BUILD_OPTIONS=noautodbgsym PATH=/usr/sbin:/usr/bin:/sbin:/bin dpkg-buildpackage --build=binary --no-sign) >"$log" 2>&1 ||
+(cd build/deb/kolum && DEB_BUILD_OPTIONS=noautodbgsym PATH=/usr/sbin:/usr/bin:/sbin:/bin \
+  dpkg-buildpackage --build=binary --no-sign) >"$log" 2>&1 ||
   { cat "$log" >&2; exit 1; }
 
 # The changelog names no distribution that an archive knows; every other finding counts.

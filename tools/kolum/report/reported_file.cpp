@@ -33,10 +33,6 @@ struct ChannelsName {
 };
 constexpr ChannelsName kChannels[] = {{1, "mono"}, {2, "stereo"}, {6, "5.1"}, {8, "7.1"}};
 
-std::string without(std::string_view prefix, const std::string& text) {
-  return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
-}
-
 std::string firstText(const Json& document, std::initializer_list<const char*> pointers) {
   for (const char* pointer : pointers)
     if (std::string text = textAt(document, pointer); !text.empty()) return text;

@@ -56,8 +56,7 @@ media::Rational frameRateOf(const Json& document) {
 }
 
 std::string nameAt(const Json& document, const char* pointer, std::string_view prefix) {
-  const std::string name = textAt(document, pointer);
-  return name.starts_with(prefix) ? name.substr(prefix.size()) : name;
+  return without(prefix, textAt(document, pointer));
 }
 
 NamelessReason remark(const std::string& text) {

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace kolum::tool {
 
@@ -20,6 +21,11 @@ inline const nlohmann::ordered_json* valueAt(const nlohmann::ordered_json& docum
 inline std::string textAt(const nlohmann::ordered_json& document, const char* pointer) {
   const auto* value = valueAt(document, pointer);
   return value != nullptr && value->is_string() ? value->get<std::string>() : "";
+}
+
+// TEXT, a name of the library or of a standard, without PREFIX if it begins so.
+inline std::string without(std::string_view prefix, const std::string& text) {
+  return text.starts_with(prefix) ? text.substr(prefix.size()) : text;
 }
 
 inline std::optional<double> numberAt(const nlohmann::ordered_json& document, const char* pointer) {
