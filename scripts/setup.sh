@@ -78,7 +78,10 @@ configure() {
   say "configuring $dir"
   mkdir -p "$dir"
   is_configured "$dir" || set -- "$@" --fresh
-  cmake --preset "$@" >"$dir/configure.log" 2>&1 && return 0
+  if cmake --preset "$@" >"$dir/configure.log" 2>&1; then
+    say "building $dir, which takes some minutes the first time"
+    return 0
+  fi
   rm -f "$dir/build.ninja"
   cat "$dir/configure.log" >&2
   return 1
