@@ -95,6 +95,16 @@ TEST_F(Isolation, ReadsInThisProcessWhenOff) {
   EXPECT_TRUE(children().empty());
 }
 
+// Not the host, which may have far more.
+TEST_F(Isolation, LetsTheKernelEndReadersFirstWhereMemoryRunsOut) {
+  start({});
+  lookAt(picture());
+  const auto readers = children();
+  ASSERT_EQ(readers.size(), 2U);
+  for (const pid_t reader : readers)
+    EXPECT_EQ(contentOf("/proc/" + std::to_string(reader) + "/oom_score_adj"), "1000\n");
+}
+
 TEST_F(Isolation, ReusesWorkers) {
   start({});
   lookAt(picture());
