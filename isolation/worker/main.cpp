@@ -4,7 +4,6 @@
 // each socket that comes on descriptor 0. It never reads a file, and its workers never fork. When
 // the host closes its end, or dies, the nursery ends all of them.
 #include <fcntl.h>
-#include <linux/ioprio.h>
 #include <poll.h>
 #include <sched.h>
 #include <sys/prctl.h>
@@ -31,11 +30,13 @@ namespace {
 using namespace kolum;
 using namespace kolum::isolation;
 
+// The numbers of <linux/ioprio.h>, which is not C++ in all releases.
 void giveWay() {
   constexpr int kLowest = 19;
   constexpr int kThisProcess = 1;
+  constexpr int kIdle = 3 << 13;  // the class; it has no levels
   setpriority(PRIO_PROCESS, 0, kLowest);
-  syscall(SYS_ioprio_set, kThisProcess, 0, IOPRIO_PRIO_VALUE(IOPRIO_CLASS_IDLE, 0));
+  syscall(SYS_ioprio_set, kThisProcess, 0, kIdle);
 }
 
 // A process keeps its folder and all mounts of its namespace busy: the host's threads that mount
