@@ -6,6 +6,7 @@
 #include <new>
 
 #include "base/utf8.h"
+#include "scan/text_search.h"
 
 namespace kolum::scan {
 
@@ -156,6 +157,7 @@ void Database::harden() {
     sqlite3_db_config(handle(), setting.option, setting.value, nullptr);
   for (const Limit& limit : kLimits) sqlite3_limit(handle(), limit.category, limit.value);
   sqlite3_busy_timeout(handle(), kBusyMilliseconds);
+  if (const int code = addTextSearch(handle()); code != SQLITE_OK) fail(code);
   execute("PRAGMA mmap_size = 0");  // a file that gets shorter would end the process
   execute("PRAGMA cell_size_check = ON");
 }

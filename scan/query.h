@@ -29,7 +29,7 @@ struct FileQuery {
   Bounds<std::int64_t> duration = {};       // seconds
   Bounds<std::string> date = {};            // "2015", "2015-06" or "2015-06-07", all of it included
   std::optional<std::string> profile = {};  // the DLNA name; empty: none
-  std::optional<std::string> text = {};     // in the path or a tag; ASCII letters in any case
+  std::optional<std::string> text = {};     // in the path or a tag; letters in any case
   std::optional<std::string> where = {};  // an SQL expression over the columns of the view "files"
 
   // Limits of the query: it throws kTooLong beyond its time, and when KEEPGOING returns false.
@@ -44,7 +44,7 @@ struct FoundFile {
   std::optional<Reason> reason;  // unless its state is kKnown
   std::int64_t lookedAt = 0;     // seconds since 1970
   int schema = 0;                // of the document
-  std::string document;  // a JSON object without "schema", "file" and "fileBytes"; may be empty
+  std::string document;          // a JSON object, as stored (store.h); may be empty
 };
 
 }  // namespace kolum::scan

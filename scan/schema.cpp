@@ -2,6 +2,9 @@
 
 #include <algorithm>
 #include <string>
+#include <vector>
+
+#include "scan/columns.h"
 
 namespace kolum::scan {
 
@@ -164,7 +167,29 @@ SELECT id, path, folder, name, size, modified, state, code, reason, looked_at,
 FROM files WHERE state <> 'known';
 )sql";
 
-constexpr const char* kMigrations[] = {kVersion1};
+// Nothing ever filled the column. Before the views go: those of the library's owner need them.
+constexpr const char* kVersion2 = R"sql(
+ALTER TABLE folder DROP COLUMN device;
+
+UPDATE document SET json = json_remove(json, '$.size', '$.modified')
+WHERE json_type(json, '$.size') IS NOT NULL OR json_type(json, '$.modified') IS NOT NULL;
+)sql";
+
+// Changes of tables; each version after the first one makes the views anew, too. A version in which
+// only columns came needs no row.
+constexpr const char* kTables[] = {kVersion1, kVersion2};
+
+std::vector<std::string> allSteps() {
+  int newest = static_cast<int>(std::size(kTables));
+  for (const Column& column : columns()) newest = std::max(newest, column.schema);
+  std::vector<std::string> steps;
+  for (int version = 1; version <= newest; ++version) {
+    const auto row = static_cast<std::size_t>(version - 1);
+    steps.emplace_back(row < std::size(kTables) ? kTables[row] : "");
+    if (version > 1) steps.back() += sqlOfViews(version);
+  }
+  return steps;
+}
 
 std::string numbered(const char* pragma, std::size_t value) {
   return std::string("PRAGMA ") + pragma + " = " + std::to_string(value);
@@ -185,11 +210,18 @@ constexpr const char* kNotALibrary = "not a library of kolum";
 }  // namespace
 
 std::span<const char* const> migrations() {
-  return kMigrations;
+  static const std::vector<std::string> kSteps = allSteps();
+  static const std::vector<const char*> kTexts = [] {
+    std::vector<const char*> texts(kSteps.size());
+    std::transform(kSteps.begin(), kSteps.end(), texts.begin(),
+                   [](const std::string& step) { return step.c_str(); });
+    return texts;
+  }();
+  return kTexts;
 }
 
 int newestSchema() {
-  return static_cast<int>(std::size(kMigrations));
+  return static_cast<int>(migrations().size());
 }
 
 Content contentOf(Database& database, std::span<const char* const> steps) {

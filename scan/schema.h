@@ -11,8 +11,9 @@ namespace kolum::scan {
 // Marks a database as a library ("KOLM"), in its header.
 inline constexpr int kApplicationId = 0x4B4F4C4D;
 
-// SQL that leads from the version of its index to the next; an empty database has version 0. Rows
-// are only ever added: libraries of every version exist.
+// SQL that leads from the version of its index to the next; an empty database has version 0. Steps
+// are only ever added: libraries of every version exist. Columns of the views have a table of their
+// own (columns.h), which makes steps.
 std::span<const char* const> migrations();
 int newestSchema();
 

@@ -67,8 +67,8 @@ class Store {
   std::vector<Mark> takeOverMarks();
 
   // ---- Results ----
-  // DOCUMENT is a JSON object as kolum probe prints it; its "schema", "file" and "fileBytes" are
-  // left out. The file's state becomes kKnown, by today's version.
+  // DOCUMENT is a JSON object as kolum probe prints it; its "schema", "file", "fileBytes", "size"
+  // and "modified" are left out. The file's state becomes kKnown, by today's version.
   void putDocument(const FilePath& path, const Identity& identity, std::string_view document);
   // STATE is not kKnown. An earlier document stays.
   void putFailure(const FilePath& path, const Identity& identity, State state,
@@ -80,9 +80,6 @@ class Store {
   void removeFile(const FilePath& path);
   // Everything in and below a folder. Returns how many files that were.
   std::uint64_t removeTree(const std::string& folder);
-  // So that a folder on another device is noticed later. Makes the folder known; writes nothing if
-  // that is known already.
-  void putDevice(const std::string& folder, std::uint64_t device);
   void putRoot(const Root& root);
 
   // ---- What is known ----

@@ -136,13 +136,14 @@ std::int64_t Store::putFile(const FilePath& path, const Identity& identity, Stat
   return id;
 }
 
+// Without what the library knows better: where the file is, its size and its last change.
 std::string Store::cleaned(std::string_view document) {
   if (document.size() > kLargestDocument)
     refuseDocument("larger than " + std::to_string(kLargestDocument) + " bytes");
   if (!isUtf8(document) || document.find('\0') != std::string_view::npos)
     refuseDocument("not UTF-8");
   Run run(*database_,
-          "SELECT json_remove(?1, '$.schema', '$.file', '$.fileBytes')"
+          "SELECT json_remove(?1, '$.schema', '$.file', '$.fileBytes', '$.size', '$.modified')"
           " WHERE json_valid(?1) AND json_type(?1) = 'object'",
           document);
   if (!run.next()) refuseDocument("not a JSON object");

@@ -100,15 +100,6 @@ std::uint64_t Store::removeTree(const std::string& folder) {
   return removed;
 }
 
-void Store::putDevice(const std::string& folder, std::uint64_t device) {
-  Run known(*database_, "SELECT device FROM folder WHERE path = ?", Bytes{folder});
-  if (known.next() && !known.isNull(0) && known.bits(0) == device) return;
-  write([&] {
-    Run(*database_, "UPDATE folder SET device = ? WHERE id = ?", device, madeFolderId(folder))
-        .finish();
-  });
-}
-
 void Store::putRoot(const Root& root) {
   write([&] {
     Run(*database_, "INSERT OR REPLACE INTO root (folder, device, scanned_at) VALUES (?, ?, ?)",
@@ -126,10 +117,9 @@ std::vector<Root> Store::roots() {
 
 KnownFolder Store::folder(const std::string& folder) {
   KnownFolder known;
-  Run self(*database_, "SELECT id, device FROM folder WHERE path = ?", Bytes{folder});
+  Run self(*database_, "SELECT id FROM folder WHERE path = ?", Bytes{folder});
   if (!self.next()) return known;
   const std::int64_t id = self.number(0);
-  if (!self.isNull(1)) known.device = self.bits(1);
   const std::int64_t today = versionId();
   Run files(*database_,
             "SELECT id, name, state, version, device, inode, size, mtime_ns, ctime_ns"

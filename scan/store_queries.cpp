@@ -149,15 +149,12 @@ void Conditions::profile(const std::string& name) {
   text(name);
 }
 
+// A document without a backslash has every text as it is: if the part is nowhere in it, no tag
+// needs to be looked at.
 void Conditions::texts(const std::string& part) {
-  std::string condition;
-  for (const char* column :
-       {"CAST(path AS TEXT)", "title", "artist", "album_artist", "album", "genre"}) {
-    condition += condition.empty() ? "(" : " OR ";
-    condition += "instr(lower(" + std::string(column) + "), lower(?)) > 0";
-    text(part);
-  }
-  add(condition + ")");
+  add("(has_text(path, ?) OR"
+      " ((has_text(document, ?) OR instr(document, '\\') > 0) AND has_text(tags, ?)))");
+  for (int i = 0; i < 3; ++i) text(part);
 }
 
 std::string Conditions::sql() const {

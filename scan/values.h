@@ -96,9 +96,8 @@ struct KnownFile {
 
 // What the library knows of one folder.
 struct KnownFolder {
-  std::optional<std::uint64_t> device;  // as put by putDevice()
-  std::vector<Known> files;             // in byte order of their names
-  std::vector<std::string> folders;     // the names of known folders in it
+  std::vector<Known> files;          // in byte order of their names
+  std::vector<std::string> folders;  // the names of known folders in it
 };
 
 // A file that was about to be opened.

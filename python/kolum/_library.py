@@ -5,6 +5,7 @@ from __future__ import annotations
 import json
 import os
 import sqlite3
+from datetime import datetime, timezone
 from pathlib import Path
 from typing import Any, Iterator
 from urllib.parse import quote
@@ -13,6 +14,7 @@ from ._documents import Document
 from ._probe import Kind, document_of
 
 _ANY = object()
+_SCHEMA = 2  # of the database; the first one with all columns that are used here
 
 
 def default_path() -> Path:
@@ -20,6 +22,20 @@ def default_path() -> Path:
     data = os.environ.get("XDG_DATA_HOME", "")
     base = Path(data) if data.startswith("/") else Path.home() / ".local/share"
     return base / "kolum" / "library.db"
+
+
+def _moment(nanoseconds: int) -> str:
+    """In UTC, with as many decimals as are needed, as documents have it."""
+    seconds, rest = divmod(nanoseconds, 10**9)
+    text = datetime.fromtimestamp(seconds, timezone.utc).strftime("%Y-%m-%dT%H:%M:%S")
+    return (f"{text}.{rest:09}".rstrip("0") if rest else text) + "Z"
+
+
+def _has_text(text: str | bytes | None, part: str) -> bool | None:
+    """Whether a text, or a path that is not UTF-8, has a part in any case."""
+    if text is None:
+        return None
+    return part.lower() in (text if isinstance(text, str) else os.fsdecode(text)).lower()
 
 
 class Library:
@@ -36,6 +52,11 @@ class Library:
         self._database = sqlite3.connect(
             f"file:{quote(str(self.path))}?mode=ro", uri=True, check_same_thread=False)
         self._database.row_factory = sqlite3.Row
+        self._database.create_function("has_text", 2, _has_text, deterministic=True)
+        version = self._database.execute("PRAGMA user_version").fetchone()[0]
+        if version < _SCHEMA:
+            self.close()
+            raise ValueError(f"{self.path}: made by an earlier kolum; the next kolum scan brings it up to date")
 
     def __enter__(self) -> Library:
         return self
@@ -55,8 +76,8 @@ class Library:
         """The documents of files.
 
         "dlna" is a DLNA profile, or None for files without one. "codec" is that of pictures or
-        sound, such as "HEVC". "text" is looked for in names, titles, artists and albums. "where" is
-        an SQL expression over the columns of the view "files", with its "parameters".
+        sound, such as "HEVC". "text" is looked for in paths and in the texts of all tags, in any case.
+        "where" is an SQL expression over the columns of the view "files", with its "parameters".
         """
         conditions = ["document IS NOT NULL", f"({where})"]
         values = list(parameters)
@@ -72,13 +93,12 @@ class Library:
             conditions.append("? IN (video_codec, audio_codec)")
             values.append(codec.upper())
         if text is not None:
-            conditions.append("instr(lower(coalesce(name, '') || ' ' || coalesce(title, '') || ' ' || "
-                              "coalesce(artist, '') || ' ' || coalesce(album, '')), lower(?)) > 0")
-            values.append(text)
-        sql = f"SELECT path, document FROM files WHERE {' AND '.join(conditions)} ORDER BY path"
-        for path, document in self._database.execute(sql, values):
+            conditions.append("(has_text(path, ?) OR has_text(tags, ?))")
+            values += [text, text]
+        sql = f"SELECT path, size, mtime_ns, document FROM files WHERE {' AND '.join(conditions)} ORDER BY path"
+        for path, size, mtime, document in self._database.execute(sql, values):
             name = path if isinstance(path, str) else os.fsdecode(path)
-            yield document_of({"file": name, **json.loads(document)})
+            yield document_of({"file": name, **json.loads(document), "size": size, "modified": _moment(mtime)})
 
     def __len__(self) -> int:
         return self._database.execute("SELECT count(*) FROM files").fetchone()[0]

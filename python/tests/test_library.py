@@ -18,6 +18,27 @@ def test_find_gives_documents(library):
     assert isinstance(song, kolum.Song) and song.title == "First Tone"
 
 
+def test_text_is_looked_for_in_paths_and_in_all_tags(library):
+    assert list(library.find(text="FIRST tone")) == list(library.find(where="tags LIKE '%first tone%'"))
+    assert {item.file for item in library.find(text="SHORT-film")} == {
+        row["path"] for row in library.query("SELECT path FROM files WHERE name LIKE 'short-film%'")}
+    assert not list(library.find(text="nowhere to be found"))
+
+
+def test_earlier_library_says_what_to_do(tmp_path):
+    earlier = tmp_path / "earlier.db"
+    with sqlite3.connect(earlier) as database:
+        database.execute("PRAGMA user_version = 1")
+    with pytest.raises(ValueError, match="the next kolum scan"):
+        kolum.Library(earlier)
+
+
+def test_find_says_the_size_and_last_change_of_files(library):
+    song = next(library.find(kind="music"))
+    probed = kolum.probe(song.file)
+    assert (song.raw["size"], song.raw["modified"]) == (probed.raw["size"], probed.raw["modified"])
+
+
 def test_files_without_a_dlna_profile_are_found(library):
     without = [item.file for item in library.find(kind="video", dlna=None)]
     assert any(name.endswith("short-film.mkv") for name in without)

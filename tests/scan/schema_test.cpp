@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "scan/library.h"
+#include "scan/version1.h"
 #include "support/temp_dir.h"
 
 namespace kolum::test {
@@ -25,6 +26,15 @@ constexpr const char* kSong = R"({"kind":{"name":"music"}})";
 class SchemaTest : public testing::Test {
  protected:
   void make() { Store(file_, kToday, kWrite).putDocument({"/", "a"}, identity(1), kSong); }
+  void makeVersion1(const std::string& more = "") {
+    ask(file_, std::string(kVersion1) + kRowsOfVersion1 + more);
+  }
+  // All migrations that there are, and more.
+  static std::vector<const char*> stepsAnd(std::initializer_list<const char*> more) {
+    std::vector<const char*> steps(scan::migrations().begin(), scan::migrations().end());
+    steps.insert(steps.end(), more);
+    return steps;
+  }
   std::string refused(Kind kind, Store::Access access = kWrite) {
     return failure(kind, [&] { Store(file_, kToday, access); });
   }
@@ -50,22 +60,22 @@ TEST_F(SchemaTest, TakesAnEmptyFileForALibraryInTheMaking) {
 
 TEST_F(SchemaTest, MigratesStepByStep) {
   make();
-  const char* const steps[] = {scan::migrations()[0], "ALTER TABLE folder ADD COLUMN two INTEGER",
-                               "UPDATE folder SET two = 2"};
+  const auto steps =
+      stepsAnd({"ALTER TABLE folder ADD COLUMN two INTEGER", "UPDATE folder SET two = 2"});
   Database database(file_, Database::Mode::kWrite);
   EXPECT_EQ(contentOf(database, steps), scan::Content::kOlder);
   migrate(database, steps);
   EXPECT_EQ(contentOf(database, steps), scan::Content::kPresent);
   checkSchema(database, steps);
-  EXPECT_EQ(askOne(file_, "PRAGMA user_version"), "3");
+  EXPECT_EQ(askOne(file_, "PRAGMA user_version"), std::to_string(scan::newestSchema() + 2));
   EXPECT_EQ(askOne(file_, "SELECT two FROM folder"), "2");
   EXPECT_EQ(askOne(file_, "SELECT path FROM songs"), "/a");
 }
 
 TEST_F(SchemaTest, LeavesLibraryAsItWasIfAMigrationFails) {
   make();
-  const char* const steps[] = {scan::migrations()[0], "ALTER TABLE folder ADD COLUMN two INTEGER",
-                               "UPDATE nothing SET two = 2"};
+  const auto steps =
+      stepsAnd({"ALTER TABLE folder ADD COLUMN two INTEGER", "UPDATE nothing SET two = 2"});
   Database database(file_, Database::Mode::kWrite);
   failure(Kind::kOther, [&] { migrate(database, steps); });
   EXPECT_FALSE(database.isInTransaction());
@@ -74,12 +84,57 @@ TEST_F(SchemaTest, LeavesLibraryAsItWasIfAMigrationFails) {
   EXPECT_EQ(askOne(file_, "SELECT path FROM songs"), "/a");
 }
 
+TEST_F(SchemaTest, KeepsWhatALibraryOfVersion1Knows) {
+  makeVersion1("CREATE VIEW mine AS SELECT path FROM songs;");
+  Store store(file_, kToday, kWrite);
+  EXPECT_EQ(askOne(file_, "PRAGMA user_version"), std::to_string(scan::newestSchema()));
+  EXPECT_EQ(store.counts().files(), 2U);
+  EXPECT_EQ(store.file({"/m/", "b.jpg"})->id, 5);
+  EXPECT_EQ(store.file({"/m/", "b.jpg"})->state, scan::State::kQuarantined);
+  EXPECT_EQ(store.marks().size(), 1U);
+  EXPECT_EQ(store.roots().size(), 1U);
+  EXPECT_EQ(askOne(file_, "SELECT path || composer || size FROM songs"), "/m/a.mp3Ann1000");
+  EXPECT_EQ(askOne(file_, "SELECT date || date_from FROM photos"), "2015-06-07taken");
+  EXPECT_EQ(askOne(file_, "SELECT path FROM mine"), "/m/a.mp3");
+  EXPECT_EQ(askOne(file_, "SELECT document FROM songs JOIN files USING (id)"),
+            R"({"kind":{"id":1,"name":"music"},"title":"Harbour","composer":"Ann"})");
+  expectSound(file_);
+}
+
+TEST_F(SchemaTest, MakesTheSameSchemaOfVersion1AsAnew) {
+  makeVersion1();
+  const Store store(file_, kToday, kWrite);
+  const std::string fresh = folder_.path("fresh.db");
+  const Store other(fresh, kToday, kWrite);
+  const std::string sql = "SELECT sql FROM sqlite_schema ORDER BY type, name";
+  EXPECT_EQ(ask(file_, sql), ask(fresh, sql));
+}
+
+TEST_F(SchemaTest, SaysWhatBringsAnEarlierLibraryUpToDate) {
+  makeVersion1();
+  const std::string before = contentOf(file_);
+  EXPECT_THAT(refused(Kind::kOther, kRead),
+              HasSubstr("made by an earlier kolum; the next \"kolum scan\" or"));
+  EXPECT_EQ(contentOf(file_), before);
+}
+
+// A view of the owner that makes no sense stands in the way of changes to tables.
+TEST_F(SchemaTest, LeavesVersion1AsItWasIfItsMigrationFails) {
+  makeVersion1("CREATE VIEW mine AS SELECT path FROM lost;");
+  EXPECT_THAT(refused(Kind::kOther), HasSubstr("error in view mine"));
+  EXPECT_EQ(askOne(file_, "PRAGMA user_version"), "1");
+  EXPECT_EQ(askOne(file_, "SELECT device FROM folder WHERE id = 2"), "7");
+  ask(file_, "DROP VIEW mine");
+  EXPECT_EQ(Store(file_, kToday, kWrite).counts().files(), 2U);
+}
+
 TEST_F(SchemaTest, RefusesLaterSchema) {
   make();
   ask(file_, "PRAGMA user_version = 99");
   for (const auto access : {kRead, kWrite}) {
     EXPECT_THAT(refused(Kind::kNewer, access),
-                HasSubstr("made by a later kolum (schema 99; this one knows 1)"));
+                HasSubstr("made by a later kolum (schema 99; this one knows " +
+                          std::to_string(scan::newestSchema()) + ")"));
   }
   EXPECT_EQ(askOne(file_, "PRAGMA user_version"), "99");
   EXPECT_EQ(askOne(file_, "SELECT path FROM songs"), "/a");

@@ -53,6 +53,9 @@ class QueriesTest : public testing::Test {
     store.putFailure({"/n/", "f.avi"}, identity(11), State::kQuarantined, {"crashed", "signal 11"});
   }
 
+  void put(const char* name, const char* document) {
+    Store(file_, kToday, Store::Access::kWrite).putDocument({"/x/", name}, identity(99), document);
+  }
   std::vector<std::string> names(const FileQuery& query) {
     Store store(file_, kToday, Store::Access::kRead);
     std::vector<std::string> names;
@@ -120,6 +123,23 @@ TEST_F(QueriesTest, FindsByDate) {
   EXPECT_THAT(names({.date = {{}, "2014-05-12"}}), IsEmpty());
 }
 
+TEST_F(QueriesTest, FindsByTheDateThatTheContentWasMade) {
+  put("p.jpg", R"({"kind":{"name":"photo"},"taken":"2003-02-01T23:30:00-05:00"})");
+  put("q.mov", R"({"kind":{"name":"video"},"created":"2004-02-01T08:00:00+09:00",)"
+               R"("creationTime":1075590000,"creationDate":"2004-01-31","date":"2001"})");
+  put("r.flac", R"({"kind":{"name":"music"},"date":"2005-03"})");
+  put("s.flac", R"({"kind":{"name":"music"},"date":"2006"})");
+  put("t.jpg", R"({"kind":{"name":"photo"},"taken":"nobody knows"})");
+  EXPECT_THAT(names({.date = {"2003-02-01", "2003-02-01"}}), ElementsAre("p.jpg"));
+  EXPECT_THAT(names({.date = {"2004", "2004"}}), ElementsAre("q.mov"));
+  EXPECT_EQ(askOne(file_, "SELECT date || date_from FROM videos WHERE name = 'q.mov'"),
+            "2004-02-01created");
+  EXPECT_THAT(names({.date = {"2005-03", "2005-03"}}), ElementsAre("r.flac"));
+  EXPECT_THAT(names({.date = {"2006", "2006"}}), ElementsAre("s.flac"));
+  EXPECT_EQ(askOne(file_, "SELECT date || date_from FROM photos WHERE name = 't.jpg'"),
+            "2014-05-13modified");
+}
+
 TEST_F(QueriesTest, FindsByProfile) {
   EXPECT_THAT(names({.profile = "AVC_MP4"}), ElementsAre("a.mp4"));
   EXPECT_THAT(names({.kind = "video", .profile = ""}), ElementsAre("b.mkv"));
@@ -134,12 +154,54 @@ TEST_F(QueriesTest, FindsTextInNamesAndTags) {
   EXPECT_THAT(names({.text = "' OR 1=1 --"}), IsEmpty());
 }
 
+TEST_F(QueriesTest, FindsTextInAllTags) {
+  const char* const documents[] = {
+      R"({"composer":"some NEEDLE here"})",
+      R"({"keywords":["sea","needle"]})",
+      R"({"people":[{"name":"Ann"},{"name":"Needle","type":"Face"}]})",
+      R"({"show":"needle"})",
+      R"({"description":"say \"needle\""})",
+      R"({"caption":"\u006eeedle"})",
+      R"({"camera":{"model":"Needle 5"}})",
+      R"({"address":{"city":"Needleton"}})",
+      R"({"performers":[{"name":"needle","role":"organ"}]})",
+  };
+  std::vector<std::string> all;
+  for (const char* document : documents) {
+    all.push_back(std::to_string(all.size()));
+    put(all.back().c_str(), document);
+  }
+  put("not", R"({"fingerprint":"needle","needle":"x","streams":[{"encoder":"needle"}]})");
+  EXPECT_EQ(names({.text = "Needle"}), all);
+  EXPECT_THAT(names({.text = "\"needle\""}), ElementsAre("4"));
+  EXPECT_THAT(names({.text = "Face"}), IsEmpty());
+}
+
+TEST_F(QueriesTest, FindsTextOfAllScriptsInEitherCase) {
+  put("a", R"({"title":"ÉTÉ à la mer"})");
+  put("b", R"({"title":"Москва"})");
+  put("Ωmega", R"({"title":"x"})");
+  put("bad\xFFÉ", R"({"title":"x"})");
+  EXPECT_THAT(names({.text = "été À"}), ElementsAre("a"));
+  EXPECT_THAT(names({.text = "МОСК"}), ElementsAre("b"));
+  EXPECT_THAT(names({.text = "ωMEGA"}), ElementsAre("Ωmega"));
+  EXPECT_THAT(names({.text = "\xFFé"}), ElementsAre("bad\xFFÉ"));
+}
+
+TEST_F(QueriesTest, LooksForTextInExpressions) {
+  EXPECT_THAT(where("has_text(tags, 'OSCILL')"), ElementsAre("c.mp3"));
+  EXPECT_THAT(where("has_text(NULL, 'x') IS NULL AND has_text(5, 5) AND has_text(name, '.mp3')"),
+              ElementsAre("c.mp3"));
+}
+
 TEST_F(QueriesTest, FindsByExpression) {
   EXPECT_THAT(where("width >= 1280 AND frame_rate = 25"), ElementsAre("a.mp4"));
   EXPECT_THAT(where("state = 'quarantined'"), ElementsAre("f.avi"));
   EXPECT_THAT(where("path LIKE '%.mkv' -- a comment"), ElementsAre("b.mkv"));
   EXPECT_THAT(where("json_extract(document, '$.isAlbumCover')"), ElementsAre("d.jpg"));
   EXPECT_THAT(where("id IN (SELECT id FROM songs WHERE track = 3)"), ElementsAre("c.mp3"));
+  EXPECT_THAT(where("EXISTS (SELECT 1 FROM json_each(document) WHERE key = 'isAlbumCover')"),
+              ElementsAre("d.jpg"));
 }
 
 TEST_F(QueriesTest, RefusesWhatIsNotAnExpression) {

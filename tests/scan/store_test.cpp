@@ -130,9 +130,10 @@ TEST_F(StoreTest, HoldsVeryDeepFolders) {
   EXPECT_EQ(store.counts().folders, 0U);
 }
 
-TEST_F(StoreTest, LeavesNamesOutOfDocuments) {
+TEST_F(StoreTest, LeavesWhatItKnowsBetterOutOfDocuments) {
   opened().putDocument({"/", "a"}, identity(1),
-                       R"({"schema":2,"file":"a","fileBytes":"%61","title":"T"})");
+                       R"({"schema":2,"file":"a","fileBytes":"%61","size":5,"title":"T",)"
+                       R"("modified":"2015-06-07T08:09:10Z"})");
   EXPECT_EQ(document("/a"), R"({"title":"T"})");
 }
 
@@ -247,18 +248,6 @@ TEST_F(StoreTest, RemovesFoldersThatHoldNothingAnyMore) {
   store.removeFile({"/a/b/c/", "f"});
   EXPECT_THAT(store.folder("/a/").folders, IsEmpty());
   EXPECT_THAT(namesOf(store.folder("/a/")), ElementsAre("g"));
-}
-
-TEST_F(StoreTest, RemembersDevicesOfFolders) {
-  Store store = opened();
-  EXPECT_FALSE(store.folder("/a/").device.has_value());
-  store.putDevice("/a/", ~std::uint64_t{0});
-  EXPECT_EQ(store.folder("/a/").device, ~std::uint64_t{0});
-  const std::string before = contentOf(store.file() + "-wal");
-  store.putDevice("/a/", ~std::uint64_t{0});
-  EXPECT_EQ(contentOf(store.file() + "-wal"), before);
-  store.putDevice("/a/", 3);
-  EXPECT_EQ(store.folder("/a/").device, 3U);
 }
 
 TEST_F(StoreTest, RemembersRoots) {

@@ -176,10 +176,20 @@ TEST(Csv, HasTheChosenColumns) {
   EXPECT_EQ(run.out, "file,title,streams.codecName\r\n\"a \"\"b\"\",c.flac\",Dawn,flac\r\n");
 }
 
-TEST(Csv, HasUsualColumnsWithoutAChoice) {
+TEST(Csv, HasTheColumnsOfLibrariesWithoutAChoice) {
   const std::string out = kolum({"probe", "--csv", song()}).out;
-  EXPECT_THAT(out, testing::StartsWith("file,kind.name,title,artist,album,track,"));
-  EXPECT_THAT(out, HasSubstr(",music,Dawn,Ann,Days,3,"));
+  EXPECT_THAT(out, testing::StartsWith("file,fileBytes,kind,size,modified,mimeType,"));
+  EXPECT_THAT(out, HasSubstr("\r\n" + song() + ",,music,"));
+  EXPECT_THAT(out, HasSubstr(",Dawn,Ann,All,Days,Folk,3,2015,"));
+}
+
+TEST(Csv, HasColumnsOfKeysThatThereAre) {
+  const std::string out = kolum({"probe", "--csv", song()}).out;
+  const std::string titles = out.substr(0, out.find("\r\n"));
+  const std::size_t first = titles.find(",contentType,");  // from there on, they are keys
+  ASSERT_NE(first, std::string::npos);
+  const Outcome run = kolum({"probe", "--csv", "--fields", titles.substr(first + 1), song()});
+  EXPECT_EQ(run.status, 0) << run.err;
 }
 
 TEST(Csv, ExcludesJson) {

@@ -241,6 +241,43 @@ TEST_F(Library, ExportsCsv) {
   EXPECT_EQ(count.out, "2 True " + folder_.path("a,\"b\".mkv") + "\n");
 }
 
+TEST_F(Library, FindsATableOfTheColumnsThatItExports) {
+  add(lineFor("a.mkv", R"(,"keywords":["sea","ships"],"camera":{"model":"P5"},"duration":5)") +
+      lineFor("b.mkv", R"(,"duration":500)"));
+  const Outcome exported = library({"export", "--csv"});
+  const Outcome table = library({"find", "--csv", "--duration", "..9"});
+  EXPECT_EQ(table.status, 0) << table.err;
+  EXPECT_THAT(exported.out, StartsWith(table.out));
+  EXPECT_THAT(table.out, AllOf(HasSubstr("a.mkv,,video,7,"), HasSubstr(",P5,"),
+                               HasSubstr(",sea; ships,"), Not(HasSubstr("b.mkv"))));
+  EXPECT_EQ(library({"find", "--csv", "--json"}).status, 2);
+}
+
+TEST_F(Library, HasColumnsOfItsOwnInTheOrderOfThoseOfDocuments) {
+  put("a.mp3", song());
+  const auto titles = [](const std::string& out) { return out.substr(0, out.find("\r\n")); };
+  std::string expected = titles(kolum({"probe", "--csv", folder_.path("a.mp3")}).out);
+  add(lineFor("b.mkv"));
+  const std::size_t end = expected.find(",mimeType,");
+  ASSERT_NE(end, std::string::npos);
+  expected.insert(end, ",state,errorCode,errorReason");
+  EXPECT_EQ(titles(library({"export", "--csv"}).out), expected);
+}
+
+TEST_F(Library, FindsTagsOfFilesThatItReads) {
+  const std::string tagged =
+      media("tagged.mp3",
+            "-f lavfi -i sine=duration=1 -c:a libmp3lame -metadata composer=\"Zoë Ödland\""
+            " -metadata date=2003-05-06 -metadata title=Dawn");
+  put("m/a.mp3", tagged);
+  put("m/b.mkv");
+  scan("m");
+  EXPECT_THAT(found({"--text", "zoË öd"}), ElementsAre("m/a.mp3"));
+  EXPECT_THAT(found({"--date", "2003-05"}), ElementsAre("m/a.mp3"));
+  EXPECT_THAT(found({"--where", "composer LIKE 'Zo%' AND tagged_date = '2003-05-06'"}),
+              ElementsAre("m/a.mp3"));
+}
+
 TEST_F(Library, ExportsInOneForm) {
   add(lineFor("a.mkv"));
   EXPECT_EQ(library({"export"}).status, 2);

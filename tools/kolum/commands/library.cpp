@@ -4,6 +4,7 @@
 
 #include "base/moment.h"
 #include "describe/media_path.h"
+#include "files/columns.h"
 #include "files/documents.h"
 #include "files/library.h"
 #include "terminal/text.h"
@@ -21,6 +22,10 @@ void addPathOperands(Syntax& syntax, std::vector<std::string>& paths) {
 
 void addNullFlag(Syntax& syntax, bool& isNulSeparated) {
   syntax.flag("-0,--null", isNulSeparated, "Prints names with NUL after each instead of a newline");
+}
+
+void addTableFlag(Syntax& syntax, bool& asCsv) {
+  syntax.flag("--csv", asCsv, "Prints a table of comma-separated values (RFC 4180)");
 }
 
 void forEachFound(Context& context, scan::Store& store, scan::FileQuery query,
@@ -73,6 +78,22 @@ std::optional<Result> foundResult(Context& context, const scan::FoundFile& file)
   result.data("state", stateName(file.state));
   if (file.reason) result.data("error", errorResult(*file.reason));
   return result;
+}
+
+void printDocuments(Context& context, scan::Store& store, const scan::FileQuery& query,
+                    const std::vector<std::string>& paths) {
+  forEachFound(context, store, query, paths, [&](const scan::FoundFile& file) {
+    if (const auto result = foundResult(context, file)) context.printer.block(*result);
+  });
+}
+
+void printTable(Context& context, scan::Store& store, const scan::FileQuery& query,
+                const std::vector<std::string>& paths) {
+  context.printer.raw(csvTitles(Columns::kOfLibrary));
+  forEachFound(context, store, query, paths, [&](const scan::FoundFile& file) {
+    if (const auto result = foundResult(context, file))
+      context.printer.raw(csvRow(result->json(), Columns::kOfLibrary));
+  });
 }
 
 void NamePrinter::print(const std::string& name) {

@@ -40,6 +40,12 @@ Result errorResult(const scan::Reason& reason);
 // A file's document with what the library knows besides, in the keys that "library add" reads.
 // Empty if the stored document is none, which is reported.
 std::optional<Result> foundResult(Context& context, const scan::FoundFile& file);
+// The documents of the files that fit, or a table of them.
+void printDocuments(Context& context, scan::Store& store, const scan::FileQuery& query,
+                    const std::vector<std::string>& paths);
+void printTable(Context& context, scan::Store& store, const scan::FileQuery& query,
+                const std::vector<std::string>& paths);
+void addTableFlag(Syntax& syntax, bool& asCsv);
 const char* stateName(scan::State state);
 
 // Prints names for other programs: one per line, or with NUL after each. A name with a newline has

@@ -27,6 +27,7 @@ struct Options {
   std::optional<std::string> text;
   std::optional<std::string> where;
   bool isNulSeparated = false;
+  bool asCsv = false;
 };
 
 constexpr const char* kKinds[] = {"video", "music", "photo"};
@@ -150,12 +151,13 @@ scan::FileQuery queryOf(const Options& options) {
 
 void run(Context& context, const Options& options) {
   const scan::FileQuery query = queryOf(options);
+  if (options.asCsv && context.json) throw UsageError("--json and --csv exclude each other");
   scan::Store store = libraryToRead(options.library);
+  if (options.asCsv) return printTable(context, store, query, options.paths);
+  if (context.json) return printDocuments(context, store, query, options.paths);
   NamePrinter names(context, options.isNulSeparated);
-  forEachFound(context, store, query, options.paths, [&](const scan::FoundFile& file) {
-    if (!context.json) return names.print(file.path.full());
-    if (const auto result = foundResult(context, file)) context.printer.block(*result);
-  });
+  forEachFound(context, store, query, options.paths,
+               [&](const scan::FoundFile& file) { names.print(file.path.full()); });
 }
 
 }  // namespace
@@ -177,6 +179,7 @@ Action defineLibraryFind(Syntax& syntax) {
                         "In this state; may be repeated");
   syntax.option("--where", {"SQL"}, options->where, "For which this SQL expression is true");
   addNullFlag(syntax, options->isNulSeparated);
+  addTableFlag(syntax, options->asCsv);
   addLibraryOption(syntax, options->library);
   syntax.help(
       "Prints the paths of the files for which all of it is true; with --json their documents.\n"

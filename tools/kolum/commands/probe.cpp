@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "base/trace.h"
+#include "files/columns.h"
 #include "files/csv.h"
 #include "files/document_text.h"
 #include "files/media_files.h"
@@ -61,8 +62,8 @@ void begin(Context& context, Options& options) {
   if (!options.fields.empty()) options.view.fields.emplace(options.fields);
   if (!options.view.isCsv) return;
   if (context.json) throw UsageError("--json and --csv exclude each other");
-  std::vector<std::string> titles =
-      (options.view.fields ? *options.view.fields : usualFields()).names();
+  if (!options.view.fields) return context.printer.raw(csvTitles(Columns::kOfDocuments));
+  std::vector<std::string> titles = options.view.fields->names();
   if (titles.front() != "file") titles.insert(titles.begin(), "file");
   context.printer.raw(csvRow(titles));
 }

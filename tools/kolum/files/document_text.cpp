@@ -11,6 +11,7 @@
 
 #include "describe/json.h"
 #include "describe/names.h"
+#include "files/columns.h"
 #include "files/csv.h"
 #include "files/identifiers.h"
 #include "terminal/text.h"
@@ -386,11 +387,10 @@ void addAll(Result& result, const Json& value, const std::string& path) {
 }
 
 void addFields(Result& result, const Json& json, const View& view) {
-  const Fields& fields = view.fields ? *view.fields : usualFields();
+  const Fields& fields = *view.fields;
   std::vector<std::string> values = fields.values(json);
   if (view.isCsv) {
-    if (!view.fields || fields.names().front() != "file")
-      values.insert(values.begin(), plainText(json.at("file")));
+    if (fields.names().front() != "file") values.insert(values.begin(), plainText(json.at("file")));
     return result.setLine(csvRow(values));
   }
   for (std::size_t i = 0; i < values.size(); ++i)
@@ -399,21 +399,18 @@ void addFields(Result& result, const Json& json, const View& view) {
 
 }  // namespace
 
-const Fields& usualFields() {
-  static const Fields kUsual(
-      "kind.name,title,artist,album,track,date,taken,duration,width,height,videoCodec.name,"
-      "audioCodec.name,dlnaProfile,size,modified");
-  return kUsual;
-}
-
 Result resultOf(const describe::Document& document, const View& view) {
   Result result = Result::ofFile(document.path.given);
   Json json = Json::parse(describe::jsonOf(document));
   json.erase("schema");  // every result gets it when it is printed
   result.data(view.fields ? view.fields->of(json) : json);
   if (document.failure) return result;
-  if (view.fields || view.isCsv) {
+  if (view.fields) {
     addFields(result, json, view);
+    return result;
+  }
+  if (view.isCsv) {
+    result.setLine(csvRow(json, Columns::kOfDocuments));
     return result;
   }
   if (view.isVerbose) {

@@ -19,9 +19,6 @@ struct View {
 
 Result resultOf(const describe::Document& document, const View& view);
 
-// The fields of a table without any chosen ones.
-const Fields& usualFields();
-
 }  // namespace kolum::tool
 
 #endif

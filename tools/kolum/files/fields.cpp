@@ -103,12 +103,14 @@ Json Fields::of(const Json& document) const {
 
 std::vector<std::string> Fields::values(const Json& document) const {
   std::vector<std::string> all;
-  for (const std::string& name : names_) {
-    std::vector<std::string> found;
-    collect(document, name, found);
-    all.push_back(joinedValues(found));
-  }
+  for (const std::string& name : names_) all.push_back(fieldText(document, name));
   return all;
+}
+
+std::string fieldText(const Json& document, std::string_view name) {
+  std::vector<std::string> found;
+  collect(document, name, found);
+  return joinedValues(found);
 }
 
 std::string plainText(const Json& value) {

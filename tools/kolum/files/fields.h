@@ -27,6 +27,9 @@ class Fields {
   std::vector<std::string> names_;
 };
 
+// What a name stands for, which may be one that no document has, as for values().
+std::string fieldText(const nlohmann::ordered_json& document, std::string_view name);
+
 // One value of a document as text for programs. Invalid UTF-8 becomes U+FFFD.
 std::string plainText(const nlohmann::ordered_json& value);
 
