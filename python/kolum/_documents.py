@@ -411,7 +411,7 @@ class Video(Document):
     sample_rate: int | None = None
     """Samples per second (Hz)."""
     bits_per_sample: int | None = None
-    """Bits per coded sample."""
+    """Bits per coded sample, or per sample of lossless sound."""
     channels: int | None = None
     """Number of audio channels."""
     subtitle_count: int | None = None
@@ -695,7 +695,7 @@ class Song(Document):
     sample_rate: int | None = None
     """Samples per second (Hz)."""
     bits_per_sample: int | None = None
-    """Bits per coded sample."""
+    """Bits per coded sample, or per sample of lossless sound."""
     channels: int | None = None
     """Number of audio channels."""
     title: str | None = None

@@ -19,6 +19,8 @@ namespace {
 constexpr std::string_view kPictureDemuxers[] = {"image2", "gif", "apng", "ico"};
 // The brands of pictures in MPEG-4 containers.
 constexpr std::string_view kPictureBrands[] = {"heic", "heix", "mif1", "avif"};
+// Files of a single picture; sequences of pictures are films to FFmpeg.
+constexpr std::string_view kHeifTypes[] = {"image/heic", "image/heif", "image/avif"};
 
 template <std::size_t kCount>
 bool isAmong(const std::string_view (&names)[kCount], std::string_view name) {
@@ -41,11 +43,14 @@ std::int64_t areaOf(const media::Stream& stream) {
   return std::int64_t{stream.width} * stream.height;
 }
 
-// The stream of a type with the largest picture, the first among equals; null if there is none.
-const media::Stream* largest(const media::Container& container, media::StreamType type) {
+// The largest picture, the first among equals; a cover only if there is no film. Null if there is
+// none.
+const media::Stream* mainPicture(const media::Container& container) {
   const media::Stream* found = nullptr;
+  const bool leavesOutCovers = container.hasFilm();
   for (const media::Stream& stream : container.streams) {
-    if (stream.type != type) continue;
+    if (stream.type != media::StreamType::kVideo) continue;
+    if (leavesOutCovers && stream.isAttachedPicture) continue;
     if (found == nullptr || areaOf(stream) > areaOf(*found)) found = &stream;
   }
   return found;
@@ -57,7 +62,7 @@ std::string unknownCodec(const media::Stream* stream) {
 }
 
 void addStreams(const media::Container& container, Content& content) {
-  const media::Stream* video = largest(container, media::StreamType::kVideo);
+  const media::Stream* video = mainPicture(container);
   const media::Stream* audio = container.first(media::StreamType::kAudio);
   // A damaged index may leave only streams of unknown types.
   content.isOpen = video != nullptr || audio != nullptr ||
@@ -66,18 +71,15 @@ void addStreams(const media::Container& container, Content& content) {
   content.hasAudio = audio != nullptr;
   content.isPicture = video != nullptr && isPicture(container);
   content.isDsd = dsdSong(container) != nullptr;
-  content.isFilm = !content.isPicture && hasFilm(container);
+  content.isFilm = !content.isPicture && container.hasFilm();
   content.unknownVideoCodec = unknownCodec(video);
   content.unknownAudioCodec = unknownCodec(audio);
 }
 
 }  // namespace
 
-bool hasFilm(const media::Container& container) {
-  return std::any_of(container.streams.begin(), container.streams.end(),
-                     [](const media::Stream& stream) {
-                       return stream.type == media::StreamType::kVideo && !stream.isAttachedPicture;
-                     });
+bool isHeif(std::string_view contentType) {
+  return isAmong(kHeifTypes, contentType);
 }
 
 Content contentOf(const read::Findings& found) {
@@ -85,6 +87,7 @@ Content contentOf(const read::Findings& found) {
   content.format = found.recognition.format;
   content.opensFurtherFiles = found.recognition.opensFurtherFiles;
   content.failure = found.failure;
+  content.isHeif = isHeif(found.content.type);
   if (found.container) addStreams(*found.container, content);
   return content;
 }
@@ -92,11 +95,12 @@ Content contentOf(const read::Findings& found) {
 Content contentOf(const std::string& path) {
   const auto source = media::Source::open(path);
   if (!source) return {};
-  return contentOf(
-      isolation::look(*source, {.container = ffmpeg::Depth::kStreams, .recognition = true}));
+  return contentOf(isolation::look(
+      *source, {.container = ffmpeg::Depth::kStreams, .recognition = true, .content = true}));
 }
 
 int kindOf(const Content& content) {
+  if (content.isHeif && !content.isFilm) return MEDIA_KIND_PHOTO;
   if (content.format.empty()) return MEDIA_KIND_NONE;
   if (content.isPicture) return MEDIA_KIND_PHOTO;
   if (content.isFilm) return MEDIA_KIND_VIDEO;

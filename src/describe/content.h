@@ -4,6 +4,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 #include "read/findings/findings.h"
 
@@ -15,6 +16,8 @@ struct Content {
   bool hasVideo = false;           // covers count, as they do for the library
   bool hasAudio = false;
   bool isPicture = false;
+  // A picture of the HEIF family by its first bytes. Not every release of FFmpeg can open one.
+  bool isHeif = false;
   bool isFilm = false;  // video that is neither a picture nor a cover
   bool isDsd = false;   // a song in DSD
   // FFmpeg's name of the codec of the largest picture, or of the first audio stream, if the library
@@ -31,14 +34,16 @@ struct Content {
 inline constexpr read::Query kEverything = {.container = ffmpeg::Depth::kStreams,
                                             .mp4SubFormat = true,
                                             .transportPackets = true,
-                                            .recognition = true};
-
-// Whether there is a video stream that is no cover.
-bool hasFilm(const media::Container& container);
+                                            .recognition = true,
+                                            .content = true};
 
 Content contentOf(const read::Findings& found);
 // Of a file that is not open; empty if it cannot be opened.
 Content contentOf(const std::string& path);
+
+// Whether a MIME type is one of the HEIF family's: HEIC, AVIF and the like. Their containers say
+// all that a document of a photo needs.
+bool isHeif(std::string_view contentType);
 
 // The kind (MEDIA_KIND_*) of a file by its content; MEDIA_KIND_NONE also if FFmpeg recognises it
 // only by its name.

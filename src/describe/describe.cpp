@@ -10,6 +10,7 @@
 #include "describe/disc.h"
 #include "describe/file_kind.h"
 #include "isolation/isolation.h"
+#include "media/pixel_formats.h"
 #include "probe/video.h"
 #include "read/disc/disc.h"
 
@@ -21,6 +22,16 @@ FileStatus statusOf(const struct stat& status) {
   constexpr std::int64_t kNanoseconds = 1'000'000'000;
   return {.size = status.st_size,
           .modifiedNs = status.st_mtim.tv_sec * kNanoseconds + status.st_mtim.tv_nsec};
+}
+
+// FFmpeg reads HEIF since its release 7; the boxes say as much of the picture, but for its pixels.
+std::optional<probe::PhotoFacts> pictureOfBoxes(const read::Findings& found) {
+  const auto size = found.photoTags ? found.photoTags->storedSize : std::nullopt;
+  if (!size || !isHeif(found.content.type)) return std::nullopt;
+  return probe::PhotoFacts{.width = size->width,
+                           .height = size->height,
+                           .pixelFormat = media::kUnknownPixelFormat,
+                           .pixelFormatName = {}};
 }
 
 Failure kindFailure(int kind, bool byContent, const MediaPath& path) {
@@ -167,7 +178,7 @@ void Description::video() {
                                                  .audioStreamIndex = options_.audioStream,
                                                  .wantsAspect = true,
                                                  .reading = reading({.details = true})},
-                                                probe::kRecordPolicy);
+                                                probe::kDocumentPolicy);
   document_.trace = std::move(result.trace);
   if (!result.succeeded || result.failure)
     return fail(result.failure, std::move(result.found), Wanted::kVideo);
@@ -201,7 +212,8 @@ void Description::addHeader(probe::SongResult& result, const probe::Reading& rea
 void Description::photo() {
   probe::PhotoResult result = probe::probePhoto(path_.full(), reading({.photoTags = true}));
   const bool isKnown = result.picture && !result.picture->pixelFormatName.empty();
-  if (!isKnown || result.failure)
+  if (!isKnown) result.picture = pictureOfBoxes(result.found);
+  if (!result.picture || result.failure)
     return fail(result.failure, std::move(result.found), Wanted::kPicture);
   document_.photo = std::move(result.picture);
   keep(std::move(result.found));

@@ -7,7 +7,6 @@
 #include "base/moment.h"
 #include "base/percent.h"
 #include "base/utf8.h"
-#include "describe/content.h"
 #include "describe/names.h"
 #include "describe/parts.h"
 #include "describe/table.h"
@@ -27,7 +26,7 @@ constexpr std::pair<std::string_view, std::string_view> kSongTypes[] = {
 
 Value contentTypeOf(const Document& d) {
   const std::string& type = d.found.content.type;
-  if (!d.found.container || hasFilm(*d.found.container)) return text(type);
+  if (!d.found.container || d.found.container->hasFilm()) return text(type);
   const auto* row = std::find_if(std::begin(kSongTypes), std::end(kSongTypes),
                                  [&](const auto& pair) { return pair.first == type; });
   return text(row == std::end(kSongTypes) ? type : row->second);

@@ -28,7 +28,7 @@ constexpr auto kPhotoRows = std::to_array<Row<Document>>({
      }},
     {{"pixelFormatName", Type::kText, Unit::kNone,
       "FFmpeg's name of the pixel format, such as \"yuv420p\"", "the picture"},
-     [](const Document& d) -> Value { return d.photo->pixelFormatName; }},
+     [](const Document& d) { return text(d.photo->pixelFormatName); }},
     {{"isAlbumCover", Type::kBoolean, Unit::kNone,
       "Whether a photo's name is that of an album picture", "the name"},
      [](const Document& d) -> Value { return artwork::isCoverName(d.path.name); }},

@@ -38,6 +38,13 @@ void addDsdHeader(Song& song, const media::Container& container, const media::St
   addDsdBitRate(song);
 }
 
+// Of lossless sound the samples have as many bits as they had before they were coded.
+std::uint64_t losslessBits(const media::Container& container) {
+  const media::Stream* sound = container.first(media::StreamType::kAudio);
+  if (sound == nullptr || !sound->details) return 0;
+  return known(std::optional(std::int32_t{sound->details->bitsPerRawSample}));
+}
+
 Song numbersOf(const probe::SongFacts& facts) {
   Song song = {.containerBitRate = known(facts.containerBitRate),
                .bitRate = known(facts.bitRate),
@@ -65,6 +72,7 @@ std::optional<Song> songOf(const probe::SongResult& result) {
   Song song = numbersOf(facts);
   if (header != nullptr) addDsdHeader(song, *container, *header);
   if (facts.dsd) addDsd(song, *facts.dsd);
+  if (song.bitsPerSample == 0 && container) song.bitsPerSample = losslessBits(*container);
   return song;
 }
 

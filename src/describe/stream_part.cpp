@@ -344,6 +344,8 @@ std::vector<Chapter> chaptersOf(const read::Findings& found) {
   if (chapters.empty() && found.songTags)
     for (const media::SongChapter& chapter : found.songTags->chapters)
       chapters.push_back({chapter.start, chapter.end, chapter.title});
+  // Tags may list them in any order.
+  std::ranges::stable_sort(chapters, {}, &Chapter::start);
   return chapters;
 }
 

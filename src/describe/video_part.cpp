@@ -10,6 +10,8 @@ namespace {
 
 using Facts = probe::VideoFacts;
 
+constexpr const char* kLargest = "the largest picture; a cover only if there is no film";
+
 // Unknown unless both sides are reported.
 Value sizeOf(const Facts& facts, const std::optional<int>& side) {
   return facts.width && facts.height ? positive(side) : Value();
@@ -26,21 +28,18 @@ Value profileOf(const Facts& facts) {
 }
 
 constexpr auto kPictureRows = std::to_array<Row<Facts>>({
-    {{"width", Type::kInteger, Unit::kPixels, "As stored", "the largest picture"},
+    {{"width", Type::kInteger, Unit::kPixels, "As stored", kLargest},
      [](const Facts& f) { return sizeOf(f, f.width); }},
-    {{"height", Type::kInteger, Unit::kPixels, "As stored", "the largest picture"},
+    {{"height", Type::kInteger, Unit::kPixels, "As stored", kLargest},
      [](const Facts& f) { return sizeOf(f, f.height); }},
-    {{"sampleAspectNum", Type::kInteger, Unit::kNone, "Shape of a pixel, numerator",
-      "the largest picture"},
+    {{"sampleAspectNum", Type::kInteger, Unit::kNone, "Shape of a pixel, numerator", kLargest},
      [](const Facts& f) { return aspect(f, [](const auto& a) { return a.sample.num; }); }},
-    {{"sampleAspectDen", Type::kInteger, Unit::kNone, "Shape of a pixel, denominator",
-      "the largest picture"},
+    {{"sampleAspectDen", Type::kInteger, Unit::kNone, "Shape of a pixel, denominator", kLargest},
      [](const Facts& f) { return aspect(f, [](const auto& a) { return a.sample.den; }); }},
-    {{"displayAspectNum", Type::kInteger, Unit::kNone, "Shape of the picture, numerator",
-      "the largest picture"},
+    {{"displayAspectNum", Type::kInteger, Unit::kNone, "Shape of the picture, numerator", kLargest},
      [](const Facts& f) { return aspect(f, [](const auto& a) { return a.display.num; }); }},
     {{"displayAspectDen", Type::kInteger, Unit::kNone, "Shape of the picture, denominator",
-      "the largest picture"},
+      kLargest},
      [](const Facts& f) { return aspect(f, [](const auto& a) { return a.display.den; }); }},
     {{"frameRate", Type::kNumber, Unit::kFramesPerSecond, "The lowest that fits all time stamps",
       "the video"},

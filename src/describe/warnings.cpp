@@ -5,7 +5,6 @@
 #include <optional>
 
 #include "base/text.h"
-#include "describe/content.h"
 #include "describe/document.h"
 
 namespace kolum::describe {
@@ -74,7 +73,7 @@ std::optional<std::string> pictureAsVideo(const Document& document) {
   const auto& container = document.found.container;
   if (!document.video || document.isDisc || !container) return std::nullopt;
   const bool isPicture = document.found.content.type.starts_with("image/");
-  if (!isPicture && hasFilm(*container)) return std::nullopt;
+  if (!isPicture && container->hasFilm()) return std::nullopt;
   return "has no film, only a picture, which counts as one";
 }
 

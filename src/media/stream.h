@@ -73,6 +73,12 @@ struct Container {
                                     [type](const Stream& stream) { return stream.type == type; });
     return found != streams.end() ? &*found : nullptr;
   }
+  // Whether there is a video stream that is no cover.
+  bool hasFilm() const {
+    return std::any_of(streams.begin(), streams.end(), [](const Stream& stream) {
+      return stream.type == StreamType::kVideo && !stream.isAttachedPicture;
+    });
+  }
   std::ptrdiff_t count(StreamType type) const {
     return std::count_if(streams.begin(), streams.end(),
                          [type](const Stream& stream) { return stream.type == type; });

@@ -218,9 +218,11 @@ media::TransportPackets Probe::packets() {
 // The largest picture wins; among equals the earlier stream.
 bool Probe::chooseVideoStream() {
   std::int64_t largest = -1;
+  const bool leavesOutCovers = policy_.prefersFilms && container().hasFilm();
   for (const media::Stream& stream : container().streams) {
     if (stream.type != media::StreamType::kVideo) continue;
     if (policy_.logsVideoStreams) trace_.log("GetVideoMetadata3", "");
+    if (leavesOutCovers && stream.isAttachedPicture) continue;
     const std::int64_t area = std::int64_t{stream.width} * stream.height;
     if (area <= largest) continue;
     largest = area;

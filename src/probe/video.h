@@ -15,7 +15,8 @@
 
 namespace kolum::probe {
 
-// Differences between the record probe and the flat probe: databases hold the results of both.
+// Differences between the probes of records, of flat arguments and of documents: databases hold the
+// results of the former two.
 struct ProbePolicy {
   // Disc images are opened at their main title; otherwise only their kind is found out.
   bool opensImages;
@@ -29,6 +30,8 @@ struct ProbePolicy {
   bool clearsMissingCreationTime;
   // Each examined video stream logs an empty debug line.
   bool logsVideoStreams;
+  // A cover counts only if there is no film, however large it is.
+  bool prefersFilms;
 };
 
 inline constexpr ProbePolicy kRecordPolicy = {.opensImages = false,
@@ -36,14 +39,24 @@ inline constexpr ProbePolicy kRecordPolicy = {.opensImages = false,
                                               .keepsImageFormat = true,
                                               .readsQuickTimeEntries = true,
                                               .clearsMissingCreationTime = false,
-                                              .logsVideoStreams = false};
+                                              .logsVideoStreams = false,
+                                              .prefersFilms = false};
+
+inline constexpr ProbePolicy kDocumentPolicy = {.opensImages = false,
+                                                .countsSubtitlesOfFiles = false,
+                                                .keepsImageFormat = true,
+                                                .readsQuickTimeEntries = true,
+                                                .clearsMissingCreationTime = false,
+                                                .logsVideoStreams = false,
+                                                .prefersFilms = true};
 
 inline constexpr ProbePolicy kFlatPolicy = {.opensImages = true,
                                             .countsSubtitlesOfFiles = true,
                                             .keepsImageFormat = false,
                                             .readsQuickTimeEntries = false,
                                             .clearsMissingCreationTime = true,
-                                            .logsVideoStreams = true};
+                                            .logsVideoStreams = true,
+                                            .prefersFilms = false};
 
 struct ProbeRequest {
   std::string_view folder;

@@ -5,6 +5,7 @@
 #include <kolum/describe.h>
 #include <kolum/filetype.h>
 #include <kolum/frame.h>
+#include <kolum/video.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -16,8 +17,11 @@
 #include "isolation/isolation.h"
 #include "support/disc_media.h"
 #include "support/dsd_builder.h"
+#include "support/exif_builder.h"
+#include "support/heif_builder.h"
 #include "support/hostile_media.h"
 #include "support/media_factory.h"
+#include "support/mp4_builder.h"
 #include "support/temp_dir.h"
 
 namespace kolum::test {
@@ -315,6 +319,86 @@ TEST_F(Describe, ReadsAnOpenFileWithoutMovingItsPosition) {
   EXPECT_EQ(answer.document["title"], "Dawn");
   EXPECT_EQ(lseek(file, 0, SEEK_CUR), 100);
   close(file);
+}
+
+// The kind is that of the content: hosts know no name for such pictures.
+json photoDocument(const std::string& path) {
+  KoLUM_DescribeOptions byContent = options();
+  byContent.flags = KOLUM_BY_CONTENT | KOLUM_DETAILS;
+  return described(path, &byContent).document;
+}
+
+TEST_F(Describe, ReadsHeifPicturesWhateverFfmpegCanOpen) {
+  const TempDir folder;
+  const json tiles = photoDocument(folder.write("tiles.heic", heicOfTiles()));
+  EXPECT_EQ(tiles["kind"]["name"], "photo");
+  EXPECT_EQ(tiles["contentType"], "image/heic");
+  EXPECT_EQ(tiles["width"], 200);
+  EXPECT_EQ(tiles["height"], 100);
+
+  const std::string size = fullBox("ispe", 0, 0, bigEndian(640, 4) + bigEndian(480, 4));
+  const std::string quarterLeft = box("irot", bigEndian(1, 1));
+  const PhotoBlocks blocks = {.exif = exifStructure({{exifText(0x010F, "Maker")}})};
+  for (const std::string brand : {"heic", "mif1", "avif"}) {
+    const json turned = photoDocument(folder.write(
+        brand, heifPhoto(blocks, {.brand = brand, .properties = {size, quarterLeft}})));
+    EXPECT_EQ(turned["width"], 640) << brand;
+    EXPECT_EQ(turned["shownWidth"], 480) << brand;
+    EXPECT_EQ(turned["rotation"], 270) << brand;
+    EXPECT_EQ(turned["camera"]["make"], "Maker") << brand;
+  }
+}
+
+TEST_F(Describe, RefusesHeifWithoutAPicture) {
+  const TempDir folder;
+  const json empty = photoDocument(folder.write("empty.heic", ftyp("heic", {"mif1", "heic"})));
+  EXPECT_TRUE(empty.contains("error"));
+  EXPECT_FALSE(empty.contains("width"));
+}
+
+TEST_F(Describe, IsAboutTheFilmHoweverLargeItsCover) {
+  const std::string film =
+      media("cover.mp4",
+            "-f lavfi -i testsrc2=s=320x180:d=1 -f lavfi -i color=s=640x480:d=1 -map 0 -map 1 "
+            "-c:v:0 libx264 -pix_fmt:v:0 yuv420p -c:v:1 mjpeg -frames:v:1 1 "
+            "-disposition:v:1 attached_pic");
+  const json document = described(film).document;
+  EXPECT_EQ(document["width"], 320);
+  EXPECT_EQ(document["height"], 180);
+  EXPECT_EQ(document["videoCodec"]["name"], "CODEC_ID_H264");
+
+  videoObject_st video = {};
+  ASSERT_EQ(GetVideoMetadata1("", film.c_str(), &video, 0), 0);
+  EXPECT_EQ(video.width, 640) << "records in databases have the largest picture";
+}
+
+TEST_F(Describe, IsAboutTheCoverWhereThereIsNoFilm) {
+  const std::string song = media(
+      "covered.mp4",
+      "-f lavfi -i sine=d=1 -f lavfi -i color=s=64x48:d=1 -map 0 -map 1 -c:v mjpeg -frames:v 1 "
+      "-disposition:v attached_pic");
+  EXPECT_EQ(described(song).document["width"], 64);
+}
+
+TEST_F(Describe, HasTheNamesOfMp4Tracks) {
+  const json streams =
+      described(media("named.mp4",
+                      "-f lavfi -i testsrc2=s=64x48:d=1 -f lavfi -i sine=d=1 -map 0 -map 1 "
+                      "-metadata:s:a:0 title=Commentary"))
+          .document["streams"];
+  EXPECT_FALSE(streams[0].contains("title"));
+  EXPECT_EQ(streams[1]["title"], "Commentary");
+}
+
+TEST_F(Describe, HasTheNumbersOfLosslessSongs) {
+  const std::string file =
+      media("deep.flac", "-f lavfi -i sine=d=2 -c:a flac -sample_fmt s32 -bits_per_raw_sample 24");
+  const json document = described(file).document;
+  EXPECT_EQ(document["bitsPerSample"], 24);
+  // The tags are in front of the sound, and little in this file.
+  EXPECT_LT(document["audioBitRate"], document["bitRate"]);
+  EXPECT_GT(document["audioBitRate"].get<double>(), document["bitRate"].get<double>() / 2);
+  EXPECT_EQ(document["streams"][0]["bitRate"], document["audioBitRate"]);
 }
 
 TEST_F(Describe, PrintsNothing) {

@@ -1,3 +1,4 @@
+#include <cstdint>
 #include <string_view>
 
 #include "media/container.h"
@@ -7,6 +8,8 @@
 #include "read/findings/findings.h"
 #include "read/headers/content_type.h"
 #include "read/headers/disc_index.h"
+#include "read/headers/flac.h"
+#include "read/headers/mp4_boxes.h"
 #include "read/headers/picture.h"
 #include "read/headers/shortcuts.h"
 #include "read/headers/truncation.h"
@@ -17,6 +20,9 @@ namespace kolum::read {
 
 namespace {
 
+// Of any sound.
+constexpr double kMostBitRate = 1e9;
+
 std::optional<Picture> pictureOf(const media::Source& source) {
   if (!headers::mayTakeShortcuts()) return std::nullopt;
   const auto picture = headers::readPicture(source);
@@ -24,6 +30,32 @@ std::optional<Picture> pictureOf(const media::Source& source) {
   return Picture{.width = picture->width,
                  .height = picture->height,
                  .pixelFormat = std::string(picture->pixelFormat)};
+}
+
+// What FFmpeg does not tell of streams.
+
+void addTrackNames(const media::Source& source, media::Container& container) {
+  for (headers::TrackName& found : headers::mp4TrackNames(source))
+    for (media::Stream& stream : container.streams)
+      if (stream.id >= 0 && static_cast<std::uint32_t>(stream.id) == found.track &&
+          stream.details && stream.details->title.empty())
+        stream.details->title = found.name;
+}
+
+void addFlacBitRate(const media::Source& source, media::Container& container) {
+  const auto begin = headers::flacSoundPosition(source);
+  if (!begin || *begin > source.size() || container.duration <= 0) return;
+  constexpr int kBits = 8;
+  const double seconds = static_cast<double>(container.duration) / media::kTimeBase;
+  const double rate = static_cast<double>(source.size() - *begin) * kBits / seconds;
+  for (media::Stream& stream : container.streams)
+    if (stream.type == media::StreamType::kAudio && stream.bitRate == 0 && rate < kMostBitRate)
+      stream.bitRate = static_cast<std::int64_t>(rate);
+}
+
+void addHeaders(const media::Source& source, media::Container& container) {
+  if (container.demuxer == media::kDemuxerMp4) addTrackNames(source, container);
+  if (container.demuxer == "flac") addFlacBitRate(source, container);
 }
 
 void readContainer(const media::Source& source, const Query& query, Findings& found) {
@@ -37,6 +69,7 @@ void readContainer(const media::Source& source, const Query& query, Findings& fo
     found.keyFrameTime =
         ffmpeg::searchKeyFrame(*input, *query.reportedKeyFrameAt, found.keyFrameTrace);
   found.container = std::move(*input).takeContainer();
+  if (query.details) addHeaders(source, *found.container);
 }
 
 // Whether something is wanted that belongs to one kind of container.

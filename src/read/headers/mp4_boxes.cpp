@@ -6,8 +6,10 @@
 #include <array>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "base/bytes.h"
+#include "base/clean_text.h"
 
 namespace kolum::headers {
 
@@ -115,6 +117,59 @@ std::optional<std::int64_t> endOf(const Box& box, const media::Source& source) {
   return end;
 }
 
+struct Range {
+  std::int64_t begin = 0;
+  std::int64_t end = 0;
+};
+
+// Calls TAKE with the type and the content of each box in RANGE, until one makes no sense. LEFT
+// counts the boxes that may still be visited.
+template <typename Take>
+void forEachBox(Windows& file, Range range, int& left, Take take) {
+  while (range.begin < range.end && left-- > 0) {
+    auto box = readBox(file, range.begin);
+    if (!box) return;
+    std::int64_t header = kHeaderSize;
+    if (box->size == 1) {
+      if (!readLargeSize(file, *box)) return;
+      header = kLargeHeaderSize;
+    }
+    if (box->size == 0) box->size = range.end - range.begin;
+    if (box->size < header || box->size > range.end - range.begin) return;
+    const std::int64_t end = range.begin + box->size;
+    take(*box, Range{range.begin + header, end});
+    range.begin = end;
+  }
+}
+
+std::uint32_t trackNumber(Windows& file, Range header) {
+  constexpr std::int64_t kTimes = 4;  // behind the version and the flags
+  const auto version = file.bytesAt(header.begin, 1);
+  if (!version) return 0;
+  const std::int64_t sizeOfTimes = version->front() == 1 ? 16 : 8;
+  const auto number = file.bytesAt(header.begin + kTimes + sizeOfTimes, 4);
+  return number ? static_cast<std::uint32_t>(ByteReader(*number).bigEndian(4)) : 0;
+}
+
+std::string textIn(Windows& file, Range content) {
+  constexpr std::int64_t kLongestName = 1000;
+  const auto size = std::min(content.end - content.begin, kLongestName);
+  const auto bytes = file.bytesAt(content.begin, static_cast<std::size_t>(size));
+  return bytes ? cleanText(textOf(*bytes)) : "";
+}
+
+TrackName nameOfTrack(Windows& file, Range track, int& left) {
+  TrackName found;
+  forEachBox(file, track, left, [&](const Box& box, Range content) {
+    if (box.is("tkhd")) found.track = trackNumber(file, content);
+    if (!box.is("udta")) return;
+    forEachBox(file, content, left, [&](const Box& inner, Range text) {
+      if (inner.is("name")) found.name = textIn(file, text);
+    });
+  });
+  return found;
+}
+
 }  // namespace
 
 MoovPosition moovPosition(const media::Source& source) {
@@ -151,6 +206,25 @@ std::optional<std::uint32_t> mp4SubFormat(const media::Source& source) {
   if (row == kBrands.end()) return 0;
   if (row->codes.fastStart == row->codes.plain) return row->codes.plain;
   return moovPosition(source) == MoovPosition::kNotLast ? row->codes.fastStart : row->codes.plain;
+}
+
+std::vector<TrackName> mp4TrackNames(const media::Source& source) {
+  // Some dozens per track, and a thousand tracks are the most that is read.
+  int left = 20000;
+  std::size_t textLeft = 65536;
+  Windows file(source);
+  std::vector<TrackName> names;
+  const auto addTrack = [&](const Box& box, Range content) {
+    if (!box.is("trak")) return;
+    TrackName found = nameOfTrack(file, content, left);
+    if (found.track == 0 || found.name.empty() || found.name.size() > textLeft) return;
+    textLeft -= found.name.size();
+    names.push_back(std::move(found));
+  };
+  forEachBox(file, {.begin = 0, .end = source.size()}, left, [&](const Box& box, Range content) {
+    if (box.is("moov")) forEachBox(file, content, left, addTrack);
+  });
+  return names;
 }
 
 }  // namespace kolum::headers

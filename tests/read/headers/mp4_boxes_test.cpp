@@ -8,7 +8,10 @@
 #include <filesystem>
 #include <string>
 #include <utility>
+#include <vector>
 
+#include "media/source.h"
+#include "read/headers/mp4_boxes.h"
 #include "support/descriptors.h"
 #include "support/mp4_builder.h"
 #include "support/temp_dir.h"
@@ -277,6 +280,73 @@ TEST_F(CheckMp4MoovAtEndTest, LeavesNoDescriptorOpen) {
   moovAtEnd(ftyp("mp42") + box("meta", ""));
   CheckMp4MoovAtEnd(folder_.path("missing").c_str());
   EXPECT_EQ(openDescriptorCount(), before);
+}
+
+// Track NUMBER with this name.
+std::string track(unsigned number, const std::string& name, int version = 0) {
+  const std::string times(version == 1 ? 16 : 8, '\0');
+  return box("trak",
+             fullBox("tkhd", version, 0, times + bigEndian(number, 4) + std::string(60, 0)) +
+                 box("mdia", std::string(5000, 'x')) +
+                 box("udta", box("tagc", "xyz") + box("name", name)));
+}
+
+class Mp4TrackNames : public Mp4Boxes {
+ protected:
+  // "NUMBER=NAME" of each.
+  std::vector<std::string> names(const std::string& content) {
+    const auto source = kolum::media::Source::open(file(content));
+    std::vector<std::string> found;
+    for (const auto& [number, name] : kolum::headers::mp4TrackNames(*source))
+      found.push_back(std::to_string(number) + "=" + name);
+    return found;
+  }
+};
+
+TEST_F(Mp4TrackNames, AreFoundBehindLargeBoxesInEitherVersion) {
+  const std::string moov = box(
+      "moov", box("mvhd", std::string(100, 'x')) + track(1, "Stereo") + track(7, "Kommentär", 1));
+  const std::vector<std::string> expected = {"1=Stereo", "7=Kommentär"};
+  EXPECT_EQ(names(ftyp("isom") + kMdat + moov), expected);
+  EXPECT_EQ(names(ftyp("isom") + moov + kMdat), expected);
+  EXPECT_EQ(names(ftyp("isom") + largeBox("mdat", std::string(9000, 'd')) + moov), expected);
+}
+
+TEST_F(Mp4TrackNames, LeaveOutTracksWithoutNameOrNumber) {
+  const std::string moov = box("moov", track(0, "No number") + track(2, "") + box("trak", "") +
+                                           box("trak", box("udta", "")));
+  EXPECT_TRUE(names(ftyp("isom") + moov).empty());
+  EXPECT_TRUE(names("").empty());
+  EXPECT_TRUE(names(ftyp("isom")).empty());
+}
+
+TEST_F(Mp4TrackNames, EndWhereBoxesMakeNoSense) {
+  const std::string good = track(1, "Stereo");
+  // Beyond its parent, shorter than its header, and a 64-bit size beyond every file.
+  for (const std::string& bad :
+       {bigEndian(5000, 4) + "trak", bigEndian(4, 4) + "trak", headerOf("trak", UINT64_MAX)}) {
+    EXPECT_EQ(names(ftyp("isom") + box("moov", good + bad + track(2, "Lost"))),
+              std::vector<std::string>{"1=Stereo"});
+  }
+  // A cut header of a track, and a name that is cut by the end of the file.
+  const std::string cut = box("moov", good).substr(0, good.size());
+  EXPECT_TRUE(names(ftyp("isom") + cut).empty());
+}
+
+TEST_F(Mp4TrackNames, AreCutAndFewEnoughForAnAnswer) {
+  std::string tracks;
+  for (unsigned i = 1; i <= 100; ++i) tracks += track(i, std::string(3000, 'n'));
+  const auto source = kolum::media::Source::open(file(ftyp("isom") + box("moov", tracks)));
+  const auto found = kolum::headers::mp4TrackNames(*source);
+  ASSERT_FALSE(found.empty());
+  EXPECT_EQ(found.front().name, std::string(1000, 'n'));
+  EXPECT_LE(found.size(), 65U);
+}
+
+TEST_F(Mp4TrackNames, TakeNoLongerForMillionsOfBoxes) {
+  std::string small;
+  for (int i = 0; i < 200'000; ++i) small += bigEndian(8, 4) + "free";
+  EXPECT_TRUE(names(ftyp("isom") + box("moov", small + track(1, "Behind"))).empty());
 }
 
 }  // namespace
