@@ -4,7 +4,6 @@
 // each socket that comes on descriptor 0. It never reads a file, and its workers never fork. When
 // the host closes its end, or dies, the nursery ends all of them.
 #include <fcntl.h>
-#include <linux/ioprio.h>
 #include <poll.h>
 #include <sched.h>
 #include <sys/prctl.h>
@@ -33,9 +32,12 @@ using namespace kolum::isolation;
 
 void giveWay() {
   constexpr int kLowest = 19;
+  // As <linux/ioprio.h> has them, which is no C++ in some releases: an argument is called "class".
   constexpr int kThisProcess = 1;
+  constexpr int kIdleClass = 3;
+  constexpr int kClassShift = 13;
   setpriority(PRIO_PROCESS, 0, kLowest);
-  syscall(SYS_ioprio_set, kThisProcess, 0, IOPRIO_PRIO_VALUE(IOPRIO_CLASS_IDLE, 0));
+  syscall(SYS_ioprio_set, kThisProcess, 0, kIdleClass << kClassShift);
 }
 
 // Where the machine runs out of memory, the kernel is to end the reader of one file, and not what
