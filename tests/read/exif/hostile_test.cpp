@@ -194,6 +194,41 @@ std::string unusualXmp() {
                           "<dc:creator rdf:parseType='Resource'><dc:x>a</dc:x></dc:creator>")});
 }
 
+// In one element, and each in the same namespace with a long name.
+std::string manyAttributes() {
+  std::string text = "<dc:title xmlns:a='" + std::string(2 * kMiB, 'x') + "'";
+  for (int i = 0; i < 150'000; ++i)
+    text += " a:" + std::to_string(i + 100'000).replace(0, 1, "b") + "=''";
+  return inTiff(xmpDocument(text + "/>"));
+}
+
+std::string manyElements() {
+  std::string text = "<a:b xmlns:a='" + std::string(kMiB, 'x') + "'>";
+  for (int i = 0; i < 150'000; ++i) text += "<a:c" + std::to_string(i) + "/>";
+  return inTiff(xmpDocument(text + "</a:b>"));
+}
+
+std::string bindings(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += " xmlns:n" + std::to_string(i) + "='http://x/'";
+  return text;
+}
+
+std::string manyNamespacesAtOnce() {
+  return inTiff(xmpDocument("<a" + bindings(100'000) + "/>"));
+}
+
+// Prefixes that are looked up among as many as there may be.
+std::string manyLookups() {
+  return inTiff("<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'" + bindings(200) +
+                "><rdf:Description>" + repeated("<x:a/>", 600'000) +
+                "</rdf:Description></rdf:RDF>");
+}
+
+std::string manyReferences() {
+  return inTiff(xmpDocument("<dc:title>" + repeated("&lt;", 900'000) + "</dc:title>"));
+}
+
 // --- IPTC
 
 std::string manyDatasets() {
@@ -313,6 +348,11 @@ constexpr Hostile kFiles[] = {
     {"deepXmpInExif.jpg", deepXmpInExif},
     {"entities.tif", entities},
     {"manyNamespaces.tif", manyNamespaces},
+    {"manyAttributes.tif", manyAttributes},
+    {"manyElements.tif", manyElements},
+    {"manyNamespacesAtOnce.tif", manyNamespacesAtOnce},
+    {"manyLookups.tif", manyLookups},
+    {"manyReferences.tif", manyReferences},
     {"longTexts.tif", longTexts},
     {"manyRegions.tif", manyRegions},
     {"unusualXmp.jpg", unusualXmp},
@@ -346,7 +386,6 @@ TEST_P(HostilePhoto, TakesLittleTimeAndMemory) {
   constexpr long kGrowth = 160 * 1024;
   const TempDir folder;
   const std::string path = folder.write(GetParam().name, GetParam().content());
-  exif::prepare();
   const long before = peakKilobytes();
   const auto begin = std::chrono::steady_clock::now();
   tagsOfFile(path);
