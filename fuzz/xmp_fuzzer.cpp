@@ -1,4 +1,5 @@
-// Reads the bytes as an XMP packet. Whatever it says, texts are within their limits.
+// Reads the bytes as an XMP packet. Whatever it says, texts are within their limits, and a packet
+// adds nothing to itself.
 #include <cstddef>
 #include <cstdint>
 #include <cstdlib>
@@ -30,9 +31,15 @@ void checkTexts(const Xmp& xmp, XmpProperty property) {
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string_view packet(reinterpret_cast<const char*>(data), size);
   const Xmp xmp = kolum::exif::readXmp(packet);
+  Xmp twice = xmp;
+  twice.complete(xmp);
   for (std::size_t i = 0; i < kolum::exif::kXmpProperties; ++i) {
     const auto property = static_cast<XmpProperty>(i);
     checkTexts(xmp, property);
+    check(twice.texts(property) == xmp.texts(property));
+    check(twice.items(property) == xmp.items(property));
+    for (unsigned item = 0; item < 3; ++item)
+      check(twice.text(property, item) == xmp.text(property, item));
   }
   return 0;
 }

@@ -9,6 +9,7 @@
 
 #include "base/bytes.h"
 #include "media/photo_tags.h"
+#include "read/exif/extended_xmp.h"
 #include "read/exif/texts.h"
 
 namespace kolum::exif {
@@ -137,6 +138,8 @@ void Metadata::decodeExif(const Blocks& blocks) {
 
 void Metadata::decodeXmp(const Blocks& blocks) {
   xmp_ = readXmp(blocks.xmp);
+  const std::string guid = xmp_.text(XmpProperty::kExtendedXmp);
+  if (!guid.empty()) xmp_.complete(readXmp(joinedXmp(blocks.extendedXmp, guid)));
 }
 
 void Metadata::decodeIptc(const Blocks& blocks) {

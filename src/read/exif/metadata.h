@@ -51,7 +51,7 @@ class Metadata {
   std::string meaning(std::string_view group, unsigned tag) const;
   bool isBigEndian() const { return isBigEndian_; }
 
-  // --- XMP.
+  // --- XMP, with what is extended.
   const Xmp& xmp() const { return xmp_; }
 
   // --- IPTC, by the number of the dataset in record 2.

@@ -5,6 +5,7 @@
 
 #include "media/photo_tags.h"
 #include "read/exif/texts.h"
+#include "read/exif/xmp_names.h"
 
 namespace kolum::exif {
 
@@ -44,6 +45,26 @@ void Xmp::countItems(XmpProperty list, unsigned items) {
   if (list == XmpProperty::kNone) return;
   unsigned& count = items_[indexOf(list)];
   count = std::max(count, items);
+}
+
+bool Xmp::has(std::size_t property) const {
+  return !values_[property].empty() || items_[property] > 0;
+}
+
+void Xmp::complete(Xmp other) {
+  const auto wholeOf = [](std::size_t index) {
+    auto property = static_cast<XmpProperty>(index);
+    while (parentOf(property) != XmpProperty::kNone) property = parentOf(property);
+    return indexOf(property);
+  };
+  std::array<bool, kXmpProperties> isHere = {};
+  for (std::size_t i = 0; i < kXmpProperties; ++i)
+    if (has(i)) isHere[wholeOf(i)] = true;
+  for (std::size_t i = 0; i < kXmpProperties; ++i) {
+    if (isHere[wholeOf(i)]) continue;
+    values_[i] = std::move(other.values_[i]);
+    items_[i] = other.items_[i];
+  }
 }
 
 }  // namespace kolum::exif

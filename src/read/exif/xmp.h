@@ -90,6 +90,8 @@ enum class XmpProperty {
   kItemSemantic,
   kItemLength,
 
+  kExtendedXmp,
+
   kNone,  // the packet itself
 };
 
@@ -116,6 +118,8 @@ class Xmp {
   // Blank texts count as none. Long ones are cut.
   void add(const XmpPlace& place, std::string_view text);
   void countItems(XmpProperty list, unsigned items);
+  // Takes those properties of OTHER, each as a whole, that are not here.
+  void complete(Xmp other);
 
  private:
   struct Value {
@@ -125,6 +129,7 @@ class Xmp {
   };
 
   static std::size_t indexOf(XmpProperty property) { return static_cast<std::size_t>(property); }
+  bool has(std::size_t property) const;
 
   std::array<std::vector<Value>, kXmpProperties> values_;
   std::array<unsigned, kXmpProperties> items_ = {};

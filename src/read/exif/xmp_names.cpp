@@ -37,6 +37,7 @@ constexpr NamespaceRow kNamespaces[] = {
     {"http://ns.google.com/photos/1.0/camera", kCamera},
     {"http://ns.google.com/photos/1.0/container", kContainer},
     {"http://ns.google.com/photos/1.0/container/item", kItem},
+    {"http://ns.adobe.com/xmp/note", kNote},
 };
 
 struct PropertyRow {
@@ -123,6 +124,8 @@ constexpr PropertyRow kRows[] = {
     {P::kDirectoryItem, P::kDirectory, kContainer, "Item"},
     {P::kItemSemantic, P::kDirectoryItem, kItem, "Semantic"},
     {P::kItemLength, P::kDirectoryItem, kItem, "Length"},
+
+    {P::kExtendedXmp, P::kNone, kNote, "HasExtendedXMP"},
 };
 
 constexpr bool areInOrder() {
@@ -145,6 +148,10 @@ XmpProperty propertyIn(XmpProperty parent, XmpNamespace space, std::string_view 
     return candidate.space == space && candidate.parent == parent && candidate.name == name;
   });
   return row != std::end(kRows) ? row->property : P::kNone;
+}
+
+XmpProperty parentOf(XmpProperty field) {
+  return kRows[static_cast<std::size_t>(field)].parent;
 }
 
 }  // namespace kolum::exif

@@ -30,6 +30,7 @@ enum class XmpNamespace {
   kCamera,
   kContainer,
   kItem,
+  kNote,
 };
 
 // Whatever prefix a document gives it. A slash at the end does not matter: some programs forget it.
@@ -37,6 +38,9 @@ XmpNamespace namespaceOf(std::string_view uri);
 
 // The property or field of that name in PARENT; kNone if it is of no use.
 XmpProperty propertyIn(XmpProperty parent, XmpNamespace space, std::string_view name);
+
+// What a field belongs to; kNone for properties.
+XmpProperty parentOf(XmpProperty field);
 
 }  // namespace kolum::exif
 

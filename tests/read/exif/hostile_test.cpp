@@ -229,6 +229,18 @@ std::string manyReferences() {
   return inTiff(xmpDocument("<dc:title>" + repeated("&lt;", 900'000) + "</dc:title>"));
 }
 
+// 2000 segments of a whole that would have 4 GiB.
+std::string manyParts() {
+  const std::string guid(32, 'A');
+  std::string segments;
+  for (std::size_t i = 0; i < 2000; ++i)
+    segments += extendedXmpSegment(guid, UINT32_MAX, i * 60'000, std::string(60'000, 'x'));
+  return jpegPhoto(
+      {.xmp = xmpDocument("<n:HasExtendedXMP xmlns:n='http://ns.adobe.com/xmp/note/'>" + guid +
+                          "</n:HasExtendedXMP>"),
+       .segments = segments});
+}
+
 // --- IPTC
 
 std::string manyDatasets() {
@@ -353,6 +365,7 @@ constexpr Hostile kFiles[] = {
     {"manyNamespacesAtOnce.tif", manyNamespacesAtOnce},
     {"manyLookups.tif", manyLookups},
     {"manyReferences.tif", manyReferences},
+    {"manyParts.jpg", manyParts},
     {"longTexts.tif", longTexts},
     {"manyRegions.tif", manyRegions},
     {"unusualXmp.jpg", unusualXmp},

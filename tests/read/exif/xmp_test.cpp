@@ -8,6 +8,7 @@
 
 #include "base/utf8.h"
 #include "media/photo_tags.h"
+#include "read/exif/extended_xmp.h"
 #include "support/exif_builder.h"
 #include "support/hostile_bytes.h"
 
@@ -15,8 +16,10 @@ namespace kolum::test {
 
 namespace {
 
+using exif::joinedXmp;
 using exif::readXmp;
 using exif::Xmp;
+using exif::XmpPart;
 using P = exif::XmpProperty;
 using testing::ElementsAre;
 using testing::IsEmpty;
@@ -257,6 +260,50 @@ TEST(XmpPacket, HasNoEntitiesOfItsOwn) {
   EXPECT_EQ(titleOf("<!DOCTYPE a [<!ENTITY b 'c'>]>" + packet.substr(packet.find("<x:"))), "");
   EXPECT_EQ(titleOf("<!DOCTYPE a>" + xmpDocument("<dc:title>A</dc:title>")), "");
   EXPECT_EQ(titleOf(packet), "");
+}
+
+// --- Extended XMP
+
+TEST(ExtendedXmp, AddsOnlyWhatIsMissing) {
+  Xmp xmp = xmpOf(xmpList("dc:subject", "Bag", {"alps"}) +
+                  "<mwg-rs:Regions rdf:parseType='Resource'><mwg-rs:RegionList><rdf:Bag>"
+                  "<rdf:li mwg-rs:Name='Ann'/></rdf:Bag></mwg-rs:RegionList></mwg-rs:Regions>");
+  xmp.complete(xmpOf(xmpList("dc:subject", "Bag", {"snow"}) + "<dc:title>A</dc:title>" +
+                     "<mwg-rs:Regions rdf:parseType='Resource'><mwg-rs:RegionList><rdf:Bag>"
+                     "<rdf:li mwg-rs:Name='Ben' mwg-rs:Type='Face'/><rdf:li mwg-rs:Name='Cid'/>"
+                     "</rdf:Bag></mwg-rs:RegionList></mwg-rs:Regions>"));
+  EXPECT_THAT(xmp.texts(P::kSubject), ElementsAre("alps"));
+  EXPECT_EQ(xmp.text(P::kTitle), "A");
+  EXPECT_EQ(xmp.items(P::kRegionList), 1U);
+  EXPECT_EQ(xmp.text(P::kRegionName, 1), "Ann");
+  EXPECT_EQ(xmp.text(P::kRegionType, 1), "");
+}
+
+TEST(ExtendedXmp, IsJoinedInAnyOrder) {
+  const XmpPart first = {.guid = "A", .total = 6, .offset = 0, .bytes = "ab"};
+  const XmpPart second = {.guid = "A", .total = 6, .offset = 2, .bytes = "cde"};
+  const XmpPart third = {.guid = "A", .total = 6, .offset = 5, .bytes = "f"};
+  const XmpPart other = {.guid = "B", .total = 2, .offset = 0, .bytes = "xy"};
+  EXPECT_EQ(joinedXmp({first, second, third}, "A"), "abcdef");
+  EXPECT_EQ(joinedXmp({third, other, first, second}, "A"), "abcdef");
+  EXPECT_EQ(joinedXmp({third, other, first, second}, "B"), "xy");
+  EXPECT_EQ(joinedXmp({first, second, third}, "C"), "");
+}
+
+TEST(ExtendedXmp, IsNothingUnlessEachByteIsThereOnce) {
+  const XmpPart first = {.guid = "A", .total = 4, .offset = 0, .bytes = "ab"};
+  const auto part = [](std::uint64_t total, std::uint64_t offset, const char* bytes) {
+    return XmpPart{.guid = "A", .total = total, .offset = offset, .bytes = bytes};
+  };
+  EXPECT_EQ(joinedXmp({first}, "A"), "");
+  EXPECT_EQ(joinedXmp({first, part(4, 3, "d")}, "A"), "");
+  EXPECT_EQ(joinedXmp({first, part(4, 1, "bcd")}, "A"), "");
+  EXPECT_EQ(joinedXmp({first, first, part(4, 2, "cd")}, "A"), "");
+  EXPECT_EQ(joinedXmp({first, part(4, 2, "cde")}, "A"), "");
+  EXPECT_EQ(joinedXmp({first, part(5, 2, "cd")}, "A"), "");
+  EXPECT_EQ(joinedXmp({part(0, 0, "")}, "A"), "");
+  const std::string large(exif::kLargestBlock + 1, 'x');
+  EXPECT_EQ(joinedXmp({part(large.size(), 0, large.c_str())}, "A"), "");
 }
 
 }  // namespace
