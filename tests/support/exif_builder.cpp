@@ -215,6 +215,11 @@ std::string jpegXlPicture() {
 
 }  // namespace
 
+std::string compressedJpegXlPhoto(const PhotoBlocks& blocks) {
+  return jpegXlPicture() + box("brob", "Exif" + brotliCompressed(zeros(4) + blocks.exif)) +
+         box("brob", "xml " + brotliCompressed(blocks.xmp));
+}
+
 std::string jpegXlPhoto(const PhotoBlocks& blocks) {
   std::string file = jpegXlPicture();
   if (!blocks.exif.empty()) file += box("Exif", zeros(4) + blocks.exif);

@@ -69,6 +69,7 @@ std::string pngPhoto(const PhotoBlocks& blocks);
 std::string webpPhoto(const PhotoBlocks& blocks);
 std::string gifPhoto(const std::string& xmp);
 std::string jpegXlPhoto(const PhotoBlocks& blocks);
+std::string compressedJpegXlPhoto(const PhotoBlocks& blocks);  // with Brotli
 
 // A part of extended XMP, as a segment of a JPEG file.
 std::string extendedXmpSegment(const std::string& guid, std::size_t total, std::size_t offset,

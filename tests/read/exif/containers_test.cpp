@@ -80,7 +80,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Container{"old.png", pngWithHexadecimals()},
                     Container{"photo.webp", webpPhoto(kBlocks)},
                     Container{"photo.jxl", jpegXlPhoto(kBlocks)},
-
+                    Container{"compressed.jxl", compressedJpegXlPhoto(kBlocks)},
                     Container{"photo.heic", heifPhoto(kBlocks)},
                     Container{"inside.heic", heifPhoto(kBlocks, {.isInMetaBox = true})},
                     Container{"photo.avif", heifPhoto(kBlocks, {.brand = "avif"})},
@@ -153,6 +153,25 @@ TEST(ExtendedXmp, HasALimit) {
   };
   EXPECT_EQ(titleWith(4 * kMiB), "Eiger");
   EXPECT_EQ(titleWith(4 * kMiB + 1), "");
+}
+
+// --- Brotli
+
+TEST(JpegXlContainer, IsReadWithoutBoxesThatAreDamaged) {
+  const std::string head = jpegXlPhoto({.exif = kExif});
+  const std::string packed = brotliCompressed(kXmp);
+  const auto keywords = [&](const std::string& content) {
+    const auto tags = tagsOf(head + box("brob", content), "photo.jxl");
+    EXPECT_TRUE(tags && tags->make == "Canon");
+    return tags ? tags->keywords : std::vector<std::string>{};
+  };
+  EXPECT_THAT(keywords("xml " + packed), ElementsAre("alps", "snow"));
+  for (std::size_t size = 0; size < packed.size(); size += 13)
+    EXPECT_THAT(keywords("xml " + packed.substr(0, size)), IsEmpty()) << size;
+  EXPECT_THAT(keywords("xml " + noise(500)), IsEmpty());
+  EXPECT_THAT(keywords("jumb" + packed), IsEmpty());
+  EXPECT_THAT(keywords("xm"), IsEmpty());
+  EXPECT_THAT(keywords("xml " + brotliCompressed(kXmp + std::string(5 * kMiB, ' '))), IsEmpty());
 }
 
 // --- Sizes and turns

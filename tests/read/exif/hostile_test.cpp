@@ -328,6 +328,12 @@ std::string boxThatEndsBeforeItBegins() {
   return bigEndian(12, 4) + "JXL \r\n\x87\n" + bigEndian(1, 4) + "free" + bigEndian(UINT64_MAX, 8);
 }
 
+std::string inflatingBoxes() {
+  const std::string bomb = brotliCompressed(zeros(256 * kMiB));
+  return bigEndian(12, 4) + "JXL \r\n\x87\n" + box("brob", "Exif" + bomb) +
+         box("brob", "xml " + bomb);
+}
+
 std::string canonWithoutDirectories() {
   return canonRaw3({}, {exifText(0x9003, "x")}, {}, {}, "x");
 }
@@ -381,6 +387,7 @@ constexpr Hostile kFiles[] = {
     {"manyAssociations.heic", manyAssociations},
     {"boxesWithoutEnd.jxl", boxesWithoutEnd},
     {"boxThatEndsBeforeItBegins.jxl", boxThatEndsBeforeItBegins},
+    {"inflatingBoxes.jxl", inflatingBoxes},
     {"canonWithoutDirectories.cr3", canonWithoutDirectories},
     {"fujifilmBeyondTheEnd.raf", fujifilmBeyondTheEnd},
     {"gifBlocksWithoutEnd.gif", gifBlocksWithoutEnd},
