@@ -14,6 +14,10 @@ namespace kolum::exif {
 // Empty unless they are all there and each byte once, and no more than any block has.
 std::string joinedXmp(const std::vector<XmpPart>& parts, std::string_view guid);
 
+// Whether a packet in UTF-8, as these have to be, names a namespace of properties that are of use.
+// Most have nothing but maps of depth, of megabytes, which need not be parsed then.
+bool mayHaveProperties(std::string_view packet);
+
 }  // namespace kolum::exif
 
 #endif

@@ -139,7 +139,9 @@ void Metadata::decodeExif(const Blocks& blocks) {
 void Metadata::decodeXmp(const Blocks& blocks) {
   xmp_ = readXmp(blocks.xmp);
   const std::string guid = xmp_.text(XmpProperty::kExtendedXmp);
-  if (!guid.empty()) xmp_.complete(readXmp(joinedXmp(blocks.extendedXmp, guid)));
+  if (guid.empty()) return;
+  const std::string extended = joinedXmp(blocks.extendedXmp, guid);
+  if (mayHaveProperties(extended)) xmp_.complete(readXmp(extended));
 }
 
 void Metadata::decodeIptc(const Blocks& blocks) {

@@ -241,6 +241,19 @@ std::string manyParts() {
        .segments = segments});
 }
 
+// Declarations without a name in the extended XMP.
+std::string manyDeclarations() {
+  const std::string guid(32, 'A');
+  const std::string extended = repeated("xmlns", 800'000) + "'";
+  std::string segments;
+  for (std::size_t i = 0; i < extended.size(); i += 60'000)
+    segments += extendedXmpSegment(guid, extended.size(), i, extended.substr(i, 60'000));
+  return jpegPhoto(
+      {.xmp = xmpDocument("<n:HasExtendedXMP xmlns:n='http://ns.adobe.com/xmp/note/'>" + guid +
+                          "</n:HasExtendedXMP>"),
+       .segments = segments});
+}
+
 // --- IPTC
 
 std::string manyDatasets() {
@@ -372,6 +385,7 @@ constexpr Hostile kFiles[] = {
     {"manyLookups.tif", manyLookups},
     {"manyReferences.tif", manyReferences},
     {"manyParts.jpg", manyParts},
+    {"manyDeclarations.jpg", manyDeclarations},
     {"longTexts.tif", longTexts},
     {"manyRegions.tif", manyRegions},
     {"unusualXmp.jpg", unusualXmp},

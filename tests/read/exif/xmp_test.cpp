@@ -290,6 +290,16 @@ TEST(ExtendedXmp, IsJoinedInAnyOrder) {
   EXPECT_EQ(joinedXmp({first, second, third}, "C"), "");
 }
 
+TEST(ExtendedXmp, IsParsedIfItMayHaveProperties) {
+  EXPECT_TRUE(exif::mayHaveProperties(xmpDocument("")));
+  EXPECT_TRUE(exif::mayHaveProperties("<a xmlns=\"http://purl.org/dc/elements/1.1/\"/>"));
+  const std::string map = "<a xmlns:G='http://ns.google.com/photos/1.0/image/' G:Data='";
+  EXPECT_FALSE(exif::mayHaveProperties(map + "QUJD' " + kRdf + "/>"));
+  EXPECT_TRUE(exif::mayHaveProperties(map + "xmlns' " + kDc + "/>"));
+  for (const char* cut : {"", "xmlns", "xmlns:a='", "xmlns:a='http://purl"})
+    EXPECT_FALSE(exif::mayHaveProperties(cut)) << cut;
+}
+
 TEST(ExtendedXmp, IsNothingUnlessEachByteIsThereOnce) {
   const XmpPart first = {.guid = "A", .total = 4, .offset = 0, .bytes = "ab"};
   const auto part = [](std::uint64_t total, std::uint64_t offset, const char* bytes) {
