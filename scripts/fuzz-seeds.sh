@@ -132,6 +132,10 @@ photo_tags() {
     [ ! -e "photo_tags/photo.$i" ] ||
       exiftool -q -q -m -overwrite_original "${tags[@]}" "photo_tags/photo.$i" || true
   done
+  mkdir -p xmp
+  exiftool -q -q -b -XMP photo_tags/photo.jpg >xmp/elements || true
+  exiftool -q -q -api Compact=Shorthand -tagsFromFile photo_tags/photo.jpg -XMP:all \
+    xmp/attributes.xmp || true
   # Only the tags of each, which are what is worth changing.
   exiftool -q -q -b -Exif photo_tags/photo.jpg >photo_tags/exif.tiff || true
   { bytes ffd8ffe1; printf '%b' "$(printf '\\x%02x\\x%02x' $((($(stat -c %s photo_tags/exif.tiff) + 8) / 256)) $((($(stat -c %s photo_tags/exif.tiff) + 8) % 256)))"

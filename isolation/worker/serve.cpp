@@ -105,10 +105,6 @@ std::optional<Received> receiveRequest(int socket) {
 
 }  // namespace
 
-void prepare() {
-  exif::prepare();
-}
-
 void serve(int socket, std::uint32_t layers) {
   Hello hello = {};
   std::memcpy(hello.version, kVersion, sizeof hello.version);

@@ -29,6 +29,10 @@ nobody '#include .*sqlite' 'only the store in scan/ includes SQLite' \
   $(sources include src host tools scan | grep -vE '^scan/(database|expressions|schema|statements|store)')
 nobody '#include <exiv2' 'only src/read/exif/exiv2.h includes Exiv2' \
   $(sources include src host isolation tools scan | grep -v '^src/read/exif/exiv2.h')
+nobody '#include <expat' 'only src/read/exif/xmp_reader.cpp includes Expat' \
+  $(sources include src host isolation tools scan | grep -v '^src/read/exif/xmp_reader.cpp')
+nobody '#include <brotli' 'only src/read/exif includes Brotli' \
+  $(sources include src host isolation tools scan | grep -v '^src/read/exif/')
 nobody '#include <udfread' 'only src/read/image includes libudfread' \
   $(sources include src host isolation tools scan | grep -v '^src/read/image/')
 nobody '#include "' 'public headers include public headers only' $(sources include)

@@ -171,7 +171,13 @@ std::string jpegPhoto(const PhotoBlocks& blocks) {
         jpegSegment(0xED, std::string("Photoshop 3.0\0", 14) + "8BIM" + bigEndian(0x0404, 2) +
                               zeros(2) + bigEndian(blocks.iptc.size(), 4) + blocks.iptc + padding);
   }
-  return jpeg(segments + jpegFrame({}));
+  return jpeg(segments + blocks.segments + jpegFrame({}));
+}
+
+std::string extendedXmpSegment(const std::string& guid, std::size_t total, std::size_t offset,
+                               const std::string& part) {
+  return jpegSegment(0xE1, std::string("http://ns.adobe.com/xmp/extension/\0", 35) + guid +
+                               bigEndian(total, 4) + bigEndian(offset, 4) + part);
 }
 
 std::string pngPhoto(const PhotoBlocks& blocks) {
@@ -200,9 +206,22 @@ std::string gifPhoto(const std::string& xmp) {
   return file;
 }
 
+namespace {
+
+std::string jpegXlPicture() {
+  return bigEndian(12, 4) + "JXL \r\n\x87\n" + box("ftyp", "jxl " + zeros(4) + "jxl ") +
+         box("jxlc", "\xFF\x0A" + zeros(20));
+}
+
+}  // namespace
+
+std::string compressedJpegXlPhoto(const PhotoBlocks& blocks) {
+  return jpegXlPicture() + box("brob", "Exif" + brotliCompressed(zeros(4) + blocks.exif)) +
+         box("brob", "xml " + brotliCompressed(blocks.xmp));
+}
+
 std::string jpegXlPhoto(const PhotoBlocks& blocks) {
-  std::string file = bigEndian(12, 4) + "JXL \r\n\x87\n" + box("ftyp", "jxl " + zeros(4) + "jxl ") +
-                     box("jxlc", "\xFF\x0A" + zeros(20));
+  std::string file = jpegXlPicture();
   if (!blocks.exif.empty()) file += box("Exif", zeros(4) + blocks.exif);
   if (!blocks.xmp.empty()) file += box("xml ", blocks.xmp);
   return file;

@@ -62,12 +62,18 @@ struct PhotoBlocks {
   std::string exif = {};
   std::string xmp = {};
   std::string iptc = {};
+  std::string segments = {};  // further ones of a JPEG file
 };
 std::string jpegPhoto(const PhotoBlocks& blocks);
 std::string pngPhoto(const PhotoBlocks& blocks);
 std::string webpPhoto(const PhotoBlocks& blocks);
 std::string gifPhoto(const std::string& xmp);
 std::string jpegXlPhoto(const PhotoBlocks& blocks);
+std::string compressedJpegXlPhoto(const PhotoBlocks& blocks);  // with Brotli
+
+// A part of extended XMP, as a segment of a JPEG file.
+std::string extendedXmpSegment(const std::string& guid, std::size_t total, std::size_t offset,
+                               const std::string& part);
 
 struct HeifShape {
   std::string brand = "heic";

@@ -1,5 +1,6 @@
 #include "support/hostile_bytes.h"
 
+#include <brotli/encode.h>
 #include <zlib.h>
 
 #include <algorithm>
@@ -72,6 +73,18 @@ std::string noise(std::size_t size) {
 
 std::string deflated(std::string_view bytes) {
   return deflatedBlocks(bytes, 1);
+}
+
+std::string brotliCompressed(std::string_view bytes) {
+  constexpr int kQuality = 5;
+  std::string packed(BrotliEncoderMaxCompressedSize(bytes.size()), '\0');
+  std::size_t size = packed.size();
+  if (BrotliEncoderCompress(kQuality, BROTLI_DEFAULT_WINDOW, BROTLI_MODE_GENERIC, bytes.size(),
+                            reinterpret_cast<const std::uint8_t*>(bytes.data()), &size,
+                            reinterpret_cast<std::uint8_t*>(packed.data())) == BROTLI_FALSE)
+    throw std::runtime_error("BrotliEncoderCompress");
+  packed.resize(size);
+  return packed;
 }
 
 std::string deflatedZeros(std::size_t count) {

@@ -49,6 +49,9 @@ std::string noise(std::size_t size);
 std::string deflated(std::string_view bytes);
 std::string deflatedZeros(std::size_t count);
 
+// As Brotli compresses them.
+std::string brotliCompressed(std::string_view bytes);
+
 std::uint32_t crc32Of(std::string_view bytes);
 
 // Bits, the highest of each byte first.

@@ -23,12 +23,21 @@ using Bytes = std::vector<std::uint8_t>;
 
 enum class TiffKind { kPlain, kOlympus, kPanasonic };
 
+// A part of the extended XMP of a JPEG file.
+struct XmpPart {
+  std::string guid;         // of the whole
+  std::uint64_t total = 0;  // size of the whole
+  std::uint64_t offset = 0;
+  std::string bytes;
+};
+
 struct Blocks {
   bool isTiff = false;  // a TIFF file, so Exif's first directory describes its picture
   TiffKind tiffKind = TiffKind::kPlain;
   SparseMemory tiff;  // Exif: a TIFF structure, perhaps without its pictures
   std::string xmp;
-  Bytes iptc;  // datasets of the Information Interchange Model
+  std::vector<XmpPart> extendedXmp;  // in the order of the file
+  Bytes iptc;                        // datasets of the Information Interchange Model
   Bytes iccProfile;
   // What the container itself says, which counts more than Exif.
   std::optional<media::PhotoSize> size;

@@ -1,6 +1,10 @@
 // Containers that are made of boxes: HEIF with its relatives, JPEG XL.
+#include <brotli/decode.h>
+
 #include <algorithm>
 #include <map>
+#include <memory>
+#include <new>
 #include <string_view>
 
 #include "base/bytes.h"
@@ -239,12 +243,49 @@ void findInHeif(const media::Source& source, Blocks& blocks) {
   blocks.xmp = textOf(firstWith(&Item::contentType, "application/rdf+xml"));
 }
 
-void findInJpegXl(const media::Source& source, Blocks& blocks) {
+namespace {
+
+struct FreeBrotli {
+  void operator()(BrotliDecoderState* decoder) const { BrotliDecoderDestroyInstance(decoder); }
+};
+
+// Empty if they are not that, or more than any block.
+Bytes decompressed(Span bytes) {
+  const std::unique_ptr<BrotliDecoderState, FreeBrotli> decoder(
+      BrotliDecoderCreateInstance(nullptr, nullptr, nullptr));
+  if (!decoder) throw std::bad_alloc();
+  constexpr std::size_t kStep = 65536;
+  Bytes result;
+  std::size_t inputLeft = bytes.size();
+  const std::uint8_t* input = bytes.data();
+  BrotliDecoderResult state = BROTLI_DECODER_RESULT_NEEDS_MORE_OUTPUT;
+  while (state == BROTLI_DECODER_RESULT_NEEDS_MORE_OUTPUT && result.size() < kLargestBlock) {
+    const std::size_t before = result.size();
+    result.resize(before + kStep);
+    std::size_t outputLeft = kStep;
+    std::uint8_t* output = result.data() + before;
+    state = BrotliDecoderDecompressStream(decoder.get(), &inputLeft, &input, &outputLeft, &output,
+                                          nullptr);
+    result.resize(result.size() - outputLeft);
+  }
+  if (state != BROTLI_DECODER_RESULT_SUCCESS) result.clear();
+  return result;
+}
+
+// Of the box of that TYPE, which may be inside another that compresses it.
+Bytes contentOfJpegXlBox(const media::Source& source, std::string_view type) {
   const FileRange whole = {.begin = 0, .end = source.size()};
-  takeExifItem(contentOfBox(source, whole, "Exif"), blocks);
+  if (const auto plain = findBox(source, whole, type)) return contentOf(source, plain);
+  return decompressed(contentOf(source, findBoxWith(source, whole, "brob", type)));
+}
+
+}  // namespace
+
+void findInJpegXl(const media::Source& source, Blocks& blocks) {
+  takeExifItem(contentOfJpegXlBox(source, "Exif"), blocks);
   // Decoders turn the picture by a number of its own, and viewers ignore Exif's.
   blocks.orientation = media::Orientation{};
-  blocks.xmp = textOf(contentOfBox(source, whole, "xml "));
+  blocks.xmp = textOf(contentOfJpegXlBox(source, "xml "));
 }
 
 }  // namespace kolum::exif

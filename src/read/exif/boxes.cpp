@@ -73,13 +73,13 @@ std::optional<FileRange> findBox(const media::Source& source, FileRange range,
   return findBoxThat(source, range, [&](const BoxInFile& box) { return box.type == type; });
 }
 
-std::optional<FileRange> findUuidBox(const media::Source& source, FileRange range,
-                                     std::string_view identifier) {
+std::optional<FileRange> findBoxWith(const media::Source& source, FileRange range,
+                                     std::string_view type, std::string_view beginning) {
   auto found = findBoxThat(source, range, [&](const BoxInFile& box) {
-    return box.type == "uuid" &&
-           textOf(bytesAt(source, box.content.begin, identifier.size())) == identifier;
+    return box.type == type && box.content.end - box.content.begin >= std::ssize(beginning) &&
+           textOf(bytesAt(source, box.content.begin, beginning.size())) == beginning;
   });
-  if (found) found->begin += static_cast<std::int64_t>(identifier.size());
+  if (found) found->begin += std::ssize(beginning);
   return found;
 }
 

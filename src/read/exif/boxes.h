@@ -30,10 +30,10 @@ struct FileRange {
 std::optional<FileRange> findBox(const media::Source& source, FileRange range,
                                  std::string_view type);
 
-// The same for boxes of type "uuid" with this identifier of 16 bytes, which is not part of the
-// range that is returned.
-std::optional<FileRange> findUuidBox(const media::Source& source, FileRange range,
-                                     std::string_view identifier);
+// The same of those whose content begins with BEGINNING, such as an identifier, which is not part
+// of the range that is returned.
+std::optional<FileRange> findBoxWith(const media::Source& source, FileRange range,
+                                     std::string_view type, std::string_view beginning);
 
 // Empty if there is none, or if it is larger than any block.
 Bytes contentOfBox(const media::Source& source, FileRange range, std::string_view type);

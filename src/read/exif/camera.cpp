@@ -61,7 +61,7 @@ std::string lensModel(const Metadata& metadata) {
     text = metadata.meaning(row.group, row.tag);
     if (isName(text)) return text;
   }
-  text = metadata.xmpText("Xmp.aux.Lens");
+  text = metadata.xmp().text(XmpProperty::kLens);
   return isName(text) ? text : "";
 }
 
@@ -69,11 +69,12 @@ std::string serial(const Metadata& metadata) {
   std::string text = firstText(metadata, kSerialTexts);
   if (!text.empty()) return text;
   const auto canon = metadata.integer("Canon", 0x000C);
-  return canon && *canon > 0 ? std::to_string(*canon) : metadata.xmpText("Xmp.aux.SerialNumber");
+  return canon && *canon > 0 ? std::to_string(*canon)
+                             : metadata.xmp().text(XmpProperty::kSerialNumber);
 }
 
-std::string orXmp(const std::string& text, const Metadata& metadata, const char* key) {
-  return isBlank(text) ? metadata.xmpText(key) : text;
+std::string orXmp(const std::string& text, const Metadata& metadata, XmpProperty property) {
+  return isBlank(text) ? metadata.xmp().text(property) : text;
 }
 
 // "NIKON CORPORATION" and "NIKON D850" begin with the same word.
@@ -151,14 +152,14 @@ std::optional<media::Flash> flash(const Metadata& metadata) {
 }  // namespace
 
 void readCamera(const Metadata& metadata, media::PhotoTags& tags) {
-  tags.make = orXmp(metadata.text(kImage, 0x010F), metadata, "Xmp.tiff.Make");
-  tags.model =
-      modelWithoutMake(orXmp(metadata.text(kImage, 0x0110), metadata, "Xmp.tiff.Model"), tags.make);
+  tags.make = orXmp(metadata.text(kImage, 0x010F), metadata, XmpProperty::kMake);
+  tags.model = modelWithoutMake(orXmp(metadata.text(kImage, 0x0110), metadata, XmpProperty::kModel),
+                                tags.make);
   tags.lensMake = metadata.text(kPhoto, 0xA433);
   tags.lensModel = lensModel(metadata);
   tags.serial = serial(metadata);
   tags.lensSerial = firstText(metadata, kLensSerialTexts);
-  tags.software = orXmp(metadata.text(kImage, 0x0131), metadata, "Xmp.xmp.CreatorTool");
+  tags.software = orXmp(metadata.text(kImage, 0x0131), metadata, XmpProperty::kCreatorTool);
 }
 
 void readExposure(const Metadata& metadata, media::PhotoTags& tags) {

@@ -54,14 +54,13 @@ std::optional<std::int64_t> countIn(std::optional<double> number) {
 // The parts of the file behind the picture, in their order. The film begins that many bytes before
 // the end as it and all behind it have.
 std::optional<std::int64_t> containedFilm(const Metadata& metadata) {
-  constexpr int kMostItems = 32;
+  constexpr unsigned kMostItems = 32;
+  const Xmp& xmp = metadata.xmp();
   std::optional<std::int64_t> size;
-  for (int i = 1; i <= kMostItems; ++i) {
-    const std::string item =
-        "Xmp.Container.Directory[" + std::to_string(i) + "]/Container:Item/Item:";
-    const std::string semantic = metadata.xmpText(item + "Semantic");
+  for (unsigned i = 1; i <= kMostItems; ++i) {
+    const std::string semantic = xmp.text(XmpProperty::kItemSemantic, i);
     if (semantic.empty()) break;
-    const auto length = countIn(metadata.xmpNumber(item + "Length"));
+    const auto length = countIn(numberIn(xmp.text(XmpProperty::kItemLength, i)));
     if (semantic == "MotionPhoto")
       size = length;
     else if (size)
@@ -75,11 +74,11 @@ std::optional<std::int64_t> containedFilm(const Metadata& metadata) {
 void readCompanions(const Metadata& metadata, media::PhotoTags& tags) {
   const Bytes notes = metadata.bytes(kPhoto, 0x927C);
   tags.burst = appleText(notes, kAppleBurst);
-  if (tags.burst.empty()) tags.burst = metadata.xmpText("Xmp.GCamera.BurstID");
+  if (tags.burst.empty()) tags.burst = metadata.xmp().text(XmpProperty::kBurst);
   tags.livePhoto = appleText(notes, kAppleContent);
   tags.motionPhoto = containedFilm(metadata);
   if (!tags.motionPhoto)
-    tags.motionPhoto = countIn(metadata.xmpNumber("Xmp.GCamera.MicroVideoOffset"));
+    tags.motionPhoto = countIn(numberIn(metadata.xmp().text(XmpProperty::kMicroVideoOffset)));
 }
 
 }  // namespace kolum::exif

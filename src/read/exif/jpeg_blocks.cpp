@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <array>
+#include <string>
 #include <string_view>
+#include <utility>
 
 #include "base/bytes.h"
 #include "read/exif/blocks.h"
@@ -13,6 +15,7 @@ using namespace std::string_view_literals;
 
 constexpr std::string_view kExif = "Exif\0\0"sv;
 constexpr std::string_view kXmp = "http://ns.adobe.com/xap/1.0/\0"sv;
+constexpr std::string_view kExtendedXmp = "http://ns.adobe.com/xmp/extension/\0"sv;
 constexpr std::string_view kPhotoshop = "Photoshop 3.0\0"sv;
 constexpr std::string_view kIcc = "ICC_PROFILE\0"sv;
 
@@ -23,6 +26,7 @@ constexpr int kMostSegments = 2000;
 struct Pieces {
   Bytes photoshop;
   Bytes icc;
+  std::size_t extendedXmp = 0;  // bytes
 };
 
 void append(std::span<const std::uint8_t> piece, Bytes& whole) {
@@ -35,6 +39,19 @@ std::span<const std::uint8_t> after(std::size_t length, std::span<const std::uin
   return content.subspan(std::min(length, content.size()));
 }
 
+void takeExtendedXmp(std::span<const std::uint8_t> content, Pieces& pieces, Blocks& blocks) {
+  constexpr std::size_t kGuidSize = 32;
+  ByteReader reader(content);
+  XmpPart part = {.guid = std::string(reader.text(kGuidSize)),
+                  .total = reader.bigEndian(4),
+                  .offset = reader.bigEndian(4),
+                  .bytes = {}};
+  if (reader.failed() || pieces.extendedXmp + reader.left() > kLargestBlock) return;
+  pieces.extendedXmp += reader.left();
+  part.bytes = reader.text(reader.left());
+  blocks.extendedXmp.push_back(std::move(part));
+}
+
 void takeSegment(std::span<const std::uint8_t> content, Pieces& pieces, Blocks& blocks) {
   const std::string_view text = textOf(content);
   // The number of the piece and how many there are.
@@ -43,6 +60,8 @@ void takeSegment(std::span<const std::uint8_t> content, Pieces& pieces, Blocks& 
     takeExif(content, blocks);
   else if (text.starts_with(kXmp) && blocks.xmp.empty())
     blocks.xmp = text.substr(kXmp.size());
+  else if (text.starts_with(kExtendedXmp))
+    takeExtendedXmp(after(kExtendedXmp.size(), content), pieces, blocks);
   else if (text.starts_with(kPhotoshop))
     append(after(kPhotoshop.size(), content), pieces.photoshop);
   else if (text.starts_with(kIcc))

@@ -8,8 +8,9 @@
 #include <tuple>
 
 #include "base/bytes.h"
+#include "media/photo_tags.h"
+#include "read/exif/extended_xmp.h"
 #include "read/exif/texts.h"
-#include "read/exif/xmp_check.h"
 
 namespace kolum::exif {
 
@@ -83,40 +84,13 @@ auto keyOf(unsigned tag, std::string_view group) {
   return std::tuple(tag, group);
 }
 
-// Exiv2 gives the language's name along with a text in several languages.
-std::string defaultText(const Exiv2::Value& value) {
-  const auto* texts = dynamic_cast<const Exiv2::LangAltValue*>(&value);
-  if (texts == nullptr) return value.count() > 0 ? value.toString(0) : value.toString();
-  const auto found = texts->value_.find("x-default");
-  if (found != texts->value_.end()) return found->second;
-  return texts->value_.empty() ? "" : texts->value_.begin()->second;
+// Exiv2 would write what it does not like about a file to the standard error.
+void silenceExiv2() {
+  static std::once_flag done;
+  std::call_once(done, [] { Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute); });
 }
-
-struct NamespaceRow {
-  const char* uri;
-  const char* prefix;
-};
-
-// Those that Exiv2 does not know. With a name, they are found whatever prefix a file uses.
-constexpr NamespaceRow kNamespaces[] = {
-    {"http://ns.google.com/photos/1.0/camera/", "GCamera"},
-    {"http://ns.google.com/photos/1.0/container/", "Container"},
-    {"http://ns.google.com/photos/1.0/container/item/", "Item"},
-};
 
 }  // namespace
-
-void prepareExiv2() {
-  static std::once_flag done;
-  std::call_once(done, [] {
-    Exiv2::LogMsg::setLevel(Exiv2::LogMsg::mute);
-    attempt([] {
-      Exiv2::XmpParser::initialize();
-      for (const NamespaceRow& row : kNamespaces)
-        Exiv2::XmpProperties::registerNs(row.uri, row.prefix);
-    });
-  });
-}
 
 std::optional<double> numberIn(std::string_view text) {
   if (text.starts_with('+')) text.remove_prefix(1);
@@ -133,7 +107,7 @@ std::optional<double> Ratio::value() const {
 }
 
 Metadata::Metadata(const Blocks& blocks) {
-  prepareExiv2();
+  silenceExiv2();
   attempt([&] { decodeExif(blocks); });
   attempt([&] { decodeXmp(blocks); });
   attempt([&] { decodeIptc(blocks); });
@@ -143,8 +117,9 @@ Metadata::Metadata(const Blocks& blocks) {
 void Metadata::decodeExif(const Blocks& blocks) {
   const auto bytes = blocks.tiff.bytes();
   if (bytes.empty()) return;
+  Exiv2::XmpData none;  // findBlocks() leaves no XMP there
   const auto decode = [&](auto parse) {
-    return parse(exif_, iptc_, xmp_, bytes.data(), static_cast<ExivSize>(bytes.size()));
+    return parse(exif_, iptc_, none, bytes.data(), static_cast<ExivSize>(bytes.size()));
   };
   Exiv2::ByteOrder order = Exiv2::invalidByteOrder;
   switch (blocks.tiffKind) {
@@ -162,9 +137,11 @@ void Metadata::decodeExif(const Blocks& blocks) {
 }
 
 void Metadata::decodeXmp(const Blocks& blocks) {
-  const std::string_view text = std::string_view(blocks.xmp).substr(0, blocks.xmp.find('\0'));
-  const std::string harmless = harmlessXmp(text);
-  if (!harmless.empty()) Exiv2::XmpParser::decode(xmp_, harmless);
+  xmp_ = readXmp(blocks.xmp);
+  const std::string guid = xmp_.text(XmpProperty::kExtendedXmp);
+  if (guid.empty()) return;
+  const std::string extended = joinedXmp(blocks.extendedXmp, guid);
+  if (mayHaveProperties(extended)) xmp_.complete(readXmp(extended));
 }
 
 void Metadata::decodeIptc(const Blocks& blocks) {
@@ -177,7 +154,6 @@ void Metadata::makeIndex() {
     index_.push_back({datum.tag(), datum.groupName(), &datum});
   std::ranges::stable_sort(index_, {},
                            [](const Entry& entry) { return keyOf(entry.tag, entry.group); });
-  for (const Exiv2::Xmpdatum& datum : xmp_) xmpIndex_.try_emplace(datum.key(), &datum);
 }
 
 const Exiv2::Exifdatum* Metadata::find(std::string_view group, unsigned tag) const {
@@ -227,32 +203,6 @@ std::string Metadata::meaning(std::string_view group, unsigned tag) const {
   std::string words;
   if (datum != nullptr) attempt([&] { words = plainText(datum->print(&exif_)); });
   return words;
-}
-
-std::string Metadata::xmpText(const std::string& key) const {
-  const auto found = xmpIndex_.find(key);
-  std::string text;
-  if (found != xmpIndex_.end())
-    attempt([&] { text = plainText(defaultText(found->second->value())); });
-  return isBlank(text) ? "" : text;
-}
-
-std::vector<std::string> Metadata::xmpTexts(const std::string& key) const {
-  std::vector<std::string> texts;
-  const auto found = xmpIndex_.find(key);
-  if (found == xmpIndex_.end()) return texts;
-  attempt([&] {
-    const Exiv2::Value& value = found->second->value();
-    for (long i = 0; i < static_cast<long>(value.count()); ++i) {
-      if (texts.size() >= media::kMostPhotoTexts) break;
-      addText(texts, plainText(value.toString(static_cast<unsigned>(i))));
-    }
-  });
-  return texts;
-}
-
-std::optional<double> Metadata::xmpNumber(const std::string& key) const {
-  return numberIn(xmpText(key));
 }
 
 std::vector<std::string> Metadata::iptcTexts(unsigned dataset) const {

@@ -1,4 +1,5 @@
-// The tags of a photo as Exiv2 decodes them, to be asked one by one.
+// The tags of a photo, decoded by Exiv2 and, if they are in XMP, by readXmp(). To be asked one by
+// one.
 #ifndef KOLUM_READ_EXIF_METADATA_H
 #define KOLUM_READ_EXIF_METADATA_H
 
@@ -7,12 +8,12 @@
 #include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <vector>
 
 #include "media/rational.h"
 #include "read/exif/blocks.h"
 #include "read/exif/exiv2.h"
+#include "read/exif/xmp.h"
 
 namespace kolum::exif {
 
@@ -31,7 +32,7 @@ struct Ratio {
 
 class Metadata {
  public:
-  // Decodes BLOCKS as far as Exiv2 can. Throws std::bad_alloc only.
+  // Decodes BLOCKS as far as possible. Throws std::bad_alloc only.
   explicit Metadata(const Blocks& blocks);
   Metadata(const Metadata&) = delete;
   Metadata& operator=(const Metadata&) = delete;
@@ -50,11 +51,8 @@ class Metadata {
   std::string meaning(std::string_view group, unsigned tag) const;
   bool isBigEndian() const { return isBigEndian_; }
 
-  // --- XMP. KEY is Exiv2's ("Xmp.dc.title"). Of a text in several languages, the default one.
-  std::string xmpText(const std::string& key) const;
-  std::vector<std::string> xmpTexts(const std::string& key) const;
-  std::optional<double> xmpNumber(const std::string& key) const;
-  bool knowsXmp(const std::string& key) const { return xmpIndex_.contains(key); }
+  // --- XMP, with what is extended.
+  const Xmp& xmp() const { return xmp_; }
 
   // --- IPTC, by the number of the dataset in record 2.
   std::string iptcText(unsigned dataset) const;
@@ -74,16 +72,11 @@ class Metadata {
   const Exiv2::Exifdatum* find(std::string_view group, unsigned tag) const;
 
   Exiv2::ExifData exif_;
-  Exiv2::XmpData xmp_;
+  Xmp xmp_;
   Exiv2::IptcData iptc_;
   bool isBigEndian_ = false;
   std::vector<Entry> index_;
-  std::unordered_map<std::string, const Exiv2::Xmpdatum*> xmpIndex_;
 };
-
-// Loads what Exiv2 would otherwise load at its first use, and silences it. To be called before a
-// process gives up its files, or it need not be called at all.
-void prepareExiv2();
 
 // A decimal number; empty if TEXT is anything else.
 std::optional<double> numberIn(std::string_view text);

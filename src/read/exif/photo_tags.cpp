@@ -7,10 +7,6 @@
 
 namespace kolum::exif {
 
-void prepare() {
-  prepareExiv2();
-}
-
 std::optional<media::PhotoTags> readPhotoTags(const media::Source& source) {
   const auto blocks = findBlocks(source);
   if (!blocks) return std::nullopt;

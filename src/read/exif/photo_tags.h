@@ -1,5 +1,5 @@
-// The tags of photos, read with Exiv2. As Exiv2 is under the GNU General Public License, only the
-// isolated worker is linked with this layer.
+// The tags of photos. As Exiv2, with which those of Exif and IPTC are read, is under the GNU
+// General Public License, only the isolated worker is linked with this layer.
 #ifndef KOLUM_READ_EXIF_PHOTO_TAGS_H
 #define KOLUM_READ_EXIF_PHOTO_TAGS_H
 
@@ -9,9 +9,6 @@
 #include "media/source.h"
 
 namespace kolum::exif {
-
-// Loads what the first call would otherwise load, while the process may still open files.
-void prepare();
 
 // Empty if the file is no photo of a kind that may have tags. Throws std::bad_alloc.
 std::optional<media::PhotoTags> readPhotoTags(const media::Source& source);

@@ -15,7 +15,7 @@ namespace {
 
 std::optional<media::Orientation> exifOrientation(const Metadata& metadata) {
   if (const auto number = metadata.integer(kImage, 0x0112)) return orientationOf(*number);
-  const auto number = metadata.xmpNumber("Xmp.tiff.Orientation");
+  const auto number = numberIn(metadata.xmp().text(XmpProperty::kOrientation));
   return number && *number >= 1 && *number <= 8 ? orientationOf(static_cast<std::int64_t>(*number))
                                                 : std::nullopt;
 }

@@ -51,8 +51,8 @@ std::optional<media::Position> position(const Metadata& metadata) {
   constexpr double kMostLongitude = 180;
   auto latitude = signedAngle(gpsAngle(metadata, 2), metadata.text(kGps, 1), 'N', 'S');
   auto longitude = signedAngle(gpsAngle(metadata, 4), metadata.text(kGps, 3), 'E', 'W');
-  if (!latitude) latitude = xmpAngle(metadata.xmpText("Xmp.exif.GPSLatitude"), 'N', 'S');
-  if (!longitude) longitude = xmpAngle(metadata.xmpText("Xmp.exif.GPSLongitude"), 'E', 'W');
+  if (!latitude) latitude = xmpAngle(metadata.xmp().text(XmpProperty::kLatitude), 'N', 'S');
+  if (!longitude) longitude = xmpAngle(metadata.xmp().text(XmpProperty::kLongitude), 'E', 'W');
   if (!latitude || !longitude || !(std::abs(*latitude) <= kMostLatitude) ||
       !(std::abs(*longitude) <= kMostLongitude))
     return std::nullopt;
@@ -84,27 +84,32 @@ std::optional<double> accuracy(const Metadata& metadata) {
 
 struct PlaceRow {
   std::string media::PhotoTags::*field;
-  const char* xmp;
-  const char* part;  // of a place in XMP's structures
+  XmpProperty xmp;
+  // Where the camera was, and then where that is what it looked at.
+  XmpProperty created;
+  XmpProperty shown;
   unsigned iptc;
 };
 
 constexpr PlaceRow kPlaces[] = {
-    {&media::PhotoTags::location, "Xmp.iptc.Location", "Sublocation", 92},
-    {&media::PhotoTags::city, "Xmp.photoshop.City", "City", 90},
-    {&media::PhotoTags::state, "Xmp.photoshop.State", "ProvinceState", 95},
-    {&media::PhotoTags::country, "Xmp.photoshop.Country", "CountryName", 101},
-    {&media::PhotoTags::countryCode, "Xmp.iptc.CountryCode", "CountryCode", 100},
+    {&media::PhotoTags::location, XmpProperty::kLocation, XmpProperty::kCreatedSublocation,
+     XmpProperty::kShownSublocation, 92},
+    {&media::PhotoTags::city, XmpProperty::kCity, XmpProperty::kCreatedCity,
+     XmpProperty::kShownCity, 90},
+    {&media::PhotoTags::state, XmpProperty::kState, XmpProperty::kCreatedState,
+     XmpProperty::kShownState, 95},
+    {&media::PhotoTags::country, XmpProperty::kCountry, XmpProperty::kCreatedCountry,
+     XmpProperty::kShownCountry, 101},
+    {&media::PhotoTags::countryCode, XmpProperty::kCountryCode, XmpProperty::kCreatedCountryCode,
+     XmpProperty::kShownCountryCode, 100},
 };
 
-// Where the camera was, and then where that is what it looked at.
-constexpr const char* kStructures[] = {"Xmp.iptcExt.LocationCreated", "Xmp.iptcExt.LocationShown"};
-
 std::string placeText(const Metadata& metadata, const PlaceRow& row) {
-  std::string text = metadata.xmpText(row.xmp);
-  for (const char* structure : kStructures)
-    for (const char* index : {"[1]/Iptc4xmpExt:", "/Iptc4xmpExt:", "[1]/iptcExt:", "/iptcExt:"})
-      if (text.empty()) text = metadata.xmpText(std::string(structure) + index + row.part);
+  std::string text = metadata.xmp().text(row.xmp);
+  // The first place of a list, or a single one.
+  for (const XmpProperty structured : {row.created, row.shown})
+    for (const unsigned item : {1U, 0U})
+      if (text.empty()) text = metadata.xmp().text(structured, item);
   return text.empty() ? metadata.iptcText(row.iptc) : text;
 }
 

@@ -26,14 +26,14 @@ std::optional<media::Area> areaFrom(std::optional<double> centreX, std::optional
 }
 
 // As the Metadata Working Group has them. A point has no size.
-std::optional<media::Area> workingGroupArea(const Metadata& metadata, const std::string& region) {
-  const std::string area = region + "/mwg-rs:Area/stArea:";
-  const std::string unit = metadata.xmpText(area + "unit");
+std::optional<media::Area> workingGroupArea(const Xmp& xmp, unsigned region) {
+  const auto number = [&](XmpProperty field) { return numberIn(xmp.text(field, region)); };
+  const std::string unit = xmp.text(XmpProperty::kAreaUnit, region);
   if (!unit.empty() && unit != "normalized") return std::nullopt;
-  const auto diameter = metadata.xmpNumber(area + "d");
-  const auto width = metadata.xmpNumber(area + "w");
-  const auto height = metadata.xmpNumber(area + "h");
-  return areaFrom(metadata.xmpNumber(area + "x"), metadata.xmpNumber(area + "y"),
+  const auto diameter = number(XmpProperty::kAreaDiameter);
+  const auto width = number(XmpProperty::kAreaWidth);
+  const auto height = number(XmpProperty::kAreaHeight);
+  return areaFrom(number(XmpProperty::kAreaX), number(XmpProperty::kAreaY),
                   width ? width : diameter, height ? height : diameter);
 }
 
@@ -57,13 +57,12 @@ std::optional<media::Area> microsoftArea(std::string_view text) {
 using Regions = std::vector<media::Region>;
 
 template <typename ReadRegion>
-Regions regionsOf(const Metadata& metadata, const char* list, ReadRegion readRegion) {
+Regions regionsOf(const Xmp& xmp, XmpProperty list, ReadRegion readRegion) {
   Regions regions;
   std::size_t size = 0;
-  for (std::size_t i = 1; i <= media::kMostPhotoTexts; ++i) {
-    const std::string key = list + ("[" + std::to_string(i) + "]");
-    if (!metadata.knowsXmp(key)) break;
-    media::Region region = readRegion(key);
+  const unsigned count = std::min<unsigned>(xmp.items(list), media::kMostPhotoTexts);
+  for (unsigned i = 1; i <= count; ++i) {
+    media::Region region = readRegion(i);
     size += region.name.size() + region.type.size();
     if (size > media::kLongestPhotoList) break;
     regions.push_back(std::move(region));
@@ -71,19 +70,19 @@ Regions regionsOf(const Metadata& metadata, const char* list, ReadRegion readReg
   return regions;
 }
 
-Regions workingGroupRegions(const Metadata& metadata) {
-  return regionsOf(metadata, "Xmp.mwg-rs.Regions/mwg-rs:RegionList", [&](const std::string& key) {
-    return media::Region{.name = metadata.xmpText(key + "/mwg-rs:Name"),
-                         .type = metadata.xmpText(key + "/mwg-rs:Type"),
-                         .area = workingGroupArea(metadata, key)};
+Regions workingGroupRegions(const Xmp& xmp) {
+  return regionsOf(xmp, XmpProperty::kRegionList, [&](unsigned region) {
+    return media::Region{.name = xmp.text(XmpProperty::kRegionName, region),
+                         .type = xmp.text(XmpProperty::kRegionType, region),
+                         .area = workingGroupArea(xmp, region)};
   });
 }
 
-Regions microsoftRegions(const Metadata& metadata) {
-  return regionsOf(metadata, "Xmp.MP.RegionInfo/MPRI:Regions", [&](const std::string& key) {
-    return media::Region{.name = metadata.xmpText(key + "/MPReg:PersonDisplayName"),
+Regions microsoftRegions(const Xmp& xmp) {
+  return regionsOf(xmp, XmpProperty::kPeopleList, [&](unsigned person) {
+    return media::Region{.name = xmp.text(XmpProperty::kPersonName, person),
                          .type = "Face",
-                         .area = microsoftArea(metadata.xmpText(key + "/MPReg:Rectangle"))};
+                         .area = microsoftArea(xmp.text(XmpProperty::kPersonRectangle, person))};
   });
 }
 
@@ -91,8 +90,8 @@ Regions microsoftRegions(const Metadata& metadata) {
 
 // Where a file has both, the working group's: they say more.
 void readRegions(const Metadata& metadata, media::PhotoTags& tags) {
-  tags.regions = workingGroupRegions(metadata);
-  if (tags.regions.empty()) tags.regions = microsoftRegions(metadata);
+  tags.regions = workingGroupRegions(metadata.xmp());
+  if (tags.regions.empty()) tags.regions = microsoftRegions(metadata.xmp());
 }
 
 }  // namespace kolum::exif

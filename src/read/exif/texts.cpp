@@ -78,6 +78,22 @@ std::string plainText(std::string_view bytes) {
   return limited(std::move(text));
 }
 
+std::string repairedUtf8(std::string_view text) {
+  std::string repaired;
+  while (!text.empty()) {
+    const std::size_t length = firstUtf8Character(text).length;
+    const auto byte = static_cast<unsigned char>(text[0]);
+    if (byte < ' ' && byte != '\t' && byte != '\n' && byte != '\r')
+      repaired += ' ';
+    else if (length > 0)
+      repaired += text.substr(0, length);
+    else
+      putUtf8(repaired, byte);
+    text.remove_prefix(std::max<std::size_t>(length, 1));
+  }
+  return repaired;
+}
+
 std::string utf16Text(std::span<const std::uint8_t> bytes, bool isBigEndian) {
   constexpr std::uint32_t kNoCharacter = 0xFFFD;
   std::string text;

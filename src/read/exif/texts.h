@@ -17,6 +17,10 @@ std::string paddedText(std::string_view bytes);
 // As it is, but without NULs. Latin-1 if it is not UTF-8.
 std::string plainText(std::string_view bytes);
 
+// TEXT with Latin-1 for what is not UTF-8, and spaces for control characters other than tabs and
+// ends of lines.
+std::string repairedUtf8(std::string_view text);
+
 // Up to the first NUL. What is no character becomes U+FFFD.
 std::string utf16Text(std::span<const std::uint8_t> bytes, bool isBigEndian);
 

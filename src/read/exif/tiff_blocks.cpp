@@ -336,9 +336,9 @@ void findInCanonRaw3(const media::Source& source, Blocks& blocks) {
   constexpr std::string_view kXmp =
       "\xBE\x7A\xCF\xCB\x97\xA9\x42\xE8\x9C\x71\x99\x94\x91\xE3\xAF\xAC"sv;
   const FileRange whole = {.begin = 0, .end = source.size()};
-  blocks.xmp = textOf(contentOf(source, findUuidBox(source, whole, kXmp)));
+  blocks.xmp = textOf(contentOf(source, findBoxWith(source, whole, "uuid", kXmp)));
   const auto movie = findBox(source, whole, "moov");
-  const auto tags = movie ? findUuidBox(source, *movie, kCanon) : std::nullopt;
+  const auto tags = movie ? findBoxWith(source, *movie, "uuid", kCanon) : std::nullopt;
   if (tags) takeExif(joined(source, *tags), blocks);
 }
 

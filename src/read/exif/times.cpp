@@ -97,18 +97,19 @@ struct TimeRow {
   unsigned time;
   unsigned subSecond;
   unsigned offset;
-  const char* xmp[2];
+  XmpProperty xmp[2];
   unsigned iptcDate;
   unsigned iptcTime;
 };
 
 constexpr TimeRow kTaken = {
-    kPhoto, 0x9003, 0x9291, 0x9011, {"Xmp.photoshop.DateCreated", "Xmp.exif.DateTimeOriginal"},
+    kPhoto, 0x9003, 0x9291, 0x9011, {XmpProperty::kDateCreated, XmpProperty::kDateTimeOriginal},
     55,     60};
 constexpr TimeRow kDigitized = {
-    kPhoto, 0x9004, 0x9292, 0x9012, {"Xmp.xmp.CreateDate", "Xmp.exif.DateTimeDigitized"}, 62, 63};
+    kPhoto, 0x9004, 0x9292, 0x9012, {XmpProperty::kCreateDate, XmpProperty::kDateTimeDigitized},
+    62,     63};
 constexpr TimeRow kModified = {
-    kImage, 0x0132, 0x9290, 0x9010, {"Xmp.xmp.ModifyDate", "Xmp.tiff.DateTime"}, 0, 0};
+    kImage, 0x0132, 0x9290, 0x9010, {XmpProperty::kModifyDate, XmpProperty::kDateTime}, 0, 0};
 
 std::optional<media::PhotoTime> iptcTime(const Metadata& metadata, const TimeRow& row) {
   if (row.iptcDate == 0) return std::nullopt;
@@ -122,8 +123,8 @@ std::optional<media::PhotoTime> timeOf(const Metadata& metadata, const TimeRow& 
   auto time = exifTime(metadata.text(row.group, row.time), metadata.text(kPhoto, row.subSecond));
   if (time)
     setOffset(*time, utcOffset(metadata.text(kPhoto, row.offset)), media::OffsetOrigin::kStated);
-  for (const char* key : row.xmp)
-    if (!time) time = isoTime(metadata.xmpText(key));
+  for (const XmpProperty property : row.xmp)
+    if (!time) time = isoTime(metadata.xmp().text(property));
   return time ? time : iptcTime(metadata, row);
 }
 

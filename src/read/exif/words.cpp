@@ -57,26 +57,26 @@ Texts firstList(std::initializer_list<Texts> lists) {
 
 Texts keywords(const Metadata& metadata) {
   Texts all;
-  for (const Texts& list : {metadata.xmpTexts("Xmp.dc.subject"), metadata.iptcTexts(25),
+  for (const Texts& list : {metadata.xmp().texts(XmpProperty::kSubject), metadata.iptcTexts(25),
                             parts(metadata.utf16(kImage, kWindowsKeywords), ';')})
     for (const std::string& text : list) addText(all, text);
   return all;
 }
 
 struct PathRow {
-  const char* key;
+  XmpProperty property;
   char separator;
 };
 
-constexpr PathRow kPaths[] = {{"Xmp.lr.hierarchicalSubject", '|'},
-                              {"Xmp.digiKam.TagsList", '/'},
-                              {"Xmp.MicrosoftPhoto.LastKeywordXMP", '/'}};
+constexpr PathRow kPaths[] = {{XmpProperty::kHierarchicalSubject, '|'},
+                              {XmpProperty::kTagsList, '/'},
+                              {XmpProperty::kLastKeyword, '/'}};
 
 // Programs write the same list in several ways. A single word is in the other list.
 Texts keywordPaths(const Metadata& metadata) {
   Texts all;
   for (const PathRow& row : kPaths)
-    for (std::string text : metadata.xmpTexts(row.key)) {
+    for (std::string text : metadata.xmp().texts(row.property)) {
       std::ranges::replace(text, row.separator, '|');
       if (text.find('|') != text.npos) addText(all, text);
     }
@@ -86,7 +86,8 @@ Texts keywordPaths(const Metadata& metadata) {
 std::optional<int> rating(const Metadata& metadata) {
   constexpr double kRejected = -1;
   constexpr double kBest = 5;
-  auto stars = metadata.xmpNumber("Xmp.xmp.Rating");
+  const Xmp& xmp = metadata.xmp();
+  auto stars = numberIn(xmp.text(XmpProperty::kRating));
   if (!stars) stars = metadata.number(kImage, 0x4746);
   if (!stars || *stars < kRejected || *stars > kBest) return std::nullopt;
   return static_cast<int>(std::lround(*stars));
@@ -95,22 +96,23 @@ std::optional<int> rating(const Metadata& metadata) {
 }  // namespace
 
 void readWords(const Metadata& metadata, media::PhotoTags& tags) {
-  tags.title = firstOf({metadata.xmpText("Xmp.dc.title"), metadata.iptcText(5),
-                        metadata.utf16(kImage, kWindowsTitle)});
-  tags.headline = firstOf({metadata.xmpText("Xmp.photoshop.Headline"), metadata.iptcText(105)});
-  tags.description = firstOf({metadata.text(kImage, 0x010E), metadata.xmpText("Xmp.dc.description"),
+  const Xmp& xmp = metadata.xmp();
+  tags.title = firstOf(
+      {xmp.text(XmpProperty::kTitle), metadata.iptcText(5), metadata.utf16(kImage, kWindowsTitle)});
+  tags.headline = firstOf({xmp.text(XmpProperty::kHeadline), metadata.iptcText(105)});
+  tags.description = firstOf({metadata.text(kImage, 0x010E), xmp.text(XmpProperty::kDescription),
                               metadata.iptcText(120), metadata.utf16(kImage, kWindowsComment),
                               userComment(metadata)});
   tags.keywords = keywords(metadata);
   tags.keywordPaths = keywordPaths(metadata);
   tags.rating = rating(metadata);
-  tags.label = metadata.xmpText("Xmp.xmp.Label");
+  tags.label = xmp.text(XmpProperty::kLabel);
   tags.creators =
-      firstList({parts(metadata.text(kImage, 0x013B), ';'), metadata.xmpTexts("Xmp.dc.creator"),
+      firstList({parts(metadata.text(kImage, 0x013B), ';'), xmp.texts(XmpProperty::kCreator),
                  metadata.iptcTexts(80), parts(metadata.utf16(kImage, kWindowsAuthor), ';')});
   tags.copyright =
-      firstOf({exifCopyright(metadata), metadata.xmpText("Xmp.dc.rights"), metadata.iptcText(116)});
-  tags.credit = firstOf({metadata.xmpText("Xmp.photoshop.Credit"), metadata.iptcText(110)});
+      firstOf({exifCopyright(metadata), xmp.text(XmpProperty::kRights), metadata.iptcText(116)});
+  tags.credit = firstOf({xmp.text(XmpProperty::kCredit), metadata.iptcText(110)});
 }
 
 }  // namespace kolum::exif

@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <utility>
+#include <vector>
 
 #include "read/exif/reading.h"
 #include "support/exif_builder.h"
@@ -15,6 +17,7 @@ namespace kolum::test {
 namespace {
 
 using testing::ElementsAre;
+using testing::IsEmpty;
 
 const std::string kExif = exifStructure(
     {photoDirectory({exifText(0x010F, "Canon"), exifShort(0x0112, 6)}, {exifShort(0x8827, 400)})});
@@ -72,21 +75,103 @@ std::string testName(const testing::TestParamInfo<Container>& row) {
 
 INSTANTIATE_TEST_SUITE_P(
     All, PhotoContainer,
-    testing::Values(
-        Container{"photo.jpg", jpegPhoto(kBlocks)}, Container{"photo.png", pngPhoto(kBlocks)},
-        Container{"old.png", pngWithHexadecimals()}, Container{"photo.webp", webpPhoto(kBlocks)},
-        Container{"photo.jxl", jpegXlPhoto(kBlocks)}, Container{"photo.heic", heifPhoto(kBlocks)},
-        Container{"inside.heic", heifPhoto(kBlocks, {.isInMetaBox = true})},
-        Container{"photo.avif", heifPhoto(kBlocks, {.brand = "avif"})},
-        Container{"little.tif", tiffWithXmp(false)}, Container{"big.tif", tiffWithXmp(true)},
-        Container{"photo.cr3", canonFile()},
-        Container{"photo.raf", fujifilmRaw(jpegPhoto(kBlocks), 60, 40)}),
+    testing::Values(Container{"photo.jpg", jpegPhoto(kBlocks)},
+                    Container{"photo.png", pngPhoto(kBlocks)},
+                    Container{"old.png", pngWithHexadecimals()},
+                    Container{"photo.webp", webpPhoto(kBlocks)},
+                    Container{"photo.jxl", jpegXlPhoto(kBlocks)},
+                    Container{"compressed.jxl", compressedJpegXlPhoto(kBlocks)},
+                    Container{"photo.heic", heifPhoto(kBlocks)},
+                    Container{"inside.heic", heifPhoto(kBlocks, {.isInMetaBox = true})},
+                    Container{"photo.avif", heifPhoto(kBlocks, {.brand = "avif"})},
+                    Container{"little.tif", tiffWithXmp(false)},
+                    Container{"big.tif", tiffWithXmp(true)}, Container{"photo.cr3", canonFile()},
+                    Container{"photo.raf", fujifilmRaw(jpegPhoto(kBlocks), 60, 40)}),
     testName);
 
 TEST(GifContainer, HoldsXmp) {
   const auto tags = tagsOf(gifPhoto(kXmp), "photo.gif");
   ASSERT_TRUE(tags);
   EXPECT_THAT(tags->keywords, ElementsAre("alps", "snow"));
+}
+
+// --- Extended XMP
+
+const std::string kGuid = "0123456789ABCDEF0123456789ABCDEF";
+const std::string kExtended =
+    xmpDocument(xmpList("dc:subject", "Bag", {"ski"}) + "<dc:title>Eiger</dc:title>");
+
+// That of all these parts, given from where to where they go, and of the first packet.
+media::PhotoTags tagsOfExtended(const std::vector<std::pair<std::size_t, std::size_t>>& parts,
+                                const std::string& guid = kGuid,
+                                const std::string& extended = kExtended) {
+  std::string segments;
+  for (const auto& [begin, end] : parts)
+    segments +=
+        extendedXmpSegment(guid, extended.size(), begin, extended.substr(begin, end - begin));
+  const std::string xmp = xmpDocument(xmpList("dc:subject", "Bag", {"alps"}) +
+                                      "<n:HasExtendedXMP xmlns:n='http://ns.adobe.com/xmp/note/'>" +
+                                      kGuid + "</n:HasExtendedXMP>");
+  const auto behind = tagsOf(jpegPhoto({.xmp = xmp, .segments = segments}));
+  const auto before = tagsOf(jpeg(segments + jpegPhoto({.xmp = xmp}).substr(2)));
+  EXPECT_TRUE(before && behind);
+  EXPECT_EQ(before->title, behind->title);
+  return behind.value_or(media::PhotoTags{});
+}
+
+TEST(ExtendedXmp, CountsWhereTheFirstPacketSaysNothing) {
+  const auto tags = tagsOfExtended({{500, kExtended.size()}, {0, 200}, {200, 500}});
+  EXPECT_EQ(tags.title, "Eiger");
+  EXPECT_THAT(tags.keywords, ElementsAre("alps"));
+}
+
+TEST(ExtendedXmp, IsLeftOutIfItIsNotWhole) {
+  EXPECT_EQ(tagsOfExtended({{0, kExtended.size()}}).title, "Eiger");
+  EXPECT_EQ(tagsOfExtended({{0, 500}}).title, "");
+  EXPECT_EQ(tagsOfExtended({{200, kExtended.size()}}).title, "");
+  EXPECT_EQ(tagsOfExtended({{0, 300}, {200, kExtended.size()}}).title, "");
+  EXPECT_EQ(tagsOfExtended({{0, 200}, {300, kExtended.size()}}).title, "");
+  EXPECT_EQ(tagsOfExtended({}).title, "");
+}
+
+TEST(ExtendedXmp, IsThatWhichTheFirstPacketNames) {
+  EXPECT_EQ(tagsOfExtended({{0, kExtended.size()}}, std::string(32, 'A')).title, "");
+  const auto unnamed = tagsOf(jpegPhoto(
+      {.xmp = kXmp, .segments = extendedXmpSegment(kGuid, kExtended.size(), 0, kExtended)}));
+  ASSERT_TRUE(unnamed);
+  EXPECT_EQ(unnamed->title, "");
+}
+
+TEST(ExtendedXmp, HasALimit) {
+  constexpr std::size_t kPart = 60'000;
+  const auto titleWith = [](std::size_t size) {
+    const std::string extended = kExtended + std::string(size - kExtended.size(), ' ');
+    std::vector<std::pair<std::size_t, std::size_t>> parts;
+    for (std::size_t begin = 0; begin < size; begin += kPart)
+      parts.emplace_back(begin, std::min(begin + kPart, size));
+    return tagsOfExtended(parts, kGuid, extended).title;
+  };
+  EXPECT_EQ(titleWith(4 * kMiB), "Eiger");
+  EXPECT_EQ(titleWith(4 * kMiB + 1), "");
+}
+
+// --- Brotli
+
+TEST(JpegXlContainer, IsReadWithoutBoxesThatAreDamaged) {
+  const std::string head = jpegXlPhoto({.exif = kExif});
+  const std::string packed = brotliCompressed(kXmp);
+  const auto keywords = [&](const std::string& content) {
+    const auto tags = tagsOf(head + box("brob", content), "photo.jxl");
+    EXPECT_TRUE(tags && tags->make == "Canon");
+    return tags ? tags->keywords : std::vector<std::string>{};
+  };
+  EXPECT_THAT(keywords("xml " + packed), ElementsAre("alps", "snow"));
+  for (std::size_t size = 0; size < packed.size(); size += 13)
+    EXPECT_THAT(keywords("xml " + packed.substr(0, size)), IsEmpty()) << size;
+  EXPECT_THAT(keywords("xml " + noise(500)), IsEmpty());
+  EXPECT_THAT(keywords("jumb" + packed), IsEmpty());
+  EXPECT_THAT(keywords("xm"), IsEmpty());
+  EXPECT_THAT(keywords("xml " + brotliCompressed(kXmp + std::string(5 * kMiB, ' '))), IsEmpty());
 }
 
 // --- Sizes and turns

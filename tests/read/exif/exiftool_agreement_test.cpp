@@ -362,6 +362,16 @@ TEST(ExifToolAgreementOfParts, HoldsForIptc) {
   expectAgreement(tagged(picture("photo.tif"), kIptc));
 }
 
+// ExifTool puts what is too long for a segment of a JPEG file into further ones.
+TEST(ExifToolAgreementOfParts, HoldsForExtendedXmp) {
+  const std::string path =
+      tagged(picture("photo.jpg"),
+             kXmp + Arguments{"-XMP-dc:Description=" + std::string(50'000, 'a'),
+                              "-XMP-photoshop:Headline=" + std::string(40'000, 'b')});
+  EXPECT_NE(mustRun({"cat", path}).find("http://ns.adobe.com/xmp/extension/"), std::string::npos);
+  expectAgreement(path);
+}
+
 TEST(ExifToolAgreementOfParts, HoldsForGif) {
   expectAgreement(tagged(picture("photo.gif"), kXmp));
 }

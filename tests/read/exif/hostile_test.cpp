@@ -194,6 +194,66 @@ std::string unusualXmp() {
                           "<dc:creator rdf:parseType='Resource'><dc:x>a</dc:x></dc:creator>")});
 }
 
+// In one element, and each in the same namespace with a long name.
+std::string manyAttributes() {
+  std::string text = "<dc:title xmlns:a='" + std::string(2 * kMiB, 'x') + "'";
+  for (int i = 0; i < 150'000; ++i)
+    text += " a:" + std::to_string(i + 100'000).replace(0, 1, "b") + "=''";
+  return inTiff(xmpDocument(text + "/>"));
+}
+
+std::string manyElements() {
+  std::string text = "<a:b xmlns:a='" + std::string(kMiB, 'x') + "'>";
+  for (int i = 0; i < 150'000; ++i) text += "<a:c" + std::to_string(i) + "/>";
+  return inTiff(xmpDocument(text + "</a:b>"));
+}
+
+std::string bindings(int count) {
+  std::string text;
+  for (int i = 0; i < count; ++i) text += " xmlns:n" + std::to_string(i) + "='http://x/'";
+  return text;
+}
+
+std::string manyNamespacesAtOnce() {
+  return inTiff(xmpDocument("<a" + bindings(100'000) + "/>"));
+}
+
+// Prefixes that are looked up among as many as there may be.
+std::string manyLookups() {
+  return inTiff("<rdf:RDF xmlns:rdf='http://www.w3.org/1999/02/22-rdf-syntax-ns#'" + bindings(200) +
+                "><rdf:Description>" + repeated("<x:a/>", 600'000) +
+                "</rdf:Description></rdf:RDF>");
+}
+
+std::string manyReferences() {
+  return inTiff(xmpDocument("<dc:title>" + repeated("&lt;", 900'000) + "</dc:title>"));
+}
+
+// 2000 segments of a whole that would have 4 GiB.
+std::string manyParts() {
+  const std::string guid(32, 'A');
+  std::string segments;
+  for (std::size_t i = 0; i < 2000; ++i)
+    segments += extendedXmpSegment(guid, UINT32_MAX, i * 60'000, std::string(60'000, 'x'));
+  return jpegPhoto(
+      {.xmp = xmpDocument("<n:HasExtendedXMP xmlns:n='http://ns.adobe.com/xmp/note/'>" + guid +
+                          "</n:HasExtendedXMP>"),
+       .segments = segments});
+}
+
+// Declarations without a name in the extended XMP.
+std::string manyDeclarations() {
+  const std::string guid(32, 'A');
+  const std::string extended = repeated("xmlns", 800'000) + "'";
+  std::string segments;
+  for (std::size_t i = 0; i < extended.size(); i += 60'000)
+    segments += extendedXmpSegment(guid, extended.size(), i, extended.substr(i, 60'000));
+  return jpegPhoto(
+      {.xmp = xmpDocument("<n:HasExtendedXMP xmlns:n='http://ns.adobe.com/xmp/note/'>" + guid +
+                          "</n:HasExtendedXMP>"),
+       .segments = segments});
+}
+
 // --- IPTC
 
 std::string manyDatasets() {
@@ -281,6 +341,12 @@ std::string boxThatEndsBeforeItBegins() {
   return bigEndian(12, 4) + "JXL \r\n\x87\n" + bigEndian(1, 4) + "free" + bigEndian(UINT64_MAX, 8);
 }
 
+std::string inflatingBoxes() {
+  const std::string bomb = brotliCompressed(zeros(256 * kMiB));
+  return bigEndian(12, 4) + "JXL \r\n\x87\n" + box("brob", "Exif" + bomb) +
+         box("brob", "xml " + bomb);
+}
+
 std::string canonWithoutDirectories() {
   return canonRaw3({}, {exifText(0x9003, "x")}, {}, {}, "x");
 }
@@ -313,6 +379,13 @@ constexpr Hostile kFiles[] = {
     {"deepXmpInExif.jpg", deepXmpInExif},
     {"entities.tif", entities},
     {"manyNamespaces.tif", manyNamespaces},
+    {"manyAttributes.tif", manyAttributes},
+    {"manyElements.tif", manyElements},
+    {"manyNamespacesAtOnce.tif", manyNamespacesAtOnce},
+    {"manyLookups.tif", manyLookups},
+    {"manyReferences.tif", manyReferences},
+    {"manyParts.jpg", manyParts},
+    {"manyDeclarations.jpg", manyDeclarations},
     {"longTexts.tif", longTexts},
     {"manyRegions.tif", manyRegions},
     {"unusualXmp.jpg", unusualXmp},
@@ -328,6 +401,7 @@ constexpr Hostile kFiles[] = {
     {"manyAssociations.heic", manyAssociations},
     {"boxesWithoutEnd.jxl", boxesWithoutEnd},
     {"boxThatEndsBeforeItBegins.jxl", boxThatEndsBeforeItBegins},
+    {"inflatingBoxes.jxl", inflatingBoxes},
     {"canonWithoutDirectories.cr3", canonWithoutDirectories},
     {"fujifilmBeyondTheEnd.raf", fujifilmBeyondTheEnd},
     {"gifBlocksWithoutEnd.gif", gifBlocksWithoutEnd},
@@ -346,7 +420,6 @@ TEST_P(HostilePhoto, TakesLittleTimeAndMemory) {
   constexpr long kGrowth = 160 * 1024;
   const TempDir folder;
   const std::string path = folder.write(GetParam().name, GetParam().content());
-  exif::prepare();
   const long before = peakKilobytes();
   const auto begin = std::chrono::steady_clock::now();
   tagsOfFile(path);

@@ -5,7 +5,6 @@
 
 #include "base/utf8.h"
 #include "media/photo_tags.h"
-#include "read/exif/xmp_check.h"
 
 namespace kolum::exif {
 
@@ -70,40 +69,10 @@ TEST(PhotoText, FillsListsUpToTheirLimits) {
   EXPECT_THAT(list, SizeIs(4));
 }
 
-std::string nested(int levels) {
-  std::string text;
-  for (int i = 0; i < levels; ++i) text += "<a b='>'>";
-  for (int i = 0; i < levels; ++i) text += "</a>";
-  return text;
-}
-
-std::string repeated(int count, const std::string& text) {
-  std::string all = "<r>";
-  for (int i = 0; i < count; ++i) all += text;
-  return all + "</r>";
-}
-
-TEST(XmpCheck, KeepsUsualDocuments) {
-  for (const std::string& text :
-       {std::string("<?xpacket begin=''?><!-- <<< --><a><b c='1'/><![CDATA[<d>]]></a> "),
-        nested(60), repeated(2000, "<li>x</li>")})
-    EXPECT_EQ(harmlessXmp(text), text);
-}
-
-TEST(XmpCheck, LeavesHistoriesOut) {
-  EXPECT_EQ(harmlessXmp("<a><xmpMM:History><b/><c>x</c></xmpMM:History><d/></a>"), "<a><d/></a>");
-  EXPECT_EQ(harmlessXmp("<a><crs:x/><crs:y>1</crs:y>z</a>"), "<a>z</a>");
-  EXPECT_EQ(
-      harmlessXmp("<a><xmpMM:History>" + repeated(60000, "<li>x</li>") + "</xmpMM:History></a>"),
-      "<a></a>");
-}
-
-TEST(XmpCheck, RejectsWhatTheParserCannotBear) {
-  for (const std::string& text :
-       {nested(65), repeated(6000, "<li>x</li>"), repeated(3000, "<li a='x'/>"),
-        std::string("<!DOCTYPE a [<!ENTITY b 'c'>]><a>&b;</a>"), std::string("<a b='"),
-        std::string("<a><xmpMM:History></a>"), std::string(5 << 20, ' ')})
-    EXPECT_EQ(harmlessXmp(text), "");
+TEST(PhotoText, IsRepairedByteByByte) {
+  EXPECT_EQ(repairedUtf8("caf\xE9 caf\xC3\xA9\n"), "caf\xC3\xA9 caf\xC3\xA9\n");
+  EXPECT_EQ(repairedUtf8(std::string("a\0\x1F\tb", 5)), "a  \tb");
+  EXPECT_EQ(repairedUtf8("\xED\xA0\x80"), "\xC3\xAD\xC2\xA0\xC2\x80");
 }
 
 }  // namespace

@@ -54,6 +54,8 @@ constexpr Row kRows[] = {
     {"jQuery, Chart.js, DataTables, Scroller", "MIT", "kolum", Place::kHeaders},
     {"Natural Earth", "public domain", "kolum", Place::kHeaders},
     {"Exiv2 (libexiv2)", "GPL-2.0-or-later", "kolum-worker", Place::kWorker},
+    {"Expat (libexpat)", "MIT", "kolum-worker", Place::kWorker},
+    {"Brotli (libbrotlidec)", "MIT", "kolum-worker", Place::kWorker},
     {"libseccomp", "LGPL-2.1-only", "kolum-worker", Place::kWorker},
     {"libudfread", "LGPL-2.1-or-later", "kolum-worker", Place::kWorker},
     {"zlib (libz)", "Zlib", "kolum kolum-worker", Place::kThisProcess, "libz.so"},
