@@ -76,8 +76,9 @@ std::optional<Result> foundResult(Context& context, const scan::FoundFile& file)
 }
 
 void NamePrinter::print(const std::string& name) {
-  if (isNulSeparated_) return context_.printer.raw(name + '\0');
-  if (isShown_) return context_.printer.raw(printable(name) + "\n");
+  const char end = isNulSeparated_ ? '\0' : '\n';
+  if (isShown_) return context_.printer.raw(printable(name) + end);
+  if (isNulSeparated_) return context_.printer.raw(name + end);
   if (name.find('\n') != std::string::npos)
     return context_.fail(name, "contains a newline; --null prints it");
   context_.printer.raw(name + "\n");

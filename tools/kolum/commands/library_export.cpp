@@ -100,12 +100,12 @@ std::string row(const Json& object) {
 void run(Context& context, const Options& options) {
   if (context.json == options.asCsv) throw UsageError("either --json or --csv is required");
   scan::Store store = libraryToRead(options.library);
-  if (options.asCsv) context.printer.raw(header());
+  if (options.asCsv) context.printer.csv(header());
   forEachFound(context, store, {}, options.paths, [&](const scan::FoundFile& file) {
     const auto result = foundResult(context, file);
     if (!result) return;
     if (!options.asCsv) return context.printer.block(*result);
-    context.printer.raw(row(result->json()));
+    context.printer.csv(row(result->json()));
   });
 }
 

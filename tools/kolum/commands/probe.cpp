@@ -64,7 +64,7 @@ void begin(Context& context, Options& options) {
   std::vector<std::string> titles =
       (options.view.fields ? *options.view.fields : usualFields()).names();
   if (titles.front() != "file") titles.insert(titles.begin(), "file");
-  context.printer.raw(csvRow(titles));
+  context.printer.csv(csvRow(titles));
 }
 
 Description description(const describe::MediaPath& path, const describe::Options& options,
