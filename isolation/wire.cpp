@@ -11,6 +11,8 @@
 #include "base/bytes.h"
 #include "base/clean_text.h"
 #include "base/utf8.h"
+#include "isolation/message.h"
+#include "media/budget.h"
 
 namespace kolum::isolation {
 
@@ -98,11 +100,14 @@ class Decoder {
     if (raw.size() == sizeof value) std::memcpy(&value, raw.data(), sizeof value);
     return value;
   }
-  // Of a list whose elements take at least a byte each.
-  std::size_t size() {
+  // Of a list whose elements take at least a byte each, and so much memory. Nothing that grows with
+  // the message is decoded without it.
+  std::size_t count(std::size_t sizeOfElement) {
     const std::size_t count = number<std::uint32_t>();
-    if (count > bytes_.left()) fail();
-    return bytes_.failed() ? 0 : count;
+    if (count > bytes_.left() || count > memory_ / sizeOfElement) fail();
+    if (bytes_.failed()) return 0;
+    memory_ -= count * sizeOfElement;
+    return count;
   }
 
   template <typename Value>
@@ -117,7 +122,7 @@ class Decoder {
     if (found > 1) fail();
     value = found == 1;
   }
-  void get(std::string& text) { text = bytes_.text(size()); }
+  void get(std::string& text) { text = bytes_.text(count(sizeof(char))); }
   template <typename Value>
   void get(std::optional<Value>& value) {
     bool isThere = false;
@@ -131,11 +136,14 @@ class Decoder {
   }
   template <typename Value>
   void get(std::vector<Value>& values) {
-    for (std::size_t left = size(); left > 0 && !bytes_.failed(); --left)
-      get(values.emplace_back());
+    const std::size_t size = count(sizeof(Value));
+    // Growing step by step would take up to three times as much.
+    values.reserve(size);
+    while (values.size() < size && !bytes_.failed()) get(values.emplace_back());
   }
 
   ByteReader bytes_;
+  std::size_t memory_ = kMostDecoded;  // that is left
 };
 
 void Encoder::trace(Trace& trace) {
@@ -156,9 +164,9 @@ bool isLine(std::string_view text) {
 
 // Readers write lines for standard error only. The host writes them out as they are.
 void Decoder::trace(Trace& trace) {
-  const std::size_t count = size();
-  if (count > kMostLines) fail();
-  for (std::size_t left = count; left > 0 && !bytes_.failed(); --left) {
+  const std::size_t size = count(sizeof(TraceLine));
+  if (size > kMostLines) fail();
+  for (std::size_t left = size; left > 0 && !bytes_.failed(); --left) {
     std::string text;
     get(text);
     if (!isLine(text)) fail();
@@ -367,7 +375,9 @@ void fields(Archive& io, media::Stream& value) {
 
 void check(Encoder& /*io*/, const media::Container& /*value*/) {}
 void check(Decoder& io, const media::Container& value) {
-  if (value.chapters.size() > media::kMostChapters || value.programs.size() > media::kMostPrograms)
+  if (value.streams.size() > std::size_t{media::budget::kStreams} ||
+      value.tags.size() > media::kMostContainerTags ||
+      value.chapters.size() > media::kMostChapters || value.programs.size() > media::kMostPrograms)
     io.fail();
 }
 
@@ -570,7 +580,8 @@ void check(Decoder& io, const media::DiscIndex& value) {
 
 template <typename Archive>
 void fields(Archive& io, media::DiscIndex& value) {
-  io(value.kind, value.dvdTitles, value.titleSets, value.playlists, value.mainFile);
+  io(value.kind, value.dvdTitles, value.titleSets, value.playlists, value.mainFile,
+     value.isIncomplete);
   check(io, value);
 }
 

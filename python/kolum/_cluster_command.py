@@ -132,7 +132,7 @@ def summary_text(summary: Summary) -> str:
         rows.append(("Library", summary.library))
     width = max(len(label) for label, _ in rows)
     title = "Stopped" if summary.stopped else "Scanned"
-    return "\n".join([title, *(f"  {label:{width}}  {_printable(value)}".rstrip() for label, value in rows)])
+    return "\n".join([title, *(f"  {_printable(label):{width}}  {_printable(value)}".rstrip() for label, value in rows)])
 
 
 def progress_line(progress: Progress) -> str:

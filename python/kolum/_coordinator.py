@@ -9,12 +9,12 @@ import queue
 import threading
 import time
 import uuid
-import zlib
 from collections import Counter
 from dataclasses import dataclass, field
 from typing import Any, Callable, Collection, Mapping
 
 from . import _remote
+from ._answers import Checked, Nonsense, checked, greeting, shortened
 from ._batches import Batch, Found, Limits, Mapped
 from ._filters import ClusterError, Walk, Writer
 
@@ -203,11 +203,13 @@ class Coordinator:
         answers = self._greetings()
         for address, answer in answers.items():
             name = self._name_of(address)
-            if error := answer.get("error"):
-                raise ClusterError(f"{name}: {error}")
-            if answer["version"] != self._version:
-                raise VersionMismatch(f"{name} has {answer['version']}; the coordinator has {self._version}")
-        self._most_jobs = max((answer["jobs"] for answer in answers.values()), default=1)
+            try:
+                version, jobs = greeting(answer)
+            except Nonsense as error:
+                raise ClusterError(f"{name}: {error}") from error
+            if version != self._version:
+                raise VersionMismatch(f"{name} has {shortened(version)}; the coordinator has {self._version}")
+            self._most_jobs = max(self._most_jobs, jobs)
 
     def _greetings(self) -> dict[str, dict]:
         try:
@@ -394,22 +396,28 @@ class Coordinator:
 
     def _take(self, batch: Batch, future: Any) -> None:
         try:
-            answers: _remote.Answers = future.result(timeout=30)
+            packed: _remote.Answers = future.result(timeout=30)
         except Exception as error:  # The machine left with its answer, or the scheduler did.
-            return self._retry(batch, f"its answer was lost: {type(error).__name__}: {error}")
+            return self._retry(batch, f"its answer was lost: {type(error).__name__}: {shortened(error)}")
+        try:
+            answers = checked(packed, batch.files)
+        except Nonsense as error:
+            return self._retry(batch, str(error))
         if self._is_blind(batch, answers):
-            return self._send_elsewhere(batch, answers)
-        self._writer.add(zlib.decompress(answers.lines))
+            return self._send_elsewhere(batch, future, answers)
+        self._writer.add(answers.lines)
         for number, code, reason in answers.not_read:
             self._skip(batch.files[number], f"{reason} ({code}, on {answers.machine})")
-        self.summary.bytes_received += len(answers.lines)
+        for number, why in answers.refused:
+            self._skip(batch.files[number], f"{why} (on {answers.machine})")
+        self.summary.bytes_received += len(packed.lines)
         self.summary.batches += 1
-        self.summary.machines[answers.machine] += answers.count
+        self.summary.machines[answers.machine] += len(batch.files)
         self.summary.failed_by_reason.update(answers.failures)
         self.progress.failed += sum(answers.failures.values())
         self._finish(batch)
 
-    def _is_blind(self, batch: Batch, answers: _remote.Answers) -> bool:
+    def _is_blind(self, batch: Batch, answers: Checked) -> bool:
         """Nothing is there for the machine, but something is for the coordinator."""
         if not answers.sees_root:
             return True
@@ -417,8 +425,17 @@ class Coordinator:
         return (len(answers.not_read) == len(batch.files) and codes == {"not-found"}
                 and any(os.path.lexists(found.name) for found in batch.files))
 
-    def _send_elsewhere(self, batch: Batch, answers: _remote.Answers) -> None:
+    def _is_from(self, address: str, future: Any) -> bool:
+        """Whether an answer is of the machine that it names."""
+        try:
+            return address in self._client.who_has([future]).get(future.key, ())
+        except Exception:  # The scheduler has left.
+            return False
+
+    def _send_elsewhere(self, batch: Batch, future: Any, answers: Checked) -> None:
         """To machines that may see the folder."""
+        if not self._is_from(answers.address, future):
+            return self._retry(batch, "its answer is not of the machine that it names")
         if answers.address not in self._blind[batch.root]:
             self._note(f"{answers.machine} does not see the files below {answers.root}")
         self._blind[batch.root].add(answers.address)
@@ -441,10 +458,10 @@ class Coordinator:
 
     def _fail(self, batch: Batch, error: BaseException) -> None:
         if isinstance(error, _remote.VersionError):
-            raise VersionMismatch(str(error))
+            raise VersionMismatch(shortened(error))
         if isinstance(error, ImportError):
-            raise ClusterError(f"a machine cannot load the Python package kolum: {error}")
-        self._retry(batch, str(error))
+            raise ClusterError(f"a machine cannot load the Python package kolum: {shortened(error)}")
+        self._retry(batch, shortened(error))
 
     def _retry(self, batch: Batch, why: str) -> None:
         """Once more; then in halves, until the file that is to blame is alone and can be skipped."""

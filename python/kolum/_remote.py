@@ -60,7 +60,6 @@ class Answers:
     """Files that this machine could not read just now: number in the batch, code, reason."""
     failures: Counter = field(default_factory=Counter)
     """Failures by their codes."""
-    count: int = 0
     machine: str = ""
     address: str = ""
     root: str = ""
@@ -205,7 +204,7 @@ def describe(task: Task) -> Answers:
     _require_version(task)
     name, address = whoami()
     root = mapped(os.fsencode(task.root), task.map)
-    answers = Answers(count=len(task.names), machine=name, address=address, root=os.fsdecode(root),
+    answers = Answers(machine=name, address=address, root=os.fsdecode(root),
                       sees_root=os.path.lexists(root))
     if answers.sees_root:
         there = [mapped(each, task.map) for each in task.names]

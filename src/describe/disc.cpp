@@ -26,7 +26,10 @@ media::DiscIndex indexOf(const std::string& folder, const std::string& name) {
   const auto source =
       disc::open({.root = folder, .path = folder + name, .containerFormat = 0, .size = 0});
   if (!source) return {};
-  return isolation::look(*source, {.discIndex = true}).disc.value_or(media::DiscIndex());
+  const read::Findings found = isolation::look(*source, {.discIndex = true});
+  media::DiscIndex index = found.disc.value_or(media::DiscIndex());
+  index.bytes = found.bytesRead;
+  return index;
 }
 
 std::string lastPart(std::string_view path) {
@@ -40,11 +43,14 @@ media::Disc dvdOfFolder(const std::string& folder, std::string_view mainFile) {
   media::DiscIndex disc;
   for (const auto& [number, names] : headers::dvdIndexNames(disc::namesIn(folder))) {
     for (const std::string& name : names) {
-      if (deadline.isOver()) break;
+      if (disc.isFull() || deadline.isOver()) {
+        disc.isIncomplete = true;
+        break;
+      }
       media::DiscIndex index = indexOf(folder, name);
-      if (index.kind == media::DiscKind::kNone) continue;
+      const bool isFound = index.kind != media::DiscKind::kNone;
       disc.add(std::move(index));
-      break;
+      if (isFound) break;
     }
   }
   disc.kind = media::DiscKind::kDvd;
@@ -57,9 +63,12 @@ media::Disc blurayOfFolder(const std::string& folder, std::string_view mainFile)
   const Deadline deadline;
   media::DiscIndex disc;
   for (const std::string& name : disc::namesIn(folder + playlists)) {
-    if (disc.playlists.size() == media::kMostDiscTitles || deadline.isOver()) break;
-    if (headers::indexKindOf(name) == headers::IndexKind::kPlaylist)
-      disc.add(indexOf(folder, playlists + name));
+    if (headers::indexKindOf(name) != headers::IndexKind::kPlaylist) continue;
+    if (disc.isFull() || deadline.isOver()) {
+      disc.isIncomplete = true;
+      break;
+    }
+    disc.add(indexOf(folder, playlists + name));
   }
   disc.kind = media::DiscKind::kBluray;
   disc.mainFile = lastPart(mainFile);

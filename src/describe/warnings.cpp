@@ -77,6 +77,11 @@ std::optional<std::string> pictureAsVideo(const Document& document) {
   return "has no film, only a picture, which counts as one";
 }
 
+std::optional<std::string> incompleteDisc(const Document& document) {
+  if (!document.disc || !document.disc->isIncomplete) return std::nullopt;
+  return "its index files list more than is read: titles, chapters or streams are left out";
+}
+
 struct Rule {
   std::string_view code;
   std::optional<std::string> (*reason)(const Document& document);
@@ -87,6 +92,7 @@ constexpr auto kRules = std::to_array<Rule>({
     {"misnamed", misnamed},
     {"truncated", truncated},
     {"picture-as-video", pictureAsVideo},
+    {"incomplete-disc", incompleteDisc},
 });
 
 }  // namespace

@@ -55,21 +55,42 @@ void forEachTitle(Index& index, Visit visit) {
   for (auto& title : index.playlists) visit(title);
 }
 
-// Takes from OTHER what would be too much together with BEFORE.
-void limit(const DiscIndex& before, DiscIndex& other) {
+// What all titles of an index have together.
+struct Sums {
   std::size_t chapters = 0;
   std::size_t streams = 0;
-  forEachTitle(before, [&](const DiscTitle& title) {
+
+  void add(const DiscTitle& title) {
     chapters += title.chapters.size();
     streams += title.streams.size();
-  });
+  }
+};
+
+Sums sumsOf(const DiscIndex& index) {
+  Sums sums;
+  forEachTitle(index, [&](const DiscTitle& title) { sums.add(title); });
+  return sums;
+}
+
+// Takes from OTHER what would be too much together with BEFORE.
+void limit(const DiscIndex& before, DiscIndex& other) {
+  Sums sums = sumsOf(before);
   forEachTitle(other, [&](DiscTitle& title) {
-    chapters += title.chapters.size();
-    streams += title.streams.size();
-    if (chapters > kMostDiscChapters) title.chapters.clear();
-    if (streams > kMostDiscStreams) title.streams.clear();
+    sums.add(title);
+    if (sums.chapters <= kMostDiscChapters && sums.streams <= kMostDiscStreams) return;
+    if (sums.chapters > kMostDiscChapters) title.chapters.clear();
+    if (sums.streams > kMostDiscStreams) title.streams.clear();
+    other.isIncomplete = true;
   });
-  if (before.playlists.size() + other.playlists.size() > kMostDiscTitles) other.playlists.clear();
+  if (before.playlists.size() + other.playlists.size() > kMostDiscTitles) {
+    other.playlists.clear();
+    other.isIncomplete = true;
+  }
+}
+
+bool isWithinSums(const DiscIndex& index) {
+  const Sums sums = sumsOf(index);
+  return sums.chapters <= kMostDiscChapters && sums.streams <= kMostDiscStreams;
 }
 
 const DvdTitleSet* titleSet(const DiscIndex& index, int number) {
@@ -93,20 +114,35 @@ class DvdTitles {
   }
   std::vector<DiscTitle> titles;
   std::vector<int> sets;  // in the same order: where each title is
+  bool isIncomplete = false;
 
  private:
   void add(const DvdTitle& line) {
-    if (titles.size() == kMostDiscTitles) return;
+    if (titles.size() == kMostDiscTitles) {
+      isIncomplete = true;
+      return;
+    }
     DiscTitle& title = titles.emplace_back();
     sets.push_back(line.titleSet);
     const DvdTitleSet* set = titleSet(index_, line.titleSet);
     const auto place = static_cast<std::size_t>(line.numberInSet) - 1;
-    if (set != nullptr && place < set->titles.size()) title = set->titles[place];
+    if (set != nullptr && place < set->titles.size()) copy(set->titles[place], title);
     title.angles = line.angles;
     if (title.chapterCount == 0) title.chapterCount = line.chapterCount;
-    // Any number of lines may lead to the same title.
-    chapters_ += title.chapters.size();
-    if (chapters_ > kMostDiscChapters) title.chapters.clear();
+  }
+
+  // Any number of lines may lead to the same title. Streams are of Blu-ray discs only.
+  void copy(const DiscTitle& from, DiscTitle& to) {
+    to.source = from.source;
+    to.duration = from.duration;
+    to.chapterCount = from.chapterCount;
+    to.audioLanguages = from.audioLanguages;
+    to.subtitleLanguages = from.subtitleLanguages;
+    chapters_ += from.chapters.size();
+    if (chapters_ <= kMostDiscChapters)
+      to.chapters = from.chapters;
+    else
+      isIncomplete = true;
   }
 
   const DiscIndex& index_;
@@ -173,13 +209,20 @@ void chooseOfBluray(Disc& disc, const std::string& mainFile) {
 void DiscIndex::add(DiscIndex other) {
   if (other.kind != DiscKind::kNone) kind = other.kind;
   limit(*this, other);
+  isIncomplete = isIncomplete || other.isIncomplete;
+  bytes += other.bytes;
   append(dvdTitles, other.dvdTitles);
   append(titleSets, other.titleSets);
   append(playlists, other.playlists);
 }
 
+bool DiscIndex::isFull() const {
+  return playlists.size() >= kMostDiscTitles || bytes >= kMostDiscIndexBytes;
+}
+
 bool isValid(const DiscIndex& index) {
-  return index.dvdTitles.size() <= kMostDiscTitles && index.titleSets.size() <= kMostDiscTitles &&
+  return isWithinSums(index) && index.dvdTitles.size() <= kMostDiscTitles &&
+         index.titleSets.size() <= kMostDiscTitles &&
          std::all_of(index.titleSets.begin(), index.titleSets.end(),
                      [](const DvdTitleSet& set) {
                        return set.longestChain >= 0 && areValid(set.titles);
@@ -191,11 +234,14 @@ bool isValid(const DiscIndex& index) {
 }
 
 Disc discOf(DiscIndex index) {
-  Disc disc = {.kind = index.kind, .titles = {}, .mainTitle = {}, .mainTitleReason = {}};
+  Disc disc;
+  disc.kind = index.kind;
+  disc.isIncomplete = index.isIncomplete;
   if (index.kind == DiscKind::kDvd) {
     DvdTitles dvd(index);
     dvd.collect();
     disc.titles = std::move(dvd.titles);
+    disc.isIncomplete = disc.isIncomplete || dvd.isIncomplete;
     chooseOfDvd(disc, dvd.sets, index.mainFile);
   } else {
     disc.titles = std::move(index.playlists);

@@ -21,6 +21,8 @@ inline constexpr std::size_t kMostDiscChapters = 50'000;
 inline constexpr std::size_t kMostDiscStreams = 100'000;
 // Of one title: a playlist has room for 255 streams of each kind, real ones have some 30.
 inline constexpr std::size_t kMostTitleLanguages = 64;
+// Of all index files of a disc together. Real discs have one or two megabytes.
+inline constexpr std::uint64_t kMostDiscIndexBytes = std::uint64_t{64} << 20;
 
 // For a stream whose language the disc does not state.
 inline constexpr std::string_view kUnknownLanguage = "und";
@@ -62,9 +64,15 @@ struct DiscIndex {
   std::vector<DiscTitle> playlists;
   // Of a whole disc: the file with the main title, "VTS_02_1.VOB" or "00001.m2ts".
   std::string mainFile;
+  // Something was left out, because a limit above was reached.
+  bool isIncomplete = false;
+  // Of index files that were read; not on the way between processes.
+  std::uint64_t bytes = 0;
 
   // Takes over what another index file of the same disc says, within the limits for all titles.
   void add(DiscIndex other);
+  // No further index file may be read.
+  bool isFull() const;
 };
 
 // Whether it keeps to the limits above, and its numbers and texts are as readers promise.
@@ -76,6 +84,7 @@ struct Disc {
   std::vector<DiscTitle> titles;
   std::optional<std::size_t> mainTitle;
   std::string mainTitleReason;  // in words
+  bool isIncomplete = false;    // there are more titles, chapters or streams than are read
 };
 
 Disc discOf(DiscIndex index);

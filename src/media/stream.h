@@ -3,6 +3,7 @@
 #define KOLUM_MEDIA_STREAM_H
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <string>
@@ -57,12 +58,16 @@ struct Stream {
 // The unit of container durations: units per second.
 inline constexpr std::int64_t kTimeBase = 1'000'000;
 
+// Films have some dozens; further ones are left out.
+inline constexpr std::size_t kMostContainerTags = 4096;
+
 struct Container {
   std::string demuxer;  // FFmpeg's short name
   std::int64_t bitRate = 0;
   std::int64_t duration = 0;  // in kTimeBase; not positive when unknown
   std::vector<Stream> streams;
-  std::vector<std::pair<std::string, std::string>> tags;  // in the order of the file
+  std::vector<std::pair<std::string, std::string>>
+      tags;  // kMostContainerTags at most, as in the file
   // Empty unless details are asked for.
   std::vector<Chapter> chapters = {};  // kMostChapters at most
   std::vector<Program> programs = {};  // kMostPrograms at most

@@ -311,6 +311,13 @@ void forgeTerminal(int socket, std::uint64_t number) {
   const auto bytes = encode(findings);
   answer(socket, headerFor(number, bytes.size()), bytes);
 }
+// Small on the way, large in the host.
+void grow(int socket, std::uint64_t number) {
+  read::Findings findings;
+  findings.container.emplace().streams.resize(5000);
+  const auto bytes = encode(findings);
+  answer(socket, headerFor(number, bytes.size()), bytes);
+}
 void closeSocket(int socket, std::uint64_t /*number*/) {
   close(socket);
   burnTime();
@@ -338,6 +345,7 @@ const std::map<std::string, void (*)(int, std::uint64_t)> kLies = {
     {"blameTheHost", blameTheHost},
     {"forgeLog", forgeLog},
     {"forgeTerminal", forgeTerminal},
+    {"grow", grow},
     {"sleep", sleepForEver},
 };
 

@@ -99,6 +99,41 @@ TEST(DiscOf, ChoosesThePlaylistThatPlaysTheLargestStreamLongest) {
             "the longest title that plays the largest stream file, 00001.m2ts");
 }
 
+// Any number of lines may lead to the same title, and its streams are no DVD's.
+TEST(DiscOf, CopiesNoMoreForManyLinesThanForTheTitlesOfADisc) {
+  DiscIndex index = dvd({{10}}, "VTS_01_1.VOB");
+  index.titleSets[0].titles[0].chapters.assign(kMostTitleChapters, 1);
+  index.titleSets[0].titles[0].streams.assign(kMostDiscStreams, "00001");
+  const std::size_t fitting = kMostDiscChapters / kMostTitleChapters;
+  index.dvdTitles.assign(fitting, index.dvdTitles[0]);
+  EXPECT_FALSE(discOf(index).isIncomplete);
+  index.dvdTitles.assign(kMostDiscTitles, index.dvdTitles[0]);
+  const Disc disc = discOf(index);
+  EXPECT_TRUE(disc.isIncomplete);
+  EXPECT_EQ(disc.titles[fitting - 1].chapters.size(), kMostTitleChapters);
+  EXPECT_THAT(disc.titles[fitting].chapters, testing::IsEmpty());
+  for (const DiscTitle& title : disc.titles) EXPECT_THAT(title.streams, testing::IsEmpty());
+}
+
+TEST(DiscIndexAdd, SaysWhatIsLeftOut) {
+  DiscIndex index;
+  index.add(bluray({title(5, std::vector<std::string>(kMostDiscStreams, "00001"))}, ""));
+  EXPECT_FALSE(index.isIncomplete);
+  index.add(bluray({title(5, {"00002"})}, ""));
+  EXPECT_TRUE(index.isIncomplete);
+  EXPECT_THAT(index.playlists[1].streams, testing::IsEmpty());
+}
+
+TEST(DiscIndexAdd, IsFullOfBytes) {
+  DiscIndex index;
+  DiscIndex nothing;
+  nothing.bytes = kMostDiscIndexBytes / 2;
+  index.add(nothing);
+  EXPECT_FALSE(index.isFull());
+  index.add(nothing);
+  EXPECT_TRUE(index.isFull());
+}
+
 TEST(MainFileOf, PrefersTheLongestChainAndThenTheLargerSet) {
   DiscIndex index;
   index.titleSets = {{.number = 1, .longestChain = 60, .titles = {}},
@@ -124,6 +159,10 @@ TEST(IsValid, RefusesWhatNoReaderSays) {
   index.playlists[0].source = "\xFF";
   EXPECT_FALSE(isValid(index));
   index = bluray(std::vector<DiscTitle>(kMostDiscTitles + 1), "");
+  EXPECT_FALSE(isValid(index));
+  index = bluray({title(5, std::vector<std::string>(kMostDiscStreams, "00001"))}, "");
+  EXPECT_TRUE(isValid(index));
+  index.titleSets.push_back({.number = 1, .longestChain = 1, .titles = {title(5, {"00001"})}});
   EXPECT_FALSE(isValid(index));
 }
 

@@ -212,13 +212,31 @@ TEST(DiscDocument, IsBoundedForAThousandTitles) {
   EXPECT_EQ(document["titles"].size(), 1000U);
   EXPECT_EQ(document["titles"][999]["chapterCount"], 999);
   EXPECT_FALSE(document["titles"][999].contains("chapters"));
+  EXPECT_EQ(document["warnings"][0]["code"], "incomplete-disc");
+}
+
+// As many bytes as fit into an index file, in as many files as a disc has: four gigabytes.
+TEST(DiscDocument, ReadsNotMoreOfIndexFilesThanDiscsHave) {
+  const TempDir folder;
+  const std::string large = playlist({{.audio = {"eng"}}}) + std::string(4'100'000, '\0');
+  const std::string disc =
+      blurayDisc(folder.path("disc"), {{"00000.mpls", large}}, {{"00001.m2ts", 0}});
+  for (int i = 1; i < 1000; ++i)
+    std::filesystem::create_hard_link(disc + "PLAYLIST/00000.mpls",
+                                      disc + "PLAYLIST/" + std::to_string(10'000 + i) + ".mpls");
+  const json document = documentOf(disc);
+  EXPECT_GE(document["titles"].size(), 10U);
+  EXPECT_LE(document["titles"].size(), 20U);
+  EXPECT_EQ(document["warnings"][0]["code"], "incomplete-disc");
 }
 
 TEST(DiscDocument, IsBoundedForAListOfManyTitles) {
   const TempDir folder;
   std::filesystem::copy(dvdWithLanguages(), folder.path("VIDEO_TS"));
   folder.write("VIDEO_TS/VIDEO_TS.IFO", dvdTitleList(60'000));
-  EXPECT_EQ(documentOf(folder.path("VIDEO_TS"))["titles"].size(), 1000U);
+  const json document = documentOf(folder.path("VIDEO_TS"));
+  EXPECT_EQ(document["titles"].size(), 1000U);
+  EXPECT_EQ(document["warnings"][0]["code"], "incomplete-disc");
 }
 
 }  // namespace

@@ -347,17 +347,83 @@ TEST_F(Report, SaysWhatItWrote) {
   EXPECT_EQ(library({"report", "page.html"}).out, "page.html\n  Files  1\n");
 }
 
-TEST_F(Report, ReplacesAPageWithTheUsersPermissions) {
+TEST_F(Report, ReplacesAPageForItsOwnerOnly) {
   add(line("a.mkv", video_));
   folder_.write("old.html", "old");
   fs::create_symlink("old.html", folder_.path("page.html"));
-  const mode_t before = umask(027);
+  fs::permissions(folder_.path("old.html"), fs::perms(0644));
+  const mode_t before = umask(022);
   EXPECT_THAT(page(), HasSubstr("<!DOCTYPE html>"));
   umask(before);
   EXPECT_TRUE(fs::is_symlink(folder_.path("page.html")));
   struct stat status = {};
   ASSERT_EQ(stat(folder_.path("old.html").c_str(), &status), 0);
-  EXPECT_EQ(status.st_mode & 07777, 0640U);
+  EXPECT_EQ(status.st_mode & 07777, 0600U);
+}
+
+TEST_F(Report, IsForItsOwnerWithAnyUmask) {
+  add(line("a.mkv", video_));
+  for (const auto& [mask, mode] : {std::pair<mode_t, mode_t>{0, 0600}, {0377, 0400}}) {
+    const mode_t before = umask(mask);
+    const Outcome outcome = library({"report", "page.html"});
+    umask(before);
+    EXPECT_EQ(outcome.status, 0) << outcome.err;
+    struct stat status = {};
+    ASSERT_EQ(stat(folder_.path("page.html").c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 07777, mode);
+  }
+}
+
+// Whether or not the shell's limit sends a signal.
+TEST_F(Report, LeavesNothingBehindAtALimitOfFileSizes) {
+  add(line("a.mkv", video_));
+  const RunResult outcome = run(
+      {"sh", "-c",
+       "ulimit -f 64; exec '" KOLUM_PROGRAM "' library report page.html --library '" + file_ + "'"},
+      {.folder = folder_.folder()});
+  EXPECT_EQ(outcome.status, 1);
+  EXPECT_EQ(outcome.err, "kolum: page.html: File too large\n");
+  EXPECT_THAT(names(), UnorderedElementsAre("a.mkv", "data"));
+}
+
+// The library itself, and what is beside it, by any name, whether it is there now or not.
+TEST_F(Report, NeverReplacesAPartOfTheLibrary) {
+  add(line("a.mkv", video_));
+  fs::create_symlink("data/library.db", folder_.path("link.html"));
+  fs::create_hard_link(file_, folder_.path("hard.html"));
+  fs::create_directory_symlink("data", folder_.path("elsewhere"));
+  for (const char* suffix : {"-wal", "-shm", "-journal", ".lock"}) fs::remove(file_ + suffix);
+  folder_.write("data/library.db.lock", "");
+  fs::create_hard_link(file_ + ".lock", folder_.path("lock.html"));
+  const std::string before = contentOf(file_);
+  const char* const kPlaces[] = {"link.html",
+                                 "hard.html",
+                                 "lock.html",
+                                 "./data/../data/library.db",
+                                 "elsewhere/library.db",
+                                 "data/library.db-wal",
+                                 "data/library.db-shm",
+                                 "data/library.db-journal",
+                                 "data//library.db.lock",
+                                 "elsewhere/library.db-wal"};
+  for (const char* place : kPlaces) {
+    const Outcome outcome = library({"report", place});
+    EXPECT_EQ(outcome.status, 2) << place;
+    EXPECT_THAT(outcome.err, HasSubstr("OUT is")) << place;
+  }
+  EXPECT_EQ(contentOf(file_), before);
+  EXPECT_THAT(names("data"), Not(testing::Contains("library.db-journal")));
+}
+
+TEST_F(Report, KnowsThePartsOfALibraryThatALinkLeadsTo) {
+  add(line("a.mkv", video_));
+  fs::create_symlink(file_, folder_.path("other.db"));
+  for (const char* place : {"data/library.db-wal", "data/library.db", "other.db"}) {
+    const Outcome outcome =
+        kolum({"library", "report", place, "--library", "other.db"}, {.folder = folder_.folder()});
+    EXPECT_EQ(outcome.status, 2) << place;
+    EXPECT_THAT(outcome.err, HasSubstr("OUT is")) << place;
+  }
 }
 
 TEST_F(Report, LeavesAnEarlierPageAloneWhenItFails) {
@@ -380,9 +446,12 @@ TEST_F(Report, RefusesPlacesThatAreNoFiles) {
   fs::create_directory(folder_.path("folder"));
   ASSERT_EQ(mkfifo(folder_.path("pipe").c_str(), 0600), 0);
   const std::pair<const char*, const char*> kPlaces[] = {
-      {"folder", "Is a directory"}, {"/dev/null", "not a plain file"},
-      {"pipe", "not a plain file"}, {"absent/page.html", "No such file or directory"},
-      {"", "OUT is required"},      {"data/library.db", "OUT is the library itself"}};
+      {"folder", "is a folder, not a file"},
+      {"/dev/null", "is a device, not a file; \"-\""},
+      {"pipe", "is a pipe, not a file"},
+      {"absent/page.html", "No such file or directory"},
+      {"", "OUT is required"},
+      {"data/library.db", "OUT is the library itself"}};
   for (const auto& [place, reason] : kPlaces) {
     const Outcome outcome = library({"report", place});
     EXPECT_GT(outcome.status, 0) << place;

@@ -1,6 +1,7 @@
 // Output at a terminal, and interruption by the user.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <csignal>
 #include <filesystem>
@@ -8,6 +9,7 @@
 
 #include "base/shell.h"
 #include "support/temp_dir.h"
+#include "terminal/interruption.h"
 #include "tool/kolum_run.h"
 
 namespace kolum::test {
@@ -181,6 +183,21 @@ TEST(Interruption, LetsNoFurtherFilesBegin) {
   const RunResult run = interruptedAmongSongs(100);
   EXPECT_EQ(run.status, 128 + SIGTERM);
   EXPECT_LE((Outcome{0, run.out, ""}.json().size()), 2U);
+}
+
+// Otherwise it would leave behind what it is writing.
+TEST(InterruptionDeathTest, WaitsForTheNextCheckWhenTheTerminalIsClosed) {
+  const auto hangUp = [] {
+    const tool::Interruption interruption;
+    std::raise(SIGHUP);
+    try {
+      tool::Interruption::check();
+    } catch (const tool::Interrupted& interrupted) {
+      _exit(interrupted.signal);
+    }
+    _exit(0);
+  };
+  EXPECT_EXIT(hangUp(), testing::ExitedWithCode(SIGHUP), "");
 }
 
 TEST(Interruption, StaysIgnoredIfTheCallerIgnoresIt) {

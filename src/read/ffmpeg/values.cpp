@@ -203,7 +203,8 @@ media::Container containerOf(AVFormatContext& context) {
     if (!grid || grid->firstTile == &stream) container.streams.push_back(streamOf(context, stream));
   }
   const AVDictionaryEntry* next = nullptr;
-  while ((next = av_dict_get(context.metadata, "", next, AV_DICT_IGNORE_SUFFIX)) != nullptr)
+  while (container.tags.size() < media::kMostContainerTags &&
+         (next = av_dict_get(context.metadata, "", next, AV_DICT_IGNORE_SUFFIX)) != nullptr)
     container.tags.emplace_back(next->key, next->value);
   return container;
 }

@@ -13,6 +13,20 @@ std::string_view lastPart(std::string_view path) {
   return path.substr(path.rfind('/') + 1);
 }
 
+media::DiscIndex readAny(std::string_view fileName, std::span<const std::uint8_t> bytes) {
+  switch (indexKindOf(fileName)) {
+    case IndexKind::kDvdTitles:
+      return readDvdTitles(bytes);
+    case IndexKind::kDvdTitleSet:
+      return readDvdTitleSet(fileName, bytes);
+    case IndexKind::kPlaylist:
+      return readPlaylist(fileName, bytes);
+    case IndexKind::kNone:
+      break;
+  }
+  return {};
+}
+
 }  // namespace
 
 IndexKind indexKindOf(std::string_view fileName) {
@@ -41,21 +55,16 @@ std::map<int, std::vector<std::string>> dvdIndexNames(const std::vector<std::str
 }
 
 media::DiscIndex readDiscIndex(std::string_view fileName, std::span<const std::uint8_t> bytes) {
-  switch (indexKindOf(fileName)) {
-    case IndexKind::kDvdTitles:
-      return readDvdTitles(bytes);
-    case IndexKind::kDvdTitleSet:
-      return readDvdTitleSet(fileName, bytes);
-    case IndexKind::kPlaylist:
-      return readPlaylist(fileName, bytes);
-    case IndexKind::kNone:
-      break;
-  }
-  return {};
+  media::DiscIndex index;
+  index.add(readAny(fileName, bytes.first(std::min(bytes.size(), kMostIndexBytes))));
+  index.isIncomplete = index.isIncomplete || bytes.size() > kMostIndexBytes;
+  index.bytes = bytes.size();
+  return index;
 }
 
 media::DiscIndex readDiscIndex(const media::Source& source) {
-  const auto size = std::clamp<std::int64_t>(source.size(), 0, kMostIndexBytes);
+  // One byte more shows that there is more.
+  const auto size = std::clamp<std::int64_t>(source.size(), 0, kMostIndexBytes + 1);
   std::vector<std::uint8_t> bytes(static_cast<std::size_t>(size));
   const std::ptrdiff_t count = source.readAt(0, bytes);
   bytes.resize(static_cast<std::size_t>(std::max<std::ptrdiff_t>(count, 0)));

@@ -196,6 +196,8 @@ class TitleReader {
       : index_(index), fileName_(fileName), chains_(index) {}
 
   std::vector<media::DiscTitle> titles();
+  // Whether titles() has left out none of them, nor a chapter.
+  bool haveAll() const { return haveAll_; }
   int longestChain() const { return chains_.longest(); }
 
  private:
@@ -204,6 +206,7 @@ class TitleReader {
   Bytes index_;
   std::string fileName_;
   Chains chains_;
+  bool haveAll_ = true;
 };
 
 // CHAPTERS: for each, the numbers of a chain and of a program in it.
@@ -212,6 +215,7 @@ media::DiscTitle TitleReader::title(Bytes chapters) {
   media::DiscTitle title;
   title.source = fileName_;
   const std::size_t count = std::min(chapters.size() / kChapterSize, media::kMostTitleChapters);
+  if (count < chapters.size() / kChapterSize) haveAll_ = false;
   std::map<std::uint32_t, double> starts;  // of chains
   const Chain* first = nullptr;
   for (std::size_t i = 0; i < count; ++i) {
@@ -237,6 +241,7 @@ std::vector<media::DiscTitle> TitleReader::titles() {
   constexpr std::uint64_t kFirst = 8;
   const Bytes chapters = table(index_, kChapterTable);
   const std::uint32_t count = std::min(number(chapters, 0, 2), kMostTitles);
+  if (count < number(chapters, 0, 2)) haveAll_ = false;
   const auto place = [&](std::uint32_t i) -> std::uint64_t {
     // The last byte of the table precedes the end of the last title.
     const std::uint64_t at = i < count ? number(chapters, kFirst + std::uint64_t{i} * 4, 4)
@@ -264,6 +269,7 @@ media::DiscIndex readDvdTitles(std::span<const std::uint8_t> bytes) {
   titles =
       titles.first(std::min<std::size_t>(titles.size(), std::size_t{number(titles, 4, 4)} + 1));
   const auto count = std::min<std::uint64_t>(number(titles, 0, 2), media::kMostDiscTitles);
+  index.isIncomplete = count < number(titles, 0, 2);
   for (std::uint64_t i = 0; i < count; ++i) {
     const std::uint64_t at = kFirst + i * kEntrySize;
     if (at + kEntrySize > titles.size()) break;
@@ -283,6 +289,7 @@ media::DiscIndex readDvdTitleSet(std::string_view fileName, std::span<const std:
   TitleReader reader(bytes, fileName);
   index.titleSets.push_back(
       {.number = file->titleSet, .longestChain = reader.longestChain(), .titles = reader.titles()});
+  index.isIncomplete = !reader.haveAll();
   return index;
 }
 

@@ -1,7 +1,9 @@
 // Playlists of Blu-ray discs (MPLS).
 #include <algorithm>
 #include <cctype>
+#include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "base/bytes.h"
@@ -85,7 +87,8 @@ std::vector<std::string> readLanguages(ByteReader& streams, std::uint64_t count)
   return found;
 }
 
-void addLanguages(Bytes streams, media::DiscTitle& title) {
+// Whether all of them are there.
+bool addLanguages(Bytes streams, media::DiscTitle& title) {
   ByteReader reader(streams);
   reader.skip(2);
   const std::uint64_t video = reader.bigEndian(1);
@@ -95,23 +98,34 @@ void addLanguages(Bytes streams, media::DiscTitle& title) {
   readLanguages(reader, video);
   title.audioLanguages = readLanguages(reader, audio);
   title.subtitleLanguages = readLanguages(reader, subtitles);
+  return std::max(audio, subtitles) <= media::kMostTitleLanguages;
 }
 
-std::vector<Item> readItems(Bytes bytes) {
+struct Items {
+  std::vector<Item> found;
+  bool areAll = true;
+};
+
+Items readItems(Bytes bytes) {
   ByteReader list(bytes);
   list.skip(4 + 2);
-  const std::uint64_t count = std::min(list.bigEndian(2), kMostItems);
+  const std::uint64_t count = list.bigEndian(2);
   list.skip(2);
-  std::vector<Item> items;
+  Items items;
   for (std::uint64_t i = 0; i < count; ++i) {
     const Bytes item = list.take(list.bigEndian(2));
     if (list.failed()) break;
-    items.push_back(readItem(item));
+    if (i == kMostItems) {
+      items.areAll = false;
+      break;
+    }
+    items.found.push_back(readItem(item));
   }
   return items;
 }
 
-void addChapters(Bytes marks, const std::vector<Item>& items, media::DiscTitle& title) {
+// Whether all of them are there.
+bool addChapters(Bytes marks, const std::vector<Item>& items, media::DiscTitle& title) {
   constexpr std::uint64_t kChapter = 1;
   std::vector<double> starts;
   double now = 0;
@@ -122,32 +136,39 @@ void addChapters(Bytes marks, const std::vector<Item>& items, media::DiscTitle& 
   ByteReader reader(marks);
   reader.skip(4);
   const std::uint64_t count = reader.bigEndian(2);
+  bool areAll = true;
   for (std::uint64_t i = 0; i < count; ++i) {
     reader.skip(1);
     const std::uint64_t type = reader.bigEndian(1);
     const std::uint64_t place = reader.bigEndian(2);
     const std::uint64_t time = reader.bigEndian(4);
     reader.skip(2 + 4);
-    if (reader.failed() || title.chapters.size() == media::kMostTitleChapters) break;
+    if (reader.failed()) break;
     if (type != kChapter || place >= items.size()) continue;
+    if (title.chapters.size() == media::kMostTitleChapters) {
+      areAll = false;
+      break;
+    }
     const std::uint32_t begin = items[place].begin;
     const double within = time > begin ? static_cast<double>(time - begin) / kTicksPerSecond : 0;
     title.chapters.push_back(starts[place] + within);
   }
   title.chapterCount = static_cast<int>(title.chapters.size());
+  return areAll;
 }
 
-void addItems(const std::vector<Item>& items, media::DiscTitle& title) {
+// Whether the title has all languages of its longest item.
+bool addItems(const std::vector<Item>& items, media::DiscTitle& title) {
+  std::set<std::string_view> known;
   const Item* longest = nullptr;
   for (const Item& item : items) {
     title.duration += item.duration();
     title.angles = std::max(title.angles, item.angles);
-    if (std::find(title.streams.begin(), title.streams.end(), item.stream) == title.streams.end())
-      title.streams.push_back(item.stream);
+    if (known.insert(item.stream).second) title.streams.push_back(item.stream);
     // A logo at the beginning has fewer streams than the film.
     if (longest == nullptr || item.duration() > longest->duration()) longest = &item;
   }
-  if (longest != nullptr) addLanguages(longest->streams, title);
+  return longest == nullptr || addLanguages(longest->streams, title);
 }
 
 }  // namespace
@@ -165,9 +186,11 @@ media::DiscIndex readPlaylist(std::string_view fileName, std::span<const std::ui
   index.kind = media::DiscKind::kBluray;
   media::DiscTitle& title = index.playlists.emplace_back();
   title.source = cleanText(fileName);
-  const std::vector<Item> items = readItems(bytes.subspan(list));
-  addItems(items, title);
-  if (marks < bytes.size()) addChapters(bytes.subspan(marks), items, title);
+  const Items items = readItems(bytes.subspan(list));
+  const bool hasLanguages = addItems(items.found, title);
+  const bool hasChapters =
+      marks >= bytes.size() || addChapters(bytes.subspan(marks), items.found, title);
+  index.isIncomplete = !(items.areAll && hasLanguages && hasChapters);
   return index;
 }
 

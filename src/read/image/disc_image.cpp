@@ -79,8 +79,9 @@ class Listing {
   std::vector<std::uint8_t> contentOf(const std::string& name) const {
     const File file = open(name);
     if (file == nullptr) return {};
+    // One byte more shows that there is more.
     const auto size =
-        std::clamp<std::int64_t>(udfread_file_size(file.get()), 0, headers::kMostIndexBytes);
+        std::clamp<std::int64_t>(udfread_file_size(file.get()), 0, headers::kMostIndexBytes + 1);
     std::vector<std::uint8_t> content(static_cast<std::size_t>(size));
     const ssize_t count = udfread_file_read(file.get(), content.data(), content.size());
     content.resize(static_cast<std::size_t>(std::clamp<std::int64_t>(count, 0, size)));
@@ -132,10 +133,14 @@ media::DiscIndex readDvd(const Listing& files) {
   media::DiscIndex disc;
   for (const auto& [number, names] : headers::dvdIndexNames(files.names())) {
     for (const std::string& name : names) {
+      if (disc.isFull()) {
+        disc.isIncomplete = true;
+        break;
+      }
       media::DiscIndex index = indexOf(files, name);
-      if (index.kind == media::DiscKind::kNone) continue;
+      const bool isFound = index.kind != media::DiscKind::kNone;
       disc.add(std::move(index));
-      break;
+      if (isFound) break;
     }
   }
   disc.mainFile = mainFileOf(disc, titleSetSizes(files));
@@ -164,9 +169,12 @@ media::DiscIndex readBluray(udfread* image) {
   std::vector<std::string> names = playlists.names();
   std::sort(names.begin(), names.end());
   for (const std::string& name : names) {
-    if (disc.playlists.size() == media::kMostDiscTitles) break;
-    if (headers::indexKindOf(name) == headers::IndexKind::kPlaylist)
-      disc.add(indexOf(playlists, name));
+    if (headers::indexKindOf(name) != headers::IndexKind::kPlaylist) continue;
+    if (disc.isFull()) {
+      disc.isIncomplete = true;
+      break;
+    }
+    disc.add(indexOf(playlists, name));
   }
   disc.mainFile = largestStream(Listing(image, "/BDMV/STREAM"));
   // As in folders, a disc is one by its streams.

@@ -68,6 +68,35 @@ TEST(Playlist, HasTimesLanguagesAnglesAndStreams) {
   EXPECT_THAT(title.streams, ElementsAre("00007", "00001"));
 }
 
+TEST(Playlist, SaysWhatItLeavesOut) {
+  const auto isIncomplete = [](const std::vector<test::PlaylistItem>& items,
+                               std::size_t marks = 0) {
+    return indexOf("00000.mpls", test::playlist(items, std::vector<test::PlaylistMark>(marks)))
+        .isIncomplete;
+  };
+  const std::vector<std::string> languages(media::kMostTitleLanguages, "eng");
+  EXPECT_FALSE(isIncomplete({{.audio = languages, .subtitles = languages}}, 1000));
+  EXPECT_TRUE(isIncomplete({{}}, 1001));
+  EXPECT_FALSE(isIncomplete(std::vector<test::PlaylistItem>(1000)));
+  EXPECT_TRUE(isIncomplete(std::vector<test::PlaylistItem>(1001)));
+  auto more = languages;
+  more.emplace_back("deu");
+  EXPECT_TRUE(isIncomplete({{.subtitles = more}}));
+}
+
+TEST(DiscIndex, IsIncompleteIfItsFileIsLargerThanIsRead) {
+  std::string content = test::playlist({{}});
+  content.resize(kMostIndexBytes);
+  EXPECT_FALSE(indexOf("00000.mpls", content).isIncomplete);
+  content.resize(kMostIndexBytes + 1);
+  EXPECT_TRUE(indexOf("00000.mpls", content).isIncomplete);
+}
+
+TEST(DvdTitleList, IsIncompleteIfItHasMoreLinesThanADisc) {
+  EXPECT_FALSE(indexOf("VIDEO_TS.IFO", test::dvdTitleList(1000)).isIncomplete);
+  EXPECT_TRUE(indexOf("VIDEO_TS.IFO", test::dvdTitleList(1001)).isIncomplete);
+}
+
 TEST(Playlist, KnowsNoLanguageThatIsNotThreeLetters) {
   const media::DiscTitle title =
       titleOf(test::playlist({{.audio = {"e\x01n", "eng"}, .subtitles = {"   "}}}));

@@ -89,16 +89,17 @@ void printDocuments(Context& context, scan::Store& store, const scan::FileQuery&
 
 void printTable(Context& context, scan::Store& store, const scan::FileQuery& query,
                 const std::vector<std::string>& paths) {
-  context.printer.raw(csvTitles(Columns::kOfLibrary));
+  context.printer.csv(csvTitles(Columns::kOfLibrary));
   forEachFound(context, store, query, paths, [&](const scan::FoundFile& file) {
     if (const auto result = foundResult(context, file))
-      context.printer.raw(csvRow(result->json(), Columns::kOfLibrary));
+      context.printer.csv(csvRow(result->json(), Columns::kOfLibrary));
   });
 }
 
 void NamePrinter::print(const std::string& name) {
-  if (isNulSeparated_) return context_.printer.raw(name + '\0');
-  if (isShown_) return context_.printer.raw(printable(name) + "\n");
+  const char end = isNulSeparated_ ? '\0' : '\n';
+  if (isShown_) return context_.printer.raw(printable(name) + end);
+  if (isNulSeparated_) return context_.printer.raw(name + end);
   if (name.find('\n') != std::string::npos)
     return context_.fail(name, "contains a newline; --null prints it");
   context_.printer.raw(name + "\n");

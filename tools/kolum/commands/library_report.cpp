@@ -115,12 +115,36 @@ class Report {
   Summary summary_;
 };
 
-void refuseLibrary(const std::string& out, const std::string& library) {
+// Where a file is, or would be: the folder, whatever it is called, and the name in it.
+struct Place {
+  dev_t device = 0;
+  ino_t folder = 0;
+  std::string name;
+  bool operator==(const Place&) const = default;
+};
+
+std::optional<Place> placeOf(const std::string& path) {
+  const std::size_t slash = path.rfind('/') + 1;
+  struct stat folder = {};
+  if (stat(slash == 0 ? "." : path.substr(0, slash).c_str(), &folder) != 0) return std::nullopt;
+  return Place{folder.st_dev, folder.st_ino, path.substr(slash)};
+}
+
+bool isSameFile(const std::string& one, const std::string& other) {
   struct stat a = {};
   struct stat b = {};
-  if (stat(out.c_str(), &a) == 0 && stat(library.c_str(), &b) == 0 && a.st_dev == b.st_dev &&
-      a.st_ino == b.st_ino)
-    throw UsageError("OUT is the library itself");
+  if (stat(one.c_str(), &a) == 0 && stat(other.c_str(), &b) == 0)
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+  const auto place = placeOf(one);
+  return place && place == placeOf(other);
+}
+
+// LIBRARY, of which all links are resolved, and what SQLite and scans keep beside it, some of which
+// comes and goes.
+void refuseLibrary(const std::string& out, const std::string& library) {
+  if (isSameFile(out, library)) throw UsageError("OUT is the library itself");
+  for (const char* suffix : {"-wal", "-shm", "-journal", ".lock"})
+    if (isSameFile(out, library + suffix)) throw UsageError("OUT is a part of the library");
 }
 
 void writeFile(Context& context, Report& report, const std::string& out) {
@@ -162,7 +186,7 @@ Action defineLibraryReport(Syntax& syntax) {
       "kind, codec, container, resolution, dynamic range and sound, photos by month, what\n"
       "televisions will not play and why, duplicates, problems, places on a map, and a table of\n"
       "all files to search, sort and filter. The page needs nothing else, no network either.\n"
-      "OUT appears when it is complete; an earlier one is replaced.\n"
+      "OUT appears when it is complete, for its owner only; an earlier one is replaced.\n"
       "\nExamples:\n"
       "  kolum library report library.html\n"
       "  kolum library report music.html /share/Music");

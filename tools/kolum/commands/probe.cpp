@@ -62,10 +62,10 @@ void begin(Context& context, Options& options) {
   if (!options.fields.empty()) options.view.fields.emplace(options.fields);
   if (!options.view.isCsv) return;
   if (context.json) throw UsageError("--json and --csv exclude each other");
-  if (!options.view.fields) return context.printer.raw(csvTitles(Columns::kOfDocuments));
+  if (!options.view.fields) return context.printer.csv(csvTitles(Columns::kOfDocuments));
   std::vector<std::string> titles = options.view.fields->names();
   if (titles.front() != "file") titles.insert(titles.begin(), "file");
-  context.printer.raw(csvRow(titles));
+  context.printer.csv(csvRow(titles));
 }
 
 Description description(const describe::MediaPath& path, const describe::Options& options,

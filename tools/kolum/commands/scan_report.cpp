@@ -193,7 +193,7 @@ void ScanReport::progress(const ScanProgress& progress) {
   if (due_ < now) due_ = now + kBetweenJson;
   Result result;
   result.data("progress", progressObject(progress));
-  context_.channels.writeResults(jsonText(result) + "\n");
+  context_.printer.json(result);
 }
 
 void ScanReport::summary(const ScanSummary& summary, const std::string& library) {
@@ -208,7 +208,7 @@ void ScanReport::summary(const ScanSummary& summary, const std::string& library)
   if (!isJson()) return context_.printer.block(object);
   Result result;
   result.data("summary", object);
-  context_.channels.writeResults(jsonText(result) + "\n");
+  context_.printer.json(result);
 }
 
 void ScanReport::changes(const ScanSummary& found, const std::string& library) {

@@ -5,6 +5,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -20,7 +21,21 @@ namespace {
 mode_t permissions() {
   const mode_t mask = umask(0);
   umask(mask);
-  return 0666 & ~mask;
+  return (S_IRUSR | S_IWUSR) & ~mask;
+}
+
+// Otherwise, the limit of a shell for files' sizes would end the process before it tidies up.
+void reportLimitAsError() {
+  struct sigaction ignore = {};
+  ignore.sa_handler = SIG_IGN;
+  sigaction(SIGXFSZ, &ignore, nullptr);
+}
+
+std::string kindOf(mode_t mode) {
+  if (S_ISDIR(mode)) return "a folder";
+  if (S_ISFIFO(mode)) return "a pipe";
+  if (S_ISSOCK(mode)) return "a socket";
+  return "a device";
 }
 
 // What is to be replaced: the target of a link.
@@ -32,14 +47,16 @@ std::string target(const std::string& path) {
   }
   char resolved[PATH_MAX];
   if (realpath(path.c_str(), resolved) == nullptr || stat(resolved, &status) != 0) fail();
-  if (S_ISDIR(status.st_mode)) throw FileError(std::strerror(EISDIR));
-  if (!S_ISREG(status.st_mode)) throw FileError("not a plain file");
+  if (!S_ISREG(status.st_mode))
+    throw FileError("is " + kindOf(status.st_mode) +
+                    ", not a file; \"-\" writes to standard output");
   return resolved;
 }
 
 }  // namespace
 
 NewFile::NewFile(const std::string& path) : path_(target(path)) {
+  reportLimitAsError();
   std::string name = path_ + ".XXXXXX";
   file_.reset(mkostemp(name.data(), O_CLOEXEC));
   if (!file_.isOpen()) fail();

@@ -17,7 +17,7 @@ class FileError : public std::runtime_error {
 };
 
 // Every step throws FileError. Without commit(), nothing stays behind, and an earlier file of that
-// name is as it was.
+// name is as it was. Only its owner may read it, whatever the earlier one allowed.
 class NewFile {
  public:
   // A link is followed. Anything that exists there must be a plain file.

@@ -12,7 +12,7 @@ namespace kolum::tool {
 
 namespace {
 
-constexpr std::array<int, 2> kSignals = {SIGINT, SIGTERM};
+constexpr std::array<int, 3> kSignals = {SIGINT, SIGTERM, SIGHUP};
 
 volatile std::sig_atomic_t g_signal = 0;
 

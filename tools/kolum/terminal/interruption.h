@@ -16,7 +16,8 @@ struct Interrupted {
   int signal;
 };
 
-// While it exists, the first SIGINT or SIGTERM waits for check(); the second ends the tool at once.
+// While it exists, the first SIGINT, SIGTERM or SIGHUP waits for check(); the second ends the tool
+// at once.
 class Interruption {
  public:
   Interruption();
@@ -30,7 +31,7 @@ class Interruption {
   static bool hasCome();
 
  private:
-  std::array<struct sigaction, 2> before_ = {};
+  std::array<struct sigaction, 3> before_ = {};
 };
 
 // Waits until DESCRIPTOR is readable or at its end; false if that takes longer than LIMIT (if there

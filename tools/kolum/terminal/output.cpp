@@ -6,11 +6,14 @@
 
 #include "base/percent.h"
 #include "describe/json.h"
+#include "terminal/data_text.h"
 #include "terminal/text.h"
 
 namespace kolum::tool {
 
 namespace {
+
+using Json = nlohmann::ordered_json;
 
 constexpr std::size_t kColumnGap = 2;
 
@@ -28,6 +31,15 @@ std::string coloured(bool inColour, std::string_view colour, const std::string& 
   return std::string(colour).append(text).append(kPlain);
 }
 
+// One line of JSON, with the number of the schema; without the closing newline. Texts may contain
+// any bytes: invalid UTF-8 becomes U+FFFD, so that it is valid JSON.
+std::string jsonText(const Result& result) {
+  using Handler = Json::error_handler_t;
+  Json line = {{"schema", describe::kJsonSchema}};
+  line.update(result.json());
+  return line.dump(-1, ' ', false, Handler::replace);
+}
+
 }  // namespace
 
 Result Identifier::object() const {
@@ -41,8 +53,6 @@ std::string Identifier::text() const {
   const std::string number = std::to_string(id);
   return name.empty() ? number : name.substr(prefix.size()) + " (" + number + ")";
 }
-
-using Json = nlohmann::ordered_json;
 
 Result::Result() : json_(std::make_unique<Json>(Json::object())) {}
 Result::Result(Result&&) noexcept = default;
@@ -186,21 +196,20 @@ std::string Result::asRow(const std::vector<std::size_t>& widths) const {
   return out + "\n";
 }
 
-std::string jsonText(const Result& result) {
-  using Handler = Json::error_handler_t;
-  Json line = {{"schema", describe::kJsonSchema}};
-  line.update(result.json());
-  return line.dump(-1, ' ', false, Handler::replace);
+void Printer::json(const Result& result) {
+  const std::string text = jsonText(result);
+  raw((isShown_ ? jsonForTerminal(text) : text) + "\n");
 }
 
-void Printer::jsonLine(const Result& result) {
-  raw(jsonText(result) + "\n");
+void Printer::csv(std::string_view row) {
+  if (isShown_) return raw(csvForTerminal(row));
+  raw(row);
 }
 
 void Printer::block(const Result& result) {
   const std::lock_guard lock(mutex_);
-  if (json_) return jsonLine(result);
-  if (!result.line().empty()) return raw(result.line());
+  if (json_) return json(result);
+  if (!result.line().empty()) return csv(result.line());
   if (std::exchange(separate_, true)) raw("\n");
   raw(result.asBlock(inColour_));
 }
@@ -222,7 +231,7 @@ void Printer::table(const std::vector<Column>& columns) {
 }
 
 void Printer::row(const Result& result) {
-  if (json_) return jsonLine(result);
+  if (json_) return json(result);
   raw(result.asRow(widths_));
 }
 

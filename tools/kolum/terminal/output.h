@@ -68,7 +68,7 @@ class Result {
   // A number, unless it is 0, which means unknown.
   void known(const std::string& key, std::uint64_t value);
   void show(std::string label, std::string text);
-  // What stands for the whole result in text, as it is: a row of a table for programs.
+  // What stands for the whole result in text: a row of CSV.
   void setLine(std::string line) { line_ = std::move(line); }
 
   void text(const std::string& key, std::string label, std::string_view value);
@@ -109,10 +109,6 @@ class Result {
   std::string line_;
 };
 
-// A result as one line of JSON, with the number of the schema; without the closing newline. Texts
-// may contain any bytes: invalid UTF-8 becomes U+FFFD, so that it is valid JSON.
-std::string jsonText(const Result& result);
-
 struct Column {
   std::string title;
   std::size_t width;  // of the longest expected value
@@ -122,7 +118,10 @@ struct Column {
 class Printer {
  public:
   Printer(const Channels& channels, bool json)
-      : channels_(channels), json_(json), inColour_(channels.mayColourResults()) {}
+      : channels_(channels),
+        json_(json),
+        inColour_(channels.mayColourResults()),
+        isShown_(channels.areResultsShown()) {}
 
   // One block per result, separated by empty lines.
   void block(const Result& result);
@@ -131,15 +130,18 @@ class Printer {
   // Starts a table; row() then prints one line per result.
   void table(const std::vector<Column>& columns);
   void row(const Result& result);
-  // Text that is already a result.
+  // A result as JSON, whatever form the others have.
+  void json(const Result& result);
+  // A row of CSV, with its line end.
+  void csv(std::string_view row);
+  // Text that is already a result, and safe.
   void raw(std::string_view text) { channels_.writeResults(text); }
 
  private:
-  void jsonLine(const Result& result);
-
   const Channels& channels_;
   bool json_;
   bool inColour_;
+  bool isShown_;
   std::mutex mutex_;  // several threads may print blocks
   bool separate_ = false;
   std::vector<std::size_t> widths_;

@@ -20,16 +20,10 @@ struct Range {
   char32_t last;
 };
 
-// Characters that move the cursor, control the terminal, break lines or reorder the text.
 constexpr Range kUnsafe[] = {
-    {0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C}, {0x200B, 0x200F},
-    {0x2028, 0x202E}, {0x2060, 0x2069}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB},
+    {0x00, 0x1F},     {0x7F, 0x9F},     {0x061C, 0x061C}, {0x200B, 0x200F},   {0x2028, 0x202E},
+    {0x2060, 0x2069}, {0xFEFF, 0xFEFF}, {0xFFF9, 0xFFFB}, {0x1D173, 0x1D17A}, {0xE0000, 0xE007F},
 };
-
-bool isUnsafe(char32_t code) {
-  return std::any_of(std::begin(kUnsafe), std::end(kUnsafe),
-                     [&](const Range& range) { return code >= range.first && code <= range.last; });
-}
 
 std::string formatted(const char* format, unsigned value) {
   char buffer[16];
@@ -48,14 +42,15 @@ std::string escaped(char32_t code) {
     default:
       break;
   }
-  return formatted(code < 0x80 ? "\\x%02x" : "\\u%04x", static_cast<unsigned>(code));
+  const char* format = code < 0x80 ? "\\x%02x" : code < 0x10000 ? "\\u%04x" : "\\U%08x";
+  return formatted(format, static_cast<unsigned>(code));
 }
 
 // CHARACTER, the first of BYTES.
 std::string printableCharacter(std::string_view bytes, const Utf8Character& character) {
   if (character.length == 0) return formatted("\\x%02x", static_cast<unsigned char>(bytes[0]));
   if (character.code == '\\') return "\\\\";
-  if (isUnsafe(character.code)) return escaped(character.code);
+  if (!isSafe(character.code)) return escaped(character.code);
   return std::string(bytes.substr(0, character.length));
 }
 
@@ -74,6 +69,12 @@ std::size_t columnsOf(char32_t code) {
 }
 
 }  // namespace
+
+bool isSafe(char32_t code) {
+  return std::none_of(std::begin(kUnsafe), std::end(kUnsafe), [code](const Range& range) {
+    return code >= range.first && code <= range.last;
+  });
+}
 
 std::string printable(std::string_view bytes) {
   std::string out;

@@ -12,8 +12,13 @@
 
 namespace kolum::tool {
 
+// False for characters that move the cursor, control the terminal, break lines, reorder the text or
+// are not to be seen.
+bool isSafe(char32_t code);
+
 // BYTES made safe for a terminal: invalid bytes as \xff, control characters (including C1 and those
-// that change the writing direction) as \n, \x1b or \u202e, and the backslash itself doubled.
+// that change the writing direction) as \n, \x1b, \u202e or \U000e0001, and the backslash itself
+// doubled.
 std::string printable(std::string_view bytes);
 
 // Printable TEXT, cut between characters to fit COLUMNS terminal columns.
