@@ -136,7 +136,6 @@ int main(int argc, char** argv) {
   goFirst();
   leaveFolderAndMounts();
   const std::uint32_t layers = dropPrivileges();
-  prepare();
   Nursery(std::strtoull(argv[1], nullptr, 10), layers).run();
   // As for workers: at the end, nothing may write to files or the host's standard error.
   _exit(0);
