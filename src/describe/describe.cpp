@@ -42,6 +42,19 @@ Failure kindFailure(int kind, bool byContent, const MediaPath& path) {
           "--all decides by its content, and \"kolum probe video|audio|photo FILE\" forces a kind"};
 }
 
+// What the details of a kind need beyond its probe. Those of photos need more than can be asked for
+// while the kind is open: the container is not read for them.
+read::Query alsoOf(int kind) {
+  switch (kind) {
+    case MEDIA_KIND_VIDEO:
+      return {.details = true};
+    case MEDIA_KIND_MUSIC:
+      return {.details = true, .songTags = true};
+    default:
+      return {};
+  }
+}
+
 // One description, step by step.
 class Description {
  public:
@@ -84,6 +97,8 @@ class Description {
     if (options_.opened != nullptr) return options_.opened;
     return opened_ ? &*opened_ : nullptr;
   }
+  // With what every kind of file is asked for.
+  read::Query withCommon(read::Query also) const;
   // The file for a probe, and what is wanted of it besides.
   probe::Reading reading(read::Query also) const;
 
@@ -91,7 +106,8 @@ class Description {
   const Options& options_;
   Document document_;
   std::optional<media::Source> opened_;
-  std::optional<read::Findings> byContent_;
+  read::Query asked_;
+  std::optional<read::Findings> byContent_;  // answers to what was asked
 };
 
 void Description::open() {
@@ -108,7 +124,8 @@ void Description::chooseKind() {
   const FileKind byName = fileKind(path_.name);
   document_.kind = options_.kind.value_or(byName.kind);
   if (!options_.kind && options_.byContent && source() != nullptr) {
-    byContent_ = isolation::look(*source(), kEverything);
+    asked_ = read::both(kEverything, withCommon(alsoOf(document_.kind)));
+    byContent_ = isolation::look(*source(), asked_);
     const int kind = kindOf(contentOf(*byContent_));
     if (kind != MEDIA_KIND_NONE) document_.kind = kind;
   }
@@ -116,13 +133,17 @@ void Description::chooseKind() {
       document_.kind == byName.kind ? byName.type : typeOfKind(path_.name, document_.kind);
 }
 
-probe::Reading Description::reading(read::Query also) const {
+read::Query Description::withCommon(read::Query also) const {
   if (!options_.wantsDetails) also = {};
   also.content = options_.wantsDetails;
   also.fingerprint = options_.wantsFingerprint;
-  const bool wantsMore = also.content || also.fingerprint;
-  return {
-      .source = source(), .also = also, .found = byContent_ && !wantsMore ? &*byContent_ : nullptr};
+  return also;
+}
+
+probe::Reading Description::reading(read::Query also) const {
+  also = withCommon(also);
+  const bool isKnown = byContent_ && asked_ == read::both(kEverything, also);
+  return {.source = source(), .also = also, .found = isKnown ? &*byContent_ : nullptr};
 }
 
 void Description::keep(read::Findings found) {
@@ -177,7 +198,7 @@ void Description::video() {
                                                  .fileName = path_.name,
                                                  .audioStreamIndex = options_.audioStream,
                                                  .wantsAspect = true,
-                                                 .reading = reading({.details = true})},
+                                                 .reading = reading(alsoOf(MEDIA_KIND_VIDEO))},
                                                 probe::kDocumentPolicy);
   document_.trace = std::move(result.trace);
   if (!result.succeeded || result.failure)
@@ -188,7 +209,7 @@ void Description::video() {
 }
 
 void Description::song() {
-  const probe::Reading wanted = reading({.details = true, .songTags = true});
+  const probe::Reading wanted = reading(alsoOf(MEDIA_KIND_MUSIC));
   // The tool would read the file of that name, which may be another than the caller's open one.
   const char* tools = options_.opened == nullptr ? options_.toolFolder : nullptr;
   probe::SongResult result = probe::probeSong(path_.full(), path_.name, tools, wanted);

@@ -124,6 +124,24 @@ TEST_F(Describe, HasAllDetailsIfTheContentDecides) {
   EXPECT_EQ(described(song(), &byContent).document, described(song()).document);
 }
 
+TEST_F(Describe, ReadsFilesOnceWhoseContentIsWhatTheirNameSays) {
+  const std::string film =
+      media("described.mkv",
+            "-f lavfi -i color=size=64x48:rate=5:duration=1 -c:v mpeg4 -metadata title=X");
+  const auto bytesRead = [](const std::string& path, std::uint32_t flags) {
+    KoLUM_DescribeOptions chosen = options();
+    chosen.flags = flags;
+    const std::uint64_t before = isolation::bytesReadForThread();
+    EXPECT_EQ(described(path, &chosen).result, KOLUM_DESCRIBED);
+    return isolation::bytesReadForThread() - before;
+  };
+  for (const std::string& path : {song(), film}) {
+    const std::uint64_t byName = bytesRead(path, KOLUM_DETAILS);
+    EXPECT_GT(byName, 0U);
+    EXPECT_LT(bytesRead(path, KOLUM_DETAILS | KOLUM_BY_CONTENT), byName * 3 / 2) << path;
+  }
+}
+
 TEST_F(Describe, NamesTheContentsType) {
   EXPECT_EQ(described(song()).document["contentType"], "audio/flac");
   KoLUM_DescribeOptions asSong = options();

@@ -52,6 +52,8 @@ struct Query {
   std::optional<std::int64_t> keyFrameAt = {};
   // The same in all video streams in turn, with a report of failures. Only with the container.
   std::optional<std::int32_t> reportedKeyFrameAt = {};
+
+  bool operator==(const Query&) const = default;
 };
 
 // Whatever the file's name.
