@@ -7,7 +7,6 @@
 #include <cstdlib>
 #include <new>
 
-#include "isolation/message.h"
 #include "isolation/wire.h"
 
 namespace {

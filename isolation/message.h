@@ -27,10 +27,6 @@ inline constexpr std::uint32_t kAllLayers = (1U << 6) - 1;
 // Answers hold no file contents; the largest are long lists of tags.
 inline constexpr std::size_t kLongestMessage = std::size_t{4} << 20;
 
-// What a message may take in memory once it is decoded: an empty text of four bytes becomes an
-// object of 32, a stream of a hundred bytes one of thousand. Honest answers stay below a third.
-inline constexpr std::size_t kMostDecoded = std::size_t{32} << 20;
-
 // A worker that a file has taken over could lie about this many others. Both sides keep to it.
 inline constexpr std::uint64_t kMostRequests = 1000;
 

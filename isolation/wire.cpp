@@ -11,7 +11,6 @@
 #include "base/bytes.h"
 #include "base/clean_text.h"
 #include "base/utf8.h"
-#include "isolation/message.h"
 #include "media/budget.h"
 
 namespace kolum::isolation {

@@ -3,6 +3,7 @@
 #ifndef KOLUM_ISOLATION_WIRE_H
 #define KOLUM_ISOLATION_WIRE_H
 
+#include <cstddef>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -12,6 +13,10 @@
 #include "read/findings/findings.h"
 
 namespace kolum::isolation {
+
+// What a message may take in memory once it is decoded: an empty text of four bytes becomes an
+// object of 32, a stream of a hundred bytes one of thousand. Honest answers stay below a third.
+inline constexpr std::size_t kMostDecoded = std::size_t{32} << 20;
 
 struct Request {
   std::string fileName;  // without folders; readers judge by its extension
