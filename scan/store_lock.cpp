@@ -1,6 +1,7 @@
 #include "scan/store_lock.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -44,11 +45,20 @@ std::string holder(int file) {
   return digits.empty() ? "another process" : "process " + digits;
 }
 
+// In a folder where others may write, the name may lead to any file, which must not be emptied.
+bool isOwn(int file) {
+  struct stat status = {};
+  return fstat(file, &status) == 0 && S_ISREG(status.st_mode) && status.st_nlink == 1;
+}
+
 }  // namespace
 
 StoreLock::StoreLock(const std::string& library, const std::function<bool()>& keepWaiting)
-    : file_(open((library + ".lock").c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0644)) {
+    : file_(open((library + ".lock").c_str(),
+                 O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK, 0644)) {
   if (!file_.isOpen()) failOpening(library, errno);
+  if (!isOwn(file_.get()))
+    throw StoreError(Kind::kCannotOpen, library + ".lock: is not a file of its own");
   while (!take(file_.get())) {
     if (errno != EAGAIN && errno != EACCES && errno != EINTR) failOpening(library, errno);
     if (!keepWaiting || !keepWaiting())

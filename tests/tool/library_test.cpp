@@ -451,6 +451,22 @@ TEST_F(Library, SaysThatItIsInUse) {
 }
 
 // Commits what it has within about a second, even if its input falls silent.
+// Others may have put it there, in a folder where they can write.
+TEST_F(Library, EmptiesNoFileThatTheNameOfItsLockLeadsTo) {
+  const std::string precious = folder_.write("precious", "of another program");
+  const std::string line = lineFor("a.mkv");
+  using Link = void (*)(const fs::path&, const fs::path&);
+  for (const Link link : {Link(fs::create_hard_link), Link(fs::create_symlink)}) {
+    link(precious, file_ + ".lock");
+    const Outcome refused = add(line);
+    EXPECT_EQ(refused.status, 1) << refused.err;
+    EXPECT_THAT(refused.err, HasSubstr(".lock: "));
+    EXPECT_EQ(fs::file_size(precious), 18U);
+    fs::remove(file_ + ".lock");
+  }
+  EXPECT_EQ(add(line).status, 0);
+}
+
 TEST_F(Library, CommitsWhileItsInputIsSilent) {
   const std::string line = folder_.write("line", lineFor("a.mkv"));
   const std::string script = "{ cat '" + line +
