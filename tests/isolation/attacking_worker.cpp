@@ -351,8 +351,6 @@ const std::map<std::string, void (*)(int, std::uint64_t)> kLies = {
 
 }  // namespace
 
-void kolum::isolation::prepare() {}
-
 void kolum::isolation::serve(int socket, std::uint32_t layers) {
   Hello hello = {};
   std::memcpy(hello.version, kVersion, sizeof hello.version);

@@ -455,6 +455,8 @@ TEST_F(Library, SaysThatItIsInUse) {
 TEST_F(Library, EmptiesNoFileThatTheNameOfItsLockLeadsTo) {
   const std::string precious = folder_.write("precious", "of another program");
   const std::string line = lineFor("a.mkv");
+  ASSERT_EQ(add(line).status, 0);
+  fs::remove(file_ + ".lock");
   using Link = void (*)(const fs::path&, const fs::path&);
   for (const Link link : {Link(fs::create_hard_link), Link(fs::create_symlink)}) {
     link(precious, file_ + ".lock");
