@@ -26,7 +26,7 @@ nobody '#include <(id3v2|taglib|dsffile|tfile|tiostream|textidentification)' 'on
 nobody '#include .*(pugi|iniparser)' 'only src/base includes pugixml and iniparser' \
   $(sources include src | grep -v '^src/base/')
 nobody '#include .*sqlite' 'only the store in scan/ includes SQLite' \
-  $(sources include src host tools scan | grep -vE '^scan/(database|expressions|schema|statements|store)')
+  $(sources include src host tools scan | grep -vE '^scan/(database|expressions|schema|statements|store|text_search)')
 nobody '#include <exiv2' 'only src/read/exif/exiv2.h includes Exiv2' \
   $(sources include src host isolation tools scan | grep -v '^src/read/exif/exiv2.h')
 nobody '#include <expat' 'only src/read/exif/xmp_reader.cpp includes Expat' \

@@ -289,7 +289,8 @@ std::vector<std::vector<std::string>> tableOf(const std::string& page, const std
 
 std::string joined(const std::vector<std::string>& parts, const std::string& quote) {
   std::string all;
-  for (const std::string& part : parts) all += (all.empty() ? "" : ", ") + quote + part + quote;
+  for (const std::string& part : parts)
+    all.append(all.empty() ? "" : ", ").append(quote).append(part).append(quote);
   return all;
 }
 

@@ -20,7 +20,7 @@ namespace kolum::test {
 inline scan::Outcome described(const scan::Job& job, int look = 0) {
   scan::Outcome outcome;
   outcome.kind = scan::Outcome::Kind::kDocument;
-  outcome.document = R"({"kind":"music","size":)" + std::to_string(job.identity.size) +
+  outcome.document = R"({"kind":"music","bytes":)" + std::to_string(job.identity.size) +
                      R"(,"look":)" + std::to_string(look) + "}";
   outcome.bytesRead = static_cast<std::uint64_t>(job.identity.size);
   return outcome;

@@ -101,7 +101,7 @@ TEST_F(Scan, DescribesEveryFile) {
     ASSERT_TRUE(known(name)) << name;
     EXPECT_EQ(known(name)->state, State::kKnown);
   }
-  EXPECT_THAT(documentOf("a"), HasSubstr(R"("size":7)"));
+  EXPECT_THAT(documentOf("a"), HasSubstr(R"("bytes":7)"));
   EXPECT_EQ(marks(), 0U);
 }
 
@@ -132,7 +132,7 @@ TEST_F(Scan, ReadsWhatHasChangedInAnyWay) {
   EXPECT_THAT(prober_.takeAsked(),
               UnorderedElementsAre(path("content"), path("time"), path("older"), path("owner"),
                                    path("replaced")));
-  EXPECT_THAT(documentOf("content"), HasSubstr(R"("size":13)"));
+  EXPECT_THAT(documentOf("content"), HasSubstr(R"("bytes":13)"));
 }
 
 TEST_F(Scan, ReadsEverythingAnewForNewReaders) {
