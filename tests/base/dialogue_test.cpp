@@ -135,7 +135,7 @@ TEST(Dialogue, RefusesAnswersThatComeEarly) {
 
 // Whether a process with the number in FILE still runs; a zombie does not.
 bool runs(const std::string& file) {
-  const pid_t pid = std::atoi(lineOf(file).c_str());
+  const auto pid = static_cast<pid_t>(std::strtol(lineOf(file).c_str(), nullptr, 10));
   EXPECT_GT(pid, 0);
   const std::string status = contentOf("/proc/" + std::to_string(pid) + "/stat");
   return status.find(") Z ") == std::string::npos && !status.empty();

@@ -134,6 +134,7 @@ TEST(PlaceFinder, ServesManyThreads) {
   const TempDir folder;
   PlaceFinder finder(countingPlaceTool(folder, folder.path("notes")));
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int number = 0; number < 4; ++number) {
     threads.emplace_back([&finder, number] {
       for (int i = 0; i < 50; ++i) EXPECT_TRUE(finder.at(number, i % 10));

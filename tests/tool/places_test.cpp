@@ -26,7 +26,7 @@ constexpr char kCredit[] =
 
 // A photo that was taken in Munich.
 std::string photo(const TempDir& folder, const std::string& name = "photo.jpg") {
-  const std::string path = folder.path(name);
+  std::string path = folder.path(name);
   fs::copy(media("plain.jpg", "-f lavfi -i testsrc2=s=64x48 -frames:v 1"), path);
   mustRun({"exiftool", "-q", "-overwrite_original", "-GPSLatitude=48.1374", "-GPSLatitudeRef=N",
            "-GPSLongitude=11.5755", "-GPSLongitudeRef=E", path});
@@ -115,7 +115,7 @@ std::string kolumWithoutPlaces(const TempDir& folder) {
 
 // With this SCRIPT as its osm_info.
 std::string kolumWith(const TempDir& folder, const std::string& script) {
-  const std::string program = kolumWithoutPlaces(folder);
+  std::string program = kolumWithoutPlaces(folder);
   const TempDir tools;
   fs::copy(placeTool(tools, script), folder.path("appliance/bin/osm_info"));
   return program;
