@@ -2,7 +2,6 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -16,6 +15,7 @@
 #include <string_view>
 #include <utility>
 
+#include "base/spawn.h"
 #include "isolation/program.h"
 
 namespace kolum::isolation {
@@ -61,30 +61,14 @@ std::vector<char*> pointersTo(std::vector<std::string>& texts) {
   return pointers;
 }
 
-struct FileActions {
-  FileActions() { posix_spawn_file_actions_init(&value); }
-  ~FileActions() { posix_spawn_file_actions_destroy(&value); }
-  FileActions(const FileActions&) = delete;
-  FileActions& operator=(const FileActions&) = delete;
-  posix_spawn_file_actions_t value = {};
-};
-
-struct Attributes {
-  Attributes() { posix_spawnattr_init(&value); }
-  ~Attributes() { posix_spawnattr_destroy(&value); }
-  Attributes(const Attributes&) = delete;
-  Attributes& operator=(const Attributes&) = delete;
-  posix_spawnattr_t value = {};
-};
-
 // The socket becomes descriptor 0; all others are closed but standard error, where sanitizers
 // report. In a process group of its own, so that Ctrl-C reaches only the host.
 pid_t spawn(const std::string& program, int socket, const Settings& settings) {
-  FileActions actions;
+  SpawnActions actions;
   posix_spawn_file_actions_adddup2(&actions.value, socket, STDIN_FILENO);
   posix_spawn_file_actions_addopen(&actions.value, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addclosefrom_np(&actions.value, STDERR_FILENO + 1);
-  Attributes attributes;
+  SpawnAttributes attributes;
   sigset_t all;
   sigset_t none;
   sigfillset(&all);

@@ -8,6 +8,14 @@
  * said: what is wrong with a file is in its document as "error", with a code and a reason, and
  * never harms the caller. Any number of threads may call these functions; each call has a worker of
  * its own while it lasts.
+ *
+ * Places come from GeoNames (https://www.geonames.org, licence CC BY 4.0): name the source wherever
+ * you show them. The program osm_info, installed with this library or on an appliance, knows them
+ * and needs no network. The first position starts it, as a child of the calling process with one
+ * descriptor here, and it serves all later ones; it ends with the process or by
+ * KoLUM_ForgetPlaces(). If it does not answer within 5 s, or not as it should, it is ended and
+ * started again, three times in all; then, or if there is none, documents with a position have the
+ * warning "place-unknown" with the reason instead of a place.
  */
 #ifndef KOLUM_DESCRIBE_H
 #define KOLUM_DESCRIBE_H
@@ -26,15 +34,16 @@ enum {
 
 /* What a document has beyond what records have. */
 enum {
-  KOLUM_DETAILS = 1,    /* tags, streams, chapters, content type, warnings */
-  KOLUM_BY_CONTENT = 2, /* the content decides which kind of file it is, not the name */
-  KOLUM_FINGERPRINT = 4 /* a number to find copies by, which costs up to 128 KiB more to read */
+  KOLUM_DETAILS = 1,     /* tags, streams, chapters, content type, warnings */
+  KOLUM_BY_CONTENT = 2,  /* the content decides which kind of file it is, not the name */
+  KOLUM_FINGERPRINT = 4, /* a number to find copies by, which costs up to 128 KiB more to read */
+  KOLUM_PLACES = 8       /* with KOLUM_DETAILS: the nearest known place for a position */
 };
 
 /* May grow at its end. Zeros are the usual values. */
 typedef struct KoLUM_DescribeOptions {
   size_t size;               /* of this structure, as the caller was compiled with */
-  unsigned int flags;        /* KOLUM_DETAILS, KOLUM_BY_CONTENT, KOLUM_FINGERPRINT */
+  unsigned int flags;        /* KOLUM_DETAILS, KOLUM_BY_CONTENT, ... */
   int kind;                  /* MEDIA_KIND_VIDEO, _MUSIC or _PHOTO whatever the name says; 0: not
                                 given */
   int audioStream;           /* the audio stream of a video to describe, from 0 */
@@ -65,6 +74,13 @@ KOLUM_EXPORT int KoLUM_DescribeFd(int fd, const char* name, const KoLUM_Describe
 
 /* Releases a document; null is allowed. */
 KOLUM_EXPORT void KoLUM_FreeText(char* text);
+
+/*
+ * Ends osm_info and forgets the places that it has found; for KOLUM_PLACES it is started again. To
+ * be called before the library is unloaded, which would leave it as a child that waits. Waits for
+ * an answer that is under way. Any thread may call it.
+ */
+KOLUM_EXPORT void KoLUM_ForgetPlaces(void);
 
 KOLUM_C_END
 

@@ -115,6 +115,24 @@ class VideoTitles:
 
 
 @dataclass(frozen=True, kw_only=True)
+class VideoPlace:
+    """"place" of a document."""
+
+    name: str | None = None
+    """City, town or suburb."""
+    region: str | None = None
+    """State or province."""
+    country: str | None = None
+    """Country."""
+    country_code: str | None = None
+    """Two capitals, as ISO 3166-1 has them."""
+    distance: int | None = None
+    """From the position to the place's centre (metres)."""
+    geonames_id: int | None = None
+    """GeoNames' number of the place."""
+
+
+@dataclass(frozen=True, kw_only=True)
 class VideoStreamsColours:
     """"colours" of a document."""
 
@@ -422,6 +440,8 @@ class Video(Document):
     """The number of the main title, which all else about a folder is about."""
     main_title_reason: str | None = None
     """Why it is the main one, in words."""
+    place: VideoPlace | None = None
+    """On request: the known place that is nearest to the position, if one is within 100 km."""
     streams: tuple[VideoStreams, ...] = ()
     """All streams, in their order."""
     chapters: tuple[VideoChapters, ...] = ()
@@ -891,6 +911,24 @@ class PhotoPeople:
 
 
 @dataclass(frozen=True, kw_only=True)
+class PhotoPlace:
+    """"place" of a document."""
+
+    name: str | None = None
+    """City, town or suburb."""
+    region: str | None = None
+    """State or province."""
+    country: str | None = None
+    """Country."""
+    country_code: str | None = None
+    """Two capitals, as ISO 3166-1 has them."""
+    distance: int | None = None
+    """From the position to the place's centre (metres)."""
+    geonames_id: int | None = None
+    """GeoNames' number of the place."""
+
+
+@dataclass(frozen=True, kw_only=True)
 class Photo(Document):
     """A photo."""
 
@@ -982,3 +1020,5 @@ class Photo(Document):
     """Equal in a live photo's picture and film."""
     motion_photo: int | None = None
     """From the end of the file to the film in it (bytes)."""
+    place: PhotoPlace | None = None
+    """On request: the known place that is nearest to the position, if one is within 100 km."""

@@ -22,12 +22,13 @@ ffi.cdef(
     int KoLUM_Describe(const char* path, const KoLUM_DescribeOptions* options, char** text);
     int KoLUM_DescribeFd(int fd, const char* name, const KoLUM_DescribeOptions* options, char** text);
     void KoLUM_FreeText(char* text);
+    void KoLUM_ForgetPlaces(void);
     int KoLUM_GetFilenameType(const char* fileName, unsigned int* row, unsigned int kinds, unsigned int* tag);
     """
 )
 
 DESCRIBED, NOT_DESCRIBED, NO_DOCUMENT = 0, 1, 2
-DETAILS, BY_CONTENT, FINGERPRINT = 1, 2, 4
+DETAILS, BY_CONTENT, FINGERPRINT, PLACES = 1, 2, 4, 8
 KINDS = {"music": 1, "video": 2, "photo": 3}
 BITS = {"music": 0x1, "video": 0x2, "photo": 0x4}
 

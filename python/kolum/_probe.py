@@ -54,12 +54,12 @@ def document_of(raw: Mapping[str, Any]) -> Document:
     return build(_CLASSES.get(kind_name, Document), raw)
 
 
-def _options(kind: Kind | None, by_content: bool, details: bool, fingerprint: bool, audio_stream: int,
-             deadline: float | None, memory: int | None):
+def _options(kind: Kind | None, by_content: bool, details: bool, fingerprint: bool, places: bool,
+             audio_stream: int, deadline: float | None, memory: int | None):
     options = _native.ffi.new("KoLUM_DescribeOptions*")
     options.size = _native.ffi.sizeof("KoLUM_DescribeOptions")
     options.flags = (_native.DETAILS * details | _native.BY_CONTENT * by_content
-                     | _native.FINGERPRINT * fingerprint)
+                     | _native.FINGERPRINT * fingerprint | _native.PLACES * places)
     options.kind = _native.KINDS[kind] if kind else 0
     options.audioStream = audio_stream
     options.deadline = max(1, round(deadline * 1000)) if deadline else 0
@@ -68,20 +68,20 @@ def _options(kind: Kind | None, by_content: bool, details: bool, fingerprint: bo
 
 
 def probe(file: File, *, kind: Kind | None = None, by_content: bool = False, details: bool = True,
-          fingerprint: bool = False, audio_stream: int = 0, deadline: float | None = None,
-          memory: int | None = None) -> Document:
+          fingerprint: bool = False, places: bool = False, audio_stream: int = 0,
+          deadline: float | None = None, memory: int | None = None) -> Document:
     """Describes a file: a Song, a Video or a Photo.
 
     "file" is a path, or an object with a descriptor that is open for reading; its position stays
     where it is. "kind" forces one whatever the name says, "by_content" looks into the file to find
     out. Without "details", tags and streams are left out; "fingerprint" adds a number to find
-    copies by. A worker process reads the file, for
+    copies by, "places" the nearest known place for a position, by GeoNames (CC BY 4.0). A worker process reads the file, for
     "deadline" seconds (30) and with "memory" bytes of address space (1 GiB) at most; other threads
     run meanwhile. Raises KolumError for a file that cannot be described, which may also be a
     FileNotFoundError or PermissionError, and ValueError for arguments that make no sense: an empty
     path, a negative audio stream, an object that is open but no file.
     """
-    options = _options(kind, by_content, details, fingerprint, audio_stream, deadline, memory)
+    options = _options(kind, by_content, details, fingerprint, places, audio_stream, deadline, memory)
     text = _native.ffi.new("char**")
     if hasattr(file, "fileno"):
         name = getattr(file, "name", "")

@@ -61,13 +61,13 @@ def _walk(folder: str, kinds: Collection[Kind] | None) -> Iterator[str]:
 
 
 def scan(roots: str | os.PathLike | Iterable[str | os.PathLike], *, jobs: int | None = None,
-         kinds: Collection[Kind] | None = None, details: bool = True, deadline: float | None = None,
-         memory: int | None = None) -> Iterator[Document | KolumError]:
+         kinds: Collection[Kind] | None = None, details: bool = True, places: bool = False,
+         deadline: float | None = None, memory: int | None = None) -> Iterator[Document | KolumError]:
     """Describes the media files below folders, several at a time and in their order.
 
     A file that cannot be described is an item, too: its KolumError. Each file is read by a worker
     process, so no file can harm this one. "jobs" is how many are read at a time (the number of
-    processors); "kinds" leaves out others.
+    processors); "kinds" leaves out others, "places" adds the nearest known place for each position.
     """
     if isinstance(roots, (str, bytes, Path, os.PathLike)):
         roots = [roots]
@@ -75,7 +75,7 @@ def scan(roots: str | os.PathLike | Iterable[str | os.PathLike], *, jobs: int | 
 
     def describe(path: str) -> Document | KolumError:
         try:
-            return probe(path, details=details, deadline=deadline, memory=memory)
+            return probe(path, details=details, places=places, deadline=deadline, memory=memory)
         except KolumError as error:
             return error
 

@@ -2,6 +2,7 @@ import dataclasses
 import json
 import os
 import pickle
+import subprocess
 import threading
 from pathlib import Path
 
@@ -77,6 +78,26 @@ def test_kind_can_be_forced_or_found(samples, tmp_path):
 def test_details_can_be_left_out(samples):
     song = kolum.probe(samples / "Music/Tones/01-first-tone.mp3", details=False)
     assert song.title is None and song.streams == () and song.sample_rate == 48000
+
+
+@pytest.fixture
+def located(samples, tmp_path):
+    """A photo that was taken in Munich."""
+    photo = tmp_path / "located.jpg"
+    photo.write_bytes((samples / "Photos/pattern.jpg").read_bytes())
+    subprocess.run(["exiftool", "-q", "-overwrite_original", "-GPSLatitude=48.1374", "-GPSLatitudeRef=N",
+                    "-GPSLongitude=11.5755", "-GPSLongitudeRef=E", photo], check=True)
+    return photo
+
+
+def test_places_are_named_on_request(located, tmp_path):
+    assert kolum.probe(located).place is None
+    photo = kolum.probe(located, places=True)
+    if photo.place is None and "built without" in str(photo.raw["warnings"]):
+        pytest.skip("osm_info is built without libgeonames")
+    assert (photo.place.name, photo.place.country_code, photo.place.geonames_id) == ("Munich", "DE", 2867714)
+    assert photo.place.distance < 1000
+    assert [item.place for item in kolum.scan(tmp_path, places=True)] == [photo.place]
 
 
 def test_copies_have_the_same_fingerprint(samples, tmp_path):

@@ -14,13 +14,14 @@
 #include "base/descriptor.h"
 #include "describe/describe.h"
 #include "describe/json.h"
+#include "geocode/place_finder.h"
 #include "isolation/isolation.h"
 
 using namespace kolum;
 
 namespace {
 
-constexpr unsigned kAllFlags = KOLUM_DETAILS | KOLUM_BY_CONTENT | KOLUM_FINGERPRINT;
+constexpr unsigned kAllFlags = KOLUM_DETAILS | KOLUM_BY_CONTENT | KOLUM_FINGERPRINT | KOLUM_PLACES;
 // Of the first version of the structure, which every caller has.
 constexpr std::size_t kSmallest = sizeof(KoLUM_DescribeOptions);
 
@@ -45,6 +46,13 @@ isolation::Settings limitsOf(const KoLUM_DescribeOptions& options) {
   return settings;
 }
 
+// One for all callers. Never destroyed: threads of a host may still ask while the process ends,
+// which the program notices by itself.
+geocode::PlaceFinder& placeFinder() {
+  static auto* const kFinder = new geocode::PlaceFinder(geocode::placeProgram());
+  return *kFinder;
+}
+
 describe::Options wishesOf(const KoLUM_DescribeOptions& options, const media::Source* opened) {
   describe::Options wishes;
   if (options.kind != MEDIA_KIND_NONE) wishes.kind = options.kind;
@@ -54,6 +62,7 @@ describe::Options wishesOf(const KoLUM_DescribeOptions& options, const media::So
   wishes.audioStream = options.audioStream;
   wishes.toolFolder = g_localWorkingPath;
   wishes.opened = opened;
+  if ((options.flags & KOLUM_PLACES) != 0) wishes.places = &placeFinder();
   return wishes;
 }
 
@@ -104,4 +113,11 @@ int KoLUM_DescribeFd(int fd, const char* name, const KoLUM_DescribeOptions* opti
 
 void KoLUM_FreeText(char* text) {
   std::free(text);
+}
+
+void KoLUM_ForgetPlaces() {
+  api::guarded(0, [] {
+    placeFinder().forget();
+    return 0;
+  });
 }

@@ -3,7 +3,6 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <signal.h>
-#include <spawn.h>
 #include <sys/syscall.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -13,30 +12,20 @@
 #include <cerrno>
 #include <utility>
 
+#include "base/spawn.h"
+
 namespace kolum {
 
 namespace {
 
 constexpr std::chrono::milliseconds kLookAgain{20};  // if the kernel has no process descriptors
 
-struct FileActions {
-  posix_spawn_file_actions_t value;
-  FileActions() { posix_spawn_file_actions_init(&value); }
-  ~FileActions() { posix_spawn_file_actions_destroy(&value); }
-};
-
-struct Attributes {
-  posix_spawnattr_t value;
-  Attributes() { posix_spawnattr_init(&value); }
-  ~Attributes() { posix_spawnattr_destroy(&value); }
-};
-
 // The child's pid, or a negative number. WRITEEND becomes its standard output unless it is
 // negative.
 pid_t spawn(const std::vector<std::string>& arguments, int writeEnd) {
-  FileActions actions;
+  SpawnActions actions;
   if (writeEnd >= 0) posix_spawn_file_actions_adddup2(&actions.value, writeEnd, STDOUT_FILENO);
-  Attributes attributes;
+  SpawnAttributes attributes;
   posix_spawnattr_setpgroup(&attributes.value, 0);
   posix_spawnattr_setflags(&attributes.value, POSIX_SPAWN_SETPGROUP);
   std::vector<char*> argv;

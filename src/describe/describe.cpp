@@ -9,6 +9,7 @@
 #include "describe/diagnosis.h"
 #include "describe/disc.h"
 #include "describe/file_kind.h"
+#include "describe/place.h"
 #include "isolation/isolation.h"
 #include "media/pixel_formats.h"
 #include "probe/video.h"
@@ -79,6 +80,7 @@ class Description {
       default:
         document_.failure = kindFailure(document_.kind, options_.byContent, path_);
     }
+    if (options_.places != nullptr && !document_.failure) addPlace(document_, *options_.places);
     return std::move(document_);
   }
 

@@ -6,6 +6,7 @@
 
 #include "describe/document.h"
 #include "describe/media_path.h"
+#include "geocode/place_finder.h"
 
 namespace kolum::describe {
 
@@ -18,6 +19,8 @@ struct Options {
   int audioStream = 0;                    // counts audio streams only
   const char* toolFolder = nullptr;       // of the DSD tool, with its trailing "/"
   const media::Source* opened = nullptr;  // the file; otherwise it is opened by its path
+  // Is asked for the place at the position of photos and films, which are details.
+  geocode::PlaceFinder* places = nullptr;
 };
 
 // One opening of the file, whatever its kind. What goes wrong is the document's failure.

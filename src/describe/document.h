@@ -14,6 +14,7 @@
 #include "describe/failure.h"
 #include "describe/media_path.h"
 #include "describe/song.h"
+#include "geocode/place_answer.h"
 #include "media/disc.h"
 #include "probe/photo.h"
 #include "probe/video_facts.h"
@@ -40,6 +41,9 @@ struct Document {
   std::optional<probe::PhotoFacts> photo;
   bool hasDetails = false;  // tags, streams and chapters were asked for
   read::Findings found;
+
+  std::optional<geocode::Place> place;  // the nearest one, if it was asked for
+  std::string placeTrouble;             // why that is not known
 
   std::optional<Failure> failure;
   // What the probes have to say to standard output and standard error.

@@ -10,9 +10,9 @@ namespace kolum::describe {
 namespace {
 
 const auto& parts() {
-  static const auto kParts =
-      std::to_array<Part>({filePart(), mediaPart(), filmPart(), videoPart(), soundPart(),
-                           songPart(), discPart(), photoPart(), streamPart(), problemPart()});
+  static const auto kParts = std::to_array<Part>({filePart(), mediaPart(), filmPart(), videoPart(),
+                                                  soundPart(), songPart(), discPart(), photoPart(),
+                                                  placePart(), streamPart(), problemPart()});
   return kParts;
 }
 

@@ -23,6 +23,7 @@ Part soundPart();
 Part songPart();
 Part discPart();
 Part photoPart();
+Part placePart();
 Part streamPart();
 Part problemPart();
 

@@ -82,6 +82,11 @@ std::optional<std::string> incompleteDisc(const Document& document) {
   return "its index files list more than is read: titles, chapters or streams are left out";
 }
 
+std::optional<std::string> placeUnknown(const Document& document) {
+  if (document.placeTrouble.empty()) return std::nullopt;
+  return document.placeTrouble;
+}
+
 struct Rule {
   std::string_view code;
   std::optional<std::string> (*reason)(const Document& document);
@@ -93,6 +98,7 @@ constexpr auto kRules = std::to_array<Rule>({
     {"truncated", truncated},
     {"picture-as-video", pictureAsVideo},
     {"incomplete-disc", incompleteDisc},
+    {"place-unknown", placeUnknown},
 });
 
 }  // namespace

@@ -56,6 +56,7 @@ refuses server/answer.cpp media/source.h
 refuses config/config.cpp media/source.h
 refuses artwork/cover.cpp read/ffmpeg/input.h
 refuses geocode/osm_answer.cpp media/source.h
+refuses geocode/place_answer.cpp isolation/isolation.h
 refuses scan/store.cpp media/source.h
 refuses scan/walk.cpp isolation/isolation.h
 exit $failed

@@ -5,6 +5,7 @@
 #include <chrono>
 #include <cstring>
 #include <map>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -13,6 +14,8 @@
 #include "osm_info/catalogue.h"
 #include "osm_info/cities.h"
 #include "osm_info/languages.h"
+#include "osm_info/nearest.h"
+#include "osm_info/places.h"
 #include "osm_info/query.h"
 #include "osm_info/server_reply.h"
 #include "osm_info/settings.h"
@@ -327,6 +330,107 @@ TEST(OsmInfoCities, ChoosesByRelativeDistance) {
     EXPECT_STREQ(found ? kCities[*found].name : nullptr, row.name);
   }
   EXPECT_EQ(cityAt({}, 0, 0), std::nullopt);
+}
+
+struct NearestCase {
+  const char* what;
+  double lat;
+  double lon;
+  const char* name;  // null: none
+  double metres;
+};
+
+TEST(OsmInfoNearest, IsTheNearestWhateverItsSize) {
+  constexpr NamedCity kCities[] = {
+      {"Metropolis", {0, 0, 2'000'000}},
+      {"Suburb", {0, 0.06, 60'000}},
+      {"East of the line", {-16.43, 179.36, 25'000}},
+      {"North", {89.9, 0, 20'000}},
+  };
+  // A degree of a great circle has 111,195 m.
+  constexpr NearestCase kRows[] = {
+      {"there", 0, 0, "Metropolis", 0},
+      {"a step away", 0.0001, 0, "Metropolis", 11.1},
+      {"nearer to the suburb", 0, 0.035, "Suburb", 2779.9},
+      {"nearer to the large city", 0, 0.025, "Metropolis", 2779.9},
+      {"just within the longest distance", 0, -0.89, "Metropolis", 98963.5},
+      {"beyond it", 0, -0.91, nullptr, 0},
+      {"across the date line", -16.43, -179.99, "East of the line", 69325.3},
+      {"across the pole", 89.9, 180, "North", 22239},
+      {"at the pole", 90, -77, "North", 11119.5},
+      {"at the other pole", -90, 0, nullptr, 0},
+  };
+  std::vector<City> cities;
+  for (const NamedCity& one : kCities) cities.push_back(one.city);
+  const NearestCity nearest(cities);
+  for (const NearestCase& row : kRows) {
+    SCOPED_TRACE(row.what);
+    const auto found = nearest.at(row.lat, row.lon);
+    ASSERT_STREQ(found ? kCities[found->number].name : nullptr, row.name);
+    if (found) {
+      EXPECT_NEAR(found->metres, row.metres, 0.1);
+    }
+  }
+  EXPECT_FALSE(NearestCity({}).at(0, 0));
+}
+
+std::optional<NearPlace> paris(const Query&) {
+  return NearPlace{.names = {.id = "2988507",
+                             .name = "Paris",
+                             .state = "Île-de-France",
+                             .stateCode = "A8",
+                             .country = "France",
+                             .countryCode = "FR"},
+                   .metres = 4119.6};
+}
+
+TEST(OsmInfoPlaces, AnswersWithThePlaceInALine) {
+  EXPECT_EQ(answerTo("48.8584 2.2945", paris),
+            R"({"position":"48.8584 2.2945","name":"Paris","region":"Île-de-France",)"
+            R"("country":"France","countryCode":"FR","geonamesId":2988507,"distance":4120})");
+}
+
+TEST(OsmInfoPlaces, LeavesOutWhatIsUnknown) {
+  const auto nameless = [](const Query&) {
+    return std::optional<NearPlace>({.names = {.id = "x1", .name = "A\nB\xFF"}, .metres = 0});
+  };
+  EXPECT_EQ(answerTo("0 0", nameless),
+            "{\"position\":\"0 0\",\"name\":\"A\\nB\uFFFD\",\"distance\":0}");
+  EXPECT_EQ(answerTo("0 0", [](const Query&) { return std::nullopt; }), R"({"position":"0 0"})");
+}
+
+TEST(OsmInfoPlaces, SaysWhyThereIsNoAnswer) {
+  struct {
+    const char* question;
+    const char* reason;
+  } const kRows[] = {
+      {"", "lon is missing"},
+      {"1", "lon is missing"},
+      {" 1", "lat is not a number"},
+      {"1 ", "lon is not a number"},
+      {"1  2", "lon is not a number"},
+      {"1 2 3", "lon is not a number"},
+      {"91 2", "lat is beyond 90 degrees"},
+      {"nan 2", "lat is beyond 90 degrees"},
+      {"1 -181", "lon is beyond 180 degrees"},
+      {"lat=1 lon=2", "lat is not a number"},
+  };
+  for (const auto& row : kRows) {
+    EXPECT_EQ(answerTo(row.question, paris), std::string("{\"position\":\"") + row.question +
+                                                 "\",\"error\":\"" + row.reason + "\"}");
+  }
+  const auto broken = [](const Query&) -> std::optional<NearPlace> {
+    throw LookUpError("no data");
+  };
+  EXPECT_EQ(answerTo("1 2", broken), R"({"position":"1 2","error":"no data"})");
+}
+
+TEST(OsmInfoPlaces, AnswersAreShort) {
+  const auto longNamed = [](const Query&) {
+    return std::optional<NearPlace>(
+        {.names = {.name = std::string(kLongestAnswer, 'x')}, .metres = 0});
+  };
+  EXPECT_EQ(answerTo("1 2", longNamed), R"({"position":"1 2","error":"its names are too long"})");
 }
 
 void putWord(std::string& bytes, std::size_t word) {

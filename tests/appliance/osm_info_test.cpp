@@ -8,6 +8,7 @@
 
 #include <chrono>
 #include <filesystem>
+#include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -150,6 +151,68 @@ TEST(OsmInfoOffline, ReportsThatNothingIsNear) {
     EXPECT_EQ(errorOf(result), "no city is known within 100 km");
     EXPECT_EQ(result.err, "osm_info: no city is known within 100 km\n");
   }
+}
+
+// The lines that the tool answers to these, in the mode for many positions.
+RunResult askPlaces(const std::string& questions, const std::string& settings = "") {
+  const TempDir folder;
+  return run(
+      {KOLUM_OSM_INFO, "--places"},
+      {.environment = {{"OSM_INFO_CONFIG", folder.write("conf", settings)}}, .input = questions});
+}
+
+struct NearestPlaceCase {
+  const char* what;
+  const char* question;
+  const char* answer;  // its first part
+};
+
+TEST(OsmInfoPlaces, NamesTheNearestPlaceForEachLine) {
+  NEEDS_PLACES();
+  constexpr NearestPlaceCase kPlaces[] = {
+      {"Notre-Dame", "48.853 2.3499", R"("name":"Paris",)"},
+      {"Marienplatz", "48.1374 11.5755",
+       R"("name":"Munich","region":"Bavaria","country":"Germany",)"
+       R"("countryCode":"DE","geonamesId":2867714,"distance":)"},
+      {"Reykjavik", "64.1466 -21.9426", R"("name":"Reykjavik",)"},
+      {"across the date line from Labasa", "-16.6 -179.9", R"("name":"Labasa",)"},
+  };
+  std::string questions;
+  for (const auto& place : kPlaces) questions += std::string(place.question) + "\n";
+  const RunResult result = askPlaces(questions);
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.err, "");
+  std::istringstream answers(result.out);
+  for (const auto& place : kPlaces) {
+    SCOPED_TRACE(place.what);
+    std::string answer;
+    std::getline(answers, answer);
+    EXPECT_THAT(answer, StartsWith(std::string(R"({"position":")") + place.question + "\"," +
+                                   place.answer));
+  }
+  EXPECT_EQ(answers.peek(), EOF);
+}
+
+TEST(OsmInfoPlaces, SaysThatNothingIsNear) {
+  NEEDS_PLACES();
+  EXPECT_EQ(askPlaces("0 0\n").out, "{\"position\":\"0 0\"}\n");
+}
+
+TEST(OsmInfoPlaces, AsksNoServer) {
+  NEEDS_PLACES();
+  const std::string server = "[server]\nurl=http://127.0.0.1:1\n";
+  EXPECT_EQ(askPlaces("48.1374 11.5755\n", server).out, askPlaces("48.1374 11.5755\n").out);
+}
+
+TEST(OsmInfoPlaces, EndsWithItsInput) {
+  EXPECT_EQ(askPlaces("").status, 0);
+  EXPECT_EQ(askPlaces("").out, "");
+  EXPECT_EQ(askPlaces("0 0").status, 1) << "a line without its end";
+  EXPECT_EQ(askPlaces(std::string(1000, '1') + "\n").status, 1);
+}
+
+TEST(OsmInfoPlaces, TakesNoOtherArguments) {
+  EXPECT_EQ(run({KOLUM_OSM_INFO, "--places", "lat=1"}).status, 2);
 }
 
 struct NameCase {

@@ -419,6 +419,61 @@ TEST_F(Describe, HasTheNumbersOfLosslessSongs) {
   EXPECT_EQ(document["streams"][0]["bitRate"], document["audioBitRate"]);
 }
 
+// Taken in Munich.
+std::string locatedPhoto(const TempDir& folder) {
+  const ExifDirectory gps = {exifText(1, "N"), exifRational(2, {481374, 10000, 0, 1, 0, 1}),
+                             exifText(3, "E"), exifRational(4, {115755, 10000, 0, 1, 0, 1})};
+  return folder.write("located.jpg",
+                      jpegPhoto({.exif = exifStructure({photoDirectory({}, {}, gps)})}));
+}
+
+TEST_F(Describe, NamesPlacesOnRequest) {
+  const TempDir folder;
+  const std::string photo = locatedPhoto(folder);
+  EXPECT_FALSE(described(photo).document.contains("place"));
+  KoLUM_DescribeOptions wanted = options();
+  wanted.flags = KOLUM_DETAILS | KOLUM_PLACES;
+  const Answer answer = described(photo, &wanted);
+  KoLUM_ForgetPlaces();
+  EXPECT_EQ(answer.result, KOLUM_DESCRIBED);
+  if (answer.document.contains("warnings") &&
+      answer.document["warnings"].dump().find("built without") != std::string::npos)
+    GTEST_SKIP() << "osm_info is built without libgeonames";
+  ASSERT_TRUE(answer.document.contains("place")) << answer.document;
+  EXPECT_EQ(answer.document["place"]["name"], "Munich");
+  EXPECT_EQ(answer.document["place"]["countryCode"], "DE");
+}
+
+TEST_F(Describe, NamesNoPlacesWithoutDetails) {
+  const TempDir folder;
+  KoLUM_DescribeOptions wanted = options();
+  wanted.flags = KOLUM_PLACES;
+  const Answer answer = described(locatedPhoto(folder), &wanted);
+  EXPECT_EQ(answer.result, KOLUM_DESCRIBED);
+  EXPECT_FALSE(answer.document.contains("place"));
+  KoLUM_ForgetPlaces();
+}
+
+// The leak check finds a program that is left.
+TEST_F(Describe, NamesPlacesForManyThreadsAndForgetsThem) {
+  const TempDir folder;
+  const std::string photo = locatedPhoto(folder);
+  KoLUM_DescribeOptions wanted = options();
+  wanted.flags = KOLUM_DETAILS | KOLUM_PLACES;
+  const json expected = described(photo, &wanted).document;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (int call = 0; call < 10; ++call) {
+        EXPECT_EQ(described(photo, &wanted).document, expected);
+        if (call == 5) KoLUM_ForgetPlaces();
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  KoLUM_ForgetPlaces();
+}
+
 TEST_F(Describe, PrintsNothing) {
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();

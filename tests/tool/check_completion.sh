@@ -50,7 +50,7 @@ expect "$all" geocode geo
 expect "$all" $'album\nartist' help artwork a
 expect "$all" "" help probe ""
 expect "$all" --files-from probe --fil
-expect "$all" $'--all\n--audio-stream\n--csv\n--debug\n--exclude\n--fields\n--files-from\n--fingerprint\n--help\n--in-process\n--jobs\n--json\n--null\n--verbose' probe --
+expect "$all" $'--all\n--audio-stream\n--csv\n--debug\n--exclude\n--fields\n--files-from\n--fingerprint\n--help\n--in-process\n--jobs\n--json\n--null\n--places\n--verbose' probe --
 expect "$all" $'--debug\n--help\n--in-process\n--json\n--version' --
 expect "$all" photo classify --kinds ph
 expect "$all" $'video,photo\nvideo,playlist' classify --kinds video,p

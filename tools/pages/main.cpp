@@ -241,9 +241,9 @@ int printPython() {
       {"Video",
        "Document",
        "A film, a recording, a disc",
-       {"films", "video", "sound", "disc", "streams"}},
+       {"films", "video", "sound", "disc", "place", "streams"}},
       {"Song", "Document", "A song, an audio book", {"sound", "songs", "streams"}},
-      {"Photo", "Document", "A photo", {"photo"}},
+      {"Photo", "Document", "A photo", {"photo", "place"}},
   };
   std::cout << "# Written by scripts/make-pages.sh from the tables in src/describe.\n"
                "\"\"\"The classes of documents. docs/document.md describes every key.\"\"\"\n\n"

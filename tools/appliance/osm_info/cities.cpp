@@ -9,8 +9,6 @@ namespace kolum::osm_info {
 
 namespace {
 
-constexpr double kEarthRadiusKm = 6371;
-
 // The radius of a disc with about 2200 people per square kilometre, the density at a city's edges;
 // at least that of a small town, at most the distance at which suburbs still use a giant city's
 // name.

@@ -14,6 +14,8 @@ struct City {
   unsigned population = 0;
 };
 
+inline constexpr double kEarthRadiusKm = 6371;
+
 // No city farther away than this from its centre is named.
 inline constexpr double kFarthestKm = 100;
 

@@ -12,12 +12,12 @@ namespace kolum::osm_info {
 
 // The default names of a city and the regions around it, and the keys of their translations.
 struct CityNames {
-  std::string id;  // GeoNames' number; empty if unknown
-  std::string name;
-  std::string state;
-  std::string stateCode;  // within the country; empty if unknown
-  std::string country;
-  std::string countryCode;  // two capitals
+  std::string id = {};  // GeoNames' number; empty if unknown
+  std::string name = {};
+  std::string state = {};
+  std::string stateCode = {};  // within the country; empty if unknown
+  std::string country = {};
+  std::string countryCode = {};  // two capitals
 };
 
 std::vector<City> loadCities();

@@ -1,4 +1,5 @@
 // osm_info lat=DEGREES lon=DEGREES [zoom=LEVEL]: the place at a position, as XML.
+// osm_info --places: the nearest known place for each line, as JSON.
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
@@ -8,6 +9,7 @@
 #include <vector>
 
 #include "osm_info/answer.h"
+#include "osm_info/places.h"
 #include "osm_info/query.h"
 #include "osm_info/settings.h"
 #include "osm_info/sources.h"
@@ -24,6 +26,7 @@ constexpr char kSettingsVariable[] = "OSM_INFO_CONFIG";
 
 constexpr char kHelp[] =
     "Usage: osm_info lat=DEGREES lon=DEGREES [zoom=LEVEL]\n"
+    "       osm_info --places\n"
     "Prints the place at a position as XML: the address in several languages, or an error.\n"
     "\n"
     "  lat=DEGREES  latitude, -90 to 90\n"
@@ -34,6 +37,12 @@ constexpr char kHelp[] =
     "OSM_INFO_CONFIG names), or without a server from the GeoNames cities installed here. Their\n"
     "data are from GeoNames (https://www.geonames.org), licence CC BY 4.0: name the source where\n"
     "you show them.\n"
+    "\n"
+    "With --places it answers each line \"LATITUDE LONGITUDE\" of its standard input with a line "
+    "of\n"
+    "JSON: the nearest of those cities within 100 km, with its distance in metres. It asks no "
+    "server,\n"
+    "whatever is configured.\n"
     "\n"
     "Exit status: 0 done, 1 no answer, 2 wrong usage; 1 and 2 print an \"error\" element.\n";
 
@@ -63,6 +72,8 @@ int main(int argc, char** argv) {
     return std::fputs(kHelp, stdout) == EOF || std::fflush(stdout) != 0 ? kFailed : kDone;
   }
   try {
+    if (arguments.size() == 1 && arguments[0] == "--places")
+      return osm_info::servePlaces(osm_info::placesOffline()) ? kDone : kFailed;
     return print(osm_info::toXml(lookUp(osm_info::parseQuery(arguments))), kDone);
   } catch (const std::invalid_argument& error) {
     return failure(error, kUsage);

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -8,6 +10,7 @@
 #include "osm_info/catalogue.h"
 #include "osm_info/cities.h"
 #include "osm_info/geonames.h"
+#include "osm_info/nearest.h"
 #include "osm_info/sources.h"
 
 namespace kolum::osm_info {
@@ -94,6 +97,21 @@ std::vector<Answer> answerOffline(const Settings& settings, const Query& query) 
     answers.push_back(answerIn(*language, city, query.zoom));
   }
   return answers;
+}
+
+// The cities are loaded by the first question, which is the caller's to wait for.
+FindPlace placesOffline() {
+  auto known = std::make_shared<std::optional<NearestCity>>();
+  return [known](const Query& position) -> std::optional<NearPlace> {
+    if (!*known) {
+      const std::vector<City> cities = loadCities();
+      if (cities.empty()) throw LookUpError("the data of libgeonames are missing");
+      known->emplace(cities);
+    }
+    const auto nearest = (*known)->at(position.lat, position.lon);
+    if (!nearest) return std::nullopt;
+    return NearPlace{cityNames(nearest->number), nearest->metres};
+  };
 }
 
 }  // namespace kolum::osm_info

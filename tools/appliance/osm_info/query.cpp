@@ -59,4 +59,11 @@ Query parseQuery(const std::vector<std::string_view>& arguments) {
   return query;
 }
 
+Query parsePosition(std::string_view text) {
+  const std::size_t space = text.find(' ');
+  if (space == std::string_view::npos) refuse("lon", "is missing");
+  return {.lat = degreesOf("lat", text.substr(0, space), kLatMax),
+          .lon = degreesOf("lon", text.substr(space + 1), kLonMax)};
+}
+
 }  // namespace kolum::osm_info

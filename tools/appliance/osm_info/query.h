@@ -21,6 +21,9 @@ struct Query {
 // Throws std::invalid_argument with the reason. A zoom beyond the levels means the nearest one.
 Query parseQuery(const std::vector<std::string_view>& arguments);
 
+// "48.8584 2.2945": latitude and longitude with one space between them. Throws the same.
+Query parsePosition(std::string_view text);
+
 }  // namespace kolum::osm_info
 
 #endif

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "osm_info/answer.h"
+#include "osm_info/places.h"
 #include "osm_info/query.h"
 #include "osm_info/settings.h"
 
@@ -14,6 +15,9 @@ namespace kolum::osm_info {
 // none.
 std::vector<Answer> askServer(const Settings& settings, const Query& query);
 std::vector<Answer> answerOffline(const Settings& settings, const Query& query);
+
+// The nearest of the places that are installed here.
+FindPlace placesOffline();
 
 }  // namespace kolum::osm_info
 

@@ -23,6 +23,7 @@ struct Options {
   MediaFileArguments files;
   int audioStream = 0;
   bool wantsFingerprint = false;
+  bool wantsPlaces = false;
   std::string fields;
   View view;
 };
@@ -82,17 +83,27 @@ void run(Context& context, Options& options) {
   const unsigned kinds = forced != nullptr
                              ? forced->bit
                              : MEDIA_KIND_BIT_VIDEO | MEDIA_KIND_BIT_MUSIC | MEDIA_KIND_BIT_PHOTO;
+  geocode::PlaceFinder places(geocode::placeProgram());
   describeMediaFiles(context, options.files, kinds, [&](const MediaFile& file) {
     return description(file.path,
                        {.kind = forced != nullptr ? forced->kind : file.kind,
                         .byContent = options.files.byContent,
                         .wantsFingerprint = options.wantsFingerprint,
-                        .audioStream = options.audioStream},
+                        .audioStream = options.audioStream,
+                        .places = options.wantsPlaces ? &places : nullptr},
                        options.view);
   });
+  closePlaces(context, places);
 }
 
 }  // namespace
+
+void closePlaces(Context& context, const geocode::PlaceFinder& places) {
+  if (const std::string trouble = places.trouble(); !trouble.empty())
+    context.fail("--places", trouble);
+  if (places.hasFound() && !context.json)
+    context.note("places", "GeoNames (https://www.geonames.org), licence CC BY 4.0");
+}
 
 describe::Document documentOf(const describe::MediaPath& path, describe::Options options) {
   initLibrary();
@@ -108,6 +119,7 @@ Action defineProbe(Syntax& syntax) {
                 "Only these keys: title, position.latitude, streams.language");
   syntax.flag("--csv", options->view.isCsv, "Prints a table of comma-separated values (RFC 4180)");
   syntax.flag("--fingerprint", options->wantsFingerprint, kFingerprintHelp);
+  syntax.flag("--places", options->wantsPlaces, kPlacesHelp);
   syntax.flag("-v,--verbose", options->view.isVerbose, "Prints every key");
   syntax.help(
       "Describes media files. A folder stands for the media in it; one with a DVD\n"

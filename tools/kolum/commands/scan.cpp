@@ -42,6 +42,7 @@ struct Options {
   bool mountsImages = false;
   bool byContent = false;
   bool wantsFingerprint = false;
+  bool wantsPlaces = false;
   bool isRetry = false;
   bool waits = false;
   bool watches = false;
@@ -76,7 +77,7 @@ isolation::Mode sandboxMode(const std::string& word) {
 // deadline of its own. What takes longer hangs where no worker is.
 std::chrono::seconds longestTimeOfFile() {
   constexpr int kMostQuestions = 5;
-  constexpr std::chrono::seconds kTimeOfTool{30};
+  constexpr std::chrono::seconds kTimeOfTool{30};  // with that of osm_info
   const auto deadline = isolation::settings().deadline;
   return std::chrono::ceil<std::chrono::seconds>(kMostQuestions * deadline) + kTimeOfTool;
 }
@@ -101,17 +102,28 @@ bool keepGoing() {
   return !Interruption::hasCome();
 }
 
+// Null unless places are wanted. What is once in the library is not read again soon, so a scan
+// without an answer to a first question does not begin.
+std::shared_ptr<geocode::PlaceFinder> placesOf(const Options& options) {
+  if (!options.wantsPlaces) return nullptr;
+  auto places = std::make_shared<geocode::PlaceFinder>(geocode::placeProgram());
+  places->at(0, 0);
+  return places;
+}
+
 // The scans of one command: one, or with --watch one for each of the changes.
 class Scans {
  public:
-  Scans(Context& context, const Options& options)
+  Scans(Context& context, const Options& options,
+        const std::shared_ptr<geocode::PlaceFinder>& places)
       : context_(context),
         options_(options),
         report_(context, progressForm(options.progress), protectionsText()),
         selection_(mediaSelection(options.excluded, options.byContent)),
         prober_(fileProber({.byContent = options.byContent,
                             .mountsImages = options.mountsImages,
-                            .wantsFingerprint = options.wantsFingerprint})) {
+                            .wantsFingerprint = options.wantsFingerprint,
+                            .places = places})) {
     for (const std::string& root : options.roots) roots_.push_back({.root = root});
   }
 
@@ -204,8 +216,10 @@ class Scans {
 void run(Context& context, const Options& options) {
   if (options.roots.empty()) throw UsageError("ROOT is required");
   chooseIsolation(options);
+  const auto places = placesOf(options);
+  if (places != nullptr && !places->trouble().empty()) return closePlaces(context, *places);
   const Interruption interruption;
-  Scans scans(context, options);
+  Scans scans(context, options, places);
   try {
     scans.run();
   } catch (const scan::StoreError& error) {
@@ -213,6 +227,7 @@ void run(Context& context, const Options& options) {
     context.fail(error.what());
   }
   Interruption::check();
+  if (places != nullptr) closePlaces(context, *places);
   if (!scans.hasThreadsLeft()) return;
   killChildren();
   _exit(context.failed() ? 1 : 0);
@@ -235,6 +250,7 @@ Action defineScan(Syntax& syntax) {
   syntax.option("--sandbox", {"FORM", Offer::kWords, sandboxForms}, options->sandbox,
                 "\"strict\": only with all protections; \"off\": reads files in this process");
   syntax.flag("--fingerprint", options->wantsFingerprint, kFingerprintHelp);
+  syntax.flag("--places", options->wantsPlaces, kPlacesHelp);
   syntax.flag("--images", options->mountsImages,
               "Mounts disc images that can be read in no other way");
   syntax.flag("--retry", options->isRetry, "Also tries files again that failed before");

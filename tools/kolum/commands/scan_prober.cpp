@@ -72,7 +72,8 @@ scan::Outcome outcomeOf(const scan::Job& job, const ProberOptions& options) {
   const describe::Document document =
       documentOf(path, {.byContent = options.byContent,
                         .mountsImages = options.mountsImages,
-                        .wantsFingerprint = options.wantsFingerprint});
+                        .wantsFingerprint = options.wantsFingerprint,
+                        .places = options.places.get()});
   write(document.trace);
   if (document.failure) {
     Failure failure = *document.failure;

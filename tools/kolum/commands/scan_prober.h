@@ -2,6 +2,9 @@
 #ifndef KOLUM_TOOL_COMMANDS_SCAN_PROBER_H
 #define KOLUM_TOOL_COMMANDS_SCAN_PROBER_H
 
+#include <memory>
+
+#include "geocode/place_finder.h"
 #include "scan/prober.h"
 
 namespace kolum::tool {
@@ -10,6 +13,8 @@ struct ProberOptions {
   bool byContent = false;  // kinds are decided as by "kolum probe --all"
   bool mountsImages = false;
   bool wantsFingerprint = false;
+  // Null unless places are wanted. Threads that are left behind may still use it.
+  std::shared_ptr<geocode::PlaceFinder> places = {};
 };
 
 scan::Prober fileProber(const ProberOptions& options);

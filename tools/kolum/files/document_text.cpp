@@ -237,6 +237,20 @@ std::string positionText(const Json& document) {
                  decimal(*position, "altitude", "", " m")});
 }
 
+// "Munich, Bavaria, Germany (1.2 km)"
+std::string placeText(const Json& document) {
+  const Json* place = at(document, "place");
+  if (place == nullptr) return "";
+  constexpr std::int64_t kMetresPerKm = 1000;
+  const auto metres = number(*place, "distance");
+  const std::string distance =
+      metres < kMetresPerKm
+          ? std::to_string(metres) + " m"
+          : decimalText(static_cast<double>(metres) / static_cast<double>(kMetresPerKm), 1) + " km";
+  return joined({text(*place, "name"), text(*place, "region"), text(*place, "country")}) + " (" +
+         distance + ")";
+}
+
 std::string addressText(const Json& document) {
   const Json* address = at(document, "address");
   if (address == nullptr) return "";
@@ -331,6 +345,7 @@ constexpr Line kLines[] = {
     {"Keywords", [](const Json& d) { return listText(d, "keywords"); }},
     {"People", peopleText},
     {"Position", positionText},
+    {"Place", placeText},
     {"Address", addressText},
     {"Camera", [](const Json& d) { return deviceText(d, "camera"); }},
     {"Lens", [](const Json& d) { return deviceText(d, "lens"); }},

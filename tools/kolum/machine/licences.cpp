@@ -50,7 +50,7 @@ constexpr Row kRows[] = {
      "libpugixml.so"},
     {"SQLite (libsqlite3)", "public domain", "kolum", Place::kThisProcess, "libsqlite3.so"},
     {"CLI11", "BSD-3-Clause", "kolum", Place::kHeaders},
-    {"JSON for Modern C++", "MIT", "kolum", Place::kHeaders},
+    {"JSON for Modern C++", "MIT", "libkolum kolum osm_info", Place::kHeaders},
     {"jQuery, Chart.js, DataTables, Scroller", "MIT", "kolum", Place::kHeaders},
     {"Natural Earth", "public domain", "kolum", Place::kHeaders},
     {"Exiv2 (libexiv2)", "GPL-2.0-or-later", "kolum-worker", Place::kWorker},
