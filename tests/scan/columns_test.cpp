@@ -91,7 +91,8 @@ constexpr const char* kPhoto = R"({"kind":{"id":3,"name":"photo"},"width":400,"h
   "lens":{"model":"50 mm"},"exposureTime":0.008,"aperture":2.8,"iso":200,"focalLength":50,
   "flash":{"fired":false},"position":{"latitude":47.5,"longitude":8.25},"caption":"Ships",
   "keywords":["sea","Größe"],"rating":4,"people":[{"name":"Ann","type":"Face"},{"name":"Bob"}],
-  "address":{"city":"Bern","state":"BE"}})";
+  "address":{"city":"Bern","state":"BE"},
+  "place":{"name":"Köniz","region":"Bern","country":"Switzerland","countryCode":"CH","distance":900}})";
 
 TEST_F(ColumnsTest, SaysWhatSongsHave) {
   put("a", kSong);
@@ -191,6 +192,11 @@ TEST_F(ColumnsTest, SaysWhatPhotosHave) {
       {"people", "Ann; Bob"},
       {"city", "Bern"},
       {"province", "BE"},
+      {"nearest_place", "Köniz"},
+      {"nearest_region", "Bern"},
+      {"nearest_country", "Switzerland"},
+      {"nearest_country_code", "CH"},
+      {"nearest_distance", "900"},
       {"state", "known"},
       {"width", "400"},
       {"shown_width", "300"},

@@ -110,6 +110,10 @@ constexpr Column kColumns[] = {
     {"streams.type", "streams.type"},
     {"streams.language", "streams.language"},
     {"streams.dynamicRange", "streams.dynamicRange"},
+    {"place.name", "place.name"},
+    {"place.region", "place.region"},
+    {"place.country", "place.country"},
+    {"place.distance", "place.distance"},
 };
 
 template <typename Text>
