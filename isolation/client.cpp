@@ -53,39 +53,15 @@ std::vector<std::string> passedEnvironment() {
   return passed;
 }
 
-std::vector<char*> pointersTo(std::vector<std::string>& texts) {
-  std::vector<char*> pointers;
-  pointers.reserve(texts.size() + 1);
-  for (std::string& text : texts) pointers.push_back(text.data());
-  pointers.push_back(nullptr);
-  return pointers;
-}
-
 // The socket becomes descriptor 0; all others are closed but standard error, where sanitizers
-// report. In a process group of its own, so that Ctrl-C reaches only the host.
-pid_t spawn(const std::string& program, int socket, const Settings& settings) {
+// report.
+pid_t startNursery(const std::string& program, int socket, const Settings& settings) {
   SpawnActions actions;
   posix_spawn_file_actions_adddup2(&actions.value, socket, STDIN_FILENO);
   posix_spawn_file_actions_addopen(&actions.value, STDOUT_FILENO, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addclosefrom_np(&actions.value, STDERR_FILENO + 1);
-  SpawnAttributes attributes;
-  sigset_t all;
-  sigset_t none;
-  sigfillset(&all);
-  sigemptyset(&none);
-  posix_spawnattr_setsigdefault(&attributes.value, &all);
-  posix_spawnattr_setsigmask(&attributes.value, &none);
-  posix_spawnattr_setflags(&attributes.value,
-                           POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-  std::vector<std::string> arguments = {program, std::to_string(settings.memory),
-                                        settings.isIdle ? "idle" : "normal"};
-  std::vector<std::string> environment = passedEnvironment();
-  pid_t process = 0;
-  const int error = posix_spawn(&process, program.c_str(), &actions.value, &attributes.value,
-                                pointersTo(arguments).data(), pointersTo(environment).data());
-  if (error == 0) return process;
-  errno = error;
-  return -1;
+  return spawn({program, std::to_string(settings.memory), settings.isIdle ? "idle" : "normal"},
+               actions, {.hasDefaultSignals = true, .environment = passedEnvironment()});
 }
 
 std::string withErrno(const char* what) {
@@ -191,7 +167,7 @@ std::unique_ptr<Nursery> Nursery::start(const Settings& settings, std::string& w
     return nullptr;
   }
   auto sockets = socketPair();
-  const pid_t process = sockets ? spawn(*program, sockets->theirs.get(), settings) : -1;
+  const pid_t process = sockets ? startNursery(*program, sockets->theirs.get(), settings) : -1;
   if (process < 0) {
     why = withErrno(program->c_str());
     return nullptr;

@@ -20,24 +20,6 @@ namespace {
 
 constexpr std::chrono::milliseconds kLookAgain{20};  // if the kernel has no process descriptors
 
-// The child's pid, or a negative number. WRITEEND becomes its standard output unless it is
-// negative.
-pid_t spawn(const std::vector<std::string>& arguments, int writeEnd) {
-  SpawnActions actions;
-  if (writeEnd >= 0) posix_spawn_file_actions_adddup2(&actions.value, writeEnd, STDOUT_FILENO);
-  SpawnAttributes attributes;
-  posix_spawnattr_setpgroup(&attributes.value, 0);
-  posix_spawnattr_setflags(&attributes.value, POSIX_SPAWN_SETPGROUP);
-  std::vector<char*> argv;
-  argv.reserve(arguments.size() + 1);
-  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  const int error =
-      posix_spawn(&pid, argv[0], &actions.value, &attributes.value, argv.data(), environ);
-  return error == 0 ? pid : -1;
-}
-
 }  // namespace
 
 std::optional<ChildProcess> ChildProcess::start(const std::vector<std::string>& arguments,
@@ -51,7 +33,10 @@ std::optional<ChildProcess> ChildProcess::start(const std::vector<std::string>& 
     writeEnd.reset(ends[1]);
     fcntl(readEnd.get(), F_SETFL, O_NONBLOCK);
   }
-  const pid_t pid = spawn(arguments, writeEnd.get());
+  SpawnActions actions;
+  if (writeEnd.isOpen())
+    posix_spawn_file_actions_adddup2(&actions.value, writeEnd.get(), STDOUT_FILENO);
+  const pid_t pid = spawn(arguments, actions);
   if (pid < 0) return std::nullopt;
   return ChildProcess(pid, std::move(readEnd));
 }

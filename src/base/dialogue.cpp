@@ -27,30 +27,13 @@ constexpr const char* kNotAsked = "it says more than it was asked for";
 // A killed process is gone in microseconds, unless a device holds it; that one is left behind.
 constexpr std::chrono::milliseconds kDeathTime{5000};
 
-// The child's pid, or a negative number.
-pid_t spawn(const std::vector<std::string>& arguments, int socket) {
+pid_t startWith(const std::vector<std::string>& arguments, int socket) {
   SpawnActions actions;
   posix_spawn_file_actions_adddup2(&actions.value, socket, STDIN_FILENO);
   posix_spawn_file_actions_adddup2(&actions.value, socket, STDOUT_FILENO);
   posix_spawn_file_actions_addopen(&actions.value, STDERR_FILENO, "/dev/null", O_WRONLY, 0);
   posix_spawn_file_actions_addclosefrom_np(&actions.value, STDERR_FILENO + 1);
-  SpawnAttributes attributes;
-  sigset_t all;
-  sigset_t none;
-  sigfillset(&all);
-  sigemptyset(&none);
-  posix_spawnattr_setsigdefault(&attributes.value, &all);
-  posix_spawnattr_setsigmask(&attributes.value, &none);
-  posix_spawnattr_setflags(&attributes.value,
-                           POSIX_SPAWN_SETPGROUP | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
-  std::vector<char*> argv;
-  argv.reserve(arguments.size() + 1);
-  for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
-  argv.push_back(nullptr);
-  pid_t pid = -1;
-  const int error =
-      posix_spawn(&pid, argv[0], &actions.value, &attributes.value, argv.data(), environ);
-  return error == 0 ? pid : -1;
+  return spawn(arguments, actions, {.hasDefaultSignals = true});
 }
 
 // False if the time is over first.
@@ -83,7 +66,7 @@ std::optional<Dialogue> Dialogue::start(const std::vector<std::string>& argument
   if (socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends.data()) != 0) return std::nullopt;
   Descriptor ours(ends[0]);
   const Descriptor theirs(ends[1]);
-  const pid_t pid = spawn(arguments, theirs.get());
+  const pid_t pid = startWith(arguments, theirs.get());
   if (pid < 0) return std::nullopt;
   return Dialogue(pid, std::move(ours), limits);
 }

@@ -448,7 +448,7 @@ TEST(ProbeAudio, LeavesOutUnknownValues) {
       single(kolum({"probe", "--json", samples() + "Music/Tones/01-first-tone.mp3"}));
   EXPECT_FALSE(lossy.contains("bitsPerSample")) << lossy;
   const json ogg =
-      single(kolum({"probe", "--json", media("flac.oga", "-f lavfi -i sine=d=1 -c:a flac")}));
+      single(kolum({"probe", "--json", media("flac.ogg", "-f lavfi -i sine=d=1 -c:a flac")}));
   EXPECT_FALSE(ogg.contains("audioBitRate")) << ogg;
 }
 
