@@ -1,13 +1,16 @@
 #!/usr/bin/env bash
 # report-picture.sh KOLUM PICTURE [dark]: makes the picture in docs/report.md: the page of the sample
-# library, with some photos that have dates and places (packages of the groups test and ci).
+# library, with some photos that have dates and places (packages of the groups test and ci). The
+# page shows where files are, so they are in /srv, of which the script has its own: as root.
 set -euo pipefail
 [ $# -ge 2 ] || { echo "usage: report-picture.sh KOLUM PICTURE [dark]" >&2; exit 2; }
+[ -n "${KOLUM_OWN_MOUNTS:-}" ] || KOLUM_OWN_MOUNTS=yes exec unshare --mount --propagation private "$0" "$@"
+mount -t tmpfs media /srv
 kolum=$(realpath -- "$1") picture=$(realpath -m -- "$2") scheme=${3:-light}
 cd "$(dirname "$0")/.."
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
-media=$folder/Media
+media=/srv/media
 scripts/make-samples.sh build/samples
 cp -r build/samples "$media"
 
@@ -44,7 +47,7 @@ exiftool -@ "$folder/arguments" -common_args -q -overwrite_original
 cp "$media/Videos/harbour.mp4" "$media/Videos/harbour (copy).mp4"
 head -c 5000 "$media/Videos/holiday.avi" | tr '\0-\377' '?' >"$media/Videos/broken.mp4"
 
-library=$folder/library.db
+library=/srv/library.db
 "$kolum" scan --fingerprint --library "$library" "$media" >"$folder/log" 2>&1 || [ $? -eq 1 ]
 "$kolum" library report "$folder/report.html" --library "$library" >"$folder/log"
 PYTHONDONTWRITEBYTECODE=1 PYTHONPATH=tests/report /usr/bin/python3 - "$folder" "$scheme" <<'END'
