@@ -127,6 +127,8 @@ def test_has_a_dark_mode_and_a_form_for_paper(page):
     page.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"media": "print", "features": []})
     assert not page.find(".dataTables_wrapper").is_displayed()
     assert page.find("#chart-kind").is_displayed()
+    # Paper is laid out before charts can be drawn anew.
+    assert page.run("return getComputedStyle(document.getElementById('chart-kind')).maxWidth") == "100%"
     page.driver.execute_cdp_cmd("Emulation.setEmulatedMedia", {"media": "", "features": []})
 
 

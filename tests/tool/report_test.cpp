@@ -238,6 +238,23 @@ TEST_F(Report, PutsPlacesTogetherByTenthsOfADegree) {
   EXPECT_EQ(column(made, "place"), (json{"48.9 2.3", "48.9 2.3", "0.0 0.0", "", ""}));
 }
 
+TEST_F(Report, NamesPlacesByWhatIsNearestIfTheFileDoesNotSay) {
+  const json position = {{"latitude", 48.8584}, {"longitude", 2.2945}};
+  const json nearest = {{"name", "Levallois-Perret"}, {"country", "France"}};
+  add(line("a.jpg", with(photo_, {{"position", position}, {"place", nearest}})));
+  EXPECT_EQ(packed(page(), "summary")["places"],
+            (json{{48.9, 2.3, 1, "Levallois-Perret, France"}}));
+}
+
+TEST_F(Report, PrefersThePlaceThatTheFileStates) {
+  const json position = {{"latitude", 48.8584}, {"longitude", 2.2945}};
+  const json stated = {{"city", "Paris"}, {"country", "France"}};
+  const json nearest = {{"name", "Levallois-Perret"}, {"country", "France"}};
+  add(line("a.jpg",
+           with(photo_, {{"position", position}, {"address", stated}, {"place", nearest}})));
+  EXPECT_EQ(packed(page(), "summary")["places"], (json{{48.9, 2.3, 1, "Paris, France"}}));
+}
+
 TEST_F(Report, HoldsHostileTextsAsTextsOnly) {
   add("");
   const std::string plain = page();
@@ -264,11 +281,11 @@ TEST_F(Report, TakesValuesOfOtherTypesAsUnknown) {
                             "[{\"type\":\"video\",\"dynamicRange\":[1]}]", "null"}) {
     json document = video_;
     for (const char* key :
-         {"containerFormat", "videoCodec",  "audioCodec",  "audioClass", "videoProfile",
-          "videoLevel",      "width",       "height",      "duration",   "channels",
-          "streams",         "position",    "address",     "taken",      "created",
-          "title",           "fingerprint", "dlnaProfile", "frameRate",  "bitRate",
-          "mimeType"})
+         {"containerFormat", "videoCodec", "audioCodec",  "audioClass",  "videoProfile",
+          "videoLevel",      "width",      "height",      "duration",    "channels",
+          "streams",         "position",   "address",     "taken",       "created",
+          "place",           "title",      "fingerprint", "dlnaProfile", "frameRate",
+          "bitRate",         "mimeType"})
       document[key] = json::parse(value);
     const std::string name = std::to_string(std::hash<std::string>()(value)) + ".mp4";
     add(line(name, document));

@@ -487,9 +487,6 @@
       radio.addEventListener('change', updateCharts);
     matchMedia('(prefers-color-scheme: dark)').addEventListener('change', updateCharts);
     matchMedia('print').addEventListener('change', updateCharts);
-    addEventListener('beforeprint', () => {
-      for (const {chart} of charts) chart.resize();
-    });
     byId('message').hidden = true;
     document.documentElement.dataset.state = 'ready';
   }

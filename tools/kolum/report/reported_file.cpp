@@ -97,10 +97,11 @@ std::optional<Place> placeOf(const Json& document) {
   const auto longitude = numberAt(document, "/position/longitude");
   if (!latitude || !longitude || std::abs(*latitude) > 90 || std::abs(*longitude) > 180)
     return std::nullopt;
-  const std::string city =
-      firstText(document, {"/address/city", "/address/location", "/address/state", "/placeName"});
-  return Place{tenths(*latitude), tenths(*longitude),
-               printable(joined({city, textAt(document, "/address/country")}))};
+  // What the file says, before what is near.
+  const std::string city = firstText(document, {"/address/city", "/address/location",
+                                                "/address/state", "/placeName", "/place/name"});
+  const std::string country = firstText(document, {"/address/country", "/place/country"});
+  return Place{tenths(*latitude), tenths(*longitude), printable(joined({city, country}))};
 }
 
 std::int64_t pixels(const Json& document, const char* pointer) {
