@@ -90,6 +90,8 @@ def _parser() -> argparse.ArgumentParser:
     scan.add_argument("--exclude", metavar="GLOB", action="append", default=[],
                       help="leaves out matching files and folders")
     scan.add_argument("--all", action="store_true", help="decides by the files' content, not by their names")
+    scan.add_argument("--fingerprint", action="store_true", help="a number to find copies by, from some of each file's bytes")
+    scan.add_argument("--places", action="store_true", help="the nearest known place for positions, without a network")
     scan.add_argument("--wait", action="store_true", help="waits while another process writes to the library")
     scan.add_argument("--patience", metavar="SECONDS", type=_at_least_one, default=240,
                       help="a batch without any answer for so long is tried again (240)")
@@ -214,7 +216,8 @@ def _scan(chosen: argparse.Namespace, screen: _Screen, stop: threading.Event) ->
     with _client(chosen.scheduler, chosen.local) as client:
         return scan(client, chosen.roots, chosen.library, map=dict(chosen.map), resources=dict(chosen.resource),
                     readers=dict(chosen.readers), limits=Limits(chosen.batch_files, chosen.batch_bytes),
-                    exclude=chosen.exclude, by_content=chosen.all, wait=chosen.wait, patience=chosen.patience,
+                    exclude=chosen.exclude, by_content=chosen.all, fingerprint=chosen.fingerprint,
+                    places=chosen.places, wait=chosen.wait, patience=chosen.patience,
                     progress=screen.progress, note=screen.note, stop=stop)
 
 

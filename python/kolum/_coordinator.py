@@ -41,9 +41,16 @@ class Options:
     limits: Limits = Limits()
     exclude: tuple[str, ...] = ()
     by_content: bool = False
+    fingerprint: bool = False
+    places: bool = False
     wait: bool = False
     patience: float = 240
     ahead: int | None = None
+
+    def of_probe(self) -> tuple[str, ...]:
+        """As options of "kolum probe"."""
+        chosen = (("--all", self.by_content), ("--fingerprint", self.fingerprint), ("--places", self.places))
+        return tuple(word for word, is_chosen in chosen if is_chosen)
 
     def readers_of(self, server: str) -> int:
         return self.readers.get(server, self.most_readers)
@@ -304,7 +311,7 @@ class Coordinator:
 
     def _hand_out(self, batch: Batch) -> None:
         task = _remote.Task(batch.root, tuple(found.name for found in batch.files), self._options.map, self._version,
-                            self._jobs_for(batch.server), self._options.by_content, self._options.patience)
+                            self._jobs_for(batch.server), self._options.of_probe(), self._options.patience)
         allowed = self._seeing(batch.root)
         resource = self._options.resources.get(batch.root)
         key = f"kolum-batch-{uuid.uuid4()}"

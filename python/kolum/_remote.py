@@ -45,7 +45,8 @@ class Task:
     map: Mapped = ()
     version: str = ""
     most_jobs: int = 1
-    by_content: bool = False
+    options: tuple[str, ...] = ()
+    """Of "kolum probe"."""
     patience: float = 240
     """Seconds without any answer after which the batch counts as stuck."""
 
@@ -139,11 +140,9 @@ def _end(process: subprocess.Popen) -> None:
     process.wait()
 
 
-def probe(names: Sequence[bytes], most_jobs: int, by_content: bool, patience: float) -> list[bytes]:
+def probe(names: Sequence[bytes], most_jobs: int, options: Sequence[str], patience: float) -> list[bytes]:
     """The lines of "kolum probe" about some files, in their order."""
-    command = [tool(), "probe", "--json", "--jobs", str(max(1, min(most_jobs, jobs()))), "-0", "-"]
-    if by_content:
-        command.insert(2, "--all")
+    command = [tool(), "probe", *options, "--json", "--jobs", str(max(1, min(most_jobs, jobs()))), "-0", "-"]
     with tempfile.TemporaryFile() as names_file, tempfile.TemporaryFile() as errors:
         names_file.write(b"".join(name + b"\0" for name in names))
         names_file.seek(0)
@@ -208,7 +207,7 @@ def describe(task: Task) -> Answers:
                       sees_root=os.path.lexists(root))
     if answers.sees_root:
         there = [mapped(each, task.map) for each in task.names]
-        lines = probe(there, task.most_jobs, task.by_content, task.patience)
+        lines = probe(there, task.most_jobs, task.options, task.patience)
         taken = [_take(answers, number, *parts) for number, parts in enumerate(zip(lines, there, task.names))]
         answers.lines = zlib.compress(b"".join(taken), 1)
     answers.seconds = time.monotonic() - begin

@@ -33,8 +33,9 @@ def _absolute(path: Path) -> str:
 def scan(client: Client, roots: Path | Collection[Path], library: Path | None = None, *,
          map: Mapping[str, str] | None = None, resources: Mapping[str, str] | None = None,
          readers: int | Mapping[str, int] = READERS, limits: Limits = Limits(), ahead: int | None = None,
-         exclude: Collection[str] = (), by_content: bool = False, wait: bool = False, patience: float = 240,
-         progress: Report | None = None, note: Note | None = None, stop: threading.Event | None = None) -> Summary:
+         exclude: Collection[str] = (), by_content: bool = False, fingerprint: bool = False, places: bool = False,
+         wait: bool = False, patience: float = 240, progress: Report | None = None, note: Note | None = None,
+         stop: threading.Event | None = None) -> Summary:
     """Describes the media below folders that are new or changed, on all machines of a cluster.
 
     "library" is a file of this machine; without it, the library of "kolum scan". "map" says where
@@ -42,8 +43,9 @@ def scan(client: Client, roots: Path | Collection[Path], library: Path | None = 
     resource of the machines that see it. "readers" is how many files of each storage server are read
     at a time, in the whole cluster: a number, or numbers by server, where "" stands for all others.
     "limits" says how large a batch may be, and "ahead" how many batches of a root are waiting or being
-    read at a time. "exclude" and "by_content" are those of "kolum scan"; "wait" waits while another
-    process writes to the library. A batch without any answer for "patience" seconds is tried again.
+    read at a time. "exclude", "by_content", "fingerprint" and "places" are those of "kolum scan";
+    "wait" waits while another process writes to the library. A batch without any answer for "patience"
+    seconds is tried again.
 
     "progress" is called twice a second, "note" with each remark for people; "stop" ends the scan when
     it is set. Raises ClusterError when the scan cannot go on; what it has found is kept then.
@@ -54,7 +56,7 @@ def scan(client: Client, roots: Path | Collection[Path], library: Path | None = 
         map=tuple((_absolute(here), there) for here, there in (map or {}).items()),
         resources={_absolute(root): name for root, name in (resources or {}).items()},
         readers=by_server, most_readers=by_server.get("", READERS), limits=limits, ahead=ahead, exclude=tuple(exclude),
-        by_content=by_content, wait=wait, patience=patience)
+        by_content=by_content, fingerprint=fingerprint, places=places, wait=wait, patience=patience)
     name = os.fspath(library) if library is not None else None
     return Coordinator(client, given, name, options, progress or (lambda _: None), note or (lambda _: None),
                        stop or threading.Event()).run()

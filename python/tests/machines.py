@@ -124,14 +124,11 @@ def program(path: Path, text: str) -> Path:
 
 
 def content(library):
-    """All that a library says of files; ids, and when it was found out, may differ.
-
-    Only "kolum scan" keeps size and moment in documents, too; "kolum library add" has them beside.
-    """
+    """All that a library says of files; ids, and when it was found out, may differ."""
     with kolum.Library(library) as opened:
         return sorted(map(tuple, opened.query(
-            "SELECT CAST(path AS BLOB), kind, size, modified, state, code, reason, json_remove(document, '$.size', '$.modified'), "
-            "inode, mtime_ns, ctime_ns, readers FROM files")))
+            "SELECT CAST(path AS BLOB), kind, size, modified, state, code, reason, document, inode, mtime_ns, "
+            "ctime_ns, readers FROM files")))
 
 
 def paths_in(library):

@@ -8,7 +8,7 @@ import time
 import pytest
 
 import kolum.cluster
-from machines import FILES, content, expect_all, most_at_a_time, scanned_here, slow, wait_until
+from machines import FILES, content, expect_all, most_at_a_time, program, scanned_here, slow, wait_until
 
 
 # ---- The same answers
@@ -36,6 +36,17 @@ def test_local_cluster_needs_no_scheduler(samples, library, tmp_path):
                           capture_output=True, text=True, check=True)
     assert "Scanned" in said.stdout and said.stderr == ""
     assert content(library) == content(scanned_here(samples, tmp_path / "here.db"))
+
+
+def test_machines_are_asked_for_what_the_scan_wants(machines, samples, library, tmp_path):
+    asked = tmp_path / "asked"
+    machines.worker("a", tool=program(tmp_path / "noting", f'echo "$@" >>"{asked}"'))
+    machines.scanned(library, "--fingerprint", "--places", samples)
+    assert any("probe --fingerprint --places" in line for line in asked.read_text().splitlines())
+    here = tmp_path / "here.db"
+    subprocess.run([os.environ["KOLUM_TOOL"], "scan", "--fingerprint", "--places", "--library", here, samples], check=True,
+                   capture_output=True)
+    assert content(library) == content(here)
 
 
 # ---- How much at a time
