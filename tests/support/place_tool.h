@@ -22,7 +22,7 @@ struct BadPlaceTool {
 inline constexpr BadPlaceTool kBadPlaceTools[] = {
     {"ends", "exit 3", "it has ended"},
     {"hangs", "sleep 60", "it does not answer in time"},
-    {"drips", "while :; do printf x; sleep 0.1; done", "it does not answer in time"},
+    {"drips", "read -r p; while :; do printf x; sleep 0.1; done", "it does not answer in time"},
     {"floods in a line", "read -r p; yes yes | tr -d '\\n'", "its answer is too long"},
     {"floods with lines",
      "read -r p; while :; do echo \"{\\\"position\\\":\\\"$p\\\",\\\"name\\\":\\\"A\\\","
