@@ -24,7 +24,6 @@ using test::contentOf;
 using test::TempDir;
 
 constexpr auto kLongEnough = 20s;
-constexpr auto kShort = 300ms;
 
 std::optional<Dialogue> shell(const std::string& line,
                               std::chrono::milliseconds answerTime = kLongEnough) {
