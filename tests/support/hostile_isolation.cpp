@@ -47,6 +47,7 @@ constexpr IsolationRow kNeedsIsolation[] = {
     {"texts.tiff", "The decoder keeps every text of the directory."},
     {"numbers.tiff", "The decoder writes every number of the directory as text."},
     {"emptyTracks.mkv", "Two bytes are a track of two kilobytes, long before streams are made."},
+    {"manyTracks.mkv", "Later releases of FFmpeg keep eight kilobytes for each of its tracks."},
     {"inflatingCodecData.mkv", "The codec data of all tracks are inflated behind the last read."},
     {"distinctItems.m4a", kTags},
     {"distinctKeys.mov", kTags},

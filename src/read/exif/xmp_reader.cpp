@@ -6,6 +6,8 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
+#include <map>
 #include <memory>
 #include <new>
 #include <string>
@@ -55,9 +57,34 @@ struct Element {
   std::size_t bindings = 0;  // as many are outside of it
 };
 
-struct Binding {
-  std::string prefix;
-  XmpNamespace space;
+// What prefixes stand for where the reader is. Any number of elements may look up any of them.
+class Bindings {
+ public:
+  void add(std::string_view prefix, XmpNamespace space) {
+    auto found = spaces_.find(prefix);
+    if (found == spaces_.end()) found = spaces_.emplace(prefix, std::vector<XmpNamespace>()).first;
+    found->second.push_back(space);
+    order_.push_back(found);
+  }
+  // Takes back all but the first ones.
+  void keep(std::size_t count) {
+    for (; order_.size() > count; order_.pop_back()) {
+      const auto last = order_.back();
+      last->second.pop_back();
+      if (last->second.empty()) spaces_.erase(last);
+    }
+  }
+  std::size_t size() const { return order_.size(); }
+  XmpNamespace at(std::string_view prefix) const {
+    const auto found = spaces_.find(prefix);
+    return found != spaces_.end() ? found->second.back() : XmpNamespace::kUnknown;
+  }
+
+ private:
+  using Spaces = std::map<std::string, std::vector<XmpNamespace>, std::less<>>;
+
+  Spaces spaces_;  // of each prefix the innermost one last, and none without any
+  std::vector<Spaces::iterator> order_;
 };
 
 struct Attribute {
@@ -85,7 +112,6 @@ class Reader {
   }
 
   void bind();
-  XmpNamespace spaceOf(std::string_view prefix) const;
   Name resolved(std::string_view name) const;
   bool isUseful(const Name& name, Element& element);
   bool isUsefulNode(const Name& name, Element& element) const;
@@ -116,7 +142,7 @@ class Reader {
   std::exception_ptr thrown_;
   Xmp xmp_;
   std::vector<Element> elements_;  // from the outermost to the innermost
-  std::vector<Binding> bindings_;
+  Bindings bindings_;
   Attributes attributes_;  // of the element that begins
   std::string text_;       // of the innermost property
   unsigned depth_ = 0;     // of all elements
@@ -166,7 +192,7 @@ void Reader::begin(std::string_view name, const char** attributes) {
   bind();
   if (attributes_.size() > kMostNodes || bindings_.size() > kMostBindings) return stop();
   if (!isUseful(resolved(name), element) || !takeSyntax(element)) {
-    bindings_.resize(element.bindings);
+    bindings_.keep(element.bindings);
     skipped_ = 1;
     return;
   }
@@ -183,7 +209,7 @@ void Reader::end() {
   } else {
     const Element element = elements_.back();
     elements_.pop_back();
-    bindings_.resize(element.bindings);
+    bindings_.keep(element.bindings);
     if (element.hasText) xmp_.add(element.place, text_);
     text_.clear();
     if (element.role == Role::kList && element.place.item == 0)
@@ -208,23 +234,16 @@ void Reader::bind() {
   for (const Attribute& attribute : attributes_) {
     if (bindings_.size() > kMostBindings) return;
     if (attribute.name == kDefault)
-      bindings_.push_back({"", namespaceOf(attribute.value)});
+      bindings_.add("", namespaceOf(attribute.value));
     else if (attribute.name.starts_with(kOther))
-      bindings_.push_back(
-          {std::string(attribute.name.substr(kOther.size())), namespaceOf(attribute.value)});
+      bindings_.add(attribute.name.substr(kOther.size()), namespaceOf(attribute.value));
   }
-}
-
-XmpNamespace Reader::spaceOf(std::string_view prefix) const {
-  const auto found =
-      std::ranges::find(bindings_.rbegin(), bindings_.rend(), prefix, &Binding::prefix);
-  return found != bindings_.rend() ? found->space : XmpNamespace::kUnknown;
 }
 
 Name Reader::resolved(std::string_view name) const {
   const std::size_t colon = name.find(':');
-  if (colon == name.npos) return {spaceOf(""), name};
-  return {spaceOf(name.substr(0, colon)), name.substr(colon + 1)};
+  if (colon == name.npos) return {bindings_.at(""), name};
+  return {bindings_.at(name.substr(0, colon)), name.substr(colon + 1)};
 }
 
 // --- RDF
