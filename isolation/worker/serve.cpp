@@ -21,17 +21,17 @@ namespace kolum::isolation {
 
 namespace {
 
-// Of resident memory, above which a worker makes room for a new one.
-constexpr long kMostKilobytes = 128L * 1024;
+// Of resident memory, by which a worker may grow before it makes room for a new one.
+constexpr long kMostGrowth = 128L * 1024;  // KiB
 // Above what readers allow themselves (media::budget).
 constexpr std::chrono::seconds kProcessorTime{15};
 // For all its files, after which a worker makes room for a new one.
 constexpr std::chrono::seconds kTimeOfWorker = kLongestLife - kProcessorTime - kProcessorTime;
 
-bool hasGrown() {
+long mostResident() {
   rusage used = {};
   getrusage(RUSAGE_SELF, &used);
-  return used.ru_maxrss > kMostKilobytes;
+  return used.ru_maxrss;
 }
 
 bool isOld(std::uint64_t requests) {
@@ -110,6 +110,7 @@ void serve(int socket, std::uint32_t layers) {
   std::memcpy(hello.version, kVersion, sizeof hello.version);
   hello.layers = layers;
   if (send(socket, bytesOf(hello), {}, -1, {}) != Transfer::kDone) return;
+  const long residentAtFirst = mostResident();
   bool isLast = false;
   for (std::uint64_t i = 1; !isLast; ++i) {
     auto received = receiveRequest(socket);
@@ -119,7 +120,8 @@ void serve(int socket, std::uint32_t layers) {
     const read::Findings findings = answerTo(received->request, std::move(received->file));
     auto bytes = encode(findings);
     if (bytes.size() > kLongestMessage) bytes = encode(outOfMemory());
-    isLast = findings.failure.has_value() || isOld(i) || hasGrown();
+    isLast =
+        findings.failure.has_value() || isOld(i) || mostResident() - residentAtFirst > kMostGrowth;
     const Header header = {.number = received->header.number,
                            .size = static_cast<std::uint32_t>(bytes.size()),
                            .isLast = isLast ? 1U : 0U,
