@@ -245,15 +245,17 @@ struct Interrupted {
   std::string out;
 };
 
-// Scans, and sends a signal after that time. Without "set -m" the shell's background jobs would
-// ignore SIGINT.
+// Scans, and sends a signal that time after the scan has its first reader. Without "set -m" the
+// shell's background jobs would ignore SIGINT.
 Interrupted interrupted(const std::string& library, const std::string& folder,
                         const std::string& signal, double after) {
-  const std::string script = "set -m; '" KOLUM_PROGRAM "' scan --json --jobs 1 --library '" +
-                             library + "' '" + folder + "' & sleep " + std::to_string(after) +
-                             "; begin=$(date +%s%N); kill -" + signal +
-                             " $!; wait $!; status=$?; end=$(date +%s%N)\n"
-                             "echo $status $(((end - begin) / 1000000))";
+  const std::string script =
+      "set -m; '" KOLUM_PROGRAM "' scan --json --jobs 1 --library '" + library + "' '" + folder +
+      "' & until [ -n \"$(cat /proc/$!/task/*/children)\" ]; do sleep 0.02; done; "
+      "sleep " +
+      std::to_string(after) + "; begin=$(date +%s%N); kill -" + signal +
+      " $!; wait $!; status=$?; end=$(date +%s%N)\n"
+      "echo $status $(((end - begin) / 1000000))";
   const RunResult run = test::run({"bash", "-c", script});
   std::istringstream last(run.out.substr(run.out.rfind('\n', run.out.size() - 2) + 1));
   Interrupted result = {-1, 0, run.out};
