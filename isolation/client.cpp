@@ -236,6 +236,11 @@ std::unique_ptr<Worker> Client::take(std::string& why) {
     const std::lock_guard lock(mutex_);
     if (!mayStart(why)) return nullptr;
     if (!idle_.empty()) {
+      // One that has worked here finds its caches warm.
+      const auto here = static_cast<std::uint32_t>(sched_getcpu());
+      const auto isHere = [&](const auto& worker) { return worker->processor == here; };
+      const auto found = std::find_if(idle_.begin(), idle_.end(), isHere);
+      std::swap(found == idle_.end() ? idle_.back() : *found, idle_.back());
       busy_.push_back(idle_.back().get());
       auto worker = std::move(idle_.back());
       idle_.pop_back();
@@ -328,6 +333,7 @@ read::Findings Client::look(const media::Source& source, const read::Query& quer
     auto worker = take(why);
     if (worker == nullptr) return failed({read::FailureCause::kNoReader, why});
     const Processors::Seat seat(processors_);
+    worker->processor = seat.number();
     const Deadline deadline = Clock::now() + settings_.deadline;
     const Header header = {.number = ++worker->requests,
                            .size = static_cast<std::uint32_t>(request.size()),

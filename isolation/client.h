@@ -47,6 +47,7 @@ struct Worker {
   Descriptor socket;
   std::uint32_t layers = 0;
   std::uint64_t requests = 0;
+  std::uint32_t processor = UINT32_MAX;  // where the last one was served
 };
 
 // The process that makes workers by forking itself: it has loaded all libraries, and reads nothing.
